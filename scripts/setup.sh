@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Installs what building and testing need and this machine lacks. Safe to run again: it does nothing where all is there.
+#   setup.sh          all of it: compilers, cross compiler, Wine, the test machine's kernel
+#   setup.sh --build  only what a native build and its unit tests need
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+build_packages=(cmake ninja-build g++ googletest)
+test_packages=(clang clang-format clang-tidy libclang-rt-14-dev libbenchmark-dev nlohmann-json3-dev
+  g++-mingw-w64-x86-64-posix wine wine64 qemu-system-x86 busybox-static cpio)
+
+case "${1:-}" in
+  --build) packages=("${build_packages[@]}") ;;
+  "") packages=("${build_packages[@]}" "${test_packages[@]}") ;;
+  *) echo "usage: scripts/setup.sh [--build]" >&2; exit 2 ;;
+esac
+
+missing=()
+for package in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q '^install ok installed$' || missing+=("$package")
+done
+
+if [ "${#missing[@]}" -gt 0 ]; then
+  echo "setup: installing ${missing[*]}"
+  export DEBIAN_FRONTEND=noninteractive
+  sudo=""
+  [ "$(id -u)" -eq 0 ] || sudo="sudo"
+  log=$(mktemp)
+  trap 'rm -f "$log"' EXIT
+  if ! { $sudo apt-get update -q && $sudo apt-get install -y -q --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
+    tail -n 40 "$log" >&2
+    echo "setup: installing packages failed" >&2
+    exit 1
+  fi
+fi
+
+[ "${1:-}" = "--build" ] || scripts/fetch-vm-kernel.sh
