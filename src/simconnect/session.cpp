@@ -1,0 +1,148 @@
+#include "simconnect/session.h"
+
+#include <array>
+#include <utility>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t initialBacklog = 64UL * 1024UL;
+constexpr std::size_t readPiece = 64UL * 1024UL;
+// Keeps one dispatch finite however fast a simulator sends; the rest comes with the next.
+constexpr std::size_t readsPerDispatch = 16;
+
+// The session whose dispatch this is, left also when the callback throws.
+class DispatchTurn {
+public:
+    explicit DispatchTurn(std::atomic<bool>& dispatchFlag)
+        : flag(dispatchFlag), taken(!flag.exchange(true, std::memory_order_acquire)) {}
+    ~DispatchTurn() {
+        if (taken) {
+            flag.store(false, std::memory_order_release);
+        }
+    }
+    DispatchTurn(const DispatchTurn&) = delete;
+    DispatchTurn& operator=(const DispatchTurn&) = delete;
+
+    bool isMine() const { return taken; }
+
+private:
+    std::atomic<bool>& flag;
+    bool taken;
+};
+
+} // namespace
+
+SimConnectSession::SimConnectSession(Socket connected, SessionLimits sessionLimits)
+    : limits(sessionLimits), socket(std::move(connected)) {
+    outbound.tail().reserve(initialBacklog);
+}
+
+SimConnectResult SimConnectSession::stateResult() const {
+    switch (state.load()) {
+    case State::Open:
+        return simConnectOk;
+    case State::Closed:
+        return simConnectInvalidArgument;
+    case State::SendingFailed:
+    case State::Lost:
+        break;
+    }
+    return simConnectRemoteDisconnect;
+}
+
+void SimConnectSession::flush() {
+    while (state == State::Open && !outbound.pending().empty()) {
+        const SocketTransfer transfer = socket.send(outbound.pending());
+        if (transfer.status == SocketStatus::WouldBlock) {
+            checkBacklog();
+            return;
+        }
+        if (transfer.status != SocketStatus::Done) {
+            state = State::SendingFailed;
+            return;
+        }
+        outbound.consume(transfer.count);
+        waiting = false;
+    }
+}
+
+// Counts the wait from the first flush that was refused: when the flow before it stood still isn't known.
+void SimConnectSession::checkBacklog() {
+    const Clock::time_point now = Clock::now();
+    if (!waiting) {
+        waiting = true;
+        lastProgress = now;
+    }
+    if (now - lastProgress >= limits.stall || outbound.pending().size() > limits.backlog) {
+        lose();
+    }
+}
+
+void SimConnectSession::receive() {
+    for (std::size_t reads = 0; reads < readsPerDispatch; ++reads) {
+        const SocketTransfer transfer = socket.receive(inbound.prepare(readPiece));
+        switch (transfer.status) {
+        case SocketStatus::Done:
+            inbound.commit(transfer.count);
+            break;
+        case SocketStatus::WouldBlock:
+            if (state == State::SendingFailed) {
+                lose();
+            }
+            return;
+        case SocketStatus::Ended:
+        case SocketStatus::Failed:
+            lose();
+            return;
+        }
+    }
+}
+
+void SimConnectSession::lose() {
+    state = State::Lost;
+    socket.close();
+}
+
+SimConnectResult SimConnectSession::dispatch(SimConnectDispatchProc proc, void* context) {
+    const DispatchTurn turn(dispatching);
+    return turn.isMine() ? dispatchExclusively(proc, context) : simConnectOk;
+}
+
+SimConnectResult SimConnectSession::dispatchExclusively(SimConnectDispatchProc proc, void* context) {
+    {
+        const std::lock_guard lock(mutex);
+        flush();
+        if (state == State::Open || state == State::SendingFailed) {
+            receive();
+        }
+    }
+    const std::size_t count = handOutMessages(inbound, proc, context, [this] { return state.load() != State::Closed; });
+    const std::lock_guard lock(mutex);
+    if (inbound.broken() && state != State::Closed) {
+        lose();
+    }
+    // What the simulator sent just before it went is a success of its own.
+    if (count > 0 || state == State::SendingFailed) {
+        return simConnectOk;
+    }
+    return stateResult();
+}
+
+void SimConnectSession::close() {
+    const std::lock_guard lock(mutex);
+    flush();
+    if (state == State::Open) {
+        socket.endSending();
+        // Closing over unread bytes would reset the connection, and the last requests could be lost with it.
+        std::array<std::uint8_t, 4096> unread{};
+        for (std::size_t reads = 0; reads < readsPerDispatch; ++reads) {
+            if (socket.receive(unread).status != SocketStatus::Done) {
+                break;
+            }
+        }
+    }
+    socket.close();
+    state = State::Closed;
+}

@@ -1,0 +1,159 @@
+#include "simconnect/simconnect_api.h"
+
+#include "simconnect/session.h"
+#include "simconnect/session_registry.h"
+#include "simconnect/simconnect_open.h"
+#include "simconnect/wire.h"
+
+#include <memory>
+#include <utility>
+
+namespace {
+
+constexpr std::chrono::seconds connectLimit{5};
+
+// The interface is one of free functions on handles, so what they stand for has to live somewhere.
+SessionRegistry& registry() {
+    static SessionRegistry sessions;
+    return sessions;
+}
+
+bool isName(const char* text) {
+    return text != nullptr && SimConnectWire::fitsNameField(text);
+}
+
+template <typename Encode>
+SimConnectResult request(SimConnectHandle handle, const Encode& encode) {
+    const std::shared_ptr<SimConnectSession> session = registry().find(handle);
+    return session == nullptr ? simConnectInvalidArgument : session->request(encode);
+}
+
+} // namespace
+
+SimConnectResult simConnectOpenAt(SimConnectHandle* handle, const char* name, const SimConnectEndpoint& endpoint) {
+    if (handle == nullptr || !isName(name)) {
+        return simConnectInvalidArgument;
+    }
+    *handle = nullptr;
+    Socket socket = connectSocket(endpoint.address, endpoint.port, endpoint.family, connectLimit);
+    if (!socket.valid()) {
+        return simConnectFail;
+    }
+    auto session = std::make_shared<SimConnectSession>(std::move(socket));
+    const SimConnectResult result =
+        session->request([&](auto& out, std::uint32_t sendId) { SimConnectWire::appendOpen(out, sendId, name); });
+    if (result != simConnectOk) {
+        return simConnectFail;
+    }
+    *handle = registry().add(std::move(session));
+    return simConnectOk;
+}
+
+// The window and the event object are for clients that want to be woken; this library is polled.
+SimConnectResult SimConnect_Open(SimConnectHandle* handle, const char* name, void* /*window*/,
+                                 std::uint32_t /*userEvent*/, void* /*eventHandle*/, std::uint32_t configIndex) {
+    SimConnectEndpoint endpoint;
+    const SimConnectResult found = findSimConnectEndpoint({executableFolder(), homeFolder()}, configIndex, endpoint);
+    return found == simConnectOk ? simConnectOpenAt(handle, name, endpoint) : found;
+}
+
+SimConnectResult SimConnect_Close(SimConnectHandle handle) {
+    const std::shared_ptr<SimConnectSession> session = registry().remove(handle);
+    if (session == nullptr) {
+        return simConnectInvalidArgument;
+    }
+    session->close();
+    return simConnectOk;
+}
+
+SimConnectResult SimConnect_CallDispatch(SimConnectHandle handle, SimConnectDispatchProc proc, void* context) {
+    const std::shared_ptr<SimConnectSession> session = registry().find(handle);
+    if (session == nullptr || proc == nullptr) {
+        return simConnectInvalidArgument;
+    }
+    return session->dispatch(proc, context);
+}
+
+SimConnectResult SimConnect_AddToDataDefinition(SimConnectHandle handle, std::uint32_t definitionId,
+                                                const char* datumName, const char* unitsName, std::uint32_t datumType,
+                                                float epsilon, std::uint32_t datumId) {
+    // Variables without a unit are told with none.
+    const char* const units = unitsName == nullptr ? "" : unitsName;
+    if (!isName(datumName) || !isName(units)) {
+        return simConnectInvalidArgument;
+    }
+    return request(handle, [&](auto& out, std::uint32_t sendId) {
+        SimConnectWire::appendAddToDataDefinition(out, sendId, definitionId, datumName, units, datumType, epsilon,
+                                                  datumId);
+    });
+}
+
+SimConnectResult SimConnect_RequestDataOnSimObject(SimConnectHandle handle, std::uint32_t requestId,
+                                                   std::uint32_t definitionId, std::uint32_t objectId,
+                                                   std::uint32_t period, std::uint32_t flags, std::uint32_t origin,
+                                                   std::uint32_t interval, std::uint32_t limit) {
+    return request(handle, [&](auto& out, std::uint32_t sendId) {
+        SimConnectWire::appendRequestDataOnSimObject(out, sendId, requestId, definitionId, objectId, period, flags,
+                                                     origin, interval, limit);
+    });
+}
+
+SimConnectResult SimConnect_MapClientEventToSimEvent(SimConnectHandle handle, std::uint32_t eventId,
+                                                     const char* eventName) {
+    // An event without a name is the client's own.
+    const char* const name = eventName == nullptr ? "" : eventName;
+    if (!isName(name)) {
+        return simConnectInvalidArgument;
+    }
+    return request(handle, [&](auto& out, std::uint32_t sendId) {
+        SimConnectWire::appendMapClientEventToSimEvent(out, sendId, eventId, name);
+    });
+}
+
+SimConnectResult SimConnect_TransmitClientEvent(SimConnectHandle handle, std::uint32_t objectId, std::uint32_t eventId,
+                                                std::uint32_t data, std::uint32_t groupId, std::uint32_t flags) {
+    return request(handle, [&](auto& out, std::uint32_t sendId) {
+        SimConnectWire::appendTransmitClientEvent(out, sendId, objectId, eventId, data, groupId, flags);
+    });
+}
+
+SimConnectResult SimConnect_MapClientDataNameToID(SimConnectHandle handle, const char* name,
+                                                  std::uint32_t clientDataId) {
+    if (!isName(name)) {
+        return simConnectInvalidArgument;
+    }
+    return request(handle, [&](auto& out, std::uint32_t sendId) {
+        SimConnectWire::appendMapClientDataNameToId(out, sendId, name, clientDataId);
+    });
+}
+
+SimConnectResult SimConnect_AddToClientDataDefinition(SimConnectHandle handle, std::uint32_t definitionId,
+                                                      std::uint32_t offset, std::uint32_t sizeOrType, float epsilon,
+                                                      std::uint32_t datumId) {
+    return request(handle, [&](auto& out, std::uint32_t sendId) {
+        SimConnectWire::appendAddToClientDataDefinition(out, sendId, definitionId, offset, sizeOrType, epsilon,
+                                                        datumId);
+    });
+}
+
+SimConnectResult SimConnect_RequestClientData(SimConnectHandle handle, std::uint32_t clientDataId,
+                                              std::uint32_t requestId, std::uint32_t definitionId, std::uint32_t period,
+                                              std::uint32_t flags, std::uint32_t origin, std::uint32_t interval,
+                                              std::uint32_t limit) {
+    return request(handle, [&](auto& out, std::uint32_t sendId) {
+        SimConnectWire::appendRequestClientData(out, sendId, clientDataId, requestId, definitionId, period, flags,
+                                                origin, interval, limit);
+    });
+}
+
+SimConnectResult SimConnect_SetClientData(SimConnectHandle handle, std::uint32_t clientDataId,
+                                          std::uint32_t definitionId, std::uint32_t flags, std::uint32_t /*reserved*/,
+                                          std::uint32_t unitSize, void* data) {
+    if (data == nullptr || unitSize == 0 || unitSize > SimConnectWire::maximumClientData) {
+        return simConnectInvalidArgument;
+    }
+    const std::span bytes(static_cast<const std::uint8_t*>(data), unitSize);
+    return request(handle, [&](auto& out, std::uint32_t sendId) {
+        SimConnectWire::appendSetClientData(out, sendId, clientDataId, definitionId, flags, bytes);
+    });
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+// The requests of the simulator's network protocol, version 4, byte by byte. Each function appends one whole request
+// to `out`. All numbers are little-endian; names lie in fixed, zero-padded fields.
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace SimConnectWire {
+
+/// The generation of the protocol that every simulator in use still takes and that has all requests made here.
+constexpr std::uint32_t protocolVersion = 4;
+/// Size, protocol version, type and send id.
+constexpr std::size_t requestHeadSize = 16;
+/// A name's field. A name must be shorter, so that its field ends in a zero byte.
+constexpr std::size_t nameFieldSize = 256;
+/// The largest client data area, so no block of client data is longer.
+constexpr std::size_t maximumClientData = 8192;
+/// Every request's type has these bits set.
+constexpr std::uint32_t requestTypeMark = 0xF0000000U;
+
+enum RequestType : std::uint32_t {
+    openRequest = 0x01,
+    mapClientEventToSimEventRequest = 0x04,
+    transmitClientEventRequest = 0x05,
+    addToDataDefinitionRequest = 0x0C,
+    clearDataDefinitionRequest = 0x0D,
+    requestDataOnSimObjectRequest = 0x0E,
+    mapClientDataNameToIdRequest = 0x37,
+    createClientDataRequest = 0x38,
+    addToClientDataDefinitionRequest = 0x39,
+    clearClientDataDefinitionRequest = 0x3A,
+    requestClientDataRequest = 0x3B,
+    setClientDataRequest = 0x3C,
+};
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// Whether a name fits its field.
+bool fitsNameField(std::string_view name);
+
+void appendOpen(Bytes& out, std::uint32_t sendId, std::string_view applicationName);
+void appendAddToDataDefinition(Bytes& out, std::uint32_t sendId, std::uint32_t definitionId, std::string_view datumName,
+                               std::string_view unitsName, std::uint32_t datumType, float epsilon,
+                               std::uint32_t datumId);
+void appendRequestDataOnSimObject(Bytes& out, std::uint32_t sendId, std::uint32_t requestId, std::uint32_t definitionId,
+                                  std::uint32_t objectId, std::uint32_t period, std::uint32_t flags,
+                                  std::uint32_t origin, std::uint32_t interval, std::uint32_t limit);
+void appendMapClientEventToSimEvent(Bytes& out, std::uint32_t sendId, std::uint32_t eventId,
+                                    std::string_view eventName);
+void appendTransmitClientEvent(Bytes& out, std::uint32_t sendId, std::uint32_t objectId, std::uint32_t eventId,
+                               std::uint32_t data, std::uint32_t groupId, std::uint32_t flags);
+void appendMapClientDataNameToId(Bytes& out, std::uint32_t sendId, std::string_view name, std::uint32_t clientDataId);
+void appendAddToClientDataDefinition(Bytes& out, std::uint32_t sendId, std::uint32_t definitionId, std::uint32_t offset,
+                                     std::uint32_t sizeOrType, float epsilon, std::uint32_t datumId);
+void appendRequestClientData(Bytes& out, std::uint32_t sendId, std::uint32_t clientDataId, std::uint32_t requestId,
+                             std::uint32_t definitionId, std::uint32_t period, std::uint32_t flags,
+                             std::uint32_t origin, std::uint32_t interval, std::uint32_t limit);
+void appendSetClientData(Bytes& out, std::uint32_t sendId, std::uint32_t clientDataId, std::uint32_t definitionId,
+                         std::uint32_t flags, std::span<const std::uint8_t> data);
+
+/// Appends a number in the wire's order.
+void appendNumber(Bytes& out, std::uint32_t value);
+/// Reads one back; the bytes must be there.
+std::uint32_t numberAt(std::span<const std::uint8_t> bytes, std::size_t offset);
+
+} // namespace SimConnectWire
