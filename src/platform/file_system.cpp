@@ -1,0 +1,57 @@
+#include "platform/file_system.h"
+
+#include <fstream>
+#include <system_error>
+#include <utility>
+
+namespace FileSystem {
+
+bool exists(const std::string& path) {
+    return std::filesystem::exists(fromBytes(path));
+}
+
+bool existsOrFalse(const std::string& path) noexcept {
+    std::error_code failure;
+    return std::filesystem::exists(fromBytes(path), failure);
+}
+
+std::string parentPath(const std::string& path) {
+    return toBytes(fromBytes(path).parent_path());
+}
+
+std::string fileName(const std::string& path) {
+    return toBytes(fromBytes(path).filename());
+}
+
+std::string join(const std::string& folder, const std::string& name) {
+    // Asked first, since libstdc++ doesn't know that a server's path is absolute.
+    if (isAbsolute(name)) {
+        return name;
+    }
+    return toBytes(fromBytes(folder) / fromBytes(name));
+}
+
+bool readFile(const std::string& path, std::string& text) {
+    // Linux lets a folder be opened like a file; it only fails to be read.
+    std::error_code failure;
+    if (std::filesystem::is_directory(fromBytes(path), failure)) {
+        return false;
+    }
+    std::ifstream file(fromBytes(path), std::ios::binary);
+    if (!file) {
+        return false;
+    }
+    std::string content;
+    std::string chunk(65536, '\0');
+    do {
+        file.read(chunk.data(), static_cast<std::streamsize>(chunk.size()));
+        content.append(chunk, 0, static_cast<std::size_t>(file.gcount()));
+    } while (file);
+    if (file.bad()) {
+        return false;
+    }
+    text = std::move(content);
+    return true;
+}
+
+} // namespace FileSystem

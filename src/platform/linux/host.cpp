@@ -1,0 +1,33 @@
+#include "platform/linux/control_signals.h"
+#include "platform/linux/process_list.h"
+#include "platform/linux/single_instance.h"
+#include "platform/portable_host.h"
+#include "platform/system_parts.h"
+
+#include <unistd.h>
+
+#include <array>
+
+namespace {
+
+std::string executablePath() {
+    // As long as Windows lets it be, so that both systems refuse the same.
+    std::array<char, 260> path{};
+    const auto size = readlink("/proc/self/exe", path.data(), path.size());
+    const bool fits = size > 0 && static_cast<std::size_t>(size) < path.size();
+    return fits ? std::string(path.data(), static_cast<std::size_t>(size)) : std::string();
+}
+
+} // namespace
+
+Host systemHost() {
+    Host host = portableHost();
+    host.findProcess = [](const auto& visit) { return findProcessIn("/proc", visit); };
+    host.executablePath = executablePath;
+    host.commonDataFolder = [] { return std::string("/var/lib"); };
+    host.acquireSingleInstance = takeSingleInstance;
+    // A program has its terminal already.
+    host.attachConsole = [] {};
+    host.installControlHandler = installControlSignals;
+    return host;
+}

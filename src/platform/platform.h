@@ -1,0 +1,142 @@
+#pragma once
+
+// All that touches the operating system, as plain records of callables. systemPlatform() fills them for the system at
+// hand; tests and the virtual cockpit fill them otherwise. Any callable may be called from any thread unless it says
+// otherwise; none of them throws unless it says so.
+
+#include "simconnect/simconnect_api.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+/// An open HID device. Opaque to everybody but the transport that gave it.
+using HidHandle = std::intptr_t;
+constexpr HidHandle invalidHidHandle = -1;
+
+enum class HidAccess { ReadWrite, ReadOnly };
+
+/// Overlapped: for a reader, whose reads another thread can cancel. Synchronous: for probing and for writes.
+enum class HidMode { Synchronous, Overlapped };
+
+struct HidAttributes {
+    std::uint16_t vendorId = 0;
+    std::uint16_t productId = 0;
+};
+
+enum class HidReadStatus { Data, Timeout, Failure };
+
+struct HidReadResult {
+    HidReadStatus status = HidReadStatus::Failure;
+    /// With Data: what was read, possibly nothing. Lies in the reader's own buffer, valid until the reader is called
+    /// again or destroyed.
+    std::span<const std::uint8_t> data;
+};
+
+/// Reads one report of at most 32 bytes, waiting no longer than the limit. Called on one thread at a time. It holds
+/// whatever a pending read needs (buffer, event, overlapped record), so it must outlive the handle it was made for:
+/// close the handle first, then destroy the reader.
+using HidReader = std::function<HidReadResult(std::chrono::milliseconds limit)>;
+
+struct HidWriteResult {
+    bool ok = false;
+    /// Bytes that the system says it wrote; 0 after a failure.
+    std::uint32_t count = 0;
+    /// The system's error code after a failure (GetLastError, errno); 0 otherwise.
+    std::uint32_t error = 0;
+};
+
+/// Access to the machine's HID devices. A handle is used after `close` by nobody; different handles are independent.
+struct HidTransport {
+    /// The paths of all HID devices present, whoever made them, in the system's order.
+    std::function<std::vector<std::string>()> enumerate;
+    /// Opens a path, shared for reading and writing with everybody else; invalidHidHandle when that fails.
+    std::function<HidHandle(const std::string& path, HidAccess access, HidMode mode)> open;
+    std::function<void(HidHandle handle)> close;
+    /// False when the device doesn't tell; `attributes` is then unchanged.
+    std::function<bool(HidHandle handle, HidAttributes& attributes)> attributes;
+    /// The USB serial number as UTF-8. False when there is none; `serial` is then unchanged.
+    std::function<bool(HidHandle handle, std::string& serial)> serialNumber;
+    /// Fills a feature report, whose first byte the caller has set to the report id.
+    std::function<bool(HidHandle handle, std::span<std::uint8_t> report)> getFeature;
+    /// Makes the reader of a handle that was opened Overlapped.
+    std::function<HidReader(HidHandle handle)> makeReader;
+    /// Ends all reads pending on the handle, and makes a read that comes later fail, from another thread.
+    std::function<void(HidHandle handle)> cancelReads;
+    /// Writes one output report, report id first, on a Synchronous handle.
+    std::function<HidWriteResult(HidHandle handle, std::span<const std::uint8_t> report)> write;
+    /// Sends one output report over the control pipe; `count` stays 0.
+    std::function<HidWriteResult(HidHandle handle, std::span<const std::uint8_t> report)> setOutputReport;
+};
+
+/// The operations of the simulator's client library, with the arguments and results of simconnect_api.h.
+struct SimConnectLibrary {
+    std::function<decltype(SimConnect_Open)> open;
+    std::function<decltype(SimConnect_Close)> close;
+    std::function<decltype(SimConnect_CallDispatch)> callDispatch;
+    std::function<decltype(SimConnect_AddToDataDefinition)> addToDataDefinition;
+    std::function<decltype(SimConnect_RequestDataOnSimObject)> requestDataOnSimObject;
+    std::function<decltype(SimConnect_MapClientEventToSimEvent)> mapClientEventToSimEvent;
+    std::function<decltype(SimConnect_TransmitClientEvent)> transmitClientEvent;
+    std::function<decltype(SimConnect_MapClientDataNameToID)> mapClientDataNameToId;
+    std::function<decltype(SimConnect_AddToClientDataDefinition)> addToClientDataDefinition;
+    std::function<decltype(SimConnect_RequestClientData)> requestClientData;
+    std::function<decltype(SimConnect_SetClientData)> setClientData;
+};
+
+/// News of HID devices coming and going. `setUp`, `run` and `tearDown` are called on one thread, in this order.
+struct DeviceNotificationSource {
+    /// Starts listening. False with the reason in `error` when that can't be done; nothing is then left to tear down.
+    std::function<bool(std::string& error)> setUp;
+    /// Calls `onChange` on this thread for each arrival or removal, until `requestEnd`.
+    std::function<void(const std::function<void()>& onChange)> run;
+    std::function<void()> tearDown;
+    /// Makes `run` return. Called from another thread, after a successful `setUp`.
+    std::function<void()> requestEnd;
+};
+
+enum class SingleInstance { Acquired, AlreadyRunning, Unavailable };
+
+/// Takes the event's number: 0 interrupt, 1 break, 2 close. True when it was handled.
+using ControlHandler = bool (*)(unsigned event);
+
+/// The process and its surroundings.
+struct Host {
+    /// Calls `visit` with the executable name of each running process (UTF-8, no folder) until it returns true.
+    /// Returns whether it did: false also when the list can't be had.
+    std::function<bool(const std::function<bool(std::string_view name)>& visit)> findProcess;
+    /// The running executable's path; empty when it can't be told or is 260 bytes or longer.
+    std::function<std::string()> executablePath;
+    /// The folder of per-machine data; empty when there is none.
+    std::function<std::string()> commonDataFolder;
+    std::function<std::optional<std::string>(const std::string& name)> environmentVariable;
+    /// Takes the lock of that name for the rest of the process's life.
+    std::function<SingleInstance(const std::string& name)> acquireSingleInstance;
+    /// Joins the console of the process that started this one, if there is one.
+    std::function<void()> attachConsole;
+    /// Has `handler` called on interrupt, break and close events, on a thread or in a signal frame of the system's.
+    std::function<void(ControlHandler handler)> installControlHandler;
+    /// A plain sleep of the calling thread. Zero or less returns at once.
+    std::function<void(std::chrono::milliseconds duration)> sleepFor;
+    /// The monotonic clock in nanoseconds.
+    std::function<std::int64_t()> now;
+    /// Starts a thread. Throws std::system_error when the system gives none.
+    std::function<std::thread(std::function<void()> body)> startThread;
+};
+
+struct Platform {
+    HidTransport hid;
+    SimConnectLibrary simConnect;
+    DeviceNotificationSource deviceNotifications;
+    Host host;
+};
+
+/// The records for the system that this program runs on.
+Platform systemPlatform();

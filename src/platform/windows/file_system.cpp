@@ -1,0 +1,33 @@
+#include "platform/file_system.h"
+
+#include <windows.h>
+
+#include <string_view>
+
+namespace FileSystem {
+
+std::filesystem::path fromBytes(const std::string& bytes) {
+    const int size = static_cast<int>(bytes.size());
+    const int wideSize = MultiByteToWideChar(CP_ACP, 0, bytes.data(), size, nullptr, 0);
+    std::wstring wide(static_cast<std::size_t>(wideSize), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, bytes.data(), size, wide.data(), wideSize);
+    return wide;
+}
+
+std::string toBytes(const std::filesystem::path& path) {
+    const std::wstring& wide = path.native();
+    const int wideSize = static_cast<int>(wide.size());
+    const int size = WideCharToMultiByte(CP_ACP, 0, wide.data(), wideSize, nullptr, 0, nullptr, nullptr);
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(CP_ACP, 0, wide.data(), wideSize, bytes.data(), size, nullptr, nullptr);
+    return bytes;
+}
+
+bool isAbsolute(const std::string& path) {
+    // libstdc++ takes the two separators in front of a server's name for a root folder without a drive.
+    const std::string_view separators = "/\\";
+    const bool isServerPath = path.find_first_not_of(separators) == 2;
+    return isServerPath || fromBytes(path).is_absolute();
+}
+
+} // namespace FileSystem

@@ -1,0 +1,107 @@
+#include "platform/windows/hid_device.h"
+
+#include "platform/windows/hid_api.h"
+#include "platform/windows/wide_text.h"
+
+#include <vector>
+
+HidRead::HidRead() : event(CreateEventA(nullptr, TRUE, FALSE, nullptr)) {
+    overlapped.hEvent = event;
+}
+
+HidRead::~HidRead() {
+    if (event != nullptr) {
+        CloseHandle(event);
+    }
+}
+
+std::unique_ptr<HidDevice> HidDevice::open(const std::string& path, HidAccess access, HidMode mode) {
+    const DWORD accessRights = access == HidAccess::ReadWrite ? GENERIC_READ | GENERIC_WRITE : GENERIC_READ;
+    const DWORD flags = mode == HidMode::Overlapped ? FILE_FLAG_OVERLAPPED : 0;
+    const HANDLE handle = CreateFileA(path.c_str(), accessRights, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                      OPEN_EXISTING, flags, nullptr);
+    return handle == INVALID_HANDLE_VALUE ? nullptr : std::make_unique<HidDevice>(handle);
+}
+
+bool HidDevice::attributes(HidAttributes& attributes) const {
+    HIDD_ATTRIBUTES told{};
+    told.Size = sizeof told;
+    if (!HidD_GetAttributes(handle, &told)) {
+        return false;
+    }
+    attributes.vendorId = told.VendorID;
+    attributes.productId = told.ProductID;
+    return true;
+}
+
+bool HidDevice::serialNumber(std::string& serial) const {
+    constexpr std::size_t answerLength = 256;
+    // One more than the device may fill, so that the text ends in any case.
+    std::array<wchar_t, answerLength + 1> wide{};
+    if (!HidD_GetSerialNumberString(handle, wide.data(), answerLength * sizeof(wchar_t))) {
+        return false;
+    }
+    const std::string text = utf8FromWide(wide.data());
+    if (text.empty()) {
+        return false;
+    }
+    serial = text;
+    return true;
+}
+
+bool HidDevice::getFeature(std::span<std::uint8_t> report) const {
+    return HidD_GetFeature(handle, report.data(), static_cast<ULONG>(report.size())) != FALSE;
+}
+
+HidDevice::Issue HidDevice::issueRead(HidRead& read, DWORD& count) {
+    const std::lock_guard lock(issueMutex);
+    if (cancelled) {
+        return Issue::Failure;
+    }
+    ResetEvent(read.event);
+    if (ReadFile(handle, read.buffer.data(), static_cast<DWORD>(read.buffer.size()), &count, &read.overlapped)) {
+        return Issue::Complete;
+    }
+    return GetLastError() == ERROR_IO_PENDING ? Issue::Pending : Issue::Failure;
+}
+
+HidReadResult HidDevice::read(HidRead& read, std::chrono::milliseconds limit) {
+    DWORD count = 0;
+    const Issue issue = issueRead(read, count);
+    if (issue == Issue::Failure) {
+        return {};
+    }
+    if (issue == Issue::Pending) {
+        const DWORD wait = WaitForSingleObject(read.event, static_cast<DWORD>(limit.count()));
+        if (wait == WAIT_TIMEOUT) {
+            return {HidReadStatus::Timeout, {}};
+        }
+        if (wait != WAIT_OBJECT_0 || !GetOverlappedResult(handle, &read.overlapped, &count, FALSE)) {
+            return {};
+        }
+    }
+    return {HidReadStatus::Data, std::span(read.buffer).first(count)};
+}
+
+void HidDevice::cancelReads() {
+    const std::lock_guard lock(issueMutex);
+    cancelled = true;
+    CancelIoEx(handle, nullptr);
+}
+
+HidWriteResult HidDevice::write(std::span<const std::uint8_t> report) const {
+    DWORD count = 0;
+    if (!WriteFile(handle, report.data(), static_cast<DWORD>(report.size()), &count, nullptr)) {
+        return {.ok = false, .count = 0, .error = GetLastError()};
+    }
+    return {.ok = true, .count = count, .error = 0};
+}
+
+HidWriteResult HidDevice::setOutputReport(std::span<const std::uint8_t> report) const {
+    // The call takes no constant bytes, though it changes none.
+    std::vector<std::uint8_t> bytes(report.begin(), report.end());
+    if (!HidD_SetOutputReport(handle, bytes.data(), static_cast<ULONG>(bytes.size()))) {
+        return {.ok = false, .count = 0, .error = GetLastError()};
+    }
+    return {.ok = true, .count = 0, .error = 0};
+}

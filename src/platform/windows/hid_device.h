@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/platform.h"
+
+#include <windows.h>
+
+#include <array>
+#include <memory>
+#include <mutex>
+#include <string>
+
+/// What a reader's pending reads write to.
+struct HidRead {
+    HidRead();
+    ~HidRead();
+    HidRead(const HidRead&) = delete;
+    HidRead& operator=(const HidRead&) = delete;
+
+    HANDLE event = nullptr;
+    OVERLAPPED overlapped{};
+    /// The longest report of a board.
+    std::array<std::uint8_t, 32> buffer{};
+};
+
+/// One open HID device. Everything may be called from any thread, `read` on one at a time.
+class HidDevice {
+public:
+    /// Null when the device can't be opened.
+    static std::unique_ptr<HidDevice> open(const std::string& path, HidAccess access, HidMode mode);
+    explicit HidDevice(HANDLE opened) : handle(opened) {}
+    ~HidDevice() { CloseHandle(handle); }
+    HidDevice(const HidDevice&) = delete;
+    HidDevice& operator=(const HidDevice&) = delete;
+
+    bool attributes(HidAttributes& attributes) const;
+    bool serialNumber(std::string& serial) const;
+    bool getFeature(std::span<std::uint8_t> report) const;
+
+    /// A timeout leaves the read pending, and the next call issues another one into the same buffer. A report that
+    /// completes an earlier read before the next call waits is not handed out; cancelling ends all that are pending.
+    HidReadResult read(HidRead& read, std::chrono::milliseconds limit);
+
+    /// For good: every later read fails too.
+    void cancelReads();
+    HidWriteResult write(std::span<const std::uint8_t> report) const;
+    HidWriteResult setOutputReport(std::span<const std::uint8_t> report) const;
+
+private:
+    const HANDLE handle;
+
+    // Held while a read is issued and while all are cancelled, so that none slips in behind the cancelling.
+    std::mutex issueMutex;
+    bool cancelled = false;
+
+    enum class Issue { Complete, Pending, Failure };
+    Issue issueRead(HidRead& read, DWORD& count);
+};

@@ -1,0 +1,36 @@
+#include "platform/network_simconnect.h"
+#include "platform/system_parts.h"
+#include "platform/windows/simconnect_dll.h"
+
+namespace {
+
+const SimConnectLibrary& loadedLibrary() {
+    static const SimConnectLibrary library = [] {
+        const auto fromDll = loadSimConnectDll("SimConnect.dll");
+        return fromDll ? *fromDll : networkSimConnectLibrary();
+    }();
+    return library;
+}
+
+/// Stands for an operation until its first use, which loads the library.
+template <auto operation>
+constexpr auto lazily = [](auto... arguments) { return (loadedLibrary().*operation)(arguments...); };
+
+} // namespace
+
+SimConnectLibrary systemSimConnectLibrary() {
+    using Library = SimConnectLibrary;
+    Library library;
+    library.open = lazily<&Library::open>;
+    library.close = lazily<&Library::close>;
+    library.callDispatch = lazily<&Library::callDispatch>;
+    library.addToDataDefinition = lazily<&Library::addToDataDefinition>;
+    library.requestDataOnSimObject = lazily<&Library::requestDataOnSimObject>;
+    library.mapClientEventToSimEvent = lazily<&Library::mapClientEventToSimEvent>;
+    library.transmitClientEvent = lazily<&Library::transmitClientEvent>;
+    library.mapClientDataNameToId = lazily<&Library::mapClientDataNameToId>;
+    library.addToClientDataDefinition = lazily<&Library::addToClientDataDefinition>;
+    library.requestClientData = lazily<&Library::requestClientData>;
+    library.setClientData = lazily<&Library::setClientData>;
+    return library;
+}

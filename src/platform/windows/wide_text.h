@@ -1,0 +1,6 @@
+#pragma once
+
+#include <string>
+
+/// UTF-8; empty when the conversion fails.
+std::string utf8FromWide(const wchar_t* text);

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "simconnect/socket.h"
+#include "tests/support/wait_until.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <span>
+#include <string>
+#include <vector>
+
+using PeerBytes = std::vector<std::uint8_t>;
+
+/// A listener on loopback that knows no protocol: the test sends and reads each byte itself.
+class LoopbackPeer {
+public:
+    explicit LoopbackPeer(int receiveBuffer = 0) : listener(listenOnLoopback(0, receiveBuffer, error)) {}
+
+    std::uint16_t port() const { return listener.localPort(); }
+
+    /// Takes the next connection; false when none comes.
+    bool accept() {
+        return waitUntil([&] {
+            connection = listener.accept();
+            return connection.valid();
+        });
+    }
+
+    /// The next `size` bytes; fewer when the connection ends before, or they don't come.
+    PeerBytes read(std::size_t size) {
+        PeerBytes bytes;
+        waitUntil([&] { return readSome(bytes, size) || bytes.size() == size; });
+        return bytes;
+    }
+
+    /// Whether the other side has ended its sending, after everything else was read.
+    bool readEnd() {
+        PeerBytes ignored;
+        return waitUntil([&] { return readSome(ignored, ignored.size() + 4096); });
+    }
+
+    /// Sends all of it.
+    bool send(std::span<const std::uint8_t> bytes) {
+        return waitUntil([&] {
+            const SocketTransfer transfer = connection.send(bytes);
+            bytes = bytes.subspan(transfer.status == SocketStatus::Done ? transfer.count : 0);
+            return bytes.empty();
+        });
+    }
+
+    void close() { connection.close(); }
+    void reset() { connection.reset(); }
+    void stopListening() { listener.close(); }
+    Socket& socket() { return connection; }
+
+private:
+    // Reads what is there, up to a whole of `size`; true at the connection's end.
+    bool readSome(PeerBytes& bytes, std::size_t size) {
+        while (bytes.size() < size) {
+            std::array<std::uint8_t, 4096> piece{};
+            const auto room = std::span(piece).first(std::min(piece.size(), size - bytes.size()));
+            const SocketTransfer transfer = connection.receive(room);
+            if (transfer.status != SocketStatus::Done) {
+                return transfer.status != SocketStatus::WouldBlock;
+            }
+            bytes.insert(bytes.end(), piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(transfer.count));
+        }
+        return false;
+    }
+
+    std::string error;
+    Socket listener;
+    Socket connection;
+};
+
+/// Words in the wire's order.
+inline PeerBytes wireWords(std::initializer_list<std::uint32_t> words) {
+    PeerBytes bytes;
+    for (const std::uint32_t word : words) {
+        for (unsigned shift = 0; shift < 32; shift += 8) {
+            bytes.push_back(static_cast<std::uint8_t>(word >> shift));
+        }
+    }
+    return bytes;
+}
+
+/// A message of the simulator's, with its head.
+inline PeerBytes simulatorMessage(std::uint32_t id, const PeerBytes& body = {}) {
+    PeerBytes message = wireWords({static_cast<std::uint32_t>(12 + body.size()), 4, id});
+    message.insert(message.end(), body.begin(), body.end());
+    return message;
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <chrono>
+#include <thread>
+
+/// Polls until `condition` holds; false when it doesn't within a bound that no healthy run comes near.
+template <typename Condition>
+bool waitUntil(Condition condition, std::chrono::milliseconds bound = std::chrono::milliseconds(5000)) {
+    const auto end = std::chrono::steady_clock::now() + bound;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() >= end)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}

@@ -1,0 +1,70 @@
+#include "platform/platform.h"
+
+#include <gtest/gtest.h>
+
+#include <future>
+#include <string>
+#include <thread>
+
+namespace {
+
+/// Runs the source on a thread as the program does, and tells when it is set up.
+class Listening {
+public:
+    explicit Listening(DeviceNotificationSource systemSource) : source(std::move(systemSource)) {
+        std::promise<bool> setUp;
+        std::future<bool> isSetUp = setUp.get_future();
+        thread = std::thread([this, &setUp] {
+            const bool isListening = source.setUp(error);
+            setUp.set_value(isListening);
+            if (isListening) {
+                source.run([] {});
+                source.tearDown();
+            }
+        });
+        succeeded = isSetUp.get();
+    }
+    ~Listening() { thread.join(); }
+
+    DeviceNotificationSource source;
+    std::string error = "unchanged";
+    bool succeeded = false;
+    std::thread thread;
+};
+
+TEST(DeviceNotifications, RequestedEndMakesRunReturn) {
+    Listening listening(systemPlatform().deviceNotifications);
+    ASSERT_TRUE(listening.succeeded) << listening.error;
+    EXPECT_EQ(listening.error, "unchanged");
+    listening.source.requestEnd();
+}
+
+TEST(DeviceNotifications, CanBeSetUpAgainAfterTearDown) {
+    const DeviceNotificationSource source = systemPlatform().deviceNotifications;
+    for (int round = 0; round < 3; ++round) {
+        Listening listening(source);
+        ASSERT_TRUE(listening.succeeded) << listening.error;
+        listening.source.requestEnd();
+    }
+}
+
+TEST(DeviceNotifications, EndRequestedBeforeRunEndsItAtOnce) {
+    const DeviceNotificationSource source = systemPlatform().deviceNotifications;
+    std::string error;
+    int changes = 0;
+    ASSERT_TRUE(source.setUp(error)) << error;
+    source.requestEnd();
+    source.run([&] { ++changes; });
+    source.tearDown();
+    EXPECT_EQ(changes, 0);
+}
+
+TEST(DeviceNotifications, TwoSourcesEndIndependently) {
+    Listening first(systemPlatform().deviceNotifications);
+    Listening second(systemPlatform().deviceNotifications);
+    ASSERT_TRUE(first.succeeded && second.succeeded);
+    second.source.requestEnd();
+    first.source.requestEnd();
+}
+
+} // namespace

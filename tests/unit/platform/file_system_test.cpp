@@ -1,0 +1,153 @@
+#include "platform/file_system.h"
+
+#include "tests/support/temp_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace {
+
+/// The system's separator between a folder and a name that were joined.
+const std::string separator(1, static_cast<char>(std::filesystem::path::preferred_separator));
+
+constexpr bool onWindows = std::filesystem::path::preferred_separator == '\\';
+
+TEST(FileSystemJoin, PutsTheSystemsSeparatorBetween) {
+    EXPECT_EQ(FileSystem::join("folder", "name"), "folder" + separator + "name");
+}
+
+TEST(FileSystemJoin, AddsNoSecondSeparator) {
+    EXPECT_EQ(FileSystem::join("folder/", "name"), "folder/name");
+}
+
+TEST(FileSystemJoin, KeepsDotParts) {
+    EXPECT_EQ(FileSystem::join("a/../b", "./c/../d"), "a/../b" + separator + "./c/../d");
+}
+
+TEST(FileSystemJoin, EmptyFolderLeavesTheNameAsItIs) {
+    EXPECT_EQ(FileSystem::join("", "config/config.json"), "config/config.json");
+}
+
+TEST(FileSystemJoin, EmptyNameLeavesATrailingSeparator) {
+    EXPECT_EQ(FileSystem::join("folder", ""), "folder" + separator);
+}
+
+TEST(FileSystemJoin, AbsoluteNameReplacesTheFolder) {
+    const std::string absolute = onWindows ? "D:\\other\\map.json" : "/other/map.json";
+    EXPECT_EQ(FileSystem::join("folder", absolute), absolute);
+}
+
+TEST(FileSystemParentPath, IsEmptyForABareName) {
+    EXPECT_EQ(FileSystem::parentPath("config.json"), "");
+    EXPECT_EQ(FileSystem::parentPath(""), "");
+}
+
+TEST(FileSystemParentPath, IsTheFolderPartAsItWasWritten) {
+    EXPECT_EQ(FileSystem::parentPath("a/../b/config.json"), "a/../b");
+    EXPECT_EQ(FileSystem::parentPath("folder/"), "folder");
+    EXPECT_EQ(FileSystem::parentPath("/config.json"), "/");
+}
+
+TEST(FileSystemFileName, IsTheLastComponent) {
+    EXPECT_EQ(FileSystem::fileName("a/b/config.json"), "config.json");
+    EXPECT_EQ(FileSystem::fileName("config.json"), "config.json");
+    EXPECT_EQ(FileSystem::fileName("folder/"), "");
+}
+
+TEST(FileSystemIsAbsolute, HoldsForNoRelativePath) {
+    for (const char* relative : {"", "config.json", "config/config.json", "./x", "../x"}) {
+        EXPECT_FALSE(FileSystem::isAbsolute(relative)) << relative;
+    }
+}
+
+TEST(FileSystemIsAbsolute, HoldsForTheSystemsAbsolutePaths) {
+    EXPECT_TRUE(FileSystem::isAbsolute(onWindows ? "C:\\x" : "/x"));
+    EXPECT_TRUE(FileSystem::isAbsolute(onWindows ? "C:/x" : "/"));
+}
+
+TEST(FileSystemIsAbsolute, HoldsForATempFolder) {
+    const TempFolder folder;
+    EXPECT_TRUE(FileSystem::isAbsolute(folder.path()));
+}
+
+TEST(FileSystemBytes, SurviveTheWayThroughAPath) {
+    // "Łódź" in UTF-8: on Windows each byte is a character of the code page.
+    const std::string bytes = "\xC5\x81\xC3\xB3";
+    EXPECT_EQ(FileSystem::toBytes(FileSystem::fromBytes(bytes)), bytes);
+    EXPECT_EQ(FileSystem::toBytes(FileSystem::fromBytes("")), "");
+}
+
+TEST(FileSystemBytes, NameTheFileThatAStreamOpensByTheSameBytes) {
+    const TempFolder folder;
+    const std::string subfolder = FileSystem::join(folder.path(), "E\x80ro");
+    std::filesystem::create_directory(FileSystem::fromBytes(subfolder));
+    const std::string path = FileSystem::join(subfolder, "config.json");
+    std::ofstream(path, std::ios::binary) << "text";
+    std::string text;
+    EXPECT_TRUE(FileSystem::exists(path));
+    EXPECT_TRUE(FileSystem::existsOrFalse(path));
+    ASSERT_TRUE(FileSystem::readFile(path, text));
+    EXPECT_EQ(text, "text");
+    EXPECT_EQ(FileSystem::fileName(FileSystem::parentPath(path)), "E\x80ro");
+}
+
+TEST(FileSystemExists, HoldsForFilesAndFolders) {
+    const TempFolder folder;
+    EXPECT_TRUE(FileSystem::exists(folder.write("file", "")));
+    EXPECT_TRUE(FileSystem::exists(folder.path()));
+    EXPECT_TRUE(FileSystem::existsOrFalse(folder.path()));
+}
+
+TEST(FileSystemExists, IsFalseForWhatIsAbsent) {
+    const TempFolder folder;
+    EXPECT_FALSE(FileSystem::exists(folder.path("absent")));
+    EXPECT_FALSE(FileSystem::exists(folder.path("absent/deeper")));
+    EXPECT_FALSE(FileSystem::existsOrFalse(folder.path("absent")));
+    EXPECT_FALSE(FileSystem::exists(""));
+}
+
+TEST(FileSystemExists, IsFalseBehindAFileInAFoldersPlace) {
+    const TempFolder folder;
+    EXPECT_FALSE(FileSystem::exists(FileSystem::join(folder.write("file", ""), "name")));
+}
+
+TEST(FileSystemExistsOrFalse, CountsAFailedQuestionAsAbsent) {
+    EXPECT_FALSE(FileSystem::existsOrFalse(std::string(100000, 'x')));
+}
+
+TEST(FileSystemReadFile, GivesEveryByte) {
+    const TempFolder folder;
+    std::string content(200001, '\0');
+    std::generate(content.begin(), content.end(), [next = 0]() mutable { return static_cast<char>(next++ * 7); });
+    content += "\r\n\x1A end";
+    std::string text = "old";
+    ASSERT_TRUE(FileSystem::readFile(folder.write("file", content), text));
+    EXPECT_EQ(text, content);
+}
+
+TEST(FileSystemReadFile, EmptyFileGivesEmptyText) {
+    const TempFolder folder;
+    std::string text = "old";
+    ASSERT_TRUE(FileSystem::readFile(folder.write("file", ""), text));
+    EXPECT_EQ(text, "");
+}
+
+TEST(FileSystemReadFile, AbsentFileLeavesTheText) {
+    const TempFolder folder;
+    std::string text = "old";
+    EXPECT_FALSE(FileSystem::readFile(folder.path("absent"), text));
+    EXPECT_EQ(text, "old");
+}
+
+TEST(FileSystemReadFile, RefusesAFolderAndLeavesTheText) {
+    const TempFolder folder;
+    std::string text = "old";
+    EXPECT_FALSE(FileSystem::readFile(folder.path(), text));
+    EXPECT_EQ(text, "old");
+}
+
+} // namespace

@@ -1,0 +1,161 @@
+#include "platform/file_system.h"
+#include "platform/platform.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <optional>
+#include <random>
+#include <string>
+#include <thread>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+const Host host = systemPlatform().host;
+
+std::string uniqueName() {
+    std::random_device random;
+    return "Local\\bridge-test-" + std::to_string(random()) + "-" + std::to_string(random());
+}
+
+bool isRunning(const std::string& wanted) {
+    return host.findProcess([&](std::string_view name) { return name == wanted; });
+}
+
+TEST(SystemPlatform, FillsEveryRecord) {
+    const Platform platform = systemPlatform();
+    const HidTransport& hid = platform.hid;
+    EXPECT_TRUE(hid.enumerate && hid.open && hid.close && hid.attributes && hid.serialNumber && hid.getFeature);
+    EXPECT_TRUE(hid.makeReader && hid.cancelReads && hid.write && hid.setOutputReport);
+    const SimConnectLibrary& library = platform.simConnect;
+    EXPECT_TRUE(library.open && library.close && library.callDispatch && library.addToDataDefinition);
+    EXPECT_TRUE(library.requestDataOnSimObject && library.mapClientEventToSimEvent && library.transmitClientEvent);
+    EXPECT_TRUE(library.mapClientDataNameToId && library.addToClientDataDefinition && library.requestClientData);
+    EXPECT_TRUE(library.setClientData);
+    const DeviceNotificationSource& news = platform.deviceNotifications;
+    EXPECT_TRUE(news.setUp && news.run && news.tearDown && news.requestEnd);
+    EXPECT_TRUE(host.findProcess && host.executablePath && host.commonDataFolder && host.environmentVariable);
+    EXPECT_TRUE(host.acquireSingleInstance && host.attachConsole && host.installControlHandler);
+    EXPECT_TRUE(host.sleepFor && host.now && host.startThread);
+}
+
+TEST(SystemPlatform, ItsSimConnectLibraryAnswers) {
+    const SimConnectLibrary library = systemPlatform().simConnect;
+    EXPECT_LT(library.open(nullptr, "test", nullptr, 0, nullptr, 0), 0);
+    EXPECT_LT(library.close(nullptr), 0);
+}
+
+TEST(HostFindProcess, FindsThisProcess) {
+    EXPECT_TRUE(isRunning(FileSystem::fileName(host.executablePath())));
+}
+
+TEST(HostFindProcess, DoesNotFindAProgramThatIsNotRunning) {
+    EXPECT_FALSE(isRunning("NoSuchSimulator2077.exe"));
+}
+
+TEST(HostFindProcess, VisitsEveryProcessOnceAndGivesNamesWithoutFolder) {
+    int self = 0;
+    const std::string ownName = FileSystem::fileName(host.executablePath());
+    const bool found = host.findProcess([&](std::string_view name) {
+        EXPECT_FALSE(name.empty());
+        EXPECT_EQ(name.find_first_of("\\/"), std::string_view::npos) << name;
+        self += name == ownName ? 1 : 0;
+        return false;
+    });
+    EXPECT_FALSE(found);
+    EXPECT_GE(self, 1);
+}
+
+TEST(HostFindProcess, StopsAtTheFirstMatch) {
+    int visits = 0;
+    EXPECT_TRUE(host.findProcess([&](std::string_view) {
+        ++visits;
+        return true;
+    }));
+    EXPECT_EQ(visits, 1);
+}
+
+TEST(HostExecutablePath, IsAnAbsolutePathThatExists) {
+    const std::string path = host.executablePath();
+    EXPECT_TRUE(FileSystem::isAbsolute(path)) << path;
+    EXPECT_TRUE(FileSystem::exists(path)) << path;
+    EXPECT_TRUE(FileSystem::fileName(path).starts_with("platform-tests")) << path;
+}
+
+TEST(HostCommonDataFolder, IsAnAbsolutePathThatExists) {
+    const std::string path = host.commonDataFolder();
+    EXPECT_TRUE(FileSystem::isAbsolute(path)) << path;
+    EXPECT_TRUE(FileSystem::exists(path)) << path;
+}
+
+TEST(HostEnvironmentVariable, GivesTheValue) {
+    const std::optional<std::string> path = host.environmentVariable("PATH");
+    ASSERT_TRUE(path.has_value());
+    EXPECT_FALSE(path->empty());
+}
+
+TEST(HostEnvironmentVariable, IsNoneWhenUnset) {
+    EXPECT_EQ(host.environmentVariable("BRIDGE_TEST_NO_SUCH_VARIABLE"), std::nullopt);
+}
+
+TEST(HostAcquireSingleInstance, SecondTakerOfANameFindsItTaken) {
+    const std::string name = uniqueName();
+    EXPECT_EQ(host.acquireSingleInstance(name), SingleInstance::Acquired);
+    EXPECT_EQ(host.acquireSingleInstance(name), SingleInstance::AlreadyRunning);
+    EXPECT_EQ(host.acquireSingleInstance(name), SingleInstance::AlreadyRunning);
+}
+
+TEST(HostAcquireSingleInstance, DifferentNamesDontMeet) {
+    EXPECT_EQ(host.acquireSingleInstance(uniqueName()), SingleInstance::Acquired);
+    EXPECT_EQ(host.acquireSingleInstance(uniqueName()), SingleInstance::Acquired);
+}
+
+TEST(HostAcquireSingleInstance, NameThatTheSystemCannotTakeIsUnavailable) {
+    EXPECT_EQ(host.acquireSingleInstance(std::string(70000, 'x')), SingleInstance::Unavailable);
+}
+
+TEST(HostNow, NeverGoesBack) {
+    std::int64_t last = host.now();
+    for (int round = 0; round < 10000; ++round) {
+        const std::int64_t next = host.now();
+        ASSERT_GE(next, last);
+        last = next;
+    }
+}
+
+TEST(HostSleepFor, SleepsNoLessThanTold) {
+    const std::int64_t begin = host.now();
+    host.sleepFor(20ms);
+    // Some systems wake a little early by their coarse clock; nanoseconds and milliseconds would be far apart.
+    EXPECT_GE(host.now() - begin, 18'000'000);
+}
+
+TEST(HostSleepFor, ZeroAndLessReturnAtOnce) {
+    const std::int64_t begin = host.now();
+    host.sleepFor(0ms);
+    host.sleepFor(-3600000ms);
+    EXPECT_LT(host.now() - begin, 5'000'000'000);
+}
+
+TEST(HostStartThread, RunsTheBodyOnAThreadOfItsOwn) {
+    std::thread::id other;
+    std::thread thread = host.startThread([&] { other = std::this_thread::get_id(); });
+    ASSERT_TRUE(thread.joinable());
+    thread.join();
+    EXPECT_NE(other, std::thread::id());
+    EXPECT_NE(other, std::this_thread::get_id());
+}
+
+TEST(HostAttachConsole, LeavesRedirectedOutputAlone) {
+    testing::internal::CaptureStdout();
+    host.attachConsole();
+    std::printf("still here");
+    std::fflush(stdout);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "still here");
+}
+
+} // namespace

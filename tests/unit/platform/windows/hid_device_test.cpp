@@ -1,0 +1,188 @@
+#include "platform/platform.h"
+#include "tests/support/wait_until.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <optional>
+#include <string>
+#include <thread>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// The other end of what CreateFile opens and overlapped reads work on: a named pipe of messages.
+class Pipe {
+public:
+    Pipe()
+        : handle(CreateNamedPipeA(path.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE, PIPE_UNLIMITED_INSTANCES, 4096,
+                                  4096, 0, nullptr)) {}
+    ~Pipe() { hangUp(); }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+
+    bool send(const std::string& bytes) const {
+        DWORD count = 0;
+        return WriteFile(handle, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) != 0;
+    }
+
+    std::string receive() const {
+        std::array<char, 64> bytes{};
+        DWORD count = 0;
+        ReadFile(handle, bytes.data(), 64, &count, nullptr);
+        return {bytes.data(), count};
+    }
+
+    void hangUp() {
+        if (handle != INVALID_HANDLE_VALUE) {
+            CloseHandle(handle);
+        }
+        handle = INVALID_HANDLE_VALUE;
+    }
+
+    const std::string path = "\\\\.\\pipe\\bridge-test-" + std::to_string(GetCurrentProcessId());
+
+private:
+    HANDLE handle;
+};
+
+std::string text(const HidReadResult& result) {
+    return {result.data.begin(), result.data.end()};
+}
+
+class HidDeviceOnWindows : public testing::Test {
+protected:
+    Pipe board;
+    HidTransport hid = systemPlatform().hid;
+
+    HidHandle open(HidMode mode = HidMode::Overlapped) const {
+        return hid.open(board.path, HidAccess::ReadWrite, mode);
+    }
+};
+
+TEST_F(HidDeviceOnWindows, ReaderGivesWhatCame) {
+    const HidHandle handle = open();
+    ASSERT_NE(handle, invalidHidHandle);
+    const HidReader reader = hid.makeReader(handle);
+    ASSERT_TRUE(board.send(std::string(31, 'a')));
+    const HidReadResult result = reader(5000ms);
+    EXPECT_EQ(result.status, HidReadStatus::Data);
+    EXPECT_EQ(text(result), std::string(31, 'a'));
+    hid.close(handle);
+}
+
+TEST_F(HidDeviceOnWindows, ReadsThatTimedOutStayPendingAndTakeTheNextReports) {
+    const HidHandle handle = open();
+    const HidReader reader = hid.makeReader(handle);
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(reader(1ms).status, HidReadStatus::Timeout);
+    }
+    // Three pending reads take three reports before anybody waits; without them the next read would give the first.
+    for (const char* report : {"a", "b", "c", "d"}) {
+        ASSERT_TRUE(board.send(report));
+    }
+    EXPECT_EQ(text(reader(5000ms)), "d");
+    hid.cancelReads(handle);
+    hid.close(handle);
+}
+
+TEST_F(HidDeviceOnWindows, AReportEndsTheWaitAfterEarlierTimeouts) {
+    const HidHandle handle = open();
+    const HidReader reader = hid.makeReader(handle);
+    EXPECT_EQ(reader(1ms).status, HidReadStatus::Timeout);
+    std::atomic<bool> done{false};
+    HidReadStatus status = HidReadStatus::Failure;
+    std::thread thread([&] {
+        status = reader(1h).status;
+        done = true;
+    });
+    // Sent until one comes while the thread waits.
+    EXPECT_TRUE(waitUntil([&] { return done || !board.send("x"); }));
+    thread.join();
+    EXPECT_EQ(status, HidReadStatus::Data);
+    hid.cancelReads(handle);
+    hid.close(handle);
+}
+
+TEST_F(HidDeviceOnWindows, CancellingEndsTheReadThatWaits) {
+    const HidHandle handle = open();
+    const HidReader reader = hid.makeReader(handle);
+    std::optional<HidReadStatus> status;
+    std::thread thread([&] { status = reader(1h).status; });
+    hid.cancelReads(handle);
+    thread.join();
+    EXPECT_EQ(status, HidReadStatus::Failure);
+    hid.close(handle);
+}
+
+TEST_F(HidDeviceOnWindows, CancellingMakesLaterReadsFail) {
+    const HidHandle handle = open();
+    const HidReader reader = hid.makeReader(handle);
+    hid.cancelReads(handle);
+    EXPECT_EQ(reader(1h).status, HidReadStatus::Failure);
+    hid.close(handle);
+}
+
+TEST_F(HidDeviceOnWindows, ReaderFailsWhenTheBoardIsPulled) {
+    const HidHandle handle = open();
+    const HidReader reader = hid.makeReader(handle);
+    std::optional<HidReadStatus> status;
+    std::thread thread([&] { status = reader(1h).status; });
+    board.hangUp();
+    thread.join();
+    EXPECT_EQ(status, HidReadStatus::Failure);
+    EXPECT_EQ(reader(1h).status, HidReadStatus::Failure);
+    hid.close(handle);
+}
+
+TEST_F(HidDeviceOnWindows, ClosingEndsTheHandleAndItsReader) {
+    const HidHandle handle = open();
+    const HidReader reader = hid.makeReader(handle);
+    hid.close(handle);
+    EXPECT_EQ(reader(1h).status, HidReadStatus::Failure);
+    EXPECT_EQ(hid.write(handle, std::array<std::uint8_t, 32>{}).error,
+              static_cast<std::uint32_t>(ERROR_INVALID_HANDLE));
+}
+
+TEST_F(HidDeviceOnWindows, WritesTheReportAsItIs) {
+    const HidHandle handle = open(HidMode::Synchronous);
+    std::array<std::uint8_t, 32> report{0x11, 0x01};
+    const HidWriteResult result = hid.write(handle, report);
+    EXPECT_TRUE(result.ok);
+    EXPECT_EQ(result.count, 32U);
+    EXPECT_EQ(result.error, 0U);
+    EXPECT_EQ(board.receive(), std::string(report.begin(), report.end()));
+    hid.close(handle);
+}
+
+TEST_F(HidDeviceOnWindows, FailedWriteTellsTheSystemsError) {
+    const HidHandle handle = open(HidMode::Synchronous);
+    board.hangUp();
+    const HidWriteResult result = hid.write(handle, std::array<std::uint8_t, 32>{0x11});
+    EXPECT_FALSE(result.ok);
+    EXPECT_EQ(result.count, 0U);
+    EXPECT_NE(result.error, 0U);
+    hid.close(handle);
+}
+
+TEST_F(HidDeviceOnWindows, WhatIsNoHidDeviceAnswersNoHidRequest) {
+    const HidHandle handle = open(HidMode::Synchronous);
+    HidAttributes attributes{1, 2};
+    std::string serial = "unchanged";
+    std::array<std::uint8_t, 32> report{0x20};
+    EXPECT_FALSE(hid.attributes(handle, attributes));
+    EXPECT_EQ(attributes.vendorId, 1);
+    EXPECT_FALSE(hid.serialNumber(handle, serial));
+    EXPECT_EQ(serial, "unchanged");
+    EXPECT_FALSE(hid.getFeature(handle, report));
+    const HidWriteResult sent = hid.setOutputReport(handle, report);
+    EXPECT_FALSE(sent.ok);
+    EXPECT_NE(sent.error, 0U);
+    hid.close(handle);
+}
+
+} // namespace
