@@ -1,0 +1,191 @@
+#include "logging/logger.h"
+
+#include "platform/file_system.h"
+
+#include <chrono>
+#include <ctime>
+#include <filesystem>
+#include <iostream>
+#include <system_error>
+
+namespace {
+
+constexpr std::uint64_t rotationSizeBytes = 5242880;
+constexpr std::int32_t keptBackups = 5;
+/// How many numbers behind the kept backups are looked at when stale ones are deleted.
+constexpr std::int32_t staleBackupWindow = 32;
+
+const char* levelWord(Level level) {
+    switch (level) {
+    case Level::Warn:
+        return "WARN";
+    case Level::Error:
+        return "ERROR";
+    case Level::Debug:
+        return "DEBUG";
+    case Level::Info:
+        break;
+    }
+    return "INFO";
+}
+
+std::tm localTime(std::time_t seconds) {
+    std::tm parts{};
+    // The standard library's only conversion; the logger's mutex keeps its shared buffer to one thread, and nothing
+    // else in the process converts times.
+    if (const std::tm* shared = std::localtime(&seconds)) { // NOLINT(concurrency-mt-unsafe)
+        parts = *shared;
+    }
+    return parts;
+}
+
+std::string timeText() {
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    const std::tm parts = localTime(seconds);
+    char text[32];
+    const std::size_t length = std::strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S", &parts);
+    return {text, length};
+}
+
+} // namespace
+
+Logger& Logger::instance() {
+    static Logger logger;
+    return logger;
+}
+
+void Logger::configure(const std::string& newDirectory, const std::string& newBaseName, bool echo) {
+    const std::lock_guard lock(mutex);
+    directory = newDirectory;
+    baseName = newBaseName;
+    maxBytes = rotationSizeBytes;
+    maxBackups = keptBackups;
+    consoleEcho = echo;
+
+    const std::string fileName = baseName + ".log";
+    if (directory.empty()) {
+        filePath = fileName;
+    } else {
+        std::error_code ignored;
+        std::filesystem::create_directories(FileSystem::fromBytes(directory), ignored);
+        filePath = FileSystem::join(directory, fileName);
+    }
+    deleteStaleBackups();
+    openFile();
+}
+
+void Logger::log(Level level, const std::string& message) {
+    const std::lock_guard lock(mutex);
+    writeLine(level, message);
+}
+
+void Logger::debug(const std::string& message) {
+    const std::lock_guard lock(mutex);
+    if (debugEnabled) {
+        writeLine(Level::Debug, message);
+    }
+}
+
+bool Logger::debugEnabledNow() {
+    const std::lock_guard lock(mutex);
+    return debugEnabled;
+}
+
+void Logger::setDebugEnabled(bool enabled) {
+    const std::lock_guard lock(mutex);
+    debugEnabled = enabled;
+}
+
+void Logger::close() {
+    const std::lock_guard lock(mutex);
+    if (file.is_open()) {
+        file.flush();
+        file.close();
+    }
+}
+
+void Logger::openFile() {
+    if (file.is_open()) {
+        file.close();
+    }
+    if (filePath.empty()) {
+        return;
+    }
+    file.clear();
+    file.open(FileSystem::fromBytes(filePath), std::ios::out | std::ios::app | std::ios::binary);
+}
+
+void Logger::writeLine(Level level, const std::string& message) {
+    if (!file.is_open()) {
+        openFile();
+    }
+    rotateIfNeeded();
+
+    std::string line = timeText();
+    line += " [";
+    line += levelWord(level);
+    line += "] ";
+    line += message;
+    line += '\n';
+    if (file.is_open()) {
+        // A full disk leaves the stream failed; the next line tries again.
+        file.clear();
+        file.write(line.data(), static_cast<std::streamsize>(line.size()));
+        file.flush();
+    }
+    if (consoleEcho) {
+        std::cout.write(line.data(), static_cast<std::streamsize>(line.size()));
+        std::cout.flush();
+    }
+}
+
+void Logger::rotateIfNeeded() {
+    if (maxBytes == 0 || maxBackups < 1 || filePath.empty()) {
+        return;
+    }
+    const std::filesystem::path current = FileSystem::fromBytes(filePath);
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(current, error);
+    if (error || size < maxBytes) {
+        return;
+    }
+    if (file.is_open()) {
+        file.flush();
+        file.close();
+    }
+    for (std::int32_t number = maxBackups; number >= 1; --number) {
+        const std::filesystem::path backup = FileSystem::fromBytes(backupPath(number));
+        if (std::filesystem::exists(backup, error)) {
+            std::filesystem::rename(backup, FileSystem::fromBytes(backupPath(number + 1)), error);
+        }
+    }
+    std::filesystem::rename(current, FileSystem::fromBytes(backupPath(1)), error);
+    deleteStaleBackups();
+    openFile();
+}
+
+void Logger::deleteStaleBackups() {
+    if (filePath.empty()) {
+        return;
+    }
+    std::error_code ignored;
+    for (std::int32_t number = maxBackups + 1; number <= maxBackups + staleBackupWindow; ++number) {
+        std::filesystem::remove(FileSystem::fromBytes(backupPath(number)), ignored);
+    }
+}
+
+std::string Logger::backupPath(std::int32_t number) const {
+    return filePath + "." + std::to_string(number);
+}
+
+void logInfo(const std::string& message) {
+    Logger::instance().log(Level::Info, message);
+}
+
+void logWarn(const std::string& message) {
+    Logger::instance().log(Level::Warn, message);
+}
+
+void logError(const std::string& message) {
+    Logger::instance().log(Level::Error, message);
+}
