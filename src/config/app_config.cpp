@@ -1,0 +1,158 @@
+#include "config/app_config.h"
+
+#include "config/config_file.h"
+#include "platform/file_system.h"
+
+namespace {
+
+constexpr ConfigFileMessages messages{
+    "Config file not found: ", "Failed to open config file: ", "Config parse error: ", "Config root must be an object"};
+
+/// On/off settings are numbers; a JSON boolean counts as absent like any other kind.
+void getSwitch(const JsonValue& section, std::string_view key, bool& out) {
+    std::int32_t number = 0;
+    if (getInt(section, key, number)) {
+        out = number != 0;
+    }
+}
+
+bool parseHid(const JsonValue& root, HidConfig& hid, std::string& error) {
+    const JsonValue* section = nullptr;
+    if (!getObject(root, "hid", section)) {
+        error = "Missing 'hid' section";
+        return false;
+    }
+    if (!getString(*section, "vid", hid.vid)) {
+        error = "Missing or invalid 'hid.vid'";
+        return false;
+    }
+    if (!getString(*section, "pid", hid.pid)) {
+        error = "Missing or invalid 'hid.pid'";
+        return false;
+    }
+    getInt(*section, "readIntervalMs", hid.readIntervalMs);
+    getInt(*section, "scanIntervalMs", hid.scanIntervalMs);
+    getSwitch(*section, "trace", hid.trace);
+    return true;
+}
+
+bool parseMappings(const JsonValue& root, MappingsConfig& mappings, std::string& error) {
+    const JsonValue* section = nullptr;
+    if (!getObject(root, "mappings", section)) {
+        error = "Missing 'mappings' section";
+        return false;
+    }
+    if (!getString(*section, "buttonConfigPath", mappings.buttonConfigPath)) {
+        error = "Missing or invalid 'mappings.buttonConfigPath'";
+        return false;
+    }
+    getString(*section, "hidEventMapPath", mappings.hidEventMapPath);
+    return true;
+}
+
+void parseMobiFlight(const JsonValue& section, MobiFlightConfig& mobiflight) {
+    getSwitch(section, "enabled", mobiflight.enabled);
+    getString(section, "clientName", mobiflight.clientName);
+    getString(section, "commandChannel", mobiflight.commandChannel);
+    getString(section, "responseChannel", mobiflight.responseChannel);
+    getString(section, "lvarsChannel", mobiflight.lvarsChannel);
+    getInt(section, "rpnRateLimitMs", mobiflight.rpnRateLimitMs);
+    getInt(section, "mapHoldRepeatMs", mobiflight.mapHoldRepeatMs);
+}
+
+void parseOptionalSections(const JsonValue& root, AppConfig& config) {
+    const JsonValue* section = nullptr;
+    if (getObject(root, "mobiflight", section)) {
+        parseMobiFlight(*section, config.mobiflight);
+    }
+    if (getObject(root, "cdc", section)) {
+        getSwitch(*section, "enabled", config.cdc.enabled);
+        getString(*section, "comPort", config.cdc.comPort);
+    }
+    if (getObject(root, "logging", section)) {
+        getSwitch(*section, "debug", config.logging.debug);
+    }
+    config.outputs = getObject(root, "outputs", section) ? parseOutputs(*section) : OutputsConfig();
+}
+
+/// Fills in where the two other files lie. A path that the file gives is never replaced by the search.
+MappingsConfig resolveMappings(const std::string& path, const MappingsConfig& written) {
+    MappingsConfig mappings;
+    mappings.buttonConfigPath = resolveConfigPath(path, written.buttonConfigPath);
+    mappings.hidEventMapPath = resolveConfigPath(path, written.hidEventMapPath);
+    if (mappings.hidEventMapPath.empty()) {
+        mappings.hidEventMapPath = findSiblingFile(path, "hid_event_map.json");
+    }
+    return mappings;
+}
+
+bool require(bool condition, const char* message, std::string& error) {
+    if (!condition) {
+        error = message;
+    }
+    return condition;
+}
+
+bool validateMobiFlight(const MobiFlightConfig& mobiflight, std::string& error) {
+    const bool off = !mobiflight.enabled;
+    return require(mobiflight.rpnRateLimitMs >= 0, "mobiflight.rpnRateLimitMs must be >= 0", error) &&
+           require(mobiflight.mapHoldRepeatMs > 0, "mobiflight.mapHoldRepeatMs must be > 0", error) &&
+           require(off || !mobiflight.commandChannel.empty(), "mobiflight.commandChannel is required when enabled",
+                   error) &&
+           require(off || !mobiflight.responseChannel.empty(), "mobiflight.responseChannel is required when enabled",
+                   error) &&
+           require(off || !mobiflight.lvarsChannel.empty(), "mobiflight.lvarsChannel is required when enabled", error);
+}
+
+} // namespace
+
+bool loadAppConfig(const std::string& path, AppConfig& config, std::string& error) {
+    std::string text;
+    return readConfigFile(path, messages, text, error) && parseAppConfig(text, path, config, error);
+}
+
+bool parseAppConfig(std::string_view text, const std::string& path, AppConfig& config, std::string& error) {
+    JsonValue root;
+    HidConfig hid = config.hid;
+    MappingsConfig mappings;
+    if (!parseConfigRoot(text, messages, root, error) || !parseHid(root, hid, error) ||
+        !parseMappings(root, mappings, error)) {
+        return false;
+    }
+    parseOptionalSections(root, config);
+    config.hid = hid;
+    config.mappings = resolveMappings(path, mappings);
+    if (!parseDevices(root, config.outputs.devices, error)) {
+        return false;
+    }
+    ensureDefaultProfile(config.outputs);
+    return validateAppConfig(config, error);
+}
+
+bool validateAppConfig(const AppConfig& config, std::string& error) {
+    return require(!config.hid.vid.empty(), "hid.vid is required", error) &&
+           require(!config.hid.pid.empty(), "hid.pid is required", error) &&
+           require(!config.mappings.buttonConfigPath.empty(), "mappings.buttonConfigPath is required", error) &&
+           validateMobiFlight(config.mobiflight, error) &&
+           require(!config.cdc.enabled || !config.cdc.comPort.empty(), "cdc.comPort is required when cdc.enabled=1",
+                   error) &&
+           require(config.outputs.debounceMs >= 0, "outputs.debounceMs must be >= 0", error) &&
+           validateProfiles(config.outputs, error);
+}
+
+std::string resolveConfigPath(const std::string& configPath, const std::string& value) {
+    if (value.empty() || FileSystem::isAbsolute(value)) {
+        return value;
+    }
+    const std::string folder = FileSystem::parentPath(configPath);
+    return folder.empty() ? value : FileSystem::join(folder, value);
+}
+
+std::string findSiblingFile(const std::string& configPath, const std::string& name) {
+    const std::string folder = FileSystem::parentPath(configPath);
+    if (folder.empty()) {
+        return "";
+    }
+    const std::string path = FileSystem::join(folder, name);
+    return FileSystem::existsOrFalse(path) ? path : "";
+}

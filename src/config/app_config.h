@@ -1,0 +1,67 @@
+#pragma once
+
+#include "config/output_profiles.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+struct HidConfig {
+    /// Hexadecimal text, with or without 0x.
+    std::string vid;
+    std::string pid;
+    /// Handed on, but nothing waits for it.
+    std::int32_t readIntervalMs = 2;
+    std::int32_t scanIntervalMs = 1000;
+    bool trace = false;
+};
+
+struct MappingsConfig {
+    std::string buttonConfigPath;
+    std::string hidEventMapPath;
+};
+
+struct MobiFlightConfig {
+    bool enabled = true;
+    std::string clientName = "VantrelBridgeHID";
+    std::string commandChannel = "MobiFlight.Command";
+    std::string responseChannel = "MobiFlight.Response";
+    std::string lvarsChannel = "MobiFlight.LVars";
+    std::int32_t rpnRateLimitMs = 0;
+    std::int32_t mapHoldRepeatMs = 10;
+};
+
+struct CdcConfig {
+    bool enabled = false;
+    std::string comPort;
+};
+
+struct LoggingConfig {
+    bool debug = false;
+};
+
+/// All settings. Filled once at start, before any worker runs, and read without locks afterwards.
+struct AppConfig {
+    HidConfig hid;
+    MappingsConfig mappings;
+    MobiFlightConfig mobiflight;
+    CdcConfig cdc;
+    LoggingConfig logging;
+    OutputsConfig outputs;
+};
+
+/// Reads the file at `path` over `config`. False with the message in `error`; `config` may then hold a mix of old and
+/// new values. Throws std::filesystem::filesystem_error when the file system can't say whether the file exists.
+bool loadAppConfig(const std::string& path, AppConfig& config, std::string& error);
+
+/// The same from the text of the file at `path`, which is only the starting point of relative paths.
+bool parseAppConfig(std::string_view text, const std::string& path, AppConfig& config, std::string& error);
+
+bool validateAppConfig(const AppConfig& config, std::string& error);
+
+/// A path of the configuration file, relative ones taken from that file's folder.
+std::string resolveConfigPath(const std::string& configPath, const std::string& value);
+
+/// The path of `name` beside the configuration file if it exists there; empty otherwise, and for a configuration path
+/// without a folder part.
+std::string findSiblingFile(const std::string& configPath, const std::string& name);

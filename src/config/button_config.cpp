@@ -1,0 +1,107 @@
+#include "config/button_config.h"
+
+#include "config/config_file.h"
+#include "config/names.h"
+
+#include <cstddef>
+
+namespace {
+
+constexpr ConfigFileMessages messages{"Button config not found: ", "Failed to open button config: ",
+                                      "Button config parse error: ", "Button config root must be an object"};
+
+/// Answers for every role that has no command of its own.
+constexpr const char* defaultRole = "DEFAULT";
+
+std::string roleKey(std::string_view role) {
+    return role.empty() ? defaultRole : normalizeName(role);
+}
+
+} // namespace
+
+bool ButtonConfig::load(const std::string& path, std::string& error) {
+    std::string text;
+    return readConfigFile(path, messages, text, error) && parse(text, error);
+}
+
+bool ButtonConfig::parse(std::string_view text, std::string& error) {
+    JsonValue root;
+    if (!parseConfigRoot(text, messages, root, error)) {
+        return false;
+    }
+    table.clear();
+    return parseOptionalSection(root, "buttons", error) && parseOptionalSection(root, "knobs", error);
+}
+
+bool ButtonConfig::parseOptionalSection(const JsonValue& root, const std::string& sectionName, std::string& error) {
+    const JsonValue* section = find(root, sectionName);
+    if (section == nullptr) {
+        return true;
+    }
+    if (section->type != JsonType::Array) {
+        error = "'" + sectionName + "' must be an array";
+        return false;
+    }
+    return parseCommandSection(sectionName, *section, error);
+}
+
+bool ButtonConfig::parseCommandSection(const std::string& sectionName, const JsonValue& array, std::string& error) {
+    for (std::size_t position = 0; position < array.array.size(); ++position) {
+        const JsonValue& element = array.array[position];
+        const std::string place = sectionName + "[" + std::to_string(position) + "]";
+        if (element.type != JsonType::Object) {
+            error = place + " must be an object";
+            return false;
+        }
+        std::string name;
+        if (!getString(element, "name", name)) {
+            error = place + " missing name";
+            return false;
+        }
+        const JsonValue* commands = nullptr;
+        if (getObject(element, "commands", commands)) {
+            storeCommands(normalizeName(name), *commands);
+        }
+    }
+    return true;
+}
+
+void ButtonConfig::storeCommands(const std::string& name, const JsonValue& commands) {
+    ActionCommands& actions = table[name];
+    for (const auto& [action, roles] : commands.object) {
+        if (roles.type != JsonType::Object) {
+            continue;
+        }
+        RoleCommands& roleCommands = actions[normalizeName(action)];
+        for (const auto& [role, command] : roles.object) {
+            if (command.type == JsonType::String) {
+                roleCommands[roleKey(role)] = command.string.substr(0, command.string.find('\0'));
+            }
+        }
+    }
+}
+
+std::string ButtonConfig::lookup(std::string_view name, std::string_view action, std::string_view role) const {
+    const std::string nameKey = normalizeName(name);
+    // A file's name of nothing but blanks makes an entry, which must stay out of reach.
+    if (nameKey.empty() || action.empty()) {
+        return "";
+    }
+    const auto actions = table.find(nameKey);
+    if (actions == table.end()) {
+        return "";
+    }
+    const auto roles = actions->second.find(normalizeName(action));
+    if (roles == actions->second.end()) {
+        return "";
+    }
+    auto command = roles->second.find(roleKey(role));
+    if (command == roles->second.end()) {
+        command = roles->second.find(defaultRole);
+    }
+    return command == roles->second.end() ? "" : command->second;
+}
+
+bool ButtonConfig::contains(const std::string& normalizedName) const {
+    return table.contains(normalizedName);
+}

@@ -1,0 +1,50 @@
+#include "config/hid_event_map.h"
+
+#include "config/config_file.h"
+
+namespace {
+
+constexpr ConfigFileMessages messages{"Event map not found: ", "Failed to open event map: ", "Event map parse error: ",
+                                      "Event map root must be an object"};
+
+/// Turns a member of names to numbers round into `names`. False if it gave no name at all.
+bool readNames(const JsonValue& root, std::string_view key, std::map<std::int32_t, std::string>& names) {
+    const JsonValue* section = nullptr;
+    if (!getObject(root, key, section)) {
+        return false;
+    }
+    for (const auto& [name, value] : section->object) {
+        std::int32_t number = 0;
+        if (getInt(*section, name, number)) {
+            names[number] = name;
+        }
+    }
+    return !names.empty();
+}
+
+} // namespace
+
+bool HidEventMap::load(const std::string& path, std::string& error) {
+    std::string text;
+    return readConfigFile(path, messages, text, error) && parse(text, error);
+}
+
+bool HidEventMap::parse(std::string_view text, std::string& error) {
+    JsonValue root;
+    if (!parseConfigRoot(text, messages, root, error)) {
+        return false;
+    }
+    eventTypes.clear();
+    controlIds.clear();
+    const bool hasEventTypes = readNames(root, "event_types", eventTypes);
+    const bool hasControlIds = readNames(root, "control_ids", controlIds);
+    if (!hasEventTypes) {
+        error = "Event map missing valid event_types entries";
+        return false;
+    }
+    if (!hasControlIds) {
+        error = "Event map missing valid control_ids entries";
+        return false;
+    }
+    return true;
+}
