@@ -1,0 +1,150 @@
+#include "hid/hid_manager.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <utility>
+
+namespace {
+
+/// Ids of USB devices have 16 bits.
+constexpr unsigned idLimit = 0x10000;
+
+bool parseId(const std::string& text, std::uint32_t& id) {
+    unsigned value = 0;
+    if (text.empty() || std::sscanf(text.c_str(), "%x", &value) != 1 || value >= idLimit) {
+        return false;
+    }
+    id = value;
+    return true;
+}
+
+bool parseIds(const std::string& vendorText, const std::string& productText, std::uint32_t& vendorId,
+              std::uint32_t& productId) {
+    return parseId(vendorText, vendorId) && parseId(productText, productId);
+}
+
+} // namespace
+
+HidManager::HidManager(HidTransport hidTransport, Host hostRecord)
+    : transport(std::move(hidTransport)), host(std::move(hostRecord)) {}
+
+HidManager::~HidManager() {
+    stop();
+    // A pass that another thread ran after a stop has connected boards again.
+    disconnectAll();
+}
+
+bool HidManager::start(const HidManagerSettings& settings, HidEventCallback eventCallback, std::string& error) {
+    if (running) {
+        return true;
+    }
+    std::uint32_t vendorId = 0;
+    std::uint32_t productId = 0;
+    if (!parseIds(settings.vendorIdText, settings.productIdText, vendorId, productId)) {
+        error = "Invalid VID/PID";
+        return false;
+    }
+    vendorIdText = settings.vendorIdText;
+    productIdText = settings.productIdText;
+    readIntervalMs = settings.readIntervalMs;
+    scanIntervalMs = settings.scanIntervalMs;
+    callback = std::move(eventCallback);
+    running = true;
+    scanDevices();
+    scanThread = host.startThread([this] { scanLoop(); });
+    return true;
+}
+
+void HidManager::stop() {
+    if (!running.exchange(false)) {
+        return;
+    }
+    if (scanThread.joinable()) {
+        scanThread.join();
+    }
+    disconnectAll();
+}
+
+void HidManager::setTraceEnabled(bool enabled) {
+    traceEnabled = enabled;
+}
+
+void HidManager::scanLoop() {
+    while (running) {
+        scanDevices();
+        host.sleepFor(std::chrono::milliseconds(scanIntervalMs));
+    }
+}
+
+void HidManager::scanDevices() {
+    std::uint32_t vendorId = 0;
+    std::uint32_t productId = 0;
+    if (!parseIds(vendorIdText, productIdText, vendorId, productId)) {
+        return;
+    }
+    const auto paths = findMatchingPaths(vendorId, productId);
+    const std::lock_guard lock(mutex);
+    disconnectMissing(paths);
+    for (const auto& path : paths) {
+        if (!sessions.contains(path)) {
+            connectBoard(path);
+        }
+    }
+}
+
+std::vector<HidDeviceSummary> HidManager::listDevices() {
+    const std::lock_guard lock(mutex);
+    std::vector<HidDeviceSummary> devices;
+    devices.reserve(sessions.size());
+    for (const auto& [path, session] : sessions) {
+        devices.push_back({session->deviceName, session->index});
+    }
+    return devices;
+}
+
+bool HidManager::hasDevices() {
+    const std::lock_guard lock(mutex);
+    return !sessions.empty();
+}
+
+std::vector<std::string> HidManager::findMatchingPaths(std::uint32_t vendorId, std::uint32_t productId) {
+    auto paths = transport.enumerate();
+    std::erase_if(paths, [&](const std::string& path) {
+        HidAttributes found;
+        return !probe(path, found) || found.vendorId != vendorId || found.productId != productId;
+    });
+    return paths;
+}
+
+bool HidManager::probe(const std::string& path, HidAttributes& attributes) {
+    auto handle = transport.open(path, HidAccess::ReadWrite, HidMode::Synchronous);
+    if (handle == invalidHidHandle) {
+        handle = transport.open(path, HidAccess::ReadOnly, HidMode::Synchronous);
+    }
+    if (handle == invalidHidHandle) {
+        return false;
+    }
+    const bool told = transport.attributes(handle, attributes);
+    transport.close(handle);
+    return told;
+}
+
+void HidManager::disconnectMissing(const std::vector<std::string>& paths) {
+    for (auto entry = sessions.begin(); entry != sessions.end();) {
+        if (std::find(paths.begin(), paths.end(), entry->first) != paths.end()) {
+            ++entry;
+            continue;
+        }
+        disconnectBoard(*entry->second);
+        entry = sessions.erase(entry);
+    }
+}
+
+void HidManager::disconnectAll() {
+    const std::lock_guard lock(mutex);
+    for (const auto& [path, session] : sessions) {
+        disconnectBoard(*session);
+    }
+    sessions.clear();
+}

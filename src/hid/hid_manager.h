@@ -1,0 +1,155 @@
+#pragma once
+
+#include "hid/hid_protocol.h"
+#include "platform/platform.h"
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <string>
+#include <thread>
+#include <vector>
+
+struct HidManagerSettings {
+    /// Hexadecimal texts, with or without 0x.
+    std::string vendorIdText;
+    std::string productIdText;
+    /// Stored, but no read waits for it.
+    std::int32_t readIntervalMs = 2;
+    /// 0 or below: no pause between passes at all.
+    std::int32_t scanIntervalMs = 1000;
+};
+
+/// Receives one decoded report, on the reader thread of its board, with no lock of the manager's held. The name is
+/// valid during the call only. It must not call `HidManager::stop`.
+using HidEventCallback =
+    std::function<void(const HidProtocol::HidEvent& event, const std::string& deviceName, int index)>;
+
+/// One connected board. Made and destroyed under the manager's mutex.
+struct HidDeviceSession {
+    /// Outlives `readHandle`: what a pending read writes to lies in it.
+    HidReader reader;
+
+    // Fixed while the reader thread lives.
+    std::string path;
+    std::string deviceName;
+    std::string serial;
+    HidProtocol::DeviceInfo deviceInfo;
+    HidProtocol::ProtocolInfo protocolInfo;
+    bool protocolInfoValid = false;
+    int index = -1;
+    HidHandle readHandle = invalidHidHandle;
+    /// Stays invalid when output is disabled for this board.
+    HidHandle writeHandle = invalidHidHandle;
+
+    /// Cleared by the disconnecting thread, polled by the reader thread.
+    std::atomic<bool> running{false};
+    std::thread readerThread;
+
+    // Guarded by the manager's mutex.
+    HidProtocol::Report ledCache{};
+    bool ledCacheValid = false;
+};
+
+struct HidDeviceSummary {
+    std::string deviceName;
+    int index = -1;
+};
+
+/// Owns everything between the system and the boards: finds them, keeps one session and one reader thread for each, and
+/// writes to them. All operations may be called from any thread. Reader threads never take the mutex, and they are
+/// joined while it is held: whoever holds a lock that the event callback needs must not call into the manager.
+class HidManager {
+public:
+    HidManager(HidTransport transport, Host host);
+    ~HidManager();
+    HidManager(const HidManager&) = delete;
+    HidManager& operator=(const HidManager&) = delete;
+
+    /// Connects the boards that are present, then goes on scanning. True if the manager is running on return; when it
+    /// was running before, `eventCallback` is dropped. False with `error` set when an id text is invalid. Throws
+    /// std::system_error when no thread can be had.
+    bool start(const HidManagerSettings& settings, HidEventCallback eventCallback, std::string& error);
+
+    /// Idempotent. Waits out the scan thread's sleep, then disconnects every board.
+    void stop();
+
+    /// Before `start` only.
+    void setTraceEnabled(bool enabled);
+
+    /// One pass: disconnects the boards that have gone, connects those that have come. Blocks as long as their feature
+    /// reports and joins take.
+    void scanDevices();
+
+    /// The connected boards, in the order of their paths.
+    std::vector<HidDeviceSummary> listDevices();
+
+    bool hasDevices();
+
+    /// Tells every board, present and to come, whether the simulator session is up. A repeated state writes nothing.
+    void sendSimStatus(bool connected);
+
+    /// Sets one board's light. The name is looked for first, the index after it. False when there is no such board or
+    /// its output is disabled; true says that there was a board to write to, not that the write reached it.
+    bool sendLedControl(const std::string& deviceName, int index, const LedCommand& command);
+
+    /// Has the next light command to that board written even if it equals the last one.
+    void invalidateLedCache(const std::string& deviceName, int index);
+
+    /// Tells every board to reboot into its firmware-update mode.
+    void sendBootselCommand();
+
+private:
+    const HidTransport transport;
+    const Host host;
+
+    // Written by `start` before any thread of the manager runs.
+    std::string vendorIdText;
+    std::string productIdText;
+    std::int32_t readIntervalMs = 2;
+    std::int32_t scanIntervalMs = 1000;
+    HidEventCallback callback;
+
+    std::atomic<bool> running{false};
+    std::thread scanThread;
+
+    // Held through every connection, disconnection and write. Guards the sessions, their LED caches and the last
+    // reports; only Logger's mutex is taken under it.
+    std::mutex mutex;
+    std::map<std::string, std::unique_ptr<HidDeviceSession>> sessions;
+    std::atomic<int> nextIndex{0};
+    HidProtocol::Report lastSimStatus{};
+    HidProtocol::Report lastLedCtl{};
+    bool simStatusValid = false;
+    bool ledCtlValid = false;
+
+    // Written before `start`, read by every thread.
+    bool traceEnabled = false;
+
+    void scanLoop();
+    void readLoop(const HidDeviceSession& session);
+    void handleRead(const HidDeviceSession& session, std::span<const std::uint8_t> data);
+    std::vector<std::string> findMatchingPaths(std::uint32_t vendorId, std::uint32_t productId);
+    bool probe(const std::string& path, HidAttributes& attributes);
+    void disconnectAll();
+
+    // These need the mutex held.
+    void disconnectMissing(const std::vector<std::string>& paths);
+    void connectBoard(const std::string& path);
+    bool openHandles(HidDeviceSession& session);
+    void closeHandles(HidDeviceSession& session);
+    void identify(HidDeviceSession& session);
+    void announce(const HidDeviceSession& session);
+    void replay(const HidDeviceSession& session, const char* reportName, const HidProtocol::Report& report);
+    void startReader(HidDeviceSession& session);
+    void disconnectBoard(HidDeviceSession& session);
+    HidDeviceSession* findBoard(const std::string& deviceName, int index);
+    void sendReport(const HidDeviceSession& session, const char* reportName, const HidProtocol::Report& report);
+    bool sendBootsel(const HidDeviceSession& session, const HidProtocol::Report& report);
+    void traceOutput(const HidDeviceSession& session, const char* reportName, const HidProtocol::Report& report,
+                     std::uint32_t count);
+};

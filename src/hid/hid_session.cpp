@@ -1,0 +1,148 @@
+// The life of one board's session: connection, its reader thread, disconnection.
+
+#include "hid/hex_text.h"
+#include "hid/hid_manager.h"
+#include "logging/logger.h"
+
+#include <chrono>
+#include <utility>
+
+namespace {
+
+/// Only how often an idle reader looks whether it may go on: disconnecting cancels its read.
+constexpr std::chrono::milliseconds readLimit{1000};
+
+std::string protocolText(const HidProtocol::ProtocolInfo& info) {
+    return " proto=" + std::to_string(info.protocolMajor) + "." + std::to_string(info.protocolMinor) + " flags=0x" +
+           hexText({&info.protocolFlags, 1});
+}
+
+bool readFeature(const HidTransport& transport, HidHandle handle, std::uint8_t reportId, HidProtocol::Report& report) {
+    report = {};
+    report[0] = reportId;
+    return transport.getFeature(handle, report);
+}
+
+} // namespace
+
+void HidManager::connectBoard(const std::string& path) {
+    auto session = std::make_unique<HidDeviceSession>();
+    session->path = path;
+    if (!openHandles(*session)) {
+        return;
+    }
+    identify(*session);
+    session->index = nextIndex++;
+    announce(*session);
+    if (simStatusValid) {
+        replay(*session, "sim_status", lastSimStatus);
+    }
+    if (ledCtlValid) {
+        replay(*session, "led_ctl", lastLedCtl);
+    }
+    startReader(*session);
+    sessions.emplace(path, std::move(session));
+}
+
+bool HidManager::openHandles(HidDeviceSession& session) {
+    session.readHandle = transport.open(session.path, HidAccess::ReadWrite, HidMode::Overlapped);
+    if (session.readHandle == invalidHidHandle) {
+        session.readHandle = transport.open(session.path, HidAccess::ReadOnly, HidMode::Overlapped);
+    }
+    if (session.readHandle == invalidHidHandle) {
+        logWarn("Failed to open HID device: " + session.path);
+        return false;
+    }
+    session.writeHandle = transport.open(session.path, HidAccess::ReadWrite, HidMode::Synchronous);
+    if (session.writeHandle == invalidHidHandle) {
+        logWarn("Failed to open HID write handle; output disabled for: " + session.path);
+    }
+    return true;
+}
+
+void HidManager::closeHandles(HidDeviceSession& session) {
+    for (auto* handle : {&session.readHandle, &session.writeHandle}) {
+        if (*handle != invalidHidHandle) {
+            transport.close(*handle);
+            *handle = invalidHidHandle;
+        }
+    }
+}
+
+void HidManager::identify(HidDeviceSession& session) {
+    if (!transport.serialNumber(session.readHandle, session.serial)) {
+        session.serial.clear();
+    }
+    HidProtocol::Report report{};
+    std::string ignoredError;
+    if (readFeature(transport, session.readHandle, HidProtocol::deviceInfoReportId, report) &&
+        HidProtocol::decodeDeviceInfo(report, session.deviceInfo, ignoredError)) {
+        session.deviceName = HidProtocol::boardIdText(session.deviceInfo);
+    } else {
+        session.deviceName = session.serial.empty() ? session.path : session.serial;
+    }
+    session.protocolInfoValid = readFeature(transport, session.readHandle, HidProtocol::protocolInfoReportId, report) &&
+                                HidProtocol::decodeProtocolInfo(report, session.protocolInfo, ignoredError);
+}
+
+void HidManager::announce(const HidDeviceSession& session) {
+    logInfo("HID device connected: " + session.deviceName + " index=" + std::to_string(session.index));
+    if (session.protocolInfoValid) {
+        Logger::instance().debug("HID protocol info: device=" + session.deviceName +
+                                 protocolText(session.protocolInfo));
+    }
+}
+
+void HidManager::replay(const HidDeviceSession& session, const char* reportName, const HidProtocol::Report& report) {
+    if (session.writeHandle != invalidHidHandle) {
+        const auto result = transport.write(session.writeHandle, report);
+        traceOutput(session, reportName, report, result.count);
+    }
+}
+
+void HidManager::startReader(HidDeviceSession& session) {
+    session.reader = transport.makeReader(session.readHandle);
+    session.running = true;
+    try {
+        session.readerThread = host.startThread([this, &session] { readLoop(session); });
+    } catch (...) {
+        closeHandles(session);
+        throw;
+    }
+}
+
+void HidManager::disconnectBoard(HidDeviceSession& session) {
+    session.running = false;
+    if (session.readHandle != invalidHidHandle) {
+        transport.cancelReads(session.readHandle);
+    }
+    if (session.readerThread.joinable()) {
+        session.readerThread.join();
+    }
+    closeHandles(session);
+    logInfo("HID device disconnected: " + session.deviceName);
+}
+
+void HidManager::readLoop(const HidDeviceSession& session) {
+    while (session.running) {
+        const auto result = session.reader(readLimit);
+        if (result.status == HidReadStatus::Failure) {
+            return;
+        }
+        if (result.status == HidReadStatus::Data && !result.data.empty()) {
+            handleRead(session, result.data);
+        }
+    }
+}
+
+void HidManager::handleRead(const HidDeviceSession& session, std::span<const std::uint8_t> data) {
+    if (traceEnabled) {
+        Logger::instance().debug("HID IN device=" + session.deviceName + " bytes=" + std::to_string(data.size()) +
+                                 " data=" + hexText(data));
+    }
+    HidProtocol::HidEvent event;
+    std::string ignoredError;
+    if (HidProtocol::decodeInputReport(data.data(), data.size(), event, ignoredError) && callback) {
+        callback(event, session.deviceName, session.index);
+    }
+}

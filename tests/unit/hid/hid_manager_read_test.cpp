@@ -1,0 +1,255 @@
+#include "tests/unit/hid/hid_fixture.h"
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+constexpr char boardName[] = "0000000000000001";
+
+class HidManagerRead : public HidFixture {
+public:
+    HidManagerRead() { manager->setTraceEnabled(true); }
+
+    void startWithBoard() {
+        bus.plug(board);
+        start();
+        log.clear();
+    }
+
+    /// The events' control numbers, in the order of their coming.
+    std::vector<int> controls() {
+        std::vector<int> result;
+        for (const auto& received : events.events()) {
+            result.push_back(received.event.controlId);
+        }
+        return result;
+    }
+
+    std::shared_ptr<VirtualBoard> board = makeBoard(1);
+};
+
+} // namespace
+
+TEST_F(HidManagerRead, DeliversEventWithNameAndIndex) {
+    startWithBoard();
+    const HidProtocol::HidEvent event{0x05, 2, 0x1234, -3, 4, 1, 0xBEEF};
+    board->sendEvent(event);
+    ASSERT_TRUE(events.waitForCount(1));
+    EXPECT_EQ(events.events(), (std::vector<ReceivedEvent>{{event, boardName, 0}}));
+}
+
+TEST_F(HidManagerRead, DeliversInOrder) {
+    startWithBoard();
+    for (std::uint16_t control = 1; control <= 40; ++control) {
+        board->press(control);
+    }
+    ASSERT_TRUE(events.waitForCount(40));
+    const auto received = controls();
+    for (std::size_t i = 0; i < received.size(); ++i) {
+        EXPECT_EQ(received[i], static_cast<int>(i + 1));
+    }
+}
+
+TEST_F(HidManagerRead, ReadOf31BytesDeliversTheSameEvent) {
+    startWithBoard();
+    const HidProtocol::HidEvent event{0x05, 2, 0x1234, -3, 4, 1, 0xBEEF};
+    board->sendEvent(event);
+    bus.setFaults(board, {.readsLackReportId = true});
+    board->sendEvent(event);
+    ASSERT_TRUE(events.waitForCount(2));
+    EXPECT_EQ(events.events()[0], events.events()[1]);
+    EXPECT_EQ(log.linesWith(" bytes=31 ").size(), 1U);
+    EXPECT_EQ(log.linesWith(" bytes=32 ").size(), 1U);
+}
+
+TEST_F(HidManagerRead, UndecodableReportsAreDroppedSilentlyAndTheReaderGoesOn) {
+    manager->setTraceEnabled(false);
+    startWithBoard();
+    board->sendRaw(std::vector<std::uint8_t>(32, 0x02));
+    board->sendRaw(std::vector<std::uint8_t>(30, 0x01));
+    board->sendRaw(std::vector<std::uint8_t>(1, 0x01));
+    board->press(9);
+    ASSERT_TRUE(events.waitForCount(1));
+    EXPECT_EQ(controls(), (std::vector<int>{9}));
+    EXPECT_EQ(log.lines(), Lines());
+}
+
+TEST_F(HidManagerRead, EmptyReadIsNeitherTracedNorDecoded) {
+    startWithBoard();
+    board->sendRaw({});
+    board->press(9);
+    ASSERT_TRUE(events.waitForCount(1));
+    EXPECT_EQ(log.lines().size(), 1U);
+    EXPECT_EQ(controls(), (std::vector<int>{9}));
+}
+
+TEST_F(HidManagerRead, TraceLineHoldsTheBytesRead) {
+    startWithBoard();
+    board->press(0x1234, 1);
+    ASSERT_TRUE(events.waitForCount(1));
+    EXPECT_EQ(log.lines(),
+              (Lines{"[DEBUG] HID IN device=0000000000000001 bytes=32 data=" + reportText("010001003412010001")}));
+}
+
+TEST_F(HidManagerRead, TraceShowsAnUndecodableReportToo) {
+    startWithBoard();
+    board->sendRaw(std::vector<std::uint8_t>{0xFF, 0x0A});
+    board->press(1);
+    ASSERT_TRUE(events.waitForCount(1));
+    EXPECT_EQ(log.lines()[0], "[DEBUG] HID IN device=0000000000000001 bytes=2 data=FF0A");
+}
+
+TEST_F(HidManagerRead, IsNotTracedUnlessTold) {
+    manager->setTraceEnabled(false);
+    startWithBoard();
+    board->press(1);
+    ASSERT_TRUE(events.waitForCount(1));
+    EXPECT_EQ(log.lines(), Lines());
+}
+
+TEST_F(HidManagerRead, ReportsBeforeTheConnectionAreLost) {
+    bus.plug(board);
+    board->press(1);
+    start();
+    board->press(2);
+    ASSERT_TRUE(events.waitForCount(1));
+    EXPECT_EQ(controls(), (std::vector<int>{2}));
+}
+
+TEST_F(HidManagerRead, PulledBoardEndsTheReaderSilentlyAndKeepsTheSession) {
+    startWithBoard();
+    const auto path = bus.pathOf(board);
+    bus.unplug(board);
+    ASSERT_TRUE(waitForFailedRead(path));
+    EXPECT_EQ(log.lines(), Lines());
+    EXPECT_TRUE(manager->hasDevices());
+    manager->scanDevices();
+    EXPECT_EQ(log.lines(), (Lines{"[INFO] HID device disconnected: 0000000000000001"}));
+}
+
+TEST_F(HidManagerRead, StalledSessionStaysWritesAndDeliversNoMore) {
+    startWithBoard();
+    bus.setFaults(board, {.readsFail = true});
+    ASSERT_TRUE(waitForFailedRead(bus.pathOf(board)));
+    bus.setFaults(board, {});
+    manager->scanDevices();
+    EXPECT_TRUE(waitUntil([&] { return bus.pendingReadCount(board) == 0; }));
+    board->press(1);
+    EXPECT_TRUE(manager->sendLedControl(boardName, 0, {1, 9, 0, 0, 0}));
+    EXPECT_EQ(board->led(), (LedCommand{1, 9, 0, 0, 0}));
+    EXPECT_TRUE(manager->hasDevices());
+    EXPECT_EQ(manager->listDevices().size(), 1U);
+    EXPECT_TRUE(events.events().empty());
+    EXPECT_EQ(host.threadsStarted(), 2U);
+}
+
+TEST_F(HidManagerRead, StalledSessionRecoversByReplugging) {
+    startWithBoard();
+    bus.setFaults(board, {.readsFail = true});
+    ASSERT_TRUE(waitForFailedRead(bus.pathOf(board)));
+    bus.setFaults(board, {});
+    bus.plug(board);
+    manager->scanDevices();
+    board->press(1);
+    ASSERT_TRUE(events.waitForCount(1));
+    EXPECT_EQ(events.events()[0].index, 1);
+}
+
+TEST_F(HidManagerRead, OneStalledBoardLeavesTheOtherAlone) {
+    const auto other = plugNew(2);
+    startWithBoard();
+    bus.setFaults(board, {.readsFail = true});
+    ASSERT_TRUE(waitForFailedRead(bus.pathOf(board)));
+    other->press(4);
+    ASSERT_TRUE(events.waitForCount(1));
+    EXPECT_EQ(events.events()[0].deviceName, "0000000000000002");
+}
+
+TEST_F(HidManagerRead, IdleReaderGoesOnAfterATimeout) {
+    auto transport = bus.transport();
+    std::atomic<int> turns{0};
+    std::atomic<std::int64_t> limitMs{0};
+    transport.makeReader = [&, plain = transport.makeReader](HidHandle handle) -> HidReader {
+        return [&, reader = plain(handle)](std::chrono::milliseconds limit) {
+            limitMs = limit.count();
+            return ++turns < 3 ? HidReadResult{HidReadStatus::Timeout, {}} : reader(limit);
+        };
+    };
+    HidManager patient(transport, host.record());
+    bus.plug(board);
+    std::string error;
+    ASSERT_TRUE(patient.start(settings(), events.callback(), error));
+    ASSERT_TRUE(waitForReader(board));
+    EXPECT_EQ(turns, 3);
+    EXPECT_EQ(limitMs, 1000);
+    board->press(1);
+    EXPECT_TRUE(events.waitForCount(1));
+    host.letSleepsPass();
+    patient.stop();
+}
+
+TEST_F(HidManagerRead, CallbackMayCallIntoTheManager) {
+    bus.plug(board);
+    std::atomic<bool> sent{false};
+    std::string error;
+    ASSERT_TRUE(manager->start(
+        settings(),
+        [&](const HidProtocol::HidEvent&, const std::string& deviceName, int index) {
+            sent = manager->sendLedControl(deviceName, index, {1, 5, 0, 0, 0}) && manager->hasDevices();
+        },
+        error));
+    board->press(1);
+    EXPECT_TRUE(waitUntil([&] { return sent.load(); }));
+    EXPECT_EQ(board->led(), (LedCommand{1, 5, 0, 0, 0}));
+}
+
+TEST_F(HidManagerRead, InputIsDeliveredWhileAWriteBlocks) {
+    startWithBoard();
+    bus.setFaults(board, {.writeDelay = std::chrono::seconds(60)});
+    std::thread writer([&] { manager->sendSimStatus(true); });
+    for (std::uint16_t control = 1; control <= 5; ++control) {
+        board->press(control);
+    }
+    EXPECT_TRUE(events.waitForCount(5));
+    bus.unplug(board);
+    writer.join();
+}
+
+TEST_F(HidManagerRead, DisconnectionWaitsForTheCallback) {
+    bus.plug(board);
+    std::atomic<bool> entered{false};
+    std::atomic<bool> mayLeave{false};
+    std::atomic<bool> left{false};
+    std::string error;
+    ASSERT_TRUE(manager->start(
+        settings(),
+        [&](const HidProtocol::HidEvent&, const std::string&, int) {
+            entered = true;
+            waitUntil([&] { return mayLeave.load(); });
+            left = true;
+        },
+        error));
+    board->press(1);
+    ASSERT_TRUE(waitUntil([&] { return entered.load(); }));
+    bus.unplug(board);
+    std::atomic<bool> leftAtDisconnect{false};
+    std::thread pass([&] {
+        manager->scanDevices();
+        leftAtDisconnect = left.load();
+    });
+    EXPECT_TRUE(waitUntil([&] { return !callsOf(HidCall::CancelReads).empty(); }));
+    mayLeave = true;
+    pass.join();
+    EXPECT_TRUE(leftAtDisconnect);
+    EXPECT_FALSE(manager->hasDevices());
+}
+
+TEST_F(HidManagerRead, LastReportsOfAPulledBoardAreStillDelivered) {
+    startWithBoard();
+    for (std::uint16_t control = 1; control <= 10; ++control) {
+        board->press(control);
+    }
+    bus.unplug(board);
+    EXPECT_TRUE(events.waitForCount(10));
+}

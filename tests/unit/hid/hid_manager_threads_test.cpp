@@ -1,0 +1,161 @@
+#include "tests/unit/hid/hid_fixture.h"
+
+#include <atomic>
+#include <thread>
+
+namespace {
+
+class HidManagerThreads : public HidFixture {
+public:
+    HidManagerThreads() { bus.setRecording(false); }
+
+    ~HidManagerThreads() override { joinAll(); }
+
+    /// Has `turn` repeated on a thread of its own until `joinAll`.
+    template <typename Turn>
+    void repeat(Turn turn) {
+        threads.emplace_back([this, turn] {
+            for (int count = 0; !done; ++count) {
+                turn(count);
+            }
+        });
+    }
+
+    void joinAll() {
+        done = true;
+        for (auto& thread : threads) {
+            thread.join();
+        }
+        threads.clear();
+    }
+
+    std::atomic<bool> done{false};
+    std::vector<std::thread> threads;
+};
+
+constexpr int plugTurns = 150;
+
+} // namespace
+
+TEST_F(HidManagerThreads, BoardsComeAndGoWhileEveryOperationRuns) {
+    host.letSleepsPass();
+    const std::vector boards{makeBoard(0), makeBoard(1), makeBoard(2), makeBoard(3)};
+    std::string error;
+    ASSERT_TRUE(manager->start(settings(), events.callback(), error));
+    repeat([&](int) { manager->scanDevices(); });
+    repeat([&](int count) {
+        for (const auto& device : manager->listDevices()) {
+            manager->sendLedControl(device.deviceName, device.index, {1, static_cast<std::uint8_t>(count), 0, 0, 0});
+        }
+    });
+    repeat([&](int count) { manager->sendSimStatus(count % 2 == 0); });
+    repeat([&](int count) { manager->invalidateLedCache("", count % 8); });
+    repeat([&](int count) {
+        if (count % 64 == 0 && manager->hasDevices()) {
+            manager->sendBootselCommand();
+        }
+        std::this_thread::yield();
+    });
+    for (int turn = 0; turn < plugTurns; ++turn) {
+        const auto& board = boards[static_cast<std::size_t>(turn) % boards.size()];
+        bus.plug(board);
+        board->press(1);
+        board->turn(2, -1);
+        if (turn % 3 == 0) {
+            bus.unplug(board);
+        }
+        std::this_thread::yield();
+    }
+    joinAll();
+    for (const auto& board : boards) {
+        bus.plug(board);
+    }
+    manager->scanDevices();
+    EXPECT_EQ(manager->listDevices().size(), boards.size());
+    const auto before = events.events().size();
+    for (const auto& board : boards) {
+        board->press(3);
+    }
+    EXPECT_TRUE(events.waitForCount(before + boards.size()));
+    manager->stop();
+    EXPECT_EQ(bus.openHandleCount(), 0U);
+}
+
+TEST_F(HidManagerThreads, StopsWhileBoardsSendAndOthersCall) {
+    host.letSleepsPass();
+    const auto board = plugNew(1);
+    for (int turn = 0; turn < 20; ++turn) {
+        done = false;
+        std::string error;
+        ASSERT_TRUE(manager->start(settings(), events.callback(), error));
+        repeat([&](int) { board->press(1); });
+        repeat([&](int count) { manager->sendLedControl("", turn, {1, static_cast<std::uint8_t>(count), 0, 0, 0}); });
+        repeat([&](int) { manager->listDevices(); });
+        manager->stop();
+        EXPECT_FALSE(manager->hasDevices());
+        EXPECT_EQ(bus.openHandleCount(), 0U);
+        joinAll();
+    }
+}
+
+TEST_F(HidManagerThreads, ConcurrentPassesMakeOneSessionEach) {
+    start();
+    for (int turn = 0; turn < 25; ++turn) {
+        const auto board = plugNew(static_cast<std::uint8_t>(turn));
+        std::vector<std::thread> passes(4);
+        for (auto& pass : passes) {
+            pass = std::thread([&] { manager->scanDevices(); });
+        }
+        for (auto& pass : passes) {
+            pass.join();
+        }
+        const auto devices = manager->listDevices();
+        ASSERT_EQ(devices.size(), 1U);
+        EXPECT_EQ(devices[0].index, turn);
+        bus.unplug(board);
+        manager->scanDevices();
+    }
+}
+
+TEST_F(HidManagerThreads, ConcurrentStopsBothReturn) {
+    host.letSleepsPass();
+    plugNew(1);
+    for (int turn = 0; turn < 20; ++turn) {
+        std::string error;
+        ASSERT_TRUE(manager->start(settings(), events.callback(), error));
+        std::thread other([&] { manager->stop(); });
+        manager->stop();
+        other.join();
+        EXPECT_FALSE(manager->hasDevices());
+    }
+}
+
+TEST_F(HidManagerThreads, BlockedWriteHoldsBackAPassUntilItEnds) {
+    std::atomic<bool> writing{false};
+    std::atomic<bool> mayEnd{false};
+    auto transport = bus.transport();
+    transport.write = [&, plain = transport.write](HidHandle handle, std::span<const std::uint8_t> report) {
+        writing = true;
+        waitUntil([&] { return mayEnd.load(); });
+        return plain(handle, report);
+    };
+    manager = std::make_unique<HidManager>(transport, host.record());
+    const auto board = plugNew(1);
+    start();
+    std::thread writer([&] { manager->sendSimStatus(true); });
+    ASSERT_TRUE(waitUntil([&] { return writing.load(); }));
+    bus.setRecording(true);
+    plugNew(2);
+    std::atomic<bool> passed{false};
+    std::thread pass([&] {
+        manager->scanDevices();
+        passed = true;
+    });
+    EXPECT_TRUE(waitUntil([&] { return callsOf(HidCall::Close).size() == 2; }));
+    EXPECT_FALSE(passed);
+    mayEnd = true;
+    writer.join();
+    pass.join();
+    EXPECT_EQ(manager->listDevices().size(), 2U);
+    EXPECT_EQ(board->simConnected(), true);
+}
