@@ -1,0 +1,214 @@
+#include "app/app.h"
+
+#include "app/app_paths.h"
+#include "app/program_names.h"
+#include "logging/logger.h"
+#include "platform/file_system.h"
+
+#include <algorithm>
+#include <cctype>
+#include <chrono>
+#include <exception>
+#include <iostream>
+#include <utility>
+
+namespace {
+
+constexpr std::chrono::milliseconds stopPollInterval{100};
+
+std::string notFoundError(const Host& host, const std::string& configPath) {
+    std::string text = "Config file not found: " + configPath;
+    const std::vector<std::string> candidates = configCandidates(host);
+    for (std::size_t i = 0; i < candidates.size(); ++i) {
+        text += (i == 0 ? " (default search order: " : "; ") + candidates[i];
+    }
+    return candidates.empty() ? text : text + ")";
+}
+
+} // namespace
+
+App::App(Platform systemRecords)
+    : platform(std::move(systemRecords)),
+      hid(platform.hid, platform.host),
+      mobiflight(platform.simConnect, platform.host),
+      simConnect(platform.simConnect, platform.host),
+      mapping(platform.host),
+      cdcReader(platform.hid) {}
+
+App::~App() {
+    if (notifyThread.joinable()) {
+        std::terminate();
+    }
+    cdcReader.stop();
+    if (cdcReader.joinable()) {
+        std::terminate();
+    }
+}
+
+bool App::init(const std::string& configPath, bool inConsoleMode, std::string& error) {
+    // 1 to 5: the log, and whether there is a configuration at all.
+    consoleMode = inConsoleMode;
+    const std::string exeDir = exeDirectory(platform.host);
+    const std::string commonAppData = commonAppDataDirectory(platform.host);
+    Logger::instance().configure(logDirectory(consoleMode, commonAppData, exeDir), programName, consoleMode);
+    logInfo("Initializing application");
+    if (!FileSystem::exists(configPath)) {
+        error = notFoundError(platform.host, configPath);
+        logError(error);
+        return false;
+    }
+    return loadConfiguration(configPath, error) && startSubsystems(error);
+}
+
+// 6 to 11. The event map is optional; the other two files are not.
+bool App::loadConfiguration(const std::string& configPath, std::string& error) {
+    if (!loadAppConfig(configPath, config, error)) {
+        logError(error);
+        return false;
+    }
+    if (hidTraceOverrideSet) {
+        config.hid.trace = hidTraceOverrideValue;
+    }
+    Logger::instance().setDebugEnabled(config.logging.debug || config.hid.trace);
+    logInfo("Configuration loaded");
+
+    std::string reason;
+    if (!config.mappings.hidEventMapPath.empty() && !eventMap.load(config.mappings.hidEventMapPath, reason)) {
+        logWarn("Failed to load HID event map: " + reason);
+    }
+    reason.clear();
+    if (!buttons.load(config.mappings.buttonConfigPath, reason)) {
+        logError("Failed to load button config: " + reason);
+        return false;
+    }
+    return true;
+}
+
+// 12 to 21. All wiring between the subsystems stands here.
+bool App::startSubsystems(std::string& error) {
+    // 12: the mapping engine first, so that no event can find it not yet running.
+    std::string reason;
+    if (!mapping.start(&config, &hid, &simConnect, &mobiflight, &buttons, &eventMap, &simState, reason)) {
+        logError("Failed to start mapping engine: " + reason);
+        return false;
+    }
+
+    // 13 to 15: the boards.
+    mobiflight.setLVarHandler([this](const std::string& text) { mapping.onBacklightPayload(text); });
+    const HidManagerSettings settings{config.hid.vid, config.hid.pid, config.hid.readIntervalMs,
+                                      config.hid.scanIntervalMs};
+    hid.setTraceEnabled(config.hid.trace);
+    const auto onHidEvent = [this](const HidProtocol::HidEvent& event, const std::string& deviceName, int index) {
+        mapping.submitEvent(event, deviceName, index);
+    };
+    if (!hid.start(settings, onHidEvent, error)) {
+        logError("Failed to start HID manager: " + error);
+        stopSubsystems();
+        return false;
+    }
+
+    // 16 to 18: the simulator.
+    if (!startSimulatorClients()) {
+        stopSubsystems();
+        return false;
+    }
+
+    // 19 to 21.
+    reason.clear();
+    if (!startDeviceNotifications(reason)) {
+        logWarn("Failed to register HID device notifications: " + reason);
+    }
+    if (config.cdc.enabled) {
+        logWarn("CDC debug requested but this build does not include CDC support");
+    }
+    logInfo("HID manager started");
+    return true;
+}
+
+bool App::startSimulatorClients() {
+    std::string reason;
+    if (!mobiflight.start(&simConnect, config.mobiflight, reason)) {
+        logError("Failed to start MobiFlight client: " + reason);
+        return false;
+    }
+    simConnect.setBatteryCallback([this](bool on) { onBattery(on); });
+    simConnect.setQuitCallback([this] { requestStop(); });
+    const auto onConnection = [this](bool connected) { onConnectionChange(connected); };
+    const auto deviceReady = [this] { return hid.hasDevices(); };
+    if (!simConnect.start(programName, onConnection, deviceReady, reason)) {
+        logError("Failed to start SimConnect client: " + reason);
+        return false;
+    }
+    return true;
+}
+
+void App::run() {
+    logInfo("Application run loop started");
+    if (consoleMode) {
+        platform.host.startThread([this] { consoleLoop(); }).detach();
+    }
+    while (!stopRequested.load()) {
+        std::this_thread::sleep_for(stopPollInterval);
+    }
+    stopDeviceNotifications();
+    stopSubsystems();
+    logInfo("Application run loop stopped");
+}
+
+void App::requestStop() {
+    stopRequested.exchange(true);
+}
+
+void App::setHidTraceOverride(bool value) {
+    hidTraceOverrideSet = true;
+    hidTraceOverrideValue = value;
+}
+
+// The simulator client stops before the boards do, so that the end of the session still reaches them.
+void App::stopSubsystems() {
+    cdcReader.stop();
+    mapping.stop();
+    mobiflight.stop();
+    simConnect.stop();
+    hid.stop();
+}
+
+void App::onConnectionChange(bool connected) {
+    hid.sendSimStatus(connected);
+    mobiflight.onSimConnectState(connected);
+    mapping.simConnected.store(connected);
+    {
+        const std::lock_guard lock(simState.mutex);
+        simState.connected = connected;
+        simState.connectedKnown = true;
+    }
+    mapping.requestOutputUpdate();
+}
+
+void App::onBattery(bool on) {
+    {
+        const std::lock_guard lock(simState.mutex);
+        simState.batteryOn = on;
+        simState.batteryKnown = true;
+    }
+    mapping.requestOutputUpdate();
+    Logger::instance().debug(std::string("State update: master battery 2=") + (on ? "1" : "0"));
+}
+
+// Detached, and nobody waits for it: after a stop from elsewhere it stays blocked in its read until the process ends.
+void App::consoleLoop() {
+    logInfo("Console commands: bootsel, quit");
+    std::string line;
+    while (!stopRequested.load() && std::getline(std::cin, line)) {
+        std::transform(line.begin(), line.end(), line.begin(),
+                       [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+        if (line == "bootsel" || line == "boot") {
+            logInfo("Sending BOOTSEL command to devices");
+            hid.sendBootselCommand();
+        } else if (line == "quit" || line == "exit") {
+            logInfo("Stop requested from console");
+            requestStop();
+            return;
+        }
+    }
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/platform.h"
+
+#include <string>
+#include <vector>
+
+/// The folder of the running executable; empty when it can't be told.
+std::string exeDirectory(const Host& host);
+
+/// The folder of per-machine data; empty when there is none.
+std::string commonAppDataDirectory(const Host& host);
+
+/// Where the log goes: the per-machine folder, or the executable's in console mode and when there is no such folder.
+std::string logDirectory(bool consoleMode, const std::string& commonAppData, const std::string& exeDir);
+
+/// The configuration file beside the executable if it exists, else the per-machine one, which may not exist. Throws
+/// std::filesystem::filesystem_error when the file system can't say.
+std::string defaultConfigPath(const Host& host);
+
+/// The places that the search looks at, in its order.
+std::vector<std::string> configCandidates(const Host& host);

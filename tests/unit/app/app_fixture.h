@@ -1,0 +1,151 @@
+#pragma once
+
+#include "app/app.h"
+#include "logging/logger.h"
+#include "simulation/virtual_hid_bus.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/fake_simconnect.h"
+#include "tests/support/temp_folder.h"
+#include "tests/support/wait_until.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+/// News of boards in memory: the test says when one came or went.
+class FakeNotifications {
+public:
+    DeviceNotificationSource record() {
+        DeviceNotificationSource source;
+        source.setUp = [this](std::string& error) {
+            note("setUp");
+            error = setUpError;
+            return setUpSucceeds;
+        };
+        source.run = [this](const std::function<void()>& onChange) { run(onChange); };
+        source.tearDown = [this] { note("tearDown"); };
+        source.requestEnd = [this] {
+            const std::lock_guard lock(mutex);
+            ending = true;
+            changed.notify_all();
+        };
+        return source;
+    }
+
+    void announceChange() {
+        const std::lock_guard lock(mutex);
+        ++pendingChanges;
+        changed.notify_all();
+    }
+
+    std::vector<std::string> calls() {
+        const std::lock_guard lock(mutex);
+        return recorded;
+    }
+
+    // Set before `init`.
+    bool setUpSucceeds = true;
+    std::string setUpError;
+
+private:
+    void note(const std::string& call) {
+        const std::lock_guard lock(mutex);
+        recorded.push_back(call);
+    }
+
+    void run(const std::function<void()>& onChange) {
+        std::unique_lock lock(mutex);
+        while (true) {
+            changed.wait(lock, [this] { return ending || pendingChanges > 0; });
+            if (pendingChanges == 0)
+                return;
+            --pendingChanges;
+            recorded.emplace_back("change");
+            lock.unlock();
+            onChange();
+            lock.lock();
+        }
+    }
+
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool ending = false;
+    int pendingChanges = 0;
+    std::vector<std::string> recorded;
+};
+
+/// The whole application on boards, a simulator and a host in memory, with its configuration and log in a folder of its
+/// own. The configuration reads boards 1234:ABCD every 20 ms.
+class AppTest : public testing::Test {
+protected:
+    TempFolder folder;
+    FakeHost host;
+    FakeSimConnect sim;
+    VirtualHidBus bus;
+    FakeNotifications notifications;
+    std::shared_ptr<VirtualBoard> board = std::make_shared<VirtualBoard>();
+    std::string configPath;
+    std::string error;
+
+    void SetUp() override {
+        host.executable = folder.path("exe/VantrelBridgeHID");
+        host.dataFolder = folder.path("data");
+        folder.makeFolder("exe");
+        configPath = writeConfig("");
+        folder.write("config/buttons.json",
+                     R"json({"buttons":[{"name":"KNOB","commands":{"PRESS":{"DEFAULT":"1 (>K:PRESSED)"}}}]})json");
+        folder.write("config/map.json", R"({"event_types":{"BUTTON":1},"control_ids":{"KNOB":21}})");
+    }
+
+    void TearDown() override {
+        Logger::instance().setDebugEnabled(false);
+        Logger::instance().close();
+    }
+
+    /// config.json with more members behind those needed, as in `,"logging":{"debug":1}`.
+    std::string writeConfig(const std::string& more) {
+        return folder.write("config/config.json",
+                            R"({"hid":{"vid":"1234","pid":"ABCD","scanIntervalMs":20},)"
+                            R"("mappings":{"buttonConfigPath":"buttons.json","hidEventMapPath":"map.json"})" +
+                                more + "}");
+    }
+
+    Platform platform() { return {bus.transport(), sim.library(), notifications.record(), host.record()}; }
+
+    std::string logPath(bool console = false) const {
+        return folder.path(console ? "exe/VantrelBridgeHID.log" : "data/VantrelBridge/logs/VantrelBridgeHID.log");
+    }
+
+    /// The log's lines without their times.
+    std::vector<std::string> log(bool console = false) const {
+        constexpr std::size_t timeLength = 20;
+        std::string text;
+        FileSystem::readFile(logPath(console), text);
+        std::istringstream stream(text);
+        std::vector<std::string> lines;
+        for (std::string line; std::getline(stream, line);)
+            lines.push_back(line.substr(std::min(line.size(), timeLength)));
+        return lines;
+    }
+
+    bool logHas(const std::string& line, bool console = false) const {
+        const std::vector<std::string> lines = log(console);
+        return std::find(lines.begin(), lines.end(), line) != lines.end();
+    }
+
+    /// Puts the board on the bus and the simulator's process on the list.
+    void makeSessionPossible() {
+        bus.plug(board);
+        host.setProcesses({"explorer.exe", "FlightSimulator.exe"});
+    }
+
+    static void runAndStop(App& app) {
+        app.requestStop();
+        app.run();
+    }
+};

@@ -1,0 +1,213 @@
+#include "tests/unit/app/app_fixture.h"
+
+#include <thread>
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+constexpr std::uint32_t responseRequest = 0x1200;
+constexpr std::uint32_t lvarsRequest = 0x1201;
+
+class AppRun : public AppTest {
+protected:
+    /// Replaces standard input by these lines for the rest of the test.
+    class ConsoleInput {
+    public:
+        explicit ConsoleInput(const std::string& lines) : buffer(lines), before(std::cin.rdbuf(&buffer)) {}
+        ~ConsoleInput() {
+            std::cin.rdbuf(before);
+            std::cin.clear();
+        }
+        ConsoleInput(const ConsoleInput&) = delete;
+        ConsoleInput& operator=(const ConsoleInput&) = delete;
+
+    private:
+        std::stringbuf buffer;
+        std::streambuf* before;
+    };
+
+    void start(App& app) { ASSERT_TRUE(app.init(configPath, false, error)) << error; }
+
+    void confirmRegistration() { sim.deliverText(responseRequest, "MF.Clients.Add.VantrelBridgeHID.Finished", 256); }
+
+    bool wroteCommand(const std::string& text) {
+        const Lines commands = sim.commands();
+        return std::find(commands.begin(), commands.end(), text) != commands.end();
+    }
+};
+
+TEST_F(AppRun, APressReachesTheSimulatorAsACommandAndItsDummy) {
+    makeSessionPossible();
+    App app(platform());
+    start(app);
+    ASSERT_TRUE(waitUntil([this] { return wroteCommand("MF.Clients.Add.VantrelBridgeHID"); }));
+    confirmRegistration();
+    ASSERT_TRUE(waitUntil([this] { return wroteCommand("MF.SimVars.Add.(L:LIGHTING_POTENTIOMETER_5)"); }));
+    board->press(21);
+    ASSERT_TRUE(waitUntil([this] { return wroteCommand("MF.DummyCmd"); }));
+    runAndStop(app);
+    EXPECT_EQ(sim.commands(),
+              (Lines{"MF.Clients.Add.VantrelBridgeHID", "MF.SimVars.Clear",
+                     "MF.SimVars.Add.(L:LIGHTING_POTENTIOMETER_5)", "MF.SimVars.Set.1 1 (>K:PRESSED)", "MF.DummyCmd"}));
+}
+
+TEST_F(AppRun, WithoutABoardNoSessionIsOpened) {
+    host.setProcesses({"FlightSimulator.exe"});
+    App app(platform());
+    start(app);
+    EXPECT_TRUE(waitUntil([this] { return logHas("[INFO] Waiting for HID device to connect"); }));
+    runAndStop(app);
+    EXPECT_EQ(sim.count(SimCall::Open), 0U);
+}
+
+TEST_F(AppRun, ConnectionIsToldToTheBoardAndItsEndBeforeTheStop) {
+    makeSessionPossible();
+    App app(platform());
+    start(app);
+    EXPECT_TRUE(waitUntil([this] { return board->simConnected() == true; }));
+    runAndStop(app);
+    EXPECT_EQ(board->simConnected(), false);
+    const Lines lines = log();
+    const auto ended = std::find(lines.begin(), lines.end(), "[WARN] SimConnect disconnected: shutdown");
+    ASSERT_NE(ended, lines.end());
+    EXPECT_NE(std::find(ended, lines.end(), "[INFO] HID device disconnected: 0000000000000001"), lines.end());
+}
+
+TEST_F(AppRun, BatteryAndLightReachTheBoardsLight) {
+    makeSessionPossible();
+    configPath = writeConfig(R"(,"logging":{"debug":1},"outputs":{"debounceMs":1})");
+    App app(platform());
+    start(app);
+    EXPECT_TRUE(waitUntil([this] { return board->led() == LedCommand{1, 80, 0, 0, 0}; }));
+    sim.deliverBattery(0);
+    EXPECT_TRUE(waitUntil([this] { return board->led() == LedCommand{2, 0, 5, 1000, 50}; }));
+    EXPECT_TRUE(logHas("[DEBUG] State update: master battery 2=0"));
+    sim.deliverBattery(-1);
+    sim.deliverText(lvarsRequest, "0.25", 4096);
+    EXPECT_TRUE(waitUntil([this] { return board->led() == LedCommand{1, 25, 0, 0, 0}; }));
+    EXPECT_TRUE(logHas("[DEBUG] State update: master battery 2=1"));
+    runAndStop(app);
+}
+
+TEST_F(AppRun, QuitOfTheSimulatorEndsTheRun) {
+    makeSessionPossible();
+    App app(platform());
+    start(app);
+    ASSERT_TRUE(waitUntil([this] { return logHas("[INFO] SimConnect connected"); }));
+    sim.deliverQuit();
+    app.run();
+    EXPECT_TRUE(logHas("[INFO] Simulator closed; requesting application shutdown"));
+    EXPECT_EQ(log().back(), "[INFO] Application run loop stopped");
+}
+
+TEST_F(AppRun, LastLineOfAStopIsTheRunLoops) {
+    App app(platform());
+    start(app);
+    runAndStop(app);
+    const Lines lines = log();
+    EXPECT_NE(std::find(lines.begin(), lines.end(), "[INFO] Application run loop started"), lines.end());
+    EXPECT_EQ(lines.back(), "[INFO] Application run loop stopped");
+}
+
+TEST_F(AppRun, ManyStopRequestsHaveTheEffectOfOne) {
+    App app(platform());
+    start(app);
+    std::vector<std::thread> sources;
+    for (int i = 0; i < 4; ++i)
+        sources.emplace_back([&app] { app.requestStop(); });
+    for (std::thread& source : sources)
+        source.join();
+    app.run();
+    const Lines lines = log();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "[INFO] Application run loop stopped"), 1);
+}
+
+TEST_F(AppRun, ConsoleQuitWorksInAnyCaseAndOtherLinesDoNothing) {
+    const ConsoleInput input("\n quit\nquit \nhelp\nboot sel\nQuIt\nbootsel\n");
+    App app(platform());
+    testing::internal::CaptureStdout();
+    ASSERT_TRUE(app.init(configPath, true, error)) << error;
+    app.run();
+    testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(logHas("[INFO] Console commands: bootsel, quit", true));
+    EXPECT_TRUE(logHas("[INFO] Stop requested from console", true));
+    EXPECT_FALSE(logHas("[INFO] Sending BOOTSEL command to devices", true));
+}
+
+TEST_F(AppRun, ConsoleExitStopsToo) {
+    const ConsoleInput input("EXIT\n");
+    App app(platform());
+    testing::internal::CaptureStdout();
+    ASSERT_TRUE(app.init(configPath, true, error)) << error;
+    app.run();
+    testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(logHas("[INFO] Stop requested from console", true));
+}
+
+TEST_F(AppRun, ConsoleBootselReachesTheBoards) {
+    const ConsoleInput input("BootSel\nboot\nquit\n");
+    bus.plug(board);
+    App app(platform());
+    testing::internal::CaptureStdout();
+    ASSERT_TRUE(app.init(configPath, true, error)) << error;
+    app.run();
+    testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(board->inBootsel());
+    const Lines lines = log(true);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "[INFO] Sending BOOTSEL command to devices"), 2);
+    EXPECT_TRUE(logHas("[INFO] BOOTSEL command sent to 0000000000000001 via WriteFile", true));
+}
+
+TEST_F(AppRun, EndOfConsoleInputDoesNotStopTheRun) {
+    const ConsoleInput input("");
+    App app(platform());
+    testing::internal::CaptureStdout();
+    ASSERT_TRUE(app.init(configPath, true, error)) << error;
+    std::thread stopper([this, &app] {
+        EXPECT_TRUE(waitUntil([this] { return logHas("[INFO] Console commands: bootsel, quit", true); }));
+        app.requestStop();
+    });
+    app.run();
+    stopper.join();
+    testing::internal::GetCapturedStdout();
+    EXPECT_FALSE(logHas("[INFO] Stop requested from console", true));
+}
+
+TEST_F(AppRun, NewsOfABoardScansOnTheNotificationThread) {
+    folder.write("config/config.json", R"({"hid":{"vid":"1234","pid":"ABCD","scanIntervalMs":3600000},)"
+                                       R"("mappings":{"buttonConfigPath":"buttons.json"}})");
+    host.holdSleeps();
+    App app(platform());
+    start(app);
+    ASSERT_GE(host.waitForSleep(), 0);
+    bus.plug(board);
+    notifications.announceChange();
+    EXPECT_TRUE(waitUntil([this] { return logHas("[INFO] HID device connected: 0000000000000001 index=0"); }));
+    bus.unplug(board);
+    notifications.announceChange();
+    EXPECT_TRUE(waitUntil([this] { return logHas("[INFO] HID device disconnected: 0000000000000001"); }));
+    host.letSleepsPass();
+    runAndStop(app);
+    EXPECT_EQ(notifications.calls(), (Lines{"setUp", "change", "change", "tearDown"}));
+}
+
+TEST_F(AppRun, NothingIsLeftOpenAfterTheStop) {
+    makeSessionPossible();
+    {
+        App app(platform());
+        start(app);
+        EXPECT_TRUE(waitUntil([this] { return logHas("[INFO] SimConnect connected"); }));
+        runAndStop(app);
+    }
+    EXPECT_EQ(bus.openHandleCount(), 0U);
+    EXPECT_FALSE(sim.isOpen());
+    EXPECT_EQ(bus.misuseCount(), 0U);
+}
+
+TEST_F(AppRun, AnAppThatWasNeverStartedIsDestroyedQuietly) {
+    { const App app(platform()); }
+    EXPECT_TRUE(log().empty());
+}
+
+} // namespace
