@@ -1,0 +1,277 @@
+#include "simulation/scenario/virtual_cockpit.h"
+
+#include "platform/file_system.h"
+#include "simconnect/simconnect_open.h"
+#include "simulation/scenario/scenario_configuration.h"
+#include "simulation/scenario/stream_texts.h"
+
+#include <algorithm>
+#include <random>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::chrono::milliseconds shortestLongWait = 1000ms;
+constexpr std::chrono::milliseconds dispatchPoll = 15ms;
+/// How long a plugged board may take to be read; generous for a busy machine.
+constexpr std::chrono::milliseconds readLimit = 5000ms;
+
+bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() >= end) {
+            return false;
+        }
+        std::this_thread::sleep_for(1ms);
+    }
+    return true;
+}
+
+/// Of those that the default configuration asks for.
+bool isOurs(const VirtualBoardModel& model) {
+    const VirtualBoardModel ours;
+    return model.vendorId == ours.vendorId && model.productId == ours.productId;
+}
+
+} // namespace
+
+void VirtualCockpit::Inbox::add(const std::string& stream, const std::string& text) {
+    const std::lock_guard lock(mutex);
+    items.push_back({std::chrono::steady_clock::now(), stream, text});
+}
+
+VirtualCockpit::VirtualCockpit(const Scenario& played, CockpitPace wantedPace) : scenario(played), pace(wantedPace) {
+    bus.setRecording(false);
+    makeSeats();
+}
+
+VirtualCockpit::~VirtualCockpit() {
+    bridgeRun.reset();
+    if (virtualSimulator) {
+        virtualSimulator->stop();
+    }
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+}
+
+bool VirtualCockpit::setUp(std::string& error) {
+    if (!makeFolder(error) || !startVirtualSimulator(error)) {
+        return false;
+    }
+    bridgeRun =
+        std::make_unique<BridgeRun>(platform(), [to = inbox](int code) { to->add("exit", std::to_string(code)); });
+    return true;
+}
+
+void VirtualCockpit::makeSeats() {
+    for (const ScenarioBoard& made : scenario.boards) {
+        Seat seat{&made, std::make_shared<VirtualBoard>(made.model)};
+        seat.board->setOutputCallback(
+            [to = inbox, name = made.name](const BoardOutput& output) { to->add(name, outputText(output)); });
+        seats[made.name] = std::move(seat);
+    }
+}
+
+bool VirtualCockpit::makeFolder(std::string& error) {
+    std::random_device random;
+    std::error_code code;
+    folder = std::filesystem::temp_directory_path(code) / ("virtual-cockpit-" + std::to_string(random()));
+    if (code || !std::filesystem::create_directory(folder, code)) {
+        error = "can't make a folder for the bridge's files: " + code.message();
+        return false;
+    }
+    return true;
+}
+
+bool VirtualCockpit::startVirtualSimulator(std::string& error) {
+    VirtualSimulatorOptions options;
+    options.moduleInstalled = scenario.moduleInstalled;
+    virtualSimulator = std::make_unique<VirtualSimulator>(options);
+    virtualSimulator->setRecordCallback([to = inbox, dummies = scenario.watch.dummies](const SimulatorRecord& record) {
+        const std::optional<std::string> text = recordText(record);
+        if (text && (dummies || record.kind != SimulatorRecordKind::Dummy)) {
+            to->add("sim", *text);
+        }
+    });
+    // An aircraft with its power on, as most scenarios have it.
+    virtualSimulator->setBattery(true);
+    if (!virtualSimulator->start(0, error)) {
+        return false;
+    }
+    updateListening();
+    return true;
+}
+
+Platform VirtualCockpit::platform() {
+    return {bus.transport(), simConnectLibrary(), deviceNotifications(), host()};
+}
+
+Host VirtualCockpit::host() const {
+    Host host = systemPlatform().host;
+    host.findProcess = [listed = processListed](const std::function<bool(std::string_view)>& visit) {
+        return visit("explorer.exe") || (listed->load() && visit("FlightSimulator.exe"));
+    };
+    host.executablePath = [path = FileSystem::toBytes(folder / "VantrelBridgeHID")] { return path; };
+    host.commonDataFolder = [path = FileSystem::toBytes(folder)] { return path; };
+    host.sleepFor = [limits = pace, sleep = host.sleepFor](std::chrono::milliseconds duration) {
+        if (duration >= shortestLongWait) {
+            sleep(std::min(duration, limits.longestWait));
+        } else {
+            sleep(duration == dispatchPoll ? limits.dispatchPoll : duration);
+        }
+    };
+    return host;
+}
+
+SimConnectLibrary VirtualCockpit::simConnectLibrary() const {
+    SimConnectLibrary library = systemPlatform().simConnect;
+    library.open = [port = virtualSimulator->port()](SimConnectHandle* handle, const char* name, void*, std::uint32_t,
+                                                     void*, std::uint32_t) {
+        SimConnectEndpoint endpoint;
+        endpoint.port = port;
+        return simConnectOpenAt(handle, name, endpoint);
+    };
+    return library;
+}
+
+DeviceNotificationSource VirtualCockpit::deviceNotifications() const {
+    DeviceNotificationSource source;
+    source.setUp = [available = scenario.hotPlugNews](std::string& error) {
+        if (!available) {
+            error = "no news of boards here";
+        }
+        return available;
+    };
+    source.run = [from = news](const std::function<void()>& onChange) {
+        std::unique_lock lock(from->mutex);
+        while (!from->ended) {
+            if (std::exchange(from->pending, false)) {
+                lock.unlock();
+                onChange();
+                lock.lock();
+            } else {
+                from->changed.wait(lock);
+            }
+        }
+    };
+    source.tearDown = [] {};
+    source.requestEnd = [to = news] {
+        const std::lock_guard lock(to->mutex);
+        to->ended = true;
+        to->changed.notify_all();
+    };
+    return source;
+}
+
+void VirtualCockpit::startBridge() {
+    const std::string configPath = writeConfiguration(scenario, FileSystem::toBytes(folder));
+    const std::filesystem::path logFolder = scenario.consoleMode ? folder : folder / "VantrelBridge" / "logs";
+    log = std::make_unique<LogFollower>(FileSystem::toBytes(logFolder / "VantrelBridgeHID.log"));
+    bridgeRun->start(configPath, scenario.consoleMode);
+    for (const auto& [name, seat] : seats) {
+        waitUntilRead(seat);
+    }
+}
+
+void VirtualCockpit::plug(const std::string& name) {
+    const Seat& seat = seats.at(name);
+    bus.plug(seat.board, seat.made->port);
+    tellNews();
+    waitUntilRead(seat);
+}
+
+void VirtualCockpit::unplug(const std::string& name) {
+    bus.unplug(seats.at(name).board);
+    tellNews();
+}
+
+bool VirtualCockpit::plugged(const std::string& name) const {
+    return !bus.pathOf(seats.at(name).board).empty();
+}
+
+VirtualBoard& VirtualCockpit::board(const std::string& name) const {
+    return *seats.at(name).board;
+}
+
+void VirtualCockpit::setFaults(const std::string& name, const HidLinkFaults& faults) {
+    Seat& seat = seats.at(name);
+    seat.faulty = true;
+    bus.setFaults(seat.board, faults);
+}
+
+std::vector<std::string> VirtualCockpit::usableBoards() const {
+    std::vector<std::string> names;
+    for (const auto& [name, seat] : seats) {
+        if (plugged(name) && !seat.faulty && isOurs(seat.made->model)) {
+            names.push_back(name);
+        }
+    }
+    return names;
+}
+
+void VirtualCockpit::startSimulator() {
+    processListed->store(true);
+    updateListening();
+}
+
+void VirtualCockpit::hideProcess() {
+    processListed->store(false);
+}
+
+// The process goes first: a bridge that looks for it once its session has ended must not find it any more.
+void VirtualCockpit::quitSimulator() {
+    hideProcess();
+    virtualSimulator->quit();
+}
+
+void VirtualCockpit::crashSimulator() {
+    hideProcess();
+    virtualSimulator->die();
+}
+
+void VirtualCockpit::refuseSessions(bool refuse) {
+    refusing = refuse;
+    updateListening();
+}
+
+bool VirtualCockpit::simulatorRunning() const {
+    return processListed->load();
+}
+
+void VirtualCockpit::updateListening() {
+    virtualSimulator->refuseOpens(refusing || !simulatorRunning());
+}
+
+std::vector<CockpitItem> VirtualCockpit::takeItems() {
+    std::vector<CockpitItem> items;
+    {
+        const std::lock_guard lock(inbox->mutex);
+        items.swap(inbox->items);
+    }
+    if (log) {
+        for (const LogLine& line : log->newLines()) {
+            std::string text = line.level + ' ' + line.message;
+            // A scenario's line can't end with blanks.
+            text.erase(text.find_last_not_of(' ') + 1);
+            items.push_back({std::chrono::steady_clock::now(), "log", std::move(text)});
+        }
+    }
+    return items;
+}
+
+void VirtualCockpit::tellNews() {
+    const std::lock_guard lock(news->mutex);
+    news->pending = true;
+    news->changed.notify_all();
+}
+
+/// An input report that a board sends before somebody reads is lost.
+void VirtualCockpit::waitUntilRead(const Seat& seat) const {
+    if (bridgeRun->running() && !bus.pathOf(seat.board).empty() && !seat.faulty && isOurs(seat.made->model)) {
+        waitUntil([&] { return bus.pendingReadCount(seat.board) > 0 || !bridgeRun->running(); }, readLimit);
+    }
+}

@@ -1,0 +1,209 @@
+// The half of SimulatorSession that serves client data areas.
+
+#include "simconnect/simconnect_api.h"
+#include "simconnect/wire.h"
+#include "simulation/simulator_exceptions.h"
+#include "simulation/simulator_session.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+
+namespace {
+
+constexpr std::uint32_t readOnlyArea = 1;
+
+constexpr std::uint32_t periodNever = 0;
+constexpr std::uint32_t periodOnce = 1;
+constexpr std::uint32_t lastPeriod = 4;
+
+constexpr std::uint32_t taggedData = 1;
+constexpr std::uint32_t behindThePrevious = 0xFFFFFFFFU;
+constexpr std::size_t mostRequests = 1000;
+constexpr std::size_t mostPieces = 1000;
+
+// A definition's entry tells a size, or minus the number of a type: INT8, INT16, INT32, INT64, FLOAT32, FLOAT64.
+std::optional<std::uint32_t> pieceSize(std::uint32_t sizeOrType) {
+    constexpr std::array<std::uint32_t, 6> typeSizes{1, 2, 4, 8, 4, 8};
+    const std::uint32_t typeNumber = 0U - sizeOrType;
+    if (typeNumber >= 1 && typeNumber <= typeSizes.size()) {
+        return typeSizes[typeNumber - 1];
+    }
+    if (sizeOrType == 0 || sizeOrType > ClientDataAreas::largestArea) {
+        return std::nullopt;
+    }
+    return sizeOrType;
+}
+
+} // namespace
+
+void SimulatorSession::mapAreaName(const Request& request) {
+    if (!areaNames.try_emplace(request.number(272), request.name(16)).second) {
+        refuse(request, SimulatorExceptions::duplicateId, 2);
+    }
+}
+
+void SimulatorSession::createArea(const Request& request) {
+    const auto name = areaNames.find(request.number(16));
+    if (name == areaNames.end()) {
+        refuse(request, SimulatorExceptions::unrecognizedId, 1);
+        return;
+    }
+    const bool readOnly = (request.number(24) & readOnlyArea) != 0;
+    switch (world.areas.create(name->second, request.number(20), readOnly ? ownNumber : 0)) {
+    case AreaCreation::Created:
+        break;
+    case AreaCreation::Exists:
+        refuse(request, SimulatorExceptions::alreadyCreated, 1);
+        break;
+    case AreaCreation::BadSize:
+        refuse(request, SimulatorExceptions::invalidDataSize, 2);
+        break;
+    case AreaCreation::NoRoom:
+        refuse(request, SimulatorExceptions::outOfBounds, 2);
+        break;
+    }
+}
+
+void SimulatorSession::addToAreaDefinition(const Request& request) {
+    const std::optional<std::uint32_t> size = pieceSize(request.number(24));
+    if (!size) {
+        refuse(request, SimulatorExceptions::invalidDataSize, 3);
+        return;
+    }
+    AreaDefinition& definition = areaDefinitions[request.number(16)];
+    std::uint32_t offset = request.number(20);
+    if (offset == behindThePrevious) {
+        offset = definition.empty() ? 0 : definition.back().offset + definition.back().size;
+    }
+    if (offset > ClientDataAreas::largestArea - *size || definition.size() == mostPieces) {
+        refuse(request, SimulatorExceptions::outOfBounds, 2);
+        return;
+    }
+    definition.push_back({offset, *size});
+}
+
+void SimulatorSession::clearAreaDefinition(const Request& request) {
+    if (areaDefinitions.erase(request.number(16)) == 0) {
+        refuse(request, SimulatorExceptions::unrecognizedId, 1);
+    }
+}
+
+void SimulatorSession::requestArea(const Request& request) {
+    const std::uint32_t requestId = request.number(20);
+    const auto name = areaNames.find(request.number(16));
+    const std::uint32_t definitionId = request.number(24);
+    const std::uint32_t period = request.number(28);
+    if (name == areaNames.end()) {
+        refuse(request, SimulatorExceptions::unrecognizedId, 1);
+    } else if (!areaDefinitions.contains(definitionId)) {
+        refuse(request, SimulatorExceptions::unrecognizedId, 3);
+    } else if (period > lastPeriod) {
+        refuse(request, SimulatorExceptions::invalidEnum, 4);
+    } else if (areaRequests.size() == mostRequests && !areaRequests.contains(requestId)) {
+        refuse(request, SimulatorExceptions::tooManyRequests, 2);
+    } else if (period == periodNever) {
+        areaRequests.erase(requestId);
+    } else {
+        beginAreaRequest(requestId, {name->second, definitionId, period, request.number(32), {}});
+    }
+}
+
+void SimulatorSession::beginAreaRequest(std::uint32_t requestId, AreaRequest wanted) {
+    // An area that nobody has made yet reads as zeros, and the request comes to life with it.
+    const ClientDataArea* const area = world.areas.find(wanted.area);
+    world.records.add(
+        record(SimulatorRecordKind::Subscribed, area == nullptr ? wanted.area : area->name, wanted.period));
+    AreaRequest& kept = areaRequests[requestId] = std::move(wanted);
+    if (kept.period == simConnectClientDataPeriodOnSet) {
+        // What the area holds already is no set.
+        return;
+    }
+    const auto bytes = area == nullptr ? std::span<const std::uint8_t>() : std::span<const std::uint8_t>(area->bytes);
+    sendArea(requestId, kept, areaBytes(areaDefinitions[kept.definition], bytes));
+    if (kept.period == periodOnce) {
+        areaRequests.erase(requestId);
+    }
+}
+
+void SimulatorSession::areaWritten(const ClientDataArea& area, std::span<const std::uint8_t> before) {
+    for (auto& [requestId, request] : areaRequests) {
+        const auto definition = areaDefinitions.find(request.definition);
+        if (definition == areaDefinitions.end() || lowerCaseName(request.area) != lowerCaseName(area.name)) {
+            continue;
+        }
+        const std::vector<std::uint8_t> bytes = areaBytes(definition->second, area.bytes);
+        const bool onSet = request.period == simConnectClientDataPeriodOnSet;
+        const bool same = bytes == (onSet ? areaBytes(definition->second, before) : request.lastSent);
+        if (!same || (request.flags & simConnectRequestFlagChanged) == 0) {
+            sendArea(requestId, request, bytes);
+        }
+    }
+}
+
+void SimulatorSession::sendArea(std::uint32_t requestId, AreaRequest& request, std::span<const std::uint8_t> bytes) {
+    sendData(simConnectRecvClientData, requestId, 0, request.definition, request.flags,
+             areaDefinitions[request.definition].size(), bytes);
+    request.lastSent.assign(bytes.begin(), bytes.end());
+}
+
+void SimulatorSession::setArea(const Request& request) {
+    const auto name = areaNames.find(request.number(16));
+    const auto definition = areaDefinitions.find(request.number(20));
+    if (name == areaNames.end()) {
+        refuse(request, SimulatorExceptions::unrecognizedId, 1);
+        return;
+    }
+    if (definition == areaDefinitions.end()) {
+        refuse(request, SimulatorExceptions::unrecognizedId, 2);
+        return;
+    }
+    const ClientDataArea* const area = world.areas.find(name->second);
+    const auto data = request.bytes.subspan(36);
+    if (area == nullptr || !fits(definition->second, area->bytes.size())) {
+        refuse(request, SimulatorExceptions::outOfBounds, 1);
+    } else if (area->onlyWriter != 0 && area->onlyWriter != ownNumber) {
+        refuse(request, SimulatorExceptions::illegalOperation, 1);
+    } else if ((request.number(24) & taggedData) != 0) {
+        // Tagged data, of which no client of the module makes use, aren't simulated.
+        refuse(request, SimulatorExceptions::illegalOperation, 3);
+    } else if (request.number(32) != sizeOf(definition->second) || data.size() < sizeOf(definition->second)) {
+        refuse(request, SimulatorExceptions::sizeMismatch, 5);
+    } else {
+        writeArea(name->second, definition->second, data);
+    }
+}
+
+void SimulatorSession::writeArea(std::string_view name, const AreaDefinition& definition,
+                                 std::span<const std::uint8_t> data) {
+    const auto change = [&](std::span<std::uint8_t> block) {
+        for (const AreaPiece& piece : definition) {
+            std::copy_n(data.begin(), piece.size, block.begin() + piece.offset);
+            data = data.subspan(piece.size);
+        }
+    };
+    world.areas.write(name, change, ownNumber);
+}
+
+std::vector<std::uint8_t> SimulatorSession::areaBytes(const AreaDefinition& definition,
+                                                      std::span<const std::uint8_t> block) {
+    std::vector<std::uint8_t> bytes;
+    for (const AreaPiece& piece : definition) {
+        const std::vector<std::uint8_t> part = bytesOf(block, piece.offset, piece.size);
+        bytes.insert(bytes.end(), part.begin(), part.end());
+    }
+    return bytes;
+}
+
+std::size_t SimulatorSession::sizeOf(const AreaDefinition& definition) {
+    std::size_t size = 0;
+    for (const AreaPiece& piece : definition) {
+        size += piece.size;
+    }
+    return size;
+}
+
+bool SimulatorSession::fits(const AreaDefinition& definition, std::size_t areaSize) {
+    return std::all_of(definition.begin(), definition.end(),
+                       [&](const AreaPiece& piece) { return piece.offset + piece.size <= areaSize; });
+}

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "simconnect/message_reader.h"
+#include "simconnect/outbound_buffer.h"
+#include "simconnect/socket.h"
+#include "simconnect/wire.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <utility>
+
+/// The simulator's end of one connection. Never blocks: what the client doesn't take waits here. Not synchronised.
+class SimulatorLink {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    explicit SimulatorLink(Socket accepted) : socket(std::move(accepted)) {}
+
+    /// Neither side has ended it.
+    bool live() const { return state == State::Live; }
+    /// Nothing is left to do for it.
+    bool over() const { return state == State::Over; }
+
+    void send(std::span<const std::uint8_t> bytes);
+    /// Sends what waits, as far as it goes.
+    void flush();
+    bool backlogged() const { return !outbound.pending().empty(); }
+    /// Reads what has come, a bounded piece of it. Messages are then in `reader`.
+    void read();
+    MessageReader& reader() { return inbound; }
+
+    /// Ends in order: what waits is still sent.
+    void finish();
+    /// Ends with a reset.
+    void reset();
+    /// Moves an end in order on. Only while neither live nor over.
+    void continueFinish(Clock::time_point now);
+
+    SocketInterest interest(bool reading) const;
+    /// Whether each byte is a send of its own.
+    void sendByteByByte(bool on) { byteByByte = on; }
+
+private:
+    enum class State { Live, Finishing, Over };
+
+    void close();
+
+    Socket socket;
+    State state = State::Live;
+    OutboundBuffer outbound;
+    MessageReader inbound{SimConnectWire::requestHeadSize};
+    Clock::time_point finishLimit;
+    bool sendingEnded = false;
+    bool byteByByte = false;
+};

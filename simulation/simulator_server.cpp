@@ -1,0 +1,187 @@
+#include "simulation/simulator_server.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace {
+
+// While a connection ends, waits for its time, or the port is still taken, time itself brings news.
+constexpr std::chrono::milliseconds shortWait{5};
+constexpr std::chrono::milliseconds longWait{1000};
+
+} // namespace
+
+SimulatorServer::SimulatorServer(const VirtualSimulatorOptions& startOptions)
+    : options(startOptions), wakeSocket(makeWakeSocket()) {
+    shared.areas.setListener([this](const ClientDataArea& area, std::span<const std::uint8_t> before,
+                                    std::uint32_t session) { areaWritten(area, before, session); });
+    renewWorld();
+}
+
+bool SimulatorServer::start(std::uint16_t wantedPort, std::string& error) {
+    if (running) {
+        error = "Virtual simulator already running";
+        return false;
+    }
+    {
+        const std::lock_guard lock(mutex);
+        listener = listenOnLoopback(wantedPort, options.receiveBufferBytes, error);
+        if (!listener.valid()) {
+            return false;
+        }
+        if (!wakeSocket.valid()) {
+            error = "Failed to make the virtual simulator's wake socket";
+            return false;
+        }
+        listenPort = listener.localPort();
+        behaviour.refusing = false;
+    }
+    running = true;
+    thread = std::thread([this] { run(); });
+    return true;
+}
+
+void SimulatorServer::stop() {
+    if (!running.exchange(false)) {
+        return;
+    }
+    wake();
+    thread.join();
+    control([this] {
+        forEachSession([](SimulatorSession& session) { session.link().reset(); });
+        listener.close();
+    });
+    {
+        const std::lock_guard lock(mutex);
+        sessions.clear();
+    }
+    received.deliver();
+}
+
+std::uint16_t SimulatorServer::port() const {
+    return listenPort;
+}
+
+void SimulatorServer::wake() {
+    const std::array<std::uint8_t, 1> byte{};
+    wakeSocket.send(byte);
+}
+
+void SimulatorServer::setRefusing(bool refuse) {
+    behaviour.refusing = refuse;
+    if (refuse) {
+        listener.close();
+    } else {
+        listenAgain();
+    }
+}
+
+// The port may be taken for a moment by a connection of somebody else's; the thread then tries again.
+void SimulatorServer::listenAgain() {
+    if (running && !behaviour.refusing && !listener.valid()) {
+        std::string error;
+        listener = listenOnLoopback(listenPort, options.receiveBufferBytes, error);
+    }
+}
+
+void SimulatorServer::renewWorld() {
+    shared.areas.clear();
+    mobiflight.forgetClients();
+    if (options.moduleInstalled) {
+        mobiflight.start();
+    }
+}
+
+void SimulatorServer::areaWritten(const ClientDataArea& area, std::span<const std::uint8_t> before,
+                                  std::uint32_t session) {
+    forEachSession([&](SimulatorSession& reader) { reader.areaWritten(area, before); });
+    mobiflight.areaWritten(area, before, session);
+}
+
+void SimulatorServer::run() {
+    std::vector<SocketInterest> wanted;
+    while (running) {
+        const std::chrono::milliseconds limit = interests(wanted);
+        waitForSockets(wanted, limit);
+        turn();
+        received.deliver();
+    }
+}
+
+std::chrono::milliseconds SimulatorServer::interests(std::vector<SocketInterest>& wanted) {
+    std::unique_lock lock(mutex);
+    turned.wait(lock, [this] { return controls == 0; });
+    polling = true;
+    wanted.assign(1, {wakeSocket.number(), true, false});
+    if (listener.valid()) {
+        wanted.push_back({listener.number(), true, false});
+    }
+    bool timed = !behaviour.refusing && !listener.valid();
+    const Clock::time_point now = Clock::now();
+    for (const auto& session : sessions) {
+        const SimulatorLink& link = session->link();
+        const bool early = session->serviceBegin() > now;
+        timed = timed || early || !link.live();
+        // One that isn't served isn't asked about either: its news would end each wait at once.
+        if (link.live() && !early && !behaviour.stalled) {
+            wanted.push_back(link.interest(true));
+        } else if (link.live() && link.backlogged()) {
+            wanted.push_back(link.interest(false));
+        }
+    }
+    return timed ? shortWait : longWait;
+}
+
+void SimulatorServer::turn() {
+    std::array<std::uint8_t, 64> wakes{};
+    while (wakeSocket.receive(wakes).status == SocketStatus::Done) {
+    }
+    const std::lock_guard lock(mutex);
+    polling = false;
+    turned.notify_all();
+    listenAgain();
+    acceptAll();
+    const Clock::time_point now = Clock::now();
+    for (const auto& session : sessions) {
+        serve(*session, now);
+    }
+    noteEnds();
+    std::erase_if(sessions, [](const auto& session) { return session->link().over(); });
+}
+
+void SimulatorServer::acceptAll() {
+    while (listener.valid()) {
+        Socket accepted = listener.accept();
+        if (!accepted.valid()) {
+            return;
+        }
+        sessions.push_back(std::make_unique<SimulatorSession>(std::move(accepted), ++lastSession, shared,
+                                                              Clock::now() + behaviour.openDelay));
+    }
+}
+
+void SimulatorServer::serve(SimulatorSession& session, Clock::time_point now) {
+    SimulatorLink& link = session.link();
+    link.sendByteByByte(behaviour.byteByByte);
+    if (link.live()) {
+        link.flush();
+    } else if (!link.over()) {
+        link.continueFinish(now);
+    }
+    if (link.live() && !behaviour.stalled && session.serviceBegin() <= now) {
+        session.serve();
+    }
+}
+
+void SimulatorServer::noteEnds() {
+    std::size_t live = 0;
+    for (const auto& session : sessions) {
+        if (session->link().live()) {
+            ++live;
+        } else {
+            session->noteEnd();
+        }
+    }
+    received.setSessionCount(live);
+}

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "hid/hid_protocol.h"
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+/// The way an output report took.
+enum class OutputCall { Write, SetOutputReport };
+
+/// One output report as it reached a board, report id first. Shorter than 32 bytes when it was cut on the way.
+struct BoardOutput {
+    OutputCall call = OutputCall::Write;
+    std::vector<std::uint8_t> bytes;
+
+    bool operator==(const BoardOutput&) const = default;
+};
+
+/// What a board is made as.
+struct VirtualBoardModel {
+    std::uint16_t vendorId = 0x1234;
+    std::uint16_t productId = 0xABCD;
+    /// Without it, the board doesn't answer the device info report.
+    std::optional<HidProtocol::BoardId> boardId = HidProtocol::BoardId{0, 0, 0, 0, 0, 0, 0, 1};
+    std::array<std::uint8_t, 6> infoBytes{};
+    std::uint16_t infoWord0 = 0;
+    std::uint16_t infoWord1 = 0;
+    /// UTF-8.
+    std::optional<std::string> serial;
+    /// Without it, the board doesn't answer the protocol info report.
+    std::optional<HidProtocol::ProtocolInfo> protocolInfo;
+};
+
+/// The firmware side of one panel: answers feature reports, keeps what it was told, and sends input reports. A bus (see
+/// VirtualHidBus) carries it; a board that isn't plugged in sends to nobody. All operations may be called from any
+/// thread.
+class VirtualBoard {
+public:
+    /// Takes one input report, of any length.
+    using InputSink = std::function<void(std::span<const std::uint8_t> report)>;
+    using OutputCallback = std::function<void(const BoardOutput& output)>;
+
+    explicit VirtualBoard(const VirtualBoardModel& model = {});
+    VirtualBoard(const VirtualBoard&) = delete;
+    VirtualBoard& operator=(const VirtualBoard&) = delete;
+
+    const VirtualBoardModel& model() const;
+
+    // What its user does. The mode is the role switch: 0 for PFD, 1 for MFD.
+    void press(std::uint16_t controlId, std::uint8_t mode = 0);
+    /// One repeat of a button that is down; `value` is 2, 3 or 4.
+    void hold(std::uint16_t controlId, std::uint8_t mode = 0, std::int8_t value = 2);
+    void release(std::uint16_t controlId, std::uint8_t mode = 0);
+    /// One report of that many detents, clockwise above 0.
+    void turn(std::uint16_t controlId, std::int8_t detents, std::uint8_t speed = 0, std::uint8_t mode = 0);
+
+    // What its firmware sends.
+    void notice();
+    void sendEvent(const HidProtocol::HidEvent& event);
+    /// As it is: any length, any id, nothing at all.
+    void sendRaw(std::span<const std::uint8_t> report);
+
+    // What it was told, since it was powered.
+    std::optional<LedCommand> led() const;
+    std::optional<bool> simConnected() const;
+    bool inBootsel() const;
+
+    /// All output reports in the order of their coming, since it was made or `clearOutputs`.
+    std::vector<BoardOutput> outputs() const;
+    void clearOutputs();
+
+    /// Called on the writing thread, with no lock of the board's or the bus's held, after the board took the report. A
+    /// writer may hold locks of its own: don't call back into it.
+    void setOutputCallback(OutputCallback callback);
+
+    // The bus's side.
+
+    /// Boots the firmware: it knows nothing of the host yet, and isn't in BOOTSEL mode.
+    void powerOn(InputSink sink);
+    /// Its last state stays readable.
+    void powerOff();
+    std::optional<HidProtocol::Report> featureReply(std::uint8_t reportId) const;
+    void receiveOutput(OutputCall call, std::span<const std::uint8_t> bytes);
+
+private:
+    const VirtualBoardModel made;
+
+    // Guards all below. Neither the sink nor the callback is called under it.
+    mutable std::mutex mutex;
+    InputSink inputSink;
+    OutputCallback outputCallback;
+    std::vector<BoardOutput> received;
+    std::optional<LedCommand> ledState;
+    std::optional<bool> simState;
+    bool bootsel = false;
+
+    // Needs the mutex held.
+    void applyOutput(std::span<const std::uint8_t> bytes);
+};

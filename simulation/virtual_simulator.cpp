@@ -1,0 +1,164 @@
+#include "simulation/virtual_simulator.h"
+
+#include "simulation/simulator_server.h"
+
+#include <algorithm>
+#include <utility>
+
+class VirtualSimulator::Impl : public SimulatorServer {
+public:
+    using SimulatorServer::SimulatorServer;
+};
+
+VirtualSimulator::VirtualSimulator(VirtualSimulatorOptions options) : impl(std::make_unique<Impl>(options)) {}
+VirtualSimulator::~VirtualSimulator() = default;
+
+bool VirtualSimulator::start(std::uint16_t port, std::string& error) {
+    return impl->start(port, error);
+}
+void VirtualSimulator::stop() {
+    impl->stop();
+}
+std::uint16_t VirtualSimulator::port() const {
+    return impl->port();
+}
+
+void VirtualSimulator::setBattery(bool on) {
+    impl->control([&] {
+        if (std::exchange(impl->world().battery, on) != on) {
+            impl->forEachSession([](SimulatorSession& session) { session.batteryChanged(); });
+        }
+    });
+}
+
+void VirtualSimulator::setLVar(std::string_view name, double value) {
+    impl->control([&] { impl->module().setLVar(name, value); });
+}
+
+void VirtualSimulator::setLVarsText(std::string_view text) {
+    impl->control([&] { impl->module().setLVarsText(text); });
+}
+
+void VirtualSimulator::respond(std::string_view text) {
+    impl->control([&] { impl->module().respond(text); });
+}
+
+void VirtualSimulator::quit() {
+    impl->control([&] {
+        impl->forEachSession([](SimulatorSession& session) {
+            session.sendQuit();
+            session.link().finish();
+        });
+        impl->setRefusing(true);
+        impl->renewWorld();
+    });
+}
+
+void VirtualSimulator::die() {
+    impl->control([&] {
+        impl->forEachSession([](SimulatorSession& session) { session.link().reset(); });
+        impl->setRefusing(true);
+        impl->renewWorld();
+    });
+}
+
+void VirtualSimulator::dropSessions() {
+    impl->control([&] { impl->forEachSession([](SimulatorSession& session) { session.link().finish(); }); });
+}
+
+void VirtualSimulator::refuseOpens(bool refuse) {
+    impl->control([&] { impl->setRefusing(refuse); });
+}
+
+void VirtualSimulator::delayOpens(std::chrono::milliseconds delay) {
+    impl->control([&] { impl->conduct().openDelay = delay; });
+}
+
+void VirtualSimulator::silenceModule(bool silent) {
+    impl->control([&] { impl->module().setSilent(silent); });
+}
+
+void VirtualSimulator::failRegistrations(bool fail) {
+    impl->control([&] { impl->module().setFailing(fail); });
+}
+
+void VirtualSimulator::stopReading(bool stalled) {
+    impl->control([&] { impl->conduct().stalled = stalled; });
+}
+
+void VirtualSimulator::sendRaw(std::span<const std::uint8_t> bytes) {
+    impl->control([&] { impl->forEachSession([&](SimulatorSession& session) { session.link().send(bytes); }); });
+}
+
+void VirtualSimulator::cutMessage() {
+    impl->control([&] {
+        impl->forEachSession([](SimulatorSession& session) {
+            session.sendCut();
+            session.link().finish();
+        });
+    });
+}
+
+void VirtualSimulator::sendByteByByte(bool on) {
+    impl->control([&] {
+        impl->conduct().byteByByte = on;
+        impl->forEachSession([&](SimulatorSession& session) { session.link().sendByteByByte(on); });
+    });
+}
+
+std::vector<SimulatorRecord> VirtualSimulator::records() const {
+    return impl->records().all();
+}
+
+std::vector<std::string> VirtualSimulator::texts(SimulatorRecordKind kind) const {
+    std::vector<std::string> texts;
+    for (SimulatorRecord& record : impl->records().all()) {
+        if (record.kind == kind) {
+            texts.push_back(std::move(record.text));
+        }
+    }
+    return texts;
+}
+
+void VirtualSimulator::clearRecords() {
+    impl->records().clear();
+}
+
+void VirtualSimulator::setRecordCallback(RecordCallback callback) {
+    impl->records().setCallback(std::move(callback));
+}
+
+std::size_t VirtualSimulator::sessionCount() const {
+    return impl->records().sessionCount();
+}
+
+bool VirtualSimulator::waitFor(const RecordPredicate& predicate, std::chrono::milliseconds timeout) const {
+    return impl->records().waitFor(predicate, timeout);
+}
+
+bool VirtualSimulator::waitForText(SimulatorRecordKind kind, std::string_view text, std::size_t count,
+                                   std::chrono::milliseconds timeout) const {
+    return waitFor(
+        [&](const std::vector<SimulatorRecord>& records) {
+            const auto matches = std::count_if(records.begin(), records.end(), [&](const SimulatorRecord& record) {
+                return record.kind == kind && record.text == text;
+            });
+            return static_cast<std::size_t>(matches) >= count;
+        },
+        timeout);
+}
+
+bool VirtualSimulator::waitForKind(SimulatorRecordKind kind, std::size_t count,
+                                   std::chrono::milliseconds timeout) const {
+    return waitFor(
+        [&](const std::vector<SimulatorRecord>& records) {
+            const auto matches = std::count_if(records.begin(), records.end(),
+                                               [&](const SimulatorRecord& record) { return record.kind == kind; });
+            return static_cast<std::size_t>(matches) >= count;
+        },
+        timeout);
+}
+
+bool VirtualSimulator::waitForSessionCount(std::size_t count, std::chrono::milliseconds timeout) const {
+    return impl->records().waitForSessionCount(count, timeout);
+}

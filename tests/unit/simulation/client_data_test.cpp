@@ -1,0 +1,255 @@
+#include "simulation/client_data_areas.h"
+#include "tests/unit/simulation/simulator_client.h"
+
+namespace {
+
+using Exceptions = std::vector<std::array<std::uint32_t, 3>>;
+using Bytes = std::vector<std::uint8_t>;
+using Words = std::vector<std::uint32_t>;
+
+// The module's own areas by other ids, to have one of each kind at hand.
+constexpr std::uint32_t area = 31;
+constexpr std::uint32_t definition = 32;
+constexpr std::uint32_t request = 33;
+
+// A client with a 4-byte definition at an offset of "MobiFlight.LVars".
+void map(const SimulatorClient& client, const char* name = "MobiFlight.LVars", std::uint32_t offset = 0) {
+    SimConnect_MapClientDataNameToID(client.get(), name, area);
+    SimConnect_AddToClientDataDefinition(client.get(), definition, offset, 4, 0, simConnectUnused);
+}
+
+void subscribe(const SimulatorClient& client, std::uint32_t period = 3, std::uint32_t flags = 1) {
+    SimConnect_RequestClientData(client.get(), area, request, definition, period, flags, 0, 0, 0);
+}
+
+void set(const SimulatorClient& client, std::uint32_t value) {
+    Bytes data{static_cast<std::uint8_t>(value), 0, 0, 0};
+    SimConnect_SetClientData(client.get(), area, definition, 0, 0, 4, data.data());
+}
+
+TEST(ClientData, ReachesEveryClientThatAskedIncludingTheWriter) {
+    RunningSimulator simulator;
+    SimulatorClient writer(simulator);
+    SimulatorClient reader(simulator);
+    map(reader);
+    subscribe(reader);
+    ASSERT_TRUE(reader.settle());
+    map(writer);
+    subscribe(writer);
+    set(writer, 5);
+    ASSERT_TRUE(reader.waitFor(simConnectRecvClientData));
+    ASSERT_TRUE(writer.waitFor(simConnectRecvClientData));
+    EXPECT_EQ(reader.wordsOf(request), Words{5});
+    const Bytes expected{44, 0, 0, 0, 4, 0, 0, 0, 16, 0, 0, 0, 33, 0, 0, 0, 0, 0, 0, 0, 32, 0,
+                         0,  0, 1, 0, 0, 0, 1, 0, 0,  0, 1, 0, 0,  0, 1, 0, 0, 0, 5, 0, 0,  0};
+    EXPECT_EQ(reader.messagesOf(simConnectRecvClientData).front(), expected);
+}
+
+TEST(ClientData, EqualBlockIsNotDeliveredAgain) {
+    RunningSimulator simulator;
+    SimulatorClient client(simulator);
+    map(client);
+    subscribe(client);
+    for (const std::uint32_t value : {1U, 1U, 2U, 2U, 1U}) {
+        set(client, value);
+    }
+    ASSERT_TRUE(client.settle());
+    EXPECT_EQ(client.wordsOf(request), (Words{1, 2, 1}));
+}
+
+TEST(ClientData, EqualBlockIsDeliveredWithoutTheChangedFlag) {
+    RunningSimulator simulator;
+    SimulatorClient client(simulator);
+    map(client);
+    subscribe(client, 3, 0);
+    for (const std::uint32_t value : {1U, 1U}) {
+        set(client, value);
+    }
+    ASSERT_TRUE(client.settle());
+    EXPECT_EQ(client.wordsOf(request), (Words{1, 1}));
+}
+
+TEST(ClientData, ChangeIsJudgedByTheDefinitionsBytesAlone) {
+    RunningSimulator simulator;
+    SimulatorClient reader(simulator);
+    map(reader, "MobiFlight.LVars", 4);
+    subscribe(reader);
+    ASSERT_TRUE(reader.settle());
+    SimulatorClient writer(simulator);
+    map(writer, "MobiFlight.LVars", 0);
+    set(writer, 9);
+    ASSERT_TRUE(writer.settle());
+    ASSERT_TRUE(reader.settle());
+    EXPECT_TRUE(reader.messagesOf(simConnectRecvClientData).empty());
+}
+
+TEST(ClientData, OnSetDoesNotTellWhatIsThereAlready) {
+    RunningSimulator simulator;
+    SimulatorClient client(simulator);
+    map(client);
+    set(client, 5);
+    subscribe(client);
+    ASSERT_TRUE(client.settle());
+    EXPECT_TRUE(client.messagesOf(simConnectRecvClientData).empty());
+}
+
+TEST(ClientData, OnceTellsWhatIsThereOnce) {
+    RunningSimulator simulator;
+    SimulatorClient client(simulator);
+    map(client);
+    set(client, 5);
+    subscribe(client, 1, 0);
+    set(client, 6);
+    ASSERT_TRUE(client.settle());
+    EXPECT_EQ(client.wordsOf(request), Words{5});
+}
+
+TEST(ClientData, FramePeriodTellsAtOnceAndWhatDiffersFromTheLast) {
+    RunningSimulator simulator;
+    SimulatorClient client(simulator);
+    map(client);
+    set(client, 5);
+    subscribe(client, 2, 1);
+    set(client, 5);
+    set(client, 6);
+    ASSERT_TRUE(client.settle());
+    EXPECT_EQ(client.wordsOf(request), (Words{5, 6}));
+}
+
+TEST(ClientData, NeverEndsARequestAndARequestIdIsReplaced) {
+    RunningSimulator simulator;
+    SimulatorClient client(simulator);
+    map(client);
+    subscribe(client);
+    subscribe(client);
+    set(client, 1);
+    subscribe(client, 0);
+    set(client, 2);
+    ASSERT_TRUE(client.settle());
+    EXPECT_EQ(client.wordsOf(request), Words{1});
+}
+
+TEST(ClientData, NamesAreFoundInAnyCase) {
+    RunningSimulator simulator;
+    SimulatorClient client(simulator);
+    map(client, "mobiflight.lvars");
+    subscribe(client);
+    set(client, 3);
+    ASSERT_TRUE(client.settle());
+    EXPECT_EQ(client.wordsOf(request), Words{3});
+    EXPECT_TRUE(simulator.waitForText(SimulatorRecordKind::Subscribed, "MobiFlight.LVars"));
+}
+
+TEST(ClientData, SmallDefinitionOnALargeAreaIsLegal) {
+    RunningSimulator simulator;
+    SimulatorClient client(simulator);
+    client.attach();
+    client.command("MF.Ping");
+    ASSERT_TRUE(client.waitFor(simConnectRecvClientData));
+    EXPECT_EQ(client.messagesOf(simConnectRecvClientData).front().size(), 40U + 256U);
+    EXPECT_TRUE(client.messagesOf(simConnectRecvException).empty());
+}
+
+TEST(ClientData, DefinitionOfSeveralPiecesIsOneBlock) {
+    RunningSimulator simulator;
+    SimulatorClient client(simulator);
+    SimConnect_MapClientDataNameToID(client.get(), "MobiFlight.LVars", area);
+    SimConnect_AddToClientDataDefinition(client.get(), definition, 8, 2, 0, simConnectUnused);
+    // FLOAT32 behind the previous piece.
+    SimConnect_AddToClientDataDefinition(client.get(), definition, 0xFFFFFFFF, 0xFFFFFFFB, 0, simConnectUnused);
+    SimConnect_AddToClientDataDefinition(client.get(), definition, 0, 2, 0, simConnectUnused);
+    SimConnect_AddToClientDataDefinition(client.get(), 40, 0, 16, 0, simConnectUnused);
+    SimConnect_RequestClientData(client.get(), area, 40, 40, 3, 1, 0, 0, 0);
+    Bytes data{1, 2, 3, 4, 5, 6, 7, 8};
+    SimConnect_SetClientData(client.get(), area, definition, 0, 0, 8, data.data());
+    ASSERT_TRUE(client.settle());
+    ASSERT_EQ(client.messagesOf(simConnectRecvClientData).size(), 1U);
+    const Bytes message = client.messagesOf(simConnectRecvClientData).front();
+    EXPECT_EQ(Bytes(message.begin() + 40, message.end()), (Bytes{7, 8, 0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 0, 0}));
+}
+
+TEST(ClientData, RequestsAreRefusedWithTheirSendIdAndArgument) {
+    RunningSimulator simulator;
+    SimulatorClient client(simulator);
+    Bytes data(16);
+    map(client);                                                                    // 2, 3
+    SimConnect_MapClientDataNameToID(client.get(), "Other", area);                  // 4: id taken
+    SimConnect_MapClientDataNameToID(client.get(), "Nobody.Command", 50);           // 5
+    SimConnect_AddToClientDataDefinition(client.get(), 51, 0, 0, 0, 0);             // 6: no size
+    SimConnect_AddToClientDataDefinition(client.get(), 51, 8190, 4, 0, 0);          // 7: beyond all areas
+    SimConnect_AddToClientDataDefinition(client.get(), 52, 4094, 4, 0, 0);          // 8
+    SimConnect_RequestClientData(client.get(), 99, 1, definition, 3, 1, 0, 0, 0);   // 9: no area
+    SimConnect_RequestClientData(client.get(), area, 1, 99, 3, 1, 0, 0, 0);         // 10: no definition
+    SimConnect_RequestClientData(client.get(), area, 1, definition, 5, 1, 0, 0, 0); // 11: no period
+    SimConnect_SetClientData(client.get(), 99, definition, 0, 0, 4, data.data());   // 12: no area
+    SimConnect_SetClientData(client.get(), area, 99, 0, 0, 4, data.data());         // 13: no definition
+    SimConnect_SetClientData(client.get(), 50, definition, 0, 0, 4, data.data());   // 14: nobody made it
+    SimConnect_SetClientData(client.get(), area, 52, 0, 0, 4, data.data());         // 15: beyond the area
+    SimConnect_SetClientData(client.get(), area, definition, 0, 0, 5, data.data()); // 16: wrong size
+    SimConnect_SetClientData(client.get(), area, definition, 1, 0, 4, data.data()); // 17: tagged
+    ASSERT_TRUE(client.waitFor(simConnectRecvException, 12));
+    EXPECT_EQ(client.exceptions(), (Exceptions{{29, 4, 2},
+                                               {19, 6, 3},
+                                               {31, 7, 2},
+                                               {3, 9, 1},
+                                               {3, 10, 3},
+                                               {27, 11, 4},
+                                               {3, 12, 1},
+                                               {3, 13, 2},
+                                               {31, 14, 1},
+                                               {31, 15, 1},
+                                               {2, 16, 5},
+                                               {25, 17, 3}}));
+}
+
+TEST(ClientData, WithoutTheModuleItsAreasDoNotExist) {
+    VirtualSimulatorOptions options;
+    options.moduleInstalled = false;
+    RunningSimulator simulator(options);
+    SimulatorClient client(simulator);
+    client.attach();
+    client.command("MF.Ping");
+    ASSERT_TRUE(client.waitFor(simConnectRecvException));
+    EXPECT_EQ(client.exceptions().front()[0], 31U);
+    simulator.respond("MF.Pong");
+    simulator.setLVarsText("0.5");
+    ASSERT_TRUE(client.settle());
+    EXPECT_TRUE(client.messagesOf(simConnectRecvClientData).empty());
+}
+
+TEST(ClientDataAreas, LimitsAreThoseOfTheSimulator) {
+    ClientDataAreas areas;
+    EXPECT_EQ(areas.create("a", 0), AreaCreation::BadSize);
+    EXPECT_EQ(areas.create("a", 8193), AreaCreation::BadSize);
+    EXPECT_EQ(areas.create("a", 8192), AreaCreation::Created);
+    EXPECT_EQ(areas.create("A", 1), AreaCreation::Exists);
+    for (int i = 1; i < 128; ++i) {
+        EXPECT_EQ(areas.create(std::to_string(i), 8192), AreaCreation::Created);
+    }
+    EXPECT_EQ(areas.create("c", 1), AreaCreation::NoRoom);
+}
+
+TEST(ClientDataAreas, WriteTellsTheBytesBefore) {
+    ClientDataAreas areas;
+    areas.create("Area", 2);
+    std::vector<Bytes> told;
+    areas.setListener([&](const ClientDataArea& written, std::span<const std::uint8_t> before, std::uint32_t session) {
+        told.emplace_back(before.begin(), before.end());
+        told.push_back(written.bytes);
+        told.push_back({static_cast<std::uint8_t>(session)});
+    });
+    EXPECT_TRUE(areas.write(
+        "AREA", [](std::span<std::uint8_t> bytes) { bytes[1] = 7; }, 3));
+    EXPECT_FALSE(areas.write("none", [](std::span<std::uint8_t>) {}));
+    EXPECT_EQ(told, (std::vector<Bytes>{{0, 0}, {0, 7}, {3}}));
+}
+
+TEST(ClientDataAreas, BytesBehindTheEndReadAsZeros) {
+    const Bytes block{1, 2, 3};
+    EXPECT_EQ(bytesOf(block, 1, 4), (Bytes{2, 3, 0, 0}));
+    EXPECT_EQ(bytesOf(block, 3, 2), (Bytes{0, 0}));
+    EXPECT_EQ(bytesOf(block, 100, 2), (Bytes{0, 0}));
+    EXPECT_EQ(bytesOf(block, 0, 0), Bytes{});
+}
+
+} // namespace
