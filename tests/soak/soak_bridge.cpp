@@ -1,0 +1,79 @@
+#include "tests/soak/soak_bridge.h"
+
+#include "simconnect/simconnect_open.h"
+#include "tests/support/wait_until.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <stdexcept>
+
+namespace {
+
+/// The longest that a wait of the bridge lasts here, the dispatch poll's included.
+constexpr std::chrono::milliseconds longestSleep{5};
+
+} // namespace
+
+SoakConfiguration::SoakConfiguration()
+    : path((std::filesystem::temp_directory_path() / ("soak-" + std::to_string(std::random_device()()))).string()) {
+    std::filesystem::create_directory(path);
+    std::ofstream(configPath())
+        << R"({"hid":{"vid":"1234","pid":"ABCD","scanIntervalMs":5},"mappings":{"buttonConfigPath":"buttons.json"},)"
+        << R"("outputs":{"debounceMs":5}})";
+    std::ofstream buttons(path + "/buttons.json");
+    std::ofstream map(path + "/hid_event_map.json");
+    buttons << R"({"buttons":[)";
+    map << R"({"event_types":{"BUTTON":1},"control_ids":{)";
+    for (std::uint32_t control = 0; control < controls; ++control) {
+        const char* comma = control == 0 ? "" : ",";
+        buttons << comma << R"({"name":"C)" << control << R"(","commands":{"PRESS":{"DEFAULT":")" << control
+                << R"json( (>K:SOAK)"}}})json";
+        map << comma << R"("C)" << control << R"(":)" << control;
+    }
+    buttons << "]}";
+    map << "}}";
+}
+
+SoakConfiguration::~SoakConfiguration() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path, ignored);
+}
+
+SoakBridge::SoakBridge(const SoakConfiguration& configuration, const VirtualHidBus& bus,
+                       const VirtualSimulator& simulator)
+    : app(std::make_unique<App>(makePlatform(configuration, bus, simulator.port()))) {
+    std::string error;
+    if (!app->init(configuration.configPath(), false, error))
+        throw std::runtime_error("the bridge doesn't start: " + error);
+    mainThread = std::thread([this] {
+        app->run();
+        ended = true;
+    });
+}
+
+SoakBridge::~SoakBridge() {
+    app->requestStop();
+    mainThread.join();
+}
+
+bool SoakBridge::waitForEnd() {
+    return waitUntil([this] { return ended.load(); }, std::chrono::seconds(20));
+}
+
+Platform SoakBridge::makePlatform(const SoakConfiguration& configuration, const VirtualHidBus& bus,
+                                  std::uint16_t port) {
+    Platform platform = systemPlatform();
+    platform.hid = bus.transport();
+    platform.simConnect.open = [port](SimConnectHandle* handle, const char* name, void*, std::uint32_t, void*,
+                                      std::uint32_t) {
+        return simConnectOpenAt(handle, name, SimConnectEndpoint{.address = "127.0.0.1", .port = port});
+    };
+    platform.host.findProcess = [this](const auto& visit) { return simulatorRunning && visit("FlightSimulator.exe"); };
+    platform.host.commonDataFolder = [folder = configuration.folder()] { return folder; };
+    platform.host.sleepFor = [](std::chrono::milliseconds duration) {
+        std::this_thread::sleep_for(std::min(duration, longestSleep));
+    };
+    return platform;
+}

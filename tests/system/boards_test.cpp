@@ -1,0 +1,185 @@
+// Boards that come, go and say who they are.
+
+#include "tests/system/support/bridge_test.h"
+
+#include <filesystem>
+
+namespace {
+
+class Boards : public BridgeTest {
+protected:
+    /// The bridge alone, up to the end of its start.
+    void startAlone(const std::vector<std::string>& arguments = {"--console"}) {
+        startBridge(arguments);
+        ASSERT_TRUE(bridge->waitForLog("HID manager started"));
+    }
+
+    bool waitForConnection(const std::string& name, int index) {
+        return bridge->waitForLog("HID device connected: " + name + " index=" + std::to_string(index) + "\n");
+    }
+
+    /// Whether the bridge has that file open.
+    bool holdsOpen(const std::string& path) {
+        const std::string folder = "/proc/" + std::to_string(bridge->process().id()) + "/fd";
+        std::error_code error;
+        for (const auto& entry : std::filesystem::directory_iterator(folder, error))
+            if (std::filesystem::read_symlink(entry.path(), error) == path)
+                return true;
+        return false;
+    }
+};
+
+} // namespace
+
+TEST_F(Boards, AreConnectedByTheirBoardId) {
+    UhidBoard& board = plugBoard(model());
+    startAlone();
+    EXPECT_EQ(nameOf(board), "E66138A1B2C3D401");
+    EXPECT_EQ(bridge->countInLog("HID device connected: E66138A1B2C3D401 index=0\n"), 1U);
+    EXPECT_EQ(bridge->countInLog("HID protocol info: device=E66138A1B2C3D401 proto=1.3 flags=0x0A\n"), 1U);
+    EXPECT_TRUE(holdsOpen(board.device().node()));
+    killBridge();
+}
+
+TEST_F(Boards, WithoutABoardIdGoByTheirSerialNumber) {
+    VirtualBoardModel unnamed;
+    unnamed.boardId.reset();
+    unnamed.serial = "PANEL-7";
+    plugBoard(unnamed);
+    startAlone();
+    EXPECT_EQ(bridge->countInLog("HID device connected: PANEL-7 index=0\n"), 1U);
+    EXPECT_EQ(bridge->countInLog("HID protocol info"), 0U);
+    killBridge();
+}
+
+TEST_F(Boards, WithoutAnyIdentityGoByTheirPath) {
+    VirtualBoardModel unnamed;
+    unnamed.boardId.reset();
+    const UhidBoard& board = plugBoard(unnamed);
+    startAlone();
+    EXPECT_EQ(bridge->countInLog("HID device connected: " + board.path() + " index=0\n"), 1U);
+    killBridge();
+}
+
+TEST_F(Boards, PresentAtTheStartAreConnectedBeforeItIsOver) {
+    const UhidBoard& first = plugBoard(model(1));
+    const UhidBoard& second = plugBoard(model(2));
+    startAlone();
+    const std::string log = bridge->log();
+    const std::string started = log.substr(0, log.find("HID manager started"));
+    EXPECT_EQ(countOf(started, "HID device connected: " + nameOf(first) + " index="), 1U);
+    EXPECT_EQ(countOf(started, "HID device connected: " + nameOf(second) + " index="), 1U);
+    EXPECT_EQ(countOf(started, " index=0\n"), 1U);
+    EXPECT_EQ(countOf(started, " index=1\n"), 1U);
+    killBridge();
+}
+
+TEST_F(Boards, PulledAndPutBackGetTheNextIndex) {
+    UhidBoard& board = plugBoard(model());
+    startAlone();
+    board.unplug();
+    ASSERT_TRUE(bridge->waitForLog("HID device disconnected: " + nameOf(board) + "\n"));
+    board.plug();
+    EXPECT_TRUE(waitForConnection(nameOf(board), 1));
+    killBridge();
+}
+
+TEST_F(Boards, PulledAndPutBackBetweenTwoScansAreANewConnection) {
+    configuration.scanIntervalMs = 1500;
+    UhidBoard& board = plugBoard(model());
+    startAlone();
+    board.unplug();
+    board.plug();
+    EXPECT_TRUE(waitForConnection(nameOf(board), 1));
+    EXPECT_EQ(bridge->countInLog("HID device disconnected: " + nameOf(board) + "\n"), 1U);
+    killBridge();
+}
+
+TEST_F(Boards, AreHeardOfBetweenTwoScans) {
+    // No periodic scan falls into this test.
+    configuration.scanIntervalMs = 600000;
+    startAlone();
+    UhidBoard& board = plugBoard(model());
+    EXPECT_TRUE(waitForConnection(nameOf(board), 0));
+    board.unplug();
+    EXPECT_TRUE(bridge->waitForLog("HID device disconnected: " + nameOf(board) + "\n"));
+    killBridge();
+}
+
+TEST_F(Boards, GoOnWorkingWhenAnotherIsPulled) {
+    ASSERT_NO_FATAL_FAILURE(startSession());
+    UhidBoard& other = plugBoard(model(2));
+    ASSERT_TRUE(waitForConnection(nameOf(other), 1));
+    other.unplug();
+    ASSERT_TRUE(bridge->waitForLog("HID device disconnected: " + nameOf(other) + "\n"));
+    boards[0]->panel.press(Controls::button);
+    EXPECT_TRUE(waitForRpn("(>H:BUTTON_PRESS)"));
+}
+
+TEST_F(Boards, PutBackWorkAgain) {
+    ASSERT_NO_FATAL_FAILURE(startSession());
+    boards[0]->unplug();
+    ASSERT_TRUE(bridge->waitForLog("HID device disconnected: " + nameOf(*boards[0]) + "\n"));
+    boards[0]->plug();
+    ASSERT_TRUE(waitForConnection(nameOf(*boards[0]), 1));
+    boards[0]->panel.press(Controls::button);
+    EXPECT_TRUE(waitForRpn("(>H:BUTTON_PRESS)"));
+    EXPECT_TRUE(waitForReport(*boards[0], reportOf({0x11, 1})));
+}
+
+TEST_F(Boards, WhoseNodeIsGoneAreNeverConnected) {
+    UhidBoard& closed = plugBoard(model(1));
+    std::filesystem::remove(closed.device().node());
+    UhidBoard& good = plugBoard(model(2));
+    startAlone();
+    EXPECT_EQ(bridge->countInLog("HID device connected: " + nameOf(good) + " index=0\n"), 1U);
+    EXPECT_EQ(bridge->countInLog(nameOf(closed)), 0U);
+    killBridge();
+}
+
+TEST_F(Boards, OfOtherMakersAreNeverAskedWrittenToOrKeptOpen) {
+    VirtualBoardModel foreignVendor = model(8);
+    foreignVendor.vendorId = 0x1235;
+    VirtualBoardModel foreignProduct = model(9);
+    foreignProduct.productId = 0xABCE;
+    UhidBoard& byVendor = plugBoard(foreignVendor);
+    UhidBoard& byProduct = plugBoard(foreignProduct);
+    UhidBoard& own = plugBoard(model());
+    startSimulator();
+    startBridge();
+    ASSERT_TRUE(bridge->waitForLog("MobiFlight client registered"));
+    bridge->process().writeLine("bootsel");
+    ASSERT_TRUE(waitUntil([&] { return own.panel.inBootsel(); }, ChildProcess::defaultLimit));
+    byVendor.panel.press(Controls::button);
+    own.panel.press(Controls::button);
+    EXPECT_EQ(commandsUntilNow(own), std::vector<std::string>{"1 (>H:BUTTON_PRESS)"});
+    for (const UhidBoard* foreign : {&byVendor, &byProduct}) {
+        EXPECT_TRUE(foreign->panel.outputs().empty());
+        EXPECT_EQ(foreign->featureRequests(), 0);
+        // A probe holds it for a moment, but no longer.
+        EXPECT_TRUE(waitUntil([&] { return !holdsOpen(foreign->device().node()); }));
+    }
+    EXPECT_TRUE(holdsOpen(own.device().node()));
+}
+
+TEST_F(Boards, AllGetTheBootselCommand) {
+    UhidBoard& first = plugBoard(model(1));
+    UhidBoard& second = plugBoard(model(2));
+    startAlone();
+    bridge->process().writeLine("BootSel");
+    const auto bootsel = reportOf({0x12, 2});
+    EXPECT_TRUE(waitForReport(first, bootsel));
+    EXPECT_TRUE(waitForReport(second, bootsel));
+    EXPECT_TRUE(bridge->waitForLog("BOOTSEL command sent to " + nameOf(first) + " via WriteFile\n"));
+    EXPECT_TRUE(bridge->waitForLog("BOOTSEL command sent to " + nameOf(second) + " via WriteFile\n"));
+    // Not cached: each command is sent.
+    bridge->process().writeLine("boot");
+    EXPECT_TRUE(waitUntil([&] { return reports(first, 0x12).size() == 2; }, ChildProcess::defaultLimit));
+    killBridge();
+}
+
+TEST_F(Boards, MissingForBootselAreReported) {
+    startAlone();
+    bridge->process().writeLine("bootsel");
+    EXPECT_TRUE(bridge->waitForLog("[WARN] No HID device accepted BOOTSEL command\n"));
+}

@@ -1,0 +1,193 @@
+// The session with the simulator and its module.
+
+#include "tests/system/support/bridge_test.h"
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+class Session : public BridgeTest {
+protected:
+    void startWithBoardAndSimulator(const std::vector<std::string>& arguments = {"--console"}) {
+        plugBoard(model());
+        startSimulator();
+        startBridge(arguments);
+    }
+
+    Texts moduleCommands() { return simulator->texts(SimulatorRecordKind::Command); }
+};
+
+const Texts handshake = {"MF.Clients.Add.VantrelBridgeHID", "MF.SimVars.Clear",
+                         "MF.SimVars.Add.(L:LIGHTING_POTENTIOMETER_5)"};
+
+} // namespace
+
+TEST_F(Session, BeginsWithTheHandshakeInItsOrder) {
+    ASSERT_NO_FATAL_FAILURE(startSession());
+    EXPECT_EQ(moduleCommands(), handshake);
+    EXPECT_EQ(simulator->texts(SimulatorRecordKind::Opened), Texts{"VantrelBridgeHID"});
+    EXPECT_EQ(simulator->texts(SimulatorRecordKind::Subscribed),
+              (Texts{"ELECTRICAL MASTER BATTERY:2", "MobiFlight.Response", "MobiFlight.LVars"}));
+    EXPECT_EQ(simulator->texts(SimulatorRecordKind::Exception), Texts{});
+}
+
+TEST_F(Session, RegistersUnderTheConfiguredName) {
+    configuration.mobiflight = R"("clientName": "Left seat")";
+    ASSERT_NO_FATAL_FAILURE(startSession());
+    EXPECT_EQ(moduleCommands().front(), "MF.Clients.Add.Left seat");
+}
+
+TEST_F(Session, ThatIsDroppedIsOpenedAnew) {
+    ASSERT_NO_FATAL_FAILURE(startSession());
+    // The module's answers reach only those who haven't heard the very same text last: another client gets one between.
+    simulator->command("respond MF.Pong");
+    simulator->command("drop");
+    ASSERT_TRUE(bridge->waitForLog("MobiFlight client registered", 2));
+    EXPECT_EQ(bridge->countInLog("[WARN] SimConnect disconnected: dispatch error 0x"), 1U);
+    EXPECT_EQ(bridge->countInLog("SimConnect connected\n"), 2U);
+    ASSERT_TRUE(simulator->waitFor(SimulatorRecordKind::Command, handshake.back(), 2));
+    EXPECT_EQ(moduleCommands().size(), 2 * handshake.size());
+    boards[0]->panel.press(Controls::button);
+    boards[0]->panel.press(Controls::listedNowhere);
+    EXPECT_EQ(commandsUntilNow(*boards[0]), Texts{"1 (>H:BUTTON_PRESS)"});
+    EXPECT_EQ(events(), Texts{"AP_MASTER"});
+    EXPECT_EQ(reports(*boards[0], 0x11), (std::vector{reportOf({0x11, 1}), reportOf({0x11, 0}), reportOf({0x11, 1})}));
+}
+
+TEST_F(Session, WaitsForABoard) {
+    startSimulator();
+    startBridge();
+    ASSERT_TRUE(bridge->waitForLog("Waiting for HID device to connect\n"));
+    EXPECT_TRUE(simulator->texts(SimulatorRecordKind::Connected).empty());
+    plugBoard(model());
+    EXPECT_TRUE(bridge->waitForLog("MobiFlight client registered"));
+    EXPECT_EQ(bridge->countInLog("Waiting for HID device to connect\n"), 1U);
+    EXPECT_EQ(bridge->countInLog("HID device detected\n"), 1U);
+}
+
+TEST_F(Session, WaitsForTheSimulator) {
+    plugBoard(model());
+    startSimulator();
+    simulator->kill();
+    startBridge();
+    ASSERT_TRUE(bridge->waitForLog("Waiting for flight simulator process to start\n"));
+    simulator->startAgain();
+    EXPECT_TRUE(bridge->waitForLog("MobiFlight client registered"));
+    EXPECT_EQ(bridge->countInLog("Flight simulator process detected\n"), 1U);
+}
+
+TEST_F(Session, IsTriedAgainWhenTheSimulatorRefuses) {
+    plugBoard(model());
+    startSimulator();
+    simulator->command("refuse on");
+    startBridge();
+    ASSERT_TRUE(bridge->waitForLog("[WARN] Waiting for SimConnect connection: SimConnect_Open failed (0x80004005)\n"));
+    simulator->command("refuse off");
+    EXPECT_TRUE(bridge->waitForLog("MobiFlight client registered"));
+}
+
+TEST_F(Session, WithoutTheModulesRegistrationRunsNoCommand) {
+    plugBoard(model());
+    startSimulator();
+    simulator->command("error on");
+    startBridge();
+    ASSERT_TRUE(bridge->waitForLog("[WARN] MobiFlight registration error: MF.Clients.Add.VantrelBridgeHID.Error\n"));
+    boards[0]->panel.press(Controls::button);
+    boards[0]->panel.press(Controls::listedNowhere);
+    EXPECT_TRUE(simulator->waitFor(SimulatorRecordKind::ClientEvent, "AP_MASTER"));
+    EXPECT_TRUE(bridge->waitForLog("MobiFlight not ready; using SimConnect fallback for BUTTON\n"));
+    EXPECT_EQ(simulator->texts(SimulatorRecordKind::Executed), Texts{});
+    EXPECT_EQ(moduleCommands(), Texts{handshake.front()});
+}
+
+TEST_F(Session, WithAModuleThatStaysSilentRunsNoCommand) {
+    plugBoard(model());
+    startSimulator();
+    simulator->command("silent on");
+    startBridge();
+    ASSERT_TRUE(simulator->waitFor(SimulatorRecordKind::Command, handshake.front()));
+    boards[0]->panel.press(Controls::mapLeft);
+    boards[0]->panel.press(Controls::button);
+    EXPECT_TRUE(bridge->waitForLog("MobiFlight not ready; using SimConnect fallback for BUTTON\n"));
+    EXPECT_EQ(bridge->countInLog("[WARN] Managed map press send failed for MAP_LEFT: MobiFlight not ready\n"), 1U);
+    EXPECT_EQ(simulator->texts(SimulatorRecordKind::Executed), Texts{});
+    EXPECT_EQ(moduleCommands(), Texts{handshake.front()});
+}
+
+TEST_F(Session, WaitsForASimulatorThatIsStillLoading) {
+    plugBoard(model());
+    startSimulator();
+    simulator->command("late 7000");
+    startBridge();
+    ASSERT_TRUE(simulator->waitFor(SimulatorRecordKind::Connected, ""));
+    EXPECT_TRUE(bridge->waitForLog("MobiFlight client registered"));
+    EXPECT_EQ(simulator->texts(SimulatorRecordKind::Connected).size(), 1U);
+    EXPECT_EQ(moduleCommands().front(), handshake.front());
+}
+
+TEST_F(Session, IsOpenedAnewAfterAMessageThatBreaksOff) {
+    ASSERT_NO_FATAL_FAILURE(startSession());
+    simulator->command("respond MF.Pong");
+    simulator->command("cut");
+    ASSERT_TRUE(bridge->waitForLog("MobiFlight client registered", 2));
+    EXPECT_EQ(bridge->countInLog("[WARN] SimConnect disconnected: dispatch error 0x"), 1U);
+}
+
+TEST_F(Session, LosesNoCommandWhileTheSimulatorStandsStill) {
+    ASSERT_NO_FATAL_FAILURE(startSession());
+    simulator->command("stall on");
+    Texts expected;
+    for (std::size_t round = 1; round <= 50; ++round) {
+        boards[0]->panel.press(Controls::button);
+        boards[0]->panel.press(Controls::roleButton);
+        expected.insert(expected.end(), {"1 (>H:BUTTON_PRESS)", "1 (>H:PFD_ROLE)"});
+        // The kernel keeps 64 reports for a reader that is behind.
+        ASSERT_TRUE(bridge->waitForLog("(ROLE_BUTTON) value=1", round));
+    }
+    EXPECT_EQ(simulator->texts(SimulatorRecordKind::Executed), Texts{});
+    simulator->command("stall off");
+    EXPECT_EQ(commandsUntilNow(*boards[0]), expected);
+}
+
+TEST_F(Session, EndsInOrderWhileTheSimulatorStandsStill) {
+    ASSERT_NO_FATAL_FAILURE(startSession());
+    simulator->command("stall on");
+    boards[0]->panel.press(Controls::button);
+    bridge->process().writeLine("quit");
+    EXPECT_EQ(bridge->process().waitForExit(), 0);
+    EXPECT_TRUE(bridge->log().ends_with("[INFO] Application run loop stopped\n"));
+}
+
+TEST_F(Session, EndsTheProcessWhenTheSimulatorQuits) {
+    startWithBoardAndSimulator({});
+    ASSERT_TRUE(bridge->waitForLog("MobiFlight client registered"));
+    simulator->command("quit");
+    EXPECT_EQ(bridge->process().waitForExit(), 0);
+    EXPECT_EQ(bridge->countInLog("[WARN] SimConnect disconnected: SimConnect quit\n"), 1U);
+    EXPECT_EQ(bridge->countInLog("[INFO] Simulator closed; requesting application shutdown\n"), 1U);
+    EXPECT_TRUE(bridge->log().ends_with("[INFO] Application run loop stopped\n")) << bridge->log();
+    EXPECT_EQ(bridge->process().output() + bridge->process().errorOutput(), "");
+    EXPECT_EQ(reports(*boards[0], 0x11), (std::vector{reportOf({0x11, 1}), reportOf({0x11, 0})}));
+}
+
+TEST_F(Session, EndsTheProcessWhenTheSimulatorDies) {
+    startWithBoardAndSimulator({});
+    ASSERT_TRUE(bridge->waitForLog("MobiFlight client registered"));
+    simulator->kill();
+    EXPECT_EQ(bridge->process().waitForExit(), 0);
+    EXPECT_EQ(bridge->countInLog("[WARN] SimConnect disconnected: dispatch error 0x"), 1U);
+    EXPECT_EQ(bridge->countInLog("[INFO] Simulator closed; requesting application shutdown\n"), 1U);
+    EXPECT_EQ(bridge->countInLog("[INFO] Application run loop stopped\n"), 1U);
+    EXPECT_EQ(reports(*boards[0], 0x11), (std::vector{reportOf({0x11, 1}), reportOf({0x11, 0})}));
+}
+
+TEST_F(Session, SurvivesABoardThatGoesAway) {
+    ASSERT_NO_FATAL_FAILURE(startSession());
+    boards[0]->unplug();
+    ASSERT_TRUE(bridge->waitForLog("HID device disconnected: "));
+    UhidBoard& other = plugBoard(model(2));
+    ASSERT_TRUE(bridge->waitForLog("HID device connected: " + nameOf(other)));
+    other.panel.press(Controls::button);
+    EXPECT_EQ(commandsUntilNow(other), Texts{"1 (>H:BUTTON_PRESS)"});
+    EXPECT_EQ(bridge->countInLog("SimConnect connected\n"), 1U);
+}

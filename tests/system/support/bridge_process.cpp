@@ -1,0 +1,89 @@
+#include "tests/system/support/bridge_process.h"
+
+#include "platform/file_system.h"
+#include "tests/support/wait_until.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+namespace {
+
+const std::string logName = "VantrelBridgeHID.log";
+
+bool isConsoleRun(const std::vector<std::string>& arguments) {
+    return std::find(arguments.begin(), arguments.end(), "--console") != arguments.end();
+}
+
+std::string simConnectSettings(std::uint16_t port) {
+    return "[SimConnect]\nProtocol=Ipv4\nAddress=127.0.0.1\nPort=" + std::to_string(port) + "\n";
+}
+
+std::string contentOf(const std::string& path) {
+    std::string text;
+    FileSystem::readFile(path, text);
+    return text;
+}
+
+} // namespace
+
+std::size_t countOf(std::string_view text, std::string_view part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string_view::npos; at = text.find(part, at + part.size()))
+        ++count;
+    return count;
+}
+
+void installProgram(const std::string& program, const std::string& target) {
+    std::error_code error;
+    std::filesystem::create_hard_link(program, target, error);
+    if (error)
+        std::filesystem::copy_file(program, target);
+}
+
+std::string programUnderTest(const char* variable, const char* builtPath) {
+    const char* given = std::getenv(variable); // NOLINT(concurrency-mt-unsafe): nobody writes the environment
+    return given != nullptr ? given : builtPath;
+}
+
+BridgeInstallation::BridgeInstallation(const BridgeFiles& files, std::uint16_t simulatorPort) {
+    installProgram(programUnderTest("BRIDGE_EXECUTABLE", BRIDGE_BUILT_EXECUTABLE), executable());
+    folder.write("SimConnect.cfg", simConnectSettings(simulatorPort));
+    const auto writeFile = [this](const std::string& name, const std::string& text) {
+        if (!text.empty())
+            folder.write("config/" + name, text);
+    };
+    writeFile("config.json", files.config);
+    writeFile("buttons.json", files.buttons);
+    writeFile("hid_event_map.json", files.eventMap);
+}
+
+std::string BridgeInstallation::executable() const {
+    return folder.path("VantrelBridgeHID");
+}
+
+BridgeProcess::BridgeProcess(const BridgeInstallation& installation, const std::vector<std::string>& arguments)
+    : logFile(isConsoleRun(arguments) ? installation.path(logName) : "/var/lib/VantrelBridge/logs/" + logName),
+      logStart(contentOf(logFile).size()) {
+    ChildProcessSettings settings;
+    settings.command = {installation.executable()};
+    settings.command.insert(settings.command.end(), arguments.begin(), arguments.end());
+    // A user starts it from anywhere; no SimConnect.cfg of the real home folder takes part.
+    settings.workingFolder = "/";
+    settings.environment = {{"HOME", installation.path("home")}};
+    child = std::make_unique<ChildProcess>(settings);
+}
+
+std::string BridgeProcess::log() const {
+    const std::string text = contentOf(logFile);
+    return text.substr(std::min(logStart, text.size()));
+}
+
+std::size_t BridgeProcess::countInLog(std::string_view text) const {
+    return countOf(log(), text);
+}
+
+bool BridgeProcess::waitForLog(std::string_view text, std::size_t count, std::chrono::milliseconds limit) const {
+    return waitUntil([&] { return countInLog(text) >= count; }, limit);
+}

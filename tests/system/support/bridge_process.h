@@ -1,0 +1,64 @@
+#pragma once
+
+#include "tests/support/temp_folder.h"
+#include "tests/system/support/child_process.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The texts of the configuration files. An empty text: that file isn't there.
+struct BridgeFiles {
+    std::string config;
+    std::string buttons;
+    std::string eventMap;
+};
+
+/// The bridge as its user has it: the built executable in a folder, with `config/` and SimConnect.cfg beside it.
+class BridgeInstallation {
+public:
+    BridgeInstallation(const BridgeFiles& files, std::uint16_t simulatorPort);
+
+    std::string path(const std::string& name) const { return folder.path(name); }
+    std::string executable() const;
+
+private:
+    TempFolder folder;
+};
+
+/// One run of an installed bridge.
+class BridgeProcess {
+public:
+    BridgeProcess(const BridgeInstallation& installation, const std::vector<std::string>& arguments);
+
+    ChildProcess& process() { return *child; }
+
+    /// Where it logs: beside the executable in console mode, else in the per-machine folder.
+    const std::string& logPath() const { return logFile; }
+
+    /// What it has logged in this run.
+    std::string log() const;
+    std::size_t countInLog(std::string_view text) const;
+
+    /// Waits until the log holds `text` that often; false at the limit.
+    bool waitForLog(std::string_view text, std::size_t count = 1,
+                    std::chrono::milliseconds limit = ChildProcess::defaultLimit) const;
+
+private:
+    std::string logFile;
+    /// Earlier runs' lines end here.
+    std::size_t logStart = 0;
+    std::unique_ptr<ChildProcess> child;
+};
+
+/// How often `part` stands in `text`.
+std::size_t countOf(std::string_view text, std::string_view part);
+
+/// Puts a copy of a program at `target`, or a second name of it, which other processes take for its own.
+void installProgram(const std::string& program, const std::string& target);
+
+/// The program of that environment variable, else the one of this build.
+std::string programUnderTest(const char* variable, const char* builtPath);

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "tests/support/wait_until.h"
+#include "tests/system/support/bridge_process.h"
+#include "tests/system/support/simulator_process.h"
+#include "tests/system/support/uhid_board.h"
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// The numbers of the controls in the tests' event map.
+namespace Controls {
+constexpr std::uint16_t listedNowhere = 5;
+constexpr std::uint16_t listedAutopilot = 6;
+constexpr std::uint16_t namedOnly = 7;
+constexpr std::uint16_t button = 20;
+constexpr std::uint16_t knob = 21;
+constexpr std::uint16_t slowKnob = 22;
+constexpr std::uint16_t roleButton = 23;
+constexpr std::uint16_t mapLeft = 30;
+constexpr std::uint16_t navSwap = 31;
+} // namespace Controls
+
+/// The texts of the configuration, with places to change.
+struct TestConfiguration {
+    int scanIntervalMs = 100;
+    /// Members of "mobiflight", "outputs", and the elements of "devices".
+    std::string mobiflight;
+    std::string outputs;
+    std::string devices;
+
+    BridgeFiles files() const;
+};
+
+/// A whole report: the bytes given, then zeros.
+std::vector<std::uint8_t> reportOf(std::initializer_list<int> bytes);
+
+/// Board, simulator and bridge as processes and devices of the system. Each test plugs and starts what it needs; what
+/// still runs at its end is asked to stop and has to do so in order.
+class BridgeTest : public testing::Test {
+protected:
+    void TearDown() override;
+
+    SimulatorProcess& startSimulator();
+    BridgeProcess& startBridge(const std::vector<std::string>& arguments = {"--console"});
+    /// For a bridge whose orderly end would take seconds, since it waits for the simulator.
+    void killBridge();
+    /// All three, with the session open and the handshake with the module done.
+    void startSession();
+
+    /// All reports of one id that a board was sent, in order.
+    static std::vector<std::vector<std::uint8_t>> reports(const UhidBoard& board, std::uint8_t reportId);
+    static bool waitForReport(const UhidBoard& board, const std::vector<std::uint8_t>& report);
+    /// Waits until the last report of its id is this one.
+    static bool waitForLastReport(const UhidBoard& board, const std::vector<std::uint8_t>& report);
+
+    static VirtualBoardModel model(std::uint8_t number = 1);
+    static std::string nameOf(const UhidBoard& board);
+
+    /// Waits until the module was told to run `rpn` that often.
+    bool waitForRpn(const std::string& rpn, std::size_t count = 1);
+    /// All that the module was told to run, once all that the board has sent until now is dealt with.
+    std::vector<std::string> commandsUntilNow(UhidBoard& board);
+    /// The client events fired until now.
+    std::vector<std::string> events() { return simulator->texts(SimulatorRecordKind::ClientEvent); }
+
+    TestConfiguration configuration;
+    std::unique_ptr<SimulatorProcess> simulator;
+    std::unique_ptr<BridgeInstallation> installation;
+    std::unique_ptr<BridgeProcess> bridge;
+    bool consoleRun = false;
+
+    UhidBoard& plugBoard(const VirtualBoardModel& boardModel);
+    std::vector<std::unique_ptr<UhidBoard>> boards;
+
+private:
+    std::size_t drains = 0;
+};

@@ -1,0 +1,81 @@
+#include "tests/system/support/simulator_process.h"
+
+#include "config/json.h"
+#include "tests/system/support/bridge_process.h"
+
+#include <algorithm>
+#include <csignal>
+#include <sstream>
+#include <stdexcept>
+
+namespace {
+
+/// What stands on the whole lines of the output.
+std::vector<SimulatorLine> linesOf(const std::string& output) {
+    std::vector<SimulatorLine> result;
+    std::istringstream stream(output);
+    for (std::string text; std::getline(stream, text) && !stream.eof();) {
+        const JsonParseResult object = JsonParser::parse(text);
+        if (!object.ok)
+            throw std::runtime_error("the simulator printed what is no JSON: " + text);
+        SimulatorLine& line = result.emplace_back();
+        getString(object.value, "kind", line.kind);
+        getString(object.value, "text", line.text);
+        getInt(object.value, "value", line.value);
+        getInt(object.value, "port", line.port);
+    }
+    return result;
+}
+
+std::vector<std::string> textsOf(SimulatorRecordKind kind, const std::string& output) {
+    std::vector<std::string> result;
+    for (const SimulatorLine& line : linesOf(output))
+        if (line.kind == simulatorRecordKindName(kind))
+            result.push_back(line.text);
+    return result;
+}
+
+} // namespace
+
+SimulatorProcess::SimulatorProcess() {
+    installProgram(programUnderTest("SIMULATOR_EXECUTABLE", SIMULATOR_BUILT_EXECUTABLE),
+                   folder.path("FlightSimulator.exe"));
+    start(0);
+}
+
+void SimulatorProcess::start(std::uint16_t port) {
+    child = std::make_unique<ChildProcess>(
+        ChildProcessSettings{{folder.path("FlightSimulator.exe"), "--port", std::to_string(port)}, folder.path(), {}});
+    child->waitForOutput([](const std::string& output) { return countOf(output, "\n") > 0; });
+    const std::vector<SimulatorLine> first = lines();
+    if (first.empty() || first[0].kind != "listening")
+        throw std::runtime_error("the simulator doesn't listen: " + child->output() + child->errorOutput());
+    listeningPort = static_cast<std::uint16_t>(first[0].port);
+}
+
+void SimulatorProcess::kill() {
+    child->sendSignal(SIGKILL);
+    child->waitForExit();
+}
+
+void SimulatorProcess::startAgain() {
+    start(listeningPort);
+}
+
+std::vector<SimulatorLine> SimulatorProcess::lines() const {
+    return linesOf(child->output());
+}
+
+std::vector<std::string> SimulatorProcess::texts(SimulatorRecordKind kind) const {
+    return textsOf(kind, child->output());
+}
+
+bool SimulatorProcess::waitFor(SimulatorRecordKind kind, std::string_view text, std::size_t count,
+                               std::chrono::milliseconds limit) const {
+    return child->waitForOutput(
+        [&](const std::string& output) {
+            const std::vector<std::string> all = textsOf(kind, output);
+            return std::count(all.begin(), all.end(), text) >= static_cast<std::ptrdiff_t>(count);
+        },
+        limit);
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "simulation/virtual_simulator.h"
+#include "tests/support/temp_folder.h"
+#include "tests/system/support/child_process.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// What the simulator's program has printed of one thing that it received.
+struct SimulatorLine {
+    std::string kind;
+    std::string text;
+    std::int32_t value = 0;
+    std::int32_t port = 0;
+};
+
+/// The virtual simulator as a process of the name that the bridge looks for.
+class SimulatorProcess {
+public:
+    /// Returns once it listens.
+    SimulatorProcess();
+
+    std::uint16_t port() const { return listeningPort; }
+    ChildProcess& process() { return *child; }
+
+    /// One line of its command language.
+    void command(std::string_view line) { child->writeLine(line); }
+    /// Ends it as a crash does.
+    void kill();
+    /// Another process in its place, on the same port.
+    void startAgain();
+
+    /// All lines until now, in order.
+    std::vector<SimulatorLine> lines() const;
+    std::vector<std::string> texts(SimulatorRecordKind kind) const;
+
+    /// Waits until a line of that kind and text has come that often; false at the limit.
+    bool waitFor(SimulatorRecordKind kind, std::string_view text, std::size_t count = 1,
+                 std::chrono::milliseconds limit = ChildProcess::defaultLimit) const;
+
+private:
+    void start(std::uint16_t port);
+
+    TempFolder folder;
+    std::uint16_t listeningPort = 0;
+    std::unique_ptr<ChildProcess> child;
+};
