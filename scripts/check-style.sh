@@ -1,0 +1,56 @@
+#!/usr/bin/env bash
+# Formatting, clang-tidy, and the rules of the house that a script can see. Needs build/linux/compile_commands.json.
+set -uo pipefail
+cd "$(dirname "$0")/.."
+
+passed=0 failed=0
+check() { # title, command that prints nothing and succeeds when all is well
+  local title=$1 output
+  shift
+  if output=$("$@" 2>&1) && [ -z "$output" ]; then
+    passed=$((passed + 1))
+    echo "ok: $title"
+  else
+    failed=$((failed + 1))
+    echo "FAILED: $title"
+    printf '%s\n' "$output" | head -n 60
+  fi
+}
+
+sources() { git ls-files -co --exclude-standard -- "$@"; }
+
+formatting() { sources '*.cpp' '*.h' | xargs clang-format --dry-run -Werror; }
+
+tidy() {
+  # Only what this machine's compile commands cover: the Windows sources are the cross compiler's.
+  sources 'src/*.cpp' 'simulation/*.cpp' | grep -v '^src/platform/windows/' |
+    xargs -P2 -n4 clang-tidy -p build/linux --quiet 2>&1 | grep -E 'warning:|error:'
+  [ "${PIPESTATUS[2]}" -ne 123 ]
+}
+
+no_system_ifdefs() {
+  ! grep -nE '#\s*(el)?if.*(_WIN32|__linux__|WIN32|__unix__)' $(sources 'src/*' 'simulation/*' | grep -vE '^src/(platform/(linux|windows)|simconnect)/')
+}
+
+# Includes point one way only; a folder may include itself and those to its left.
+include_directions() {
+  local order=(simconnect platform logging config hid sim mobiflight mapping app) allowed="" folder
+  for folder in "${order[@]}"; do
+    allowed="$allowed|$folder"
+    grep -HnE '#include "' $(sources "src/$folder/*") | grep -vE "#include \"(${allowed#|})/"
+  done
+  grep -HnE '#include "(simulation|tests)/' $(sources 'src/*')
+  grep -HnE '#include "' $(sources 'simulation/*' | grep -vE '^simulation/(scenario|cockpit)/') |
+    grep -vE '#include "(simulation|platform|simconnect|hid/hid_protocol\.h|config/names\.h)' | grep -v 'hid/hid_protocol.h'
+  true
+}
+
+no_switched_off_tests() { ! grep -nE 'DISABLED_|GTEST_SKIP' $(sources 'tests/*' | grep -E '\.(cpp|h)$'); }
+
+check "clang-format" formatting
+check "clang-tidy" tidy
+check "no system #ifdef outside the platform folders and the socket file" no_system_ifdefs
+check "includes point one way" include_directions
+check "no test is switched off" no_switched_off_tests
+echo "check: $passed passed, $failed failed"
+[ "$failed" -eq 0 ]

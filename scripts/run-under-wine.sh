@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# Runs unit test programs of the Windows build under Wine, in a prefix of their own: run-under-wine.sh NAME...
+set -uo pipefail
+cd "$(dirname "$0")/.."
+
+export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='mscoree,mshtml='
+[ -d "$WINEPREFIX" ] || wineboot --init >/dev/null 2>&1
+trap 'wineserver -k; wineserver -w' EXIT
+
+failures=0
+for name in "$@"; do
+  echo "== $name.exe"
+  output=build/test-logs/wine-$name.txt
+  timeout 300 wine64 "build/windows/unit/$name.exe" --gtest_brief=1 --gtest_color=no >"$output" 2>&1 || failures=$((failures + 1))
+  tr -d '\r' <"$output"
+done
+exit "$((failures > 0))"
