@@ -41,7 +41,7 @@ include_directions() {
   done
   grep -HnE '#include "(simulation|tests)/' $(sources 'src/*')
   grep -HnE '#include "' $(sources 'simulation/*' | grep -vE '^simulation/(scenario|cockpit)/') |
-    grep -vE '#include "(simulation|platform|simconnect|hid/hid_protocol\.h|config/names\.h)' | grep -v 'hid/hid_protocol.h'
+    grep -vE '#include "(simulation/|platform/|simconnect/|hid/hid_protocol\.h|hid/hex_text\.h)'
   true
 }
 

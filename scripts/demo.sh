@@ -7,6 +7,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 build=build/demo
+mkdir -p build
 
 [ "${1:-}" != "--help" ] || sed -n '2,5s/^# \{0,1\}//p' "$0"
 

@@ -7,7 +7,7 @@ seconds=${1:-15}
 passed=0 failed=0
 work=$(mktemp -d build/fuzz-run.XXXXXX)
 trap 'rm -rf "$work"' EXIT
-for target in build/fuzz/fuzzers/*_fuzz; do
+for target in build/fuzz/fuzz/*_fuzz; do
   name=$(basename "$target")
   seeds=tests/fuzz/corpus/$name
   if [ ! -d "$seeds" ]; then

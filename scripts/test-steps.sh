@@ -67,7 +67,7 @@ step_unit() {
 
 step_scenarios() {
   build_preset linux virtual-cockpit
-  ctest --test-dir build/linux -L scenario -j2 --output-on-failure
+  ctest --test-dir build/linux -R '^scenario-' -j2 --output-on-failure
 }
 
 step_asan() {
@@ -97,6 +97,11 @@ step_wine() {
 step_fuzz() {
   build_preset fuzz
   scripts/run-fuzzers.sh 15
+}
+
+step_soak() {
+  build_preset linux soak
+  build/linux/tests/soak/soak
 }
 
 step_system() { scripts/system-tests.sh; }

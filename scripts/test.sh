@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Sets up, builds and tests everything, and ends with a summary and 0 or 1.
-#   test.sh           all rings: style, unit (native, sanitizers, Windows under Wine), scenarios, fuzz, system, benchmarks
+#   test.sh           all rings: style, unit (native, sanitizers, Windows under Wine), scenarios, fuzz, soak, system, benchmarks
 #   test.sh --quick   the native unit ring alone
 #   test.sh --list    the steps' names
 #   test.sh STEP...   only these steps, after the set-up
@@ -9,7 +9,7 @@ set -uo pipefail
 cd "$(dirname "$0")/.."
 . scripts/test-steps.sh
 
-all_steps=(style linux unit scenarios asan tsan windows wine fuzz system bench)
+all_steps=(style linux unit scenarios asan tsan windows wine fuzz soak system bench)
 case "${1:-}" in
   -h | --help) sed -n '2,7s/^# \{0,1\}//p' "$0"; exit 0 ;;
   --list) printf '%s\n' "${all_steps[@]}"; exit 0 ;;

@@ -10,7 +10,7 @@
 namespace {
 
 constexpr const char* baseSettings = R"({
-  "hid": {"vid": "1234", "pid": "ABCD"},
+  "hid": {"vid": "1234", "pid": "ABCD", "scanIntervalMs": 250},
   "mappings": {"buttonConfigPath": "buttons.json"},
   "logging": {"debug": 1},
   "outputs": {"debounceMs": 0}
@@ -71,7 +71,9 @@ void writeFile(const std::string& folder, const std::string& name, const std::st
 
 JsonValue scenarioSettings(const Scenario& scenario) {
     JsonValue settings = JsonParser::parse(baseSettings).value;
-    overlayJson(settings, scenario.configuration);
+    for (const JsonValue& layer : scenario.settings) {
+        overlayJson(settings, layer);
+    }
     return settings;
 }
 

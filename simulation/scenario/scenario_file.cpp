@@ -138,7 +138,7 @@ private:
     /// Either a block of JSON or PATH = VALUE.
     void readConfig(ScenarioLine& line) {
         if (line.peek().starts_with("<<")) {
-            overlayJson(scenario.configuration, parseJson(line, readBlock(line)));
+            scenario.settings.push_back(parseJson(line, readBlock(line)));
             return;
         }
         const std::string path = line.word("a setting, such as mobiflight.enabled");
@@ -151,7 +151,7 @@ private:
             value = std::move(outer);
             left = left.substr(0, dot == std::string_view::npos ? 0 : dot);
         }
-        overlayJson(scenario.configuration, value);
+        scenario.settings.push_back(std::move(value));
     }
 
     void readFile(ScenarioLine& line) {
@@ -233,7 +233,6 @@ private:
 bool parseScenario(const std::string& path, std::string_view text, Scenario& scenario, std::string& error) {
     scenario = Scenario();
     scenario.path = path;
-    scenario.configuration = jsonObject();
     try {
         ScenarioReader(text, scenario).read();
     } catch (const ScenarioFault& fault) {

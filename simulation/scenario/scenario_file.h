@@ -83,8 +83,8 @@ struct Scenario {
     std::vector<ScenarioBoard> boards;
     std::vector<ScenarioControl> controls;
     std::vector<ScenarioCommand> commands;
-    /// Laid over the default configuration.
-    JsonValue configuration;
+    /// Laid over the default configuration, one after the other.
+    std::vector<JsonValue> settings;
     /// Configuration files by name, verbatim, instead of those made of the rest.
     std::map<std::string, std::string> files;
     /// Configuration files that don't exist.

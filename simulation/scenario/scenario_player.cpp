@@ -14,6 +14,8 @@ using namespace std::chrono_literals;
 constexpr std::chrono::milliseconds expectationLimit = 5000ms;
 /// How long a session with its handshake may take, after the bridge's own long waits.
 constexpr std::chrono::milliseconds connectLimit = 15000ms;
+/// After so long without anything new, what has come in full number but wrong won't become right any more.
+constexpr std::chrono::milliseconds wrongTime = 1000ms;
 /// How long nothing more may come for a block to be taken as complete.
 constexpr std::chrono::milliseconds quietTime = 80ms;
 /// The same where the scenario says that nothing comes.
@@ -21,7 +23,7 @@ constexpr std::chrono::milliseconds nothingTime = 150ms;
 /// A stream that never falls silent is cut here.
 constexpr std::chrono::milliseconds quietLimit = 1500ms;
 /// How long the bridge may take over an event of a board. One that it drops on purpose is waited for as long.
-constexpr std::chrono::milliseconds eventLimit = 400ms;
+constexpr std::chrono::milliseconds eventLimit = 2000ms;
 constexpr std::chrono::milliseconds pollTime = 2ms;
 
 constexpr std::string_view registration = "command MF.Clients.Add.";
@@ -137,18 +139,28 @@ bool ScenarioPlayer::doInput(const ScenarioInput& input) {
 
 bool ScenarioPlayer::meetBlock(const ScenarioBlock& block) {
     waitForEvents();
-    const auto arrived = [&] {
-        return std::all_of(block.expected.begin(), block.expected.end(), [&](const auto& one) {
-            return pending[one.stream].size() >= leastCount(ofStream(block, one.stream));
-        });
-    };
-    pumpUntil(arrived, expectationLimit);
+    pumpUntil([&] { return isMet(block) || isWrong(block); }, expectationLimit);
     waitForQuiet(block.expected.empty() ? nothingTime : quietTime, openStreams(block));
     if (!compare(block)) {
         return false;
     }
     met += std::max<std::size_t>(block.expected.size(), 1);
     return true;
+}
+
+bool ScenarioPlayer::isMet(const ScenarioBlock& block) {
+    return std::all_of(block.expected.begin(), block.expected.end(), [&](const ScenarioExpectation& one) {
+        return meets(ofStream(block, one.stream), pending[one.stream]);
+    });
+}
+
+/// As much has come as is expected, but something else.
+bool ScenarioPlayer::isWrong(const ScenarioBlock& block) {
+    const auto enough = [&](const ScenarioExpectation& one) {
+        return pending[one.stream].size() >= leastCount(ofStream(block, one.stream));
+    };
+    return std::chrono::steady_clock::now() - lastItem >= wrongTime &&
+           std::all_of(block.expected.begin(), block.expected.end(), enough);
 }
 
 /// What came after the last expectation is as unexpected as anything else.
@@ -188,15 +200,18 @@ void ScenarioPlayer::connect(bool withModule) {
     }
     const std::string_view last = sessionEnd(scenario, withModule);
     const bool tellsState = setting(scenario, "logging", "debug", 0) != 0;
-    batteryTold = !tellsState;
-    lightTold = !tellsState || !lightGiven || last != subscription;
-    const auto up = [&] { return handshakeSeen(last) && batteryTold && lightTold && boardsTold(); };
+    const bool tellsLight = tellsState && lightGiven && last == subscription;
+    const auto up = [&] {
+        return handshakeSeen(last) && (batteryTold || !tellsState) && (lightTold || !tellsLight) && boardsTold();
+    };
     if (!pumpUntil(up, connectLimit)) {
         fail("no session came about");
         return;
     }
     waitForQuiet(quietTime + debounceOf(scenario), {});
     takeAsRead();
+    batteryTold = false;
+    lightTold = false;
 }
 
 void ScenarioPlayer::wait(std::chrono::milliseconds duration) {
@@ -341,6 +356,8 @@ bool ScenarioPlayer::compare(const ScenarioBlock& block) {
         }
         pending[stream].clear();
     }
+    batteryTold = false;
+    lightTold = false;
     return same;
 }
 

@@ -48,6 +48,7 @@ private:
     std::size_t met = 0;
     std::size_t eventsSent = 0;
     std::size_t eventsHandled = 0;
+    // Since what came was last taken or compared: the log tells that the simulator gave the battery and the light.
     bool batteryTold = false;
     bool lightTold = false;
     bool lightGiven = false;
@@ -56,6 +57,8 @@ private:
     bool playSteps();
     bool doInput(const ScenarioInput& input);
     bool meetBlock(const ScenarioBlock& block);
+    bool isMet(const ScenarioBlock& block);
+    bool isWrong(const ScenarioBlock& block);
     bool meetEnd();
     void pump();
     void take(const CockpitItem& item);

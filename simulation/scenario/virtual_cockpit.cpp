@@ -149,10 +149,12 @@ DeviceNotificationSource VirtualCockpit::deviceNotifications() const {
     source.run = [from = news](const std::function<void()>& onChange) {
         std::unique_lock lock(from->mutex);
         while (!from->ended) {
-            if (std::exchange(from->pending, false)) {
+            if (const std::uint64_t told = from->told; told != from->handled) {
                 lock.unlock();
                 onChange();
                 lock.lock();
+                from->handled = told;
+                from->changed.notify_all();
             } else {
                 from->changed.wait(lock);
             }
@@ -263,10 +265,14 @@ std::vector<CockpitItem> VirtualCockpit::takeItems() {
     return items;
 }
 
+/// Waits until the bridge has looked: a pulled board that it still writes to would be warned of.
 void VirtualCockpit::tellNews() {
-    const std::lock_guard lock(news->mutex);
-    news->pending = true;
+    std::unique_lock lock(news->mutex);
+    ++news->told;
     news->changed.notify_all();
+    if (scenario.hotPlugNews && bridgeRun->running()) {
+        news->changed.wait_for(lock, readLimit, [this] { return news->handled == news->told || news->ended; });
+    }
 }
 
 /// An input report that a board sends before somebody reads is lost.

@@ -7,8 +7,10 @@
 #include "simulation/virtual_hid_bus.h"
 #include "simulation/virtual_simulator.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -85,7 +87,9 @@ private:
         std::mutex mutex;
         std::condition_variable changed;
         bool ended = false;
-        bool pending = false;
+        // How often something was plugged or pulled, and how much of it the bridge has looked into.
+        std::uint64_t told = 0;
+        std::uint64_t handled = 0;
     };
     struct Seat {
         const ScenarioBoard* made = nullptr;

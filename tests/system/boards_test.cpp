@@ -75,6 +75,7 @@ TEST_F(Boards, PresentAtTheStartAreConnectedBeforeItIsOver) {
 }
 
 TEST_F(Boards, PulledAndPutBackGetTheNextIndex) {
+    scanOnNewsOnly();
     UhidBoard& board = plugBoard(model());
     startAlone();
     board.unplug();
@@ -85,7 +86,7 @@ TEST_F(Boards, PulledAndPutBackGetTheNextIndex) {
 }
 
 TEST_F(Boards, PulledAndPutBackBetweenTwoScansAreANewConnection) {
-    configuration.scanIntervalMs = 1500;
+    scanOnNewsOnly();
     UhidBoard& board = plugBoard(model());
     startAlone();
     board.unplug();
@@ -96,8 +97,7 @@ TEST_F(Boards, PulledAndPutBackBetweenTwoScansAreANewConnection) {
 }
 
 TEST_F(Boards, AreHeardOfBetweenTwoScans) {
-    // No periodic scan falls into this test.
-    configuration.scanIntervalMs = 600000;
+    scanOnNewsOnly();
     startAlone();
     UhidBoard& board = plugBoard(model());
     EXPECT_TRUE(waitForConnection(nameOf(board), 0));
@@ -107,6 +107,7 @@ TEST_F(Boards, AreHeardOfBetweenTwoScans) {
 }
 
 TEST_F(Boards, GoOnWorkingWhenAnotherIsPulled) {
+    scanOnNewsOnly();
     ASSERT_NO_FATAL_FAILURE(startSession());
     UhidBoard& other = plugBoard(model(2));
     ASSERT_TRUE(waitForConnection(nameOf(other), 1));
@@ -117,6 +118,7 @@ TEST_F(Boards, GoOnWorkingWhenAnotherIsPulled) {
 }
 
 TEST_F(Boards, PutBackWorkAgain) {
+    scanOnNewsOnly();
     ASSERT_NO_FATAL_FAILURE(startSession());
     boards[0]->unplug();
     ASSERT_TRUE(bridge->waitForLog("HID device disconnected: " + nameOf(*boards[0]) + "\n"));

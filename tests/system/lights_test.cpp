@@ -17,6 +17,14 @@ std::vector<std::uint8_t> steady(int brightness) {
 
 class Lights : public BridgeTest {
 protected:
+    /// A session with the battery on, once all that its beginning changes has reached the board.
+    void startPowered() {
+        ASSERT_NO_FATAL_FAILURE(startSession());
+        ASSERT_TRUE(waitForLastReport(board(), breathe));
+        simulator->command("battery on");
+        ASSERT_TRUE(waitForLastReport(board(), steady(80)));
+    }
+
     UhidBoard& board() { return *boards[0]; }
 };
 
@@ -31,16 +39,13 @@ TEST_F(Lights, FlashWithoutASession) {
 }
 
 TEST_F(Lights, BreatheWhileTheBatteryIsOff) {
-    ASSERT_NO_FATAL_FAILURE(startSession());
-    simulator->command("battery on");
-    EXPECT_TRUE(waitForReport(board(), steady(80)));
+    ASSERT_NO_FATAL_FAILURE(startPowered());
     simulator->command("battery off");
     EXPECT_TRUE(waitForLastReport(board(), breathe));
 }
 
 TEST_F(Lights, FollowTheCockpitLight) {
-    ASSERT_NO_FATAL_FAILURE(startSession());
-    simulator->command("battery on");
+    ASSERT_NO_FATAL_FAILURE(startPowered());
     simulator->command("lvar LIGHTING_POTENTIOMETER_5 0.5");
     EXPECT_TRUE(waitForLastReport(board(), steady(50)));
     simulator->command("lvar LIGHTING_POTENTIOMETER_5 1");
@@ -50,8 +55,7 @@ TEST_F(Lights, FollowTheCockpitLight) {
 }
 
 TEST_F(Lights, OutrankTheCockpitLightByTheBattery) {
-    ASSERT_NO_FATAL_FAILURE(startSession());
-    simulator->command("battery on");
+    ASSERT_NO_FATAL_FAILURE(startPowered());
     simulator->command("lvar LIGHTING_POTENTIOMETER_5 0.5");
     ASSERT_TRUE(waitForLastReport(board(), steady(50)));
     simulator->command("battery off");
@@ -61,9 +65,7 @@ TEST_F(Lights, OutrankTheCockpitLightByTheBattery) {
 }
 
 TEST_F(Lights, FlashAgainWhenTheSessionIsLost) {
-    ASSERT_NO_FATAL_FAILURE(startSession());
-    simulator->command("battery on");
-    ASSERT_TRUE(waitForLastReport(board(), steady(80)));
+    ASSERT_NO_FATAL_FAILURE(startPowered());
     simulator->command("refuse on");
     simulator->command("drop");
     EXPECT_TRUE(waitForLastReport(board(), flash));
@@ -96,9 +98,7 @@ TEST_F(Lights, GoByTheProfileOfEachBoard) {
 }
 
 TEST_F(Lights, AreWrittenOnceForAsLongAsTheyStay) {
-    ASSERT_NO_FATAL_FAILURE(startSession());
-    simulator->command("battery on");
-    ASSERT_TRUE(waitForLastReport(board(), steady(80)));
+    ASSERT_NO_FATAL_FAILURE(startPowered());
     const std::size_t written = board().panel.outputs().size();
     // Two of the once-a-second refreshes go by.
     std::this_thread::sleep_for(std::chrono::milliseconds(2200));
@@ -106,9 +106,7 @@ TEST_F(Lights, AreWrittenOnceForAsLongAsTheyStay) {
 }
 
 TEST_F(Lights, AreSentAgainAfterTheBoardAskedForAPause) {
-    ASSERT_NO_FATAL_FAILURE(startSession());
-    simulator->command("battery on");
-    ASSERT_TRUE(waitForLastReport(board(), steady(80)));
+    ASSERT_NO_FATAL_FAILURE(startPowered());
     const std::size_t written = reports(board(), 0x10).size();
     const auto start = std::chrono::steady_clock::now();
     board().panel.notice();
@@ -118,9 +116,7 @@ TEST_F(Lights, AreSentAgainAfterTheBoardAskedForAPause) {
 }
 
 TEST_F(Lights, PauseWhileNavSwapIsHeld) {
-    ASSERT_NO_FATAL_FAILURE(startSession());
-    simulator->command("battery on");
-    ASSERT_TRUE(waitForLastReport(board(), steady(80)));
+    ASSERT_NO_FATAL_FAILURE(startPowered());
     const std::size_t written = reports(board(), 0x10).size();
     board().panel.hold(Controls::navSwap);
     EXPECT_TRUE(waitUntil([&] { return reports(board(), 0x10).size() > written; }, ChildProcess::defaultLimit));
@@ -136,6 +132,7 @@ TEST_F(Lights, SimStatusTellsTheSessionsBeginningAndItsEnd) {
 }
 
 TEST_F(Lights, SimStatusIsTheFirstThatALaterBoardHears) {
+    scanOnNewsOnly();
     ASSERT_NO_FATAL_FAILURE(startSession());
     UhidBoard& late = plugBoard(model(2));
     ASSERT_TRUE(waitUntil([&] { return late.panel.outputs().size() >= 2; }, ChildProcess::defaultLimit));

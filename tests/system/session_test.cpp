@@ -182,6 +182,7 @@ TEST_F(Session, EndsTheProcessWhenTheSimulatorDies) {
 }
 
 TEST_F(Session, SurvivesABoardThatGoesAway) {
+    scanOnNewsOnly();
     ASSERT_NO_FATAL_FAILURE(startSession());
     boards[0]->unplug();
     ASSERT_TRUE(bridge->waitForLog("HID device disconnected: "));

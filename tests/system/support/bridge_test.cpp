@@ -68,15 +68,22 @@ std::vector<std::uint8_t> reportOf(std::initializer_list<int> bytes) {
 }
 
 void BridgeTest::TearDown() {
-    if (bridge && consoleRun && bridge->process().running()) {
-        bridge->process().writeLine("quit");
-        EXPECT_EQ(bridge->process().waitForExit(), 0);
-    }
+    if (bridge && consoleRun && bridge->process().running())
+        endBridge();
     // A command that the simulator doesn't know would leave a test without its subject.
     for (const SimulatorLine& line : simulator ? simulator->lines() : std::vector<SimulatorLine>())
         EXPECT_NE(line.kind, "error") << line.text;
     if (HasFailure() && bridge)
         ADD_FAILURE() << "the bridge's log:\n" << lastOf(bridge->log());
+}
+
+void BridgeTest::endBridge() {
+    if (configuration.scanIntervalMs == pauseWithoutEnd) {
+        killBridge();
+        return;
+    }
+    bridge->process().writeLine("quit");
+    EXPECT_EQ(bridge->process().waitForExit(), 0);
 }
 
 void BridgeTest::killBridge() {

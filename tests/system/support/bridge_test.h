@@ -59,6 +59,11 @@ protected:
     /// Waits until the last report of its id is this one.
     static bool waitForLastReport(const UhidBoard& board, const std::vector<std::uint8_t>& report);
 
+    /// For tests that plug boards into a running bridge: leaves only the scans on news of boards. Of two scans at once
+    /// the one with the older list may drop, for a moment, a board that the other has just found. The bridge is then
+    /// killed at the end, for its own end would wait out the pause between scans.
+    void scanOnNewsOnly() { configuration.scanIntervalMs = pauseWithoutEnd; }
+
     static VirtualBoardModel model(std::uint8_t number = 1);
     static std::string nameOf(const UhidBoard& board);
 
@@ -79,5 +84,9 @@ protected:
     std::vector<std::unique_ptr<UhidBoard>> boards;
 
 private:
+    static constexpr int pauseWithoutEnd = 600000;
+
+    void endBridge();
+
     std::size_t drains = 0;
 };

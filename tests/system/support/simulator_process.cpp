@@ -44,6 +44,7 @@ SimulatorProcess::SimulatorProcess() {
 }
 
 void SimulatorProcess::start(std::uint16_t port) {
+    commandsGiven = 0;
     child = std::make_unique<ChildProcess>(
         ChildProcessSettings{{folder.path("FlightSimulator.exe"), "--port", std::to_string(port)}, folder.path(), {}});
     child->waitForOutput([](const std::string& output) { return countOf(output, "\n") > 0; });
@@ -51,6 +52,21 @@ void SimulatorProcess::start(std::uint16_t port) {
     if (first.empty() || first[0].kind != "listening")
         throw std::runtime_error("the simulator doesn't listen: " + child->output() + child->errorOutput());
     listeningPort = static_cast<std::uint16_t>(first[0].port);
+}
+
+void SimulatorProcess::command(std::string_view line) {
+    child->writeLine(line);
+    // It takes its commands one after the other, so the answer to this one comes behind the effect of that one.
+    child->writeLine("help");
+    ++commandsGiven;
+    const bool done = child->waitForOutput([this](const std::string& output) {
+        const std::vector<SimulatorLine> all = linesOf(output);
+        const auto answers =
+            std::count_if(all.begin(), all.end(), [](const SimulatorLine& one) { return one.kind == "help"; });
+        return answers >= static_cast<std::ptrdiff_t>(commandsGiven);
+    });
+    if (!done)
+        throw std::runtime_error("the simulator takes no command: " + std::string(line));
 }
 
 void SimulatorProcess::kill() {

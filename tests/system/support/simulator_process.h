@@ -27,8 +27,8 @@ public:
     std::uint16_t port() const { return listeningPort; }
     ChildProcess& process() { return *child; }
 
-    /// One line of its command language.
-    void command(std::string_view line) { child->writeLine(line); }
+    /// One line of its command language; returns once it has taken effect.
+    void command(std::string_view line);
     /// Ends it as a crash does.
     void kill();
     /// Another process in its place, on the same port.
@@ -47,5 +47,7 @@ private:
 
     TempFolder folder;
     std::uint16_t listeningPort = 0;
+    /// Commands that the present process has been given.
+    std::size_t commandsGiven = 0;
     std::unique_ptr<ChildProcess> child;
 };

@@ -18,6 +18,13 @@ std::string repeated(const std::string& text, std::size_t count) {
     return all;
 }
 
+std::string enclosed(char open, const std::string& inner, char close) {
+    std::string text(1, open);
+    text += inner;
+    text += close;
+    return text;
+}
+
 std::string arrays(std::size_t depth, const std::string& inner = "") {
     return std::string(depth, '[') + inner + std::string(depth, ']');
 }
@@ -80,7 +87,7 @@ TEST(JsonDepth, CountsArraysAndObjectsAlike) {
 TEST(JsonDepth, ClosedLevelsDoNotCount) {
     const std::string deep = arrays(999);
     EXPECT_TRUE(JsonParser::parse("[" + deep + "," + deep + "," + deep + "]").ok);
-    EXPECT_TRUE(JsonParser::parse("[" + repeated("[],{},", 5000) + "1]").ok);
+    EXPECT_TRUE(JsonParser::parse(enclosed('[', repeated("[],{},", 5000) + "1", ']')).ok);
 }
 
 TEST(JsonDepth, ADeepDuplicateCountsAsWell) {
@@ -120,7 +127,7 @@ TEST(JsonSize, ReadsAStringOfTenMegabytes) {
 }
 
 TEST(JsonSize, DuplicatesOfOneKeyDoNotPileUp) {
-    const JsonParseResult result = JsonParser::parse("{" + repeated("\"a\":[1],", 50000) + "\"b\":2}");
+    const JsonParseResult result = JsonParser::parse(enclosed('{', repeated("\"a\":[1],", 50000) + "\"b\":2", '}'));
     ASSERT_TRUE(result.ok) << result.error;
     EXPECT_EQ(result.value.object.size(), 2U);
 }
@@ -130,7 +137,7 @@ TEST(JsonThreads, SeparateParsesRunSideBySide) {
     std::vector<std::thread> threads;
     for (std::size_t which = 0; which < sizes.size(); ++which) {
         threads.emplace_back([&sizes, which] {
-            const std::string text = "[" + repeated("{\"a\":[1,\"x\"]},", 200 * (which + 1)) + "0]";
+            const std::string text = enclosed('[', repeated("{\"a\":[1,\"x\"]},", 200 * (which + 1)) + "0", ']');
             sizes[which] = JsonParser::parse(text).value.array.size();
         });
     }

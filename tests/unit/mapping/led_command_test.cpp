@@ -261,11 +261,11 @@ TEST(BacklightLevel, TinyValuesAreZero) {
     EXPECT_EQ(lit(0.005), steady(1));
 }
 
-// All values that are a multiple of 1/1024, all scales that are one of 1/16, in whole numbers throughout.
+// Values up to 110 that are a multiple of 1/1024, scales that are one of 1/16, in whole numbers throughout.
 TEST(BacklightLevel, AgreesWithWholeNumberArithmetic) {
     const std::vector<std::pair<std::int32_t, std::int32_t>> bounds = {{0, 100}, {20, 80}, {0, 255}, {60, 40}, {5, 5}};
     for (const std::int64_t scale : {1, 8, 15, 16, 17, 40, 160}) {
-        for (std::int64_t part = -2048; part <= 110 * 1024; part += 3) {
+        for (std::int64_t part = -2048; part <= 112'640; part += 3) {
             const std::int64_t product = part * (part <= 1024 ? 100 : 1) * scale;
             const std::int64_t half = product < 0 ? -8192 : 8192;
             const std::int64_t whole = (product + half) / 16384;

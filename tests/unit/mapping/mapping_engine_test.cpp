@@ -242,8 +242,9 @@ TEST_F(EngineQueue, EventsOfEachThreadKeepTheirOrder) {
     vector<std::thread> readers;
     for (std::uint16_t reader = 0; reader < 4; ++reader) {
         readers.emplace_back([this, reader] {
+            const string name{'R', static_cast<char>('0' + reader)};
             for (std::uint16_t number = 0; number < perThread; ++number)
-                engine.submitEvent(button(number, 1), "R" + std::to_string(reader), reader);
+                engine.submitEvent(button(number, 1), name, reader);
         });
     }
     for (std::thread& reader : readers)

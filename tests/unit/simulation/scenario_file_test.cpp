@@ -102,7 +102,7 @@ TEST(ScenarioFile, CommandRoleIsDefaultWhenLeftOut) {
 
 TEST(ScenarioFile, SettingsAreLaidOverEachOther) {
     const Scenario scenario = parsed("config a.b = 1\nconfig a.c = \"x\"\nconfig <<END\n{\"a\": {\"b\": [2]}}\nEND\n");
-    EXPECT_EQ(jsonText(scenario.configuration), R"({"a": {"b": [2], "c": "x"}})");
+    EXPECT_EQ(jsonText(*find(scenarioSettings(scenario), "a")), R"({"b": [2], "c": "x"})");
 }
 
 TEST(ScenarioFile, FileBlocksAreVerbatim) {
@@ -217,8 +217,8 @@ TEST(ScenarioFileErrors, WordsTooMany) {
 }
 
 TEST(ScenarioFileErrors, NumbersOutOfTheirRanges) {
-    EXPECT_EQ(errorOf("control 65536 = X\n").substr(0, 37), "a.scenario:1:9: \"65536\" is no control ");
-    EXPECT_EQ(errorOf("board P\n> P turn 5 +128\n").substr(0, 31), "a.scenario:2:12: \"+128\" is no c");
+    EXPECT_TRUE(errorOf("control 65536 = X\n").starts_with("a.scenario:1:9: \"65536\" is no control "));
+    EXPECT_TRUE(errorOf("board P\n> P turn 5 +128\n").starts_with("a.scenario:2:12: \"+128\" is no count of detents"));
     EXPECT_EQ(errorOf("board P\n> P press 5 mode=256\n"),
               "a.scenario:2:13: \"256\" is no value for mode: a whole number from 0 to 255 was meant to stand here");
     EXPECT_EQ(errorOf("board P\n> P press 5 node=1\n"),
@@ -272,7 +272,7 @@ TEST(ScenarioFileErrors, Blocks) {
     EXPECT_EQ(errorOf("file config.json <<END\n{}\n"), "a.scenario:1:18: no line END ends this block");
     EXPECT_EQ(errorOf("file config.json {}\n"),
               "a.scenario:1:18: expected <<END, which begins a block that a line END ends");
-    EXPECT_EQ(errorOf("config a = yes\n").substr(0, 43), "a.scenario:1:12: this is no JSON value (");
+    EXPECT_TRUE(errorOf("config a = yes\n").starts_with("a.scenario:1:12: this is no JSON value ("));
 }
 
 TEST(ScenarioFile, UnreadableFileIsNamed) {
@@ -292,14 +292,14 @@ TEST(ScenarioFile, FileIsReadFromDisk) {
 
 TEST(ScenarioConfiguration, DefaultsAreThere) {
     EXPECT_EQ(jsonText(scenarioSettings(parsed(""))),
-              R"({"hid": {"pid": "ABCD", "vid": "1234"}, "logging": {"debug": 1}, )"
+              R"({"hid": {"pid": "ABCD", "scanIntervalMs": 250, "vid": "1234"}, "logging": {"debug": 1}, )"
               R"("mappings": {"buttonConfigPath": "buttons.json"}, "outputs": {"debounceMs": 0}})");
 }
 
 TEST(ScenarioConfiguration, NullRemovesASetting) {
     const JsonValue settings = scenarioSettings(parsed("config logging = null\nconfig hid.pid = null\n"));
     EXPECT_EQ(find(settings, "logging"), nullptr);
-    EXPECT_EQ(jsonText(*find(settings, "hid")), R"({"vid": "1234"})");
+    EXPECT_EQ(jsonText(*find(settings, "hid")), R"({"scanIntervalMs": 250, "vid": "1234"})");
 }
 
 TEST(ScenarioConfiguration, FilesAreMadeOfTheShorthand) {

@@ -102,9 +102,9 @@ TEST_F(HidDeviceOnWindows, AReportEndsTheWaitAfterEarlierTimeouts) {
     });
     // Sent until one comes while the thread waits.
     EXPECT_TRUE(waitUntil([&] { return done || !board.send("x"); }));
+    hid.cancelReads(handle);
     thread.join();
     EXPECT_EQ(status, HidReadStatus::Data);
-    hid.cancelReads(handle);
     hid.close(handle);
 }
 
