@@ -5,6 +5,7 @@ cd "$(dirname "$0")/.."
 
 seconds=${1:-15}
 passed=0 failed=0
+mkdir -p build/test-logs
 work=$(mktemp -d build/fuzz-run.XXXXXX)
 trap 'rm -rf "$work"' EXIT
 for target in build/fuzz/fuzz/*_fuzz; do

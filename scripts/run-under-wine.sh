@@ -7,6 +7,7 @@ export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='ms
 [ -d "$WINEPREFIX" ] || wineboot --init >/dev/null 2>&1
 trap 'wineserver -k; wineserver -w' EXIT
 
+mkdir -p build/test-logs
 failures=0
 for name in "$@"; do
   echo "== $name.exe"

@@ -2,6 +2,7 @@
 #include "simulation/scenario/scenario_player.h"
 
 #include <chrono>
+#include <cmath>
 #include <iostream>
 #include <string>
 #include <string_view>
@@ -68,7 +69,7 @@ bool playScript(const std::string& path, bool fast, std::ostream& screen) {
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
     screen << '\n'
            << path << ": " << (passed ? "passed" : "FAILED") << ", " << met << " expectations met in "
-           << static_cast<long>(seconds.count() * 10) / 10.0 << " s\n";
+           << std::floor(seconds.count() * 10) / 10 << " s\n";
     return passed;
 }
 

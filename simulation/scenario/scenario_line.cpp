@@ -41,7 +41,7 @@ std::optional<double> decimalNumber(const std::string& text) {
 
 } // namespace
 
-ScenarioLine::ScenarioLine(std::string_view lineText, std::size_t lineNumber) : text(lineText), number_(lineNumber) {
+ScenarioLine::ScenarioLine(std::string_view lineText, std::size_t number) : text(lineText), lineNumber(number) {
     // npos + 1 is 0: a line of blanks alone is empty.
     text.erase(text.find_last_not_of(" \t\r") + 1);
     skipBlanks();
@@ -184,11 +184,11 @@ void ScenarioLine::numberOptions(std::span<NumberOption> options) {
 }
 
 void ScenarioLine::fail(const std::string& message) const {
-    throw ScenarioFault{number_, lastWord + 1, message};
+    throw ScenarioFault{lineNumber, lastWord + 1, message};
 }
 
 void ScenarioLine::failAtEnd(const std::string& message) const {
-    throw ScenarioFault{number_, text.size() + 1, message};
+    throw ScenarioFault{lineNumber, text.size() + 1, message};
 }
 
 void ScenarioLine::skipBlanks() {

@@ -28,7 +28,7 @@ struct NumberOption {
 /// One line of a scenario, read word by word. What can't be read is thrown as a ScenarioFault that points at the word.
 class ScenarioLine {
 public:
-    ScenarioLine(std::string_view lineText, std::size_t lineNumber);
+    ScenarioLine(std::string_view lineText, std::size_t number);
 
     /// The whole line without the blanks at its ends.
     std::string whole() const;
@@ -67,7 +67,7 @@ public:
 
 private:
     std::string text;
-    std::size_t number_;
+    std::size_t lineNumber;
     std::size_t next = 0;
     std::size_t lastWord = 0;
 

@@ -32,12 +32,15 @@ std::string logDirectory(bool consoleMode, const std::string& commonAppData, con
 
 std::string defaultConfigPath(const Host& host) {
     const std::string exeDir = exeDirectory(host);
-    const std::string first = besideExecutable(exeDir);
+    std::string first = besideExecutable(exeDir);
     if (!exeDir.empty() && FileSystem::exists(first)) {
         return first;
     }
     const std::string commonAppData = commonAppDataDirectory(host);
-    return commonAppData.empty() ? first : inDataFolder(commonAppData);
+    if (commonAppData.empty()) {
+        return first;
+    }
+    return inDataFolder(commonAppData);
 }
 
 std::vector<std::string> configCandidates(const Host& host) {

@@ -167,6 +167,8 @@ void MobiFlightClient::serve(MobiFlightCommand& command) {
         return;
     }
     waitForRateLimit();
+    if (handIsFromEarlierSession())
+        return;
     // A command that fails is gone; the log has the cause already.
     sendCommand(command);
     finish(command);
@@ -178,6 +180,11 @@ void MobiFlightClient::waitForRateLimit() {
     const std::int64_t elapsedMs = (host.now() - lastSendAt) / nanosecondsPerMillisecond;
     if (elapsedMs < rpnRateLimitMs)
         host.sleepFor(std::chrono::milliseconds(rpnRateLimitMs - elapsedMs));
+}
+
+bool MobiFlightClient::handIsFromEarlierSession() {
+    const std::lock_guard lock(queueMutex);
+    return handIsStale && simConnected;
 }
 
 void MobiFlightClient::putBack(MobiFlightCommand& command) {
@@ -203,6 +210,9 @@ void MobiFlightClient::putBack(MobiFlightCommand& command) {
 
 void MobiFlightClient::finish(MobiFlightCommand& command) {
     const std::lock_guard lock(queueMutex);
+    // The tables are another session's by now.
+    if (handIsStale)
+        return;
     if (command.kind == RpnKind::Hold)
         inFlightHolds.erase(command.text);
     const auto detents = encoderPending.find(command.text);

@@ -95,9 +95,9 @@ private:
     const SimConnectLibrary library;
     const Host host;
 
-    // Written by `start` before the worker runs.
+    // Written by `start` before the worker runs. Only `enabled` is read by others before they have seen `running`.
     SimConnectClient* simConnect = nullptr;
-    bool enabled = false;
+    std::atomic<bool> enabled{false};
     std::string clientName;
     std::string commandChannel;
     std::string responseChannel;
@@ -153,6 +153,8 @@ private:
     bool takeNext(MobiFlightCommand& command);
     void serve(MobiFlightCommand& command);
     void waitForRateLimit();
+    /// The command in hand was queued in a session that has ended, and another one is up.
+    bool handIsFromEarlierSession();
     void putBack(MobiFlightCommand& command);
     void finish(MobiFlightCommand& command);
     /// Whether a command that waits or is in hand stands for this one too; otherwise enters it in the tables. Needs the

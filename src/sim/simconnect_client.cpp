@@ -83,9 +83,18 @@ void SimConnectClient::workerLoop() {
             workerStep(state);
         } catch (const std::exception& failure) {
             logError(std::string("SimConnect worker exception: ") + failure.what());
-            disconnect("worker exception");
+            disconnectAfterException();
             sleepBackoff(state);
         }
+    }
+}
+
+void SimConnectClient::disconnectAfterException() {
+    try {
+        disconnect("worker exception");
+    } catch (const std::exception& failure) {
+        // A callback's; the session is over all the same, and the worker goes on.
+        logError(std::string("SimConnect worker exception: ") + failure.what());
     }
 }
 

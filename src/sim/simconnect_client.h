@@ -95,6 +95,7 @@ private:
 
     // The worker (simconnect_client.cpp).
     void workerLoop();
+    void disconnectAfterException();
     void workerStep(WorkerState& state);
     void pollSession();
     bool deviceAttached(WorkerState& state);

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <system_error>
 
@@ -116,6 +117,9 @@ public:
         return threadsStartedSoFar;
     }
 
+    /// How many of the threads have run to their end. A thread that was joined is among them.
+    std::size_t threadsEnded() const { return *threadsEndedSoFar; }
+
     /// The text of the exception that a refused thread start throws.
     static std::string refusalText() { return refusal().what(); }
 
@@ -183,7 +187,10 @@ private:
                 throw refusal();
             ++threadsStartedSoFar;
         }
-        return std::thread(std::move(body));
+        return std::thread([body = std::move(body), ended = threadsEndedSoFar] {
+            body();
+            ++*ended;
+        });
     }
 
     std::mutex mutex;
@@ -197,5 +204,7 @@ private:
     bool processListFails = false;
     std::size_t scans = 0;
     std::size_t threadsStartedSoFar = 0;
+    // Shared with the threads: a detached one may outlive this host.
+    const std::shared_ptr<std::atomic<std::size_t>> threadsEndedSoFar = std::make_shared<std::atomic<std::size_t>>(0);
     std::optional<std::size_t> threadLimit;
 };

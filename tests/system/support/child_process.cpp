@@ -37,7 +37,7 @@ std::vector<std::string> environmentWith(const std::vector<std::pair<std::string
             result.push_back(text);
     }
     for (const auto& [name, value] : additions)
-        result.push_back(name + "=" + value);
+        result.push_back(std::string(name).append("=").append(value));
     return result;
 }
 
@@ -57,6 +57,7 @@ void restoreBrokenPipes(posix_spawnattr_t& attributes) {
 
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts)
         pointers.push_back(text.data());
     pointers.push_back(nullptr);

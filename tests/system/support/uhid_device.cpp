@@ -70,13 +70,9 @@ UhidDevice::UhidDevice(const UhidIdentity& identity, UhidHandlers newHandlers)
     const bool created = writeEvent(device, createEvent(identity, location));
     if (created && waitUntil([this] { return findNode(), !nodePath.empty(); }, std::chrono::seconds(20)))
         return;
-    const std::runtime_error error = failure(created ? "no hidraw node came" : "the device was refused");
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t woken = write(wakeUp, &one, sizeof one);
-    server.join();
-    close(device);
-    close(wakeUp);
-    throw error;
+    const std::string reason = failure(created ? "no hidraw node came" : "the device was refused").what();
+    endServing();
+    throw std::runtime_error(reason);
 }
 
 UhidDevice::~UhidDevice() {
@@ -84,6 +80,10 @@ UhidDevice::~UhidDevice() {
     event.type = UHID_DESTROY;
     // The server still answers here: destroying waits for a request under way.
     writeEvent(device, event);
+    endServing();
+}
+
+void UhidDevice::endServing() {
     const std::uint64_t one = 1;
     [[maybe_unused]] const ssize_t woken = write(wakeUp, &one, sizeof one);
     server.join();

@@ -54,6 +54,7 @@ public:
 private:
     void findNode();
     void serve();
+    void endServing();
     void handleEvent();
     void answerFeature(std::uint32_t requestId, std::uint8_t reportId);
     void acknowledgeSet(std::uint32_t requestId);

@@ -79,6 +79,22 @@ private:
     std::vector<std::string> recorded;
 };
 
+/// Replaces standard input by these lines until it is destroyed.
+class ConsoleInput {
+public:
+    explicit ConsoleInput(const std::string& lines) : buffer(lines), before(std::cin.rdbuf(&buffer)) {}
+    ~ConsoleInput() {
+        std::cin.rdbuf(before);
+        std::cin.clear();
+    }
+    ConsoleInput(const ConsoleInput&) = delete;
+    ConsoleInput& operator=(const ConsoleInput&) = delete;
+
+private:
+    std::stringbuf buffer;
+    std::streambuf* before;
+};
+
 /// The whole application on boards, a simulator and a host in memory, with its configuration and log in a folder of its
 /// own. The configuration reads boards 1234:ABCD every 20 ms.
 class AppTest : public testing::Test {
@@ -142,6 +158,14 @@ protected:
     void makeSessionPossible() {
         bus.plug(board);
         host.setProcesses({"explorer.exe", "FlightSimulator.exe"});
+    }
+
+    /// Gives a running application the time to look at its stop flag. The scan thread alone sleeps at least once a
+    /// millisecond or so; two others sleep beside it.
+    bool waitForPolls() {
+        constexpr std::size_t enough = 500;
+        const std::size_t before = host.sleeps().size();
+        return waitUntil([&] { return host.sleeps().size() >= before + enough; });
     }
 
     static void runAndStop(App& app) {

@@ -151,6 +151,23 @@ TEST_F(AppInit, MobiFlightClientWithoutThreadIsFatalAndStopsWhatRan) {
                                 FakeHost::refusalText());
 }
 
+TEST_F(AppInit, RefusedBoardsStopTheMappingEnginesThreads) {
+    folder.write("config/config.json",
+                 R"({"hid":{"vid":"xyz","pid":"1"},"mappings":{"buttonConfigPath":"buttons.json"}})");
+    App app(platform());
+    EXPECT_FALSE(app.init(configPath, false, error));
+    EXPECT_EQ(host.threadsStarted(), 3U);
+    EXPECT_EQ(host.threadsEnded(), 3U);
+}
+
+TEST_F(AppInit, MobiFlightClientWithoutThreadStopsTheThreadsOfTheEngineAndTheBoards) {
+    host.refuseThreadsAfter(4);
+    App app(platform());
+    EXPECT_FALSE(app.init(configPath, false, error));
+    EXPECT_EQ(host.threadsStarted(), 4U);
+    EXPECT_EQ(host.threadsEnded(), 4U);
+}
+
 TEST_F(AppInit, SimConnectClientWithoutThreadIsFatalAndDisconnectsTheBoards) {
     host.refuseThreadsAfter(6);
     bus.plug(board);

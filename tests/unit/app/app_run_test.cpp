@@ -1,5 +1,6 @@
 #include "tests/unit/app/app_fixture.h"
 
+#include <atomic>
 #include <thread>
 
 namespace {
@@ -11,23 +12,12 @@ constexpr std::uint32_t lvarsRequest = 0x1201;
 
 class AppRun : public AppTest {
 protected:
-    /// Replaces standard input by these lines for the rest of the test.
-    class ConsoleInput {
-    public:
-        explicit ConsoleInput(const std::string& lines) : buffer(lines), before(std::cin.rdbuf(&buffer)) {}
-        ~ConsoleInput() {
-            std::cin.rdbuf(before);
-            std::cin.clear();
-        }
-        ConsoleInput(const ConsoleInput&) = delete;
-        ConsoleInput& operator=(const ConsoleInput&) = delete;
-
-    private:
-        std::stringbuf buffer;
-        std::streambuf* before;
-    };
-
     void start(App& app) { ASSERT_TRUE(app.init(configPath, false, error)) << error; }
+
+    /// Waits out the console thread, which nobody joins and which the standard input must outlive.
+    bool allThreadsEnd() {
+        return waitUntil([this] { return host.threadsEnded() == host.threadsStarted(); });
+    }
 
     void confirmRegistration() { sim.deliverText(responseRequest, "MF.Clients.Add.VantrelBridgeHID.Finished", 256); }
 
@@ -174,6 +164,50 @@ TEST_F(AppRun, EndOfConsoleInputDoesNotStopTheRun) {
     EXPECT_FALSE(logHas("[INFO] Stop requested from console", true));
 }
 
+TEST_F(AppRun, WithoutConsoleNoConsoleThreadIsStarted) {
+    const ConsoleInput input("");
+    App app(platform());
+    start(app);
+    const std::size_t threads = host.threadsStarted();
+    runAndStop(app);
+    EXPECT_EQ(host.threadsStarted(), threads);
+    EXPECT_FALSE(logHas("[INFO] Console commands: bootsel, quit"));
+}
+
+TEST_F(AppRun, WithoutConsoleAQuitOnStandardInputIsIgnored) {
+    const ConsoleInput input("quit\n");
+    App app(platform());
+    start(app);
+    std::atomic<bool> returned{false};
+    std::thread runner([&app, &returned] {
+        app.run();
+        returned = true;
+    });
+    EXPECT_TRUE(waitUntil([this] { return logHas("[INFO] Application run loop started"); }));
+    EXPECT_TRUE(waitForPolls());
+    EXPECT_FALSE(returned);
+    app.requestStop();
+    runner.join();
+    std::string unread;
+    std::getline(std::cin, unread);
+    EXPECT_EQ(unread, "quit");
+    EXPECT_FALSE(logHas("[INFO] Stop requested from console"));
+}
+
+TEST_F(AppRun, AStopBeforeTheRunLeavesAWaitingBootselUnsent) {
+    const ConsoleInput input("bootsel\n");
+    bus.plug(board);
+    App app(platform());
+    testing::internal::CaptureStdout();
+    ASSERT_TRUE(app.init(configPath, true, error)) << error;
+    runAndStop(app);
+    EXPECT_TRUE(allThreadsEnd());
+    testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(logHas("[INFO] Console commands: bootsel, quit", true));
+    EXPECT_FALSE(logHas("[INFO] Sending BOOTSEL command to devices", true));
+    EXPECT_FALSE(board->inBootsel());
+}
+
 TEST_F(AppRun, NewsOfABoardScansOnTheNotificationThread) {
     folder.write("config/config.json", R"({"hid":{"vid":"1234","pid":"ABCD","scanIntervalMs":3600000},)"
                                        R"("mappings":{"buttonConfigPath":"buttons.json"}})");
@@ -190,6 +224,91 @@ TEST_F(AppRun, NewsOfABoardScansOnTheNotificationThread) {
     host.letSleepsPass();
     runAndStop(app);
     EXPECT_EQ(notifications.calls(), (Lines{"setUp", "change", "change", "tearDown"}));
+}
+
+TEST_F(AppRun, TheNotificationThreadEndsBeforeTheBoardsAreDisconnected) {
+    bus.plug(board);
+    std::mutex mutex;
+    Lines order;
+    const auto note = [&](const std::string& step) {
+        const std::lock_guard lock(mutex);
+        order.push_back(step);
+    };
+    Platform records = platform();
+    records.deviceNotifications.tearDown = [&] {
+        // Slow, so that a stop that doesn't wait for it is seen.
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        note("notifications ended");
+    };
+    records.hid.cancelReads = [&note, cancel = records.hid.cancelReads](HidHandle handle) {
+        note("board disconnected");
+        cancel(handle);
+    };
+    App app(records);
+    start(app);
+    runAndStop(app);
+    EXPECT_EQ(order, (Lines{"notifications ended", "board disconnected"}));
+}
+
+TEST_F(AppRun, AStopInSessionTellsTheBoardItsEndButLeavesTheLight) {
+    makeSessionPossible();
+    configPath = writeConfig(R"(,"outputs":{"debounceMs":1})");
+    App app(platform());
+    start(app);
+    const LedCommand backlight{1, 80, 0, 0, 0};
+    EXPECT_TRUE(waitUntil([&] { return board->led() == backlight; }));
+    board->clearOutputs();
+    runAndStop(app);
+    const HidProtocol::Report ended = HidProtocol::encodeSimStatus(false);
+    EXPECT_EQ(board->outputs(), (std::vector<BoardOutput>{{OutputCall::Write, {ended.begin(), ended.end()}}}));
+    EXPECT_EQ(board->led(), backlight);
+}
+
+TEST_F(AppRun, AStopEndsAllThreadsButTheBoardsBeforeTheSession) {
+    makeSessionPossible();
+    App app(platform());
+    start(app);
+    EXPECT_TRUE(waitUntil([this] { return logHas("[INFO] SimConnect connected"); }));
+    std::size_t endedAtClose = 0;
+    sim.setHook([&](SimCall call) {
+        if (call == SimCall::Close)
+            endedAtClose = host.threadsEnded();
+    });
+    runAndStop(app);
+    constexpr std::size_t scanAndReader = 2;
+    EXPECT_EQ(endedAtClose, host.threadsStarted() - scanAndReader);
+}
+
+TEST_F(AppRun, AStopInSessionLeavesNoMobiFlightClientWaiting) {
+    makeSessionPossible();
+    App app(platform());
+    start(app);
+    EXPECT_TRUE(waitUntil([this] { return logHas("[INFO] SimConnect connected"); }));
+    runAndStop(app);
+    EXPECT_TRUE(logHas("[WARN] SimConnect disconnected: shutdown"));
+    EXPECT_FALSE(logHas("[INFO] MobiFlight client waiting for SimConnect"));
+}
+
+TEST_F(AppRun, ALostSessionIsToldToTheBoardsBeforeTheMobiFlightClient) {
+    makeSessionPossible();
+    folder.write("config/config.json", R"({"hid":{"vid":"1234","pid":"ABCD","scanIntervalMs":20,"trace":1},)"
+                                       R"("mappings":{"buttonConfigPath":"buttons.json"}})");
+    App app(platform());
+    start(app);
+    ASSERT_TRUE(waitUntil([this] { return logHas("[INFO] SimConnect connected"); }));
+    sim.script(SimCall::CallDispatch, {simConnectRemoteDisconnect});
+    const std::string waiting = "[INFO] MobiFlight client waiting for SimConnect";
+    EXPECT_TRUE(waitUntil([&] { return logHas(waiting); }));
+    runAndStop(app);
+    const Lines lines = log();
+    const auto startsWith = [](const std::string& head) {
+        return [head](const std::string& line) { return line.rfind(head, 0) == 0; };
+    };
+    const auto lost =
+        std::find_if(lines.begin(), lines.end(), startsWith("[WARN] SimConnect disconnected: dispatch error "));
+    const auto told = std::find(lost, lines.end(), waiting);
+    ASSERT_NE(told, lines.end());
+    EXPECT_EQ(std::count_if(lost, told, startsWith("[DEBUG] HID OUT sim_status device=0000000000000001 ")), 1);
 }
 
 TEST_F(AppRun, NothingIsLeftOpenAfterTheStop) {

@@ -218,6 +218,14 @@ TEST_F(LoggerFile, RotatesAtExactlyTheLimit) {
     EXPECT_EQ(std::filesystem::file_size(backup(1)), rotationSize);
 }
 
+TEST_F(LoggerFile, DebugLineThatIsNotWrittenRotatesNothing) {
+    makeFileOfSize(path, rotationSize);
+    configure();
+    logger.debug("m");
+    EXPECT_EQ(std::filesystem::file_size(path), rotationSize);
+    EXPECT_FALSE(std::filesystem::exists(backup(1)));
+}
+
 TEST_F(LoggerFile, RotationLosesTheOldestOfFiveBackups) {
     makeFileOfSize(path, rotationSize);
     for (int number = 1; number <= 5; ++number) {

@@ -3,7 +3,19 @@
 using std::vector;
 
 /// A board whose lights are its own for a while.
-using OutputPause = OutputTest;
+class OutputPause : public OutputTest {
+protected:
+    /// A board that has no id and goes by its serial number. It sorts before the others.
+    std::shared_ptr<VirtualBoard> connectBoardNamed(const std::string& serial) {
+        VirtualBoardModel model;
+        model.boardId.reset();
+        model.serial = serial;
+        auto board = std::make_shared<VirtualBoard>(model);
+        bus.plug(board, "port0");
+        hid.scanDevices();
+        return board;
+    }
+};
 
 TEST_F(OutputPause, NoticeKeepsTheWorkerOffItsBoardAlone) {
     engineHost.setNow(0);
@@ -117,6 +129,32 @@ TEST_F(OutputPause, NoticeOfANamelessBoardOnlyMakesItsLightBeWrittenAgain) {
     handle({.type = 4}, "", 0);
     engine.requestOutputUpdate();
     EXPECT_TRUE(waitForLights(*board, {disconnectedFlash, disconnectedFlash}));
+}
+
+TEST_F(OutputPause, NoticeOfANamelessBoardPausesTheBoardNamedLikeItsNumber) {
+    engineHost.setNow(0);
+    start();
+    auto witness = connectBoard(2);
+    auto board = connectBoardNamed("#0");
+    ASSERT_EQ(hid.listDevices().front().deviceName, "#0");
+    // The number is the witness's, whose pause would be under its name.
+    ASSERT_EQ(hid.listDevices().back().index, 0);
+    handle({.type = 4}, "", 0);
+    engine.requestOutputUpdate();
+    ASSERT_TRUE(waitForLights(*witness, {disconnectedFlash}));
+    EXPECT_EQ(lights(*board), vector<LedCommand>{});
+    engineHost.setNow(1500 * msNs);
+    engine.requestOutputUpdate();
+    EXPECT_TRUE(waitForLights(*board, {disconnectedFlash}));
+}
+
+TEST_F(OutputPause, NoticeOfANamelessBoardOfAnotherNumberPausesNobody) {
+    engineHost.setNow(0);
+    start();
+    auto board = connectBoardNamed("#0");
+    handle({.type = 4}, "", 1);
+    engine.requestOutputUpdate();
+    EXPECT_TRUE(waitForLights(*board, {disconnectedFlash}));
 }
 
 TEST_F(OutputPause, SurvivesAStopOfTheEngine) {

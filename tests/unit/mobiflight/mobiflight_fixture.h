@@ -38,6 +38,16 @@ struct MobiFlightClientAccess {
     /// Waits until nobody is sending: what has been written down is then done with.
     static void waitForSender(MobiFlightClient& client) { const std::lock_guard lock(client.sendMutex); }
 
+    /// Whether nobody is sending at this very moment.
+    static bool isSenderFree(MobiFlightClient& client) {
+        const std::unique_lock lock(client.sendMutex, std::try_to_lock);
+        return lock.owns_lock();
+    }
+
+    static std::unique_lock<std::mutex> lockQueue(MobiFlightClient& client) {
+        return std::unique_lock(client.queueMutex);
+    }
+
     static bool write(MobiFlightClient& client, const std::string& text, std::string& error) {
         const std::lock_guard lock(client.sendMutex);
         return client.writeCommandArea(text, error);

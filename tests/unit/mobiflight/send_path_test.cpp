@@ -208,3 +208,41 @@ TEST_F(SendPath, SlowWriteDoesntHoldUpTheQueue) {
     gate.open();
     EXPECT_EQ(written(6), pairs({"first", "b", "b"}));
 }
+
+TEST_F(SendPath, SendNowComesBehindTheWholeOfARunningBurst) {
+    constexpr std::uint32_t detents = 100;
+    becomeReady();
+    Logger::instance().setDebugEnabled(false);
+    gateWrites();
+    gate.close();
+    ASSERT_TRUE(queue("a", RpnKind::Encoder, detents));
+    ASSERT_TRUE(gate.waitForSomebody());
+    std::atomic<bool> calling{false};
+    std::thread sender([&] {
+        std::string reason;
+        calling = true;
+        EXPECT_TRUE(client.sendRpnNow("now", reason));
+    });
+    EXPECT_TRUE(waitUntil([&] { return calling.load(); }));
+    gate.open();
+    sender.join();
+    const Lines all = sinceHandshake();
+    EXPECT_EQ(std::count(all.begin(), all.end(), set("a")), std::ptrdiff_t{detents});
+    EXPECT_EQ(std::find(all.begin(), all.end(), set("now")) - all.begin(), 2 * std::ptrdiff_t{detents});
+}
+
+TEST_F(SendPath, BurstLetsNobodySendBeforeItHasLookedForMoreDetents) {
+    becomeReady();
+    gateWrites();
+    gate.close();
+    ASSERT_TRUE(queue("a", RpnKind::Encoder, 2));
+    ASSERT_TRUE(gate.waitForSomebody());
+    {
+        // Keeps the worker from its look.
+        const auto queueLock = Access::lockQueue(client);
+        gate.open();
+        EXPECT_TRUE(waitUntil([this] { return sinceHandshake() == pairs({"a", "a"}); }));
+        EXPECT_FALSE(waitUntil([this] { return Access::isSenderFree(client); }, std::chrono::milliseconds(20)));
+    }
+    EXPECT_EQ(written(4), pairs({"a", "a"}));
+}

@@ -232,6 +232,7 @@ TEST_F(SimConnectApi, RequestsOfManyThreadsArriveWholeWithRisingIds) {
     constexpr std::uint32_t threads = 4;
     constexpr std::uint32_t each = 500;
     std::vector<std::thread> senders;
+    senders.reserve(threads);
     for (std::uint32_t sender = 0; sender < threads; ++sender) {
         senders.emplace_back([this, sender] {
             std::vector<std::uint8_t> block(256, static_cast<std::uint8_t>(sender));
@@ -290,8 +291,10 @@ TEST_F(SimConnectApi, DispatchesOfManyThreadsHandOutEachMessageOnce) {
         shared.inside = false;
     };
     constexpr std::uint32_t total = 2000;
+    constexpr std::size_t threads = 3;
     std::vector<std::thread> dispatchers;
-    for (int i = 0; i < 3; ++i) {
+    dispatchers.reserve(threads);
+    for (std::size_t i = 0; i < threads; ++i) {
         dispatchers.emplace_back([&] {
             waitUntil([&] {
                 EXPECT_EQ(SimConnect_CallDispatch(handle, proc, &context), simConnectOk);
