@@ -1,4 +1,5 @@
 // The bridge as a process, on a board that the bench drives: road-bridge REPORT-SOCKET PORT CONFIG
+// With port 0 there is no simulator.
 
 #include "app/app.h"
 #include "simconnect/simconnect_open.h"
@@ -31,7 +32,7 @@ int main(int argc, char** argv) {
         endpoint.port = port;
         return simConnectOpenAt(handle, name, endpoint);
     };
-    platform.host.findProcess = [](const auto& visit) { return visit("FlightSimulator.exe"); };
+    platform.host.findProcess = [port](const auto& visit) { return port != 0 && visit("FlightSimulator.exe"); };
     // Keeps the log out of the machine's folders: it lies beside this program.
     platform.host.commonDataFolder = [] { return std::string(); };
     App app(platform);

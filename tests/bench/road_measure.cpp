@@ -121,6 +121,13 @@ RoadResult measureRoad(const RoadSubject& subject, const RoadLoad& load) {
     return result;
 }
 
+double idleWithoutSimulator(const RoadSubject& subject, double seconds) {
+    const SubjectProcess process(subject, 0);
+    // Its start is over by then.
+    std::this_thread::sleep_for(std::chrono::seconds(2));
+    return watchIdle(process.pid, seconds);
+}
+
 double percentile(std::vector<double> samples, double share) {
     if (samples.empty())
         return 0;

@@ -42,6 +42,9 @@ struct RoadLoad {
 /// Starts the subject, feeds it, and ends it.
 RoadResult measureRoad(const RoadSubject& subject, const RoadLoad& load);
 
+/// The share of one core that the subject takes with its board attached and no simulator to be seen.
+double idleWithoutSimulator(const RoadSubject& subject, double seconds);
+
 /// The value below which that share of the samples lies.
 double percentile(std::vector<double> samples, double share);
 

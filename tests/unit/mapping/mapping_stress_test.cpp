@@ -107,6 +107,7 @@ TEST_F(MappingStress, BoardsAndSessionsComeAndGo) {
     hid.scanDevices();
     engine.requestOutputUpdate();
     EXPECT_TRUE(waitUntil([&] { return fresh->led().has_value(); }));
+    engine.submitEvent(button(30, 2), "LAST", 0);
     EXPECT_TRUE(waitForClockReads(HoldWorker, 10));
 }
 
