@@ -67,7 +67,7 @@ step_unit() {
 
 step_scenarios() {
   build_preset linux virtual-cockpit
-  ctest --test-dir build/linux -R '^scenario-' -j2 --output-on-failure
+  ctest --test-dir build/linux -R '^scenario-' -j6 --output-on-failure
 }
 
 step_asan() {
@@ -96,7 +96,7 @@ step_wine() {
 
 step_fuzz() {
   build_preset fuzz
-  scripts/run-fuzzers.sh 15
+  scripts/run-fuzzers.sh 8
 }
 
 step_soak() {
