@@ -16,7 +16,7 @@ passed=0 failed=0
 
 mkdir -p build/test-logs
 "$bench/micro-bench" --benchmark_min_time=$minimum --benchmark_format=csv 2>/dev/null | tee build/test-logs/micro-bench.csv |
-  awk -F, '/^"/ { gsub(/"/, "", $1); printf "%-46s %14.1f %s\n", $1, $4, $5 }'
+  awk -F, '/^"/ { gsub(/"/, "", $1); printf "%-46s %14.1f %s\n", $1, $3, $5 }'
 
 # The JSON reader beside its peer, file by file; the factor leaves room for a busy machine.
 if awk -F, '

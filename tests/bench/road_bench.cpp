@@ -1,6 +1,7 @@
 // The road of a report through the whole bridge, against a program that only reads and sends.
 
 #include "tests/bench/road_measure.h"
+#include "tests/support/numbered_controls.h"
 
 #include <cstdio>
 #include <cstring>
@@ -34,18 +35,7 @@ std::string writeConfiguration() {
     std::filesystem::create_directories(folder);
     std::ofstream(folder + "/config.json")
         << R"({"hid":{"vid":"1234","pid":"ABCD"},"mappings":{"buttonConfigPath":"buttons.json"}})";
-    std::ofstream buttons(folder + "/buttons.json");
-    std::ofstream map(folder + "/hid_event_map.json");
-    buttons << R"({"buttons":[)";
-    map << R"({"event_types":{"BUTTON":1},"control_ids":{)";
-    for (std::uint32_t i = 0; i < controls; ++i) {
-        const char* comma = i == 0 ? "" : ",";
-        buttons << comma << R"({"name":"C)" << i << R"(","commands":{"PRESS":{"DEFAULT":")" << i
-                << R"json( (>K:BENCH)"}}})json";
-        map << comma << R"("C)" << i << R"(":)" << i;
-    }
-    buttons << "]}";
-    map << "}}";
+    writeNumberedControls(folder, controls, "(>K:BENCH)");
     return folder + "/config.json";
 }
 

@@ -1,5 +1,7 @@
 #include "tests/bench/road_measure.h"
 
+#include "tests/support/process_memory.h"
+
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/socket.h>
@@ -105,7 +107,7 @@ RoadResult measureRoad(const RoadSubject& subject, const RoadLoad& load) {
     const std::vector<Clock::time_point> sent = feed(process, load);
     RoadResult result;
     result.complete = simulator.waitForAll();
-    result.residentMiB = residentMiB(process.pid);
+    result.residentMiB = residentMiB(std::to_string(process.pid));
     if (load.idleSeconds > 0)
         result.idleCpu = watchIdle(process.pid, load.idleSeconds);
     result.sent = load.reports;
@@ -135,14 +137,6 @@ double percentile(std::vector<double> samples, double share) {
     const auto place = samples.begin() + static_cast<std::ptrdiff_t>(rank);
     std::nth_element(samples.begin(), place, samples.end());
     return *place;
-}
-
-double residentMiB(int pid) {
-    std::ifstream file("/proc/" + std::to_string(pid) + "/status");
-    for (std::string line; std::getline(file, line);)
-        if (line.starts_with("VmRSS:"))
-            return std::stod(line.substr(6)) / 1024;
-    return 0;
 }
 
 std::string programFolder() {

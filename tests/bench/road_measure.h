@@ -48,8 +48,5 @@ double idleWithoutSimulator(const RoadSubject& subject, double seconds);
 /// The value below which that share of the samples lies.
 double percentile(std::vector<double> samples, double share);
 
-/// Resident memory of a process in MiB; 0 when it can't be told.
-double residentMiB(int pid);
-
 /// The folder of this program, with a slash behind it.
 std::string programFolder();

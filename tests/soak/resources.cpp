@@ -1,9 +1,9 @@
 #include "tests/soak/resources.h"
 
+#include "tests/support/process_memory.h"
+
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <string>
 
 namespace {
 
@@ -12,16 +12,8 @@ std::size_t countEntries(const char* folder) {
     return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
 
-double residentMiB() {
-    std::ifstream file("/proc/self/status");
-    for (std::string line; std::getline(file, line);)
-        if (line.starts_with("VmRSS:"))
-            return std::stod(line.substr(6)) / 1024;
-    return 0;
-}
-
 } // namespace
 
 Resources currentResources() {
-    return {countEntries("/proc/self/task"), countEntries("/proc/self/fd"), residentMiB()};
+    return {countEntries("/proc/self/task"), countEntries("/proc/self/fd"), residentMiB("self")};
 }

@@ -1,6 +1,7 @@
 #include "tests/soak/soak_bridge.h"
 
 #include "simconnect/simconnect_open.h"
+#include "tests/support/numbered_controls.h"
 #include "tests/support/wait_until.h"
 
 #include <algorithm>
@@ -22,18 +23,7 @@ SoakConfiguration::SoakConfiguration()
     std::ofstream(configPath())
         << R"({"hid":{"vid":"1234","pid":"ABCD","scanIntervalMs":5},"mappings":{"buttonConfigPath":"buttons.json"},)"
         << R"("outputs":{"debounceMs":5}})";
-    std::ofstream buttons(path + "/buttons.json");
-    std::ofstream map(path + "/hid_event_map.json");
-    buttons << R"({"buttons":[)";
-    map << R"({"event_types":{"BUTTON":1},"control_ids":{)";
-    for (std::uint32_t control = 0; control < controls; ++control) {
-        const char* comma = control == 0 ? "" : ",";
-        buttons << comma << R"({"name":"C)" << control << R"(","commands":{"PRESS":{"DEFAULT":")" << control
-                << R"json( (>K:SOAK)"}}})json";
-        map << comma << R"("C)" << control << R"(":)" << control;
-    }
-    buttons << "]}";
-    map << "}}";
+    writeNumberedControls(path, controls, "(>K:SOAK)");
 }
 
 SoakConfiguration::~SoakConfiguration() {
