@@ -58,3 +58,19 @@ TEST_F(Faults, NodeThatComesLateIsFoundByALaterPass) {
     EXPECT_TRUE(bridge->waitForLog("HID device connected: " + nameOf(late) + " index=0\n"));
     killBridge();
 }
+
+TEST_F(Faults, BoardThatArrivesInASessionIsToldOfItWithinATenthOfASecond) {
+    scanOnNewsOnly();
+    ASSERT_NO_FATAL_FAILURE(startSession());
+    std::vector<std::chrono::steady_clock::duration> delays;
+    for (std::uint8_t number = 2; number < 9; ++number) {
+        UhidBoard& late = plugBoard(model(number));
+        const auto plugged = std::chrono::steady_clock::now();
+        ASSERT_TRUE(waitUntil([&] { return !late.panel.outputs().empty(); }, ChildProcess::defaultLimit));
+        delays.push_back(std::chrono::steady_clock::now() - plugged);
+    }
+    // The middle one: a single delay may be the machine's own.
+    std::nth_element(delays.begin(), delays.begin() + 3, delays.end());
+    EXPECT_LT(delays[3], std::chrono::milliseconds(100));
+    killBridge();
+}
