@@ -88,10 +88,10 @@ void MappingEngine::holdWorker() {
     while (running) {
         std::unique_lock lock(holdMutex);
         const std::int64_t repeatNs = holdRepeatNs();
-        // With a hold in the table there is no wait at all: the pace comes from polling, not from timers. With none
-        // there is nothing to wake for but the first one: a look at the empty table each period would cost more than
-        // all else that the bridge does when idle.
-        holdCondition.wait(lock, [this] { return !running || !activeHolds.empty(); });
+        const std::int64_t deadline = host.now() + repeatNs;
+        // With a hold in the table there is no wait at all: the pace comes from polling, not from timers.
+        while (running && activeHolds.empty() && waitBefore(deadline, holdCondition, lock)) {
+        }
         if (!running) {
             return;
         }

@@ -136,3 +136,18 @@ public:
 inline std::string reportText(const std::string& begin) {
     return begin + std::string(64 - begin.size(), '0');
 }
+
+/// Two boards, whose connection isn't part of what a test looks at.
+class HidTwoBoards : public HidFixture {
+public:
+    void startWithBoards() {
+        bus.plug(first);
+        bus.plug(second);
+        start();
+        log.clear();
+        bus.clearCalls();
+    }
+
+    std::shared_ptr<VirtualBoard> first = makeBoard(1);
+    std::shared_ptr<VirtualBoard> second = makeBoard(2);
+};

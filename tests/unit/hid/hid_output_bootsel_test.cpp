@@ -2,19 +2,7 @@
 
 namespace {
 
-class HidOutputBootsel : public HidFixture {
-public:
-    void startWithBoards() {
-        bus.plug(first);
-        bus.plug(second);
-        start();
-        log.clear();
-        bus.clearCalls();
-    }
-
-    std::shared_ptr<VirtualBoard> first = makeBoard(1);
-    std::shared_ptr<VirtualBoard> second = makeBoard(2);
-};
+using HidOutputBootsel = HidTwoBoards;
 
 const std::string report = reportText("1202");
 

@@ -7,19 +7,7 @@ constexpr char secondName[] = "0000000000000002";
 constexpr LedCommand steady{1, 0x80, 0, 0, 0};
 constexpr LedCommand flash{3, 0, 4, 500, 200};
 
-class HidOutputLed : public HidFixture {
-public:
-    void startWithBoards() {
-        bus.plug(first);
-        bus.plug(second);
-        start();
-        log.clear();
-        bus.clearCalls();
-    }
-
-    std::shared_ptr<VirtualBoard> first = makeBoard(1);
-    std::shared_ptr<VirtualBoard> second = makeBoard(2);
-};
+using HidOutputLed = HidTwoBoards;
 
 } // namespace
 

@@ -2,19 +2,7 @@
 
 namespace {
 
-class HidOutputSimStatus : public HidFixture {
-public:
-    void startWithBoards() {
-        bus.plug(first);
-        bus.plug(second);
-        start();
-        log.clear();
-        bus.clearCalls();
-    }
-
-    std::shared_ptr<VirtualBoard> first = makeBoard(1);
-    std::shared_ptr<VirtualBoard> second = makeBoard(2);
-};
+using HidOutputSimStatus = HidTwoBoards;
 
 const std::string connectedReport = reportText("1101");
 const std::string disconnectedReport = reportText("1100");

@@ -157,7 +157,7 @@ TEST_F(EngineStop, EndsAllThreadsAtOnceWhateverTheyWaitFor) {
     config.mobiflight.mapHoldRepeatMs = 3600 * 1000;
     ASSERT_TRUE(startEngine());
     engine.requestOutputUpdate();
-    ASSERT_TRUE(waitUntil([this] { return clockReads(OutputWorker) > 0; }));
+    ASSERT_TRUE(waitUntil([this] { return clockReads(OutputWorker) > 0 && clockReads(HoldWorker) > 0; }));
     engine.stop();
     EXPECT_EQ(workersEnded, 3);
 }
