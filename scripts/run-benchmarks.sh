@@ -30,6 +30,18 @@ else
   failed=$((failed + 1))
 fi
 
+# An edit of EXE.xml: a file a hundred times as long may take a hundred times as long, and as much again on a busy machine.
+if awk -F, '
+  /^"registerAddon\// { gsub(/"/, "", $1); split($1, part, "/"); shape = part[2]; shapes[shape] = 1
+    if (part[3] == "bytes:100000") small[shape] = $4; else large[shape] = $4 }
+  END { for (shape in shapes) { count++; printf "EXE.xml %s: 100 times the bytes, %.0f times the time\n", shape, large[shape] / small[shape]
+          if (!(large[shape] < 200 * small[shape])) slow++ }
+        exit !(count > 0 && slow == 0) }' build/test-logs/micro-bench.csv; then
+  passed=$((passed + 1))
+else
+  failed=$((failed + 1))
+fi
+
 if "$bench/road-bench" --reports $flood "${check[@]}"; then
   passed=$((passed + 1))
 else

@@ -10,6 +10,12 @@ CommandLine parseCommandLine(int argc, const char* const* argv) {
             options.console = true;
         } else if (argument == "--hid-trace") {
             options.hidTrace = true;
+        } else if (argument == "--list-exe-xml") {
+            options.listExeXml = true;
+        } else if (argument == "--register") {
+            options.registerProgram = true;
+        } else if (argument == "--unregister") {
+            options.unregisterProgram = true;
         } else if (argument == "--config" && i + 1 < argc) {
             options.configPath = argv[++i];
         }

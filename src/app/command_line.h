@@ -7,6 +7,9 @@
 struct CommandLine {
     bool console = false;
     bool hidTrace = false;
+    bool listExeXml = false;
+    bool registerProgram = false;
+    bool unregisterProgram = false;
     /// Empty when none was given.
     std::string configPath;
 };

@@ -3,6 +3,7 @@
 #include "app/app.h"
 #include "app/app_paths.h"
 #include "app/command_line.h"
+#include "app/registration_commands.h"
 #include "logging/logger.h"
 
 namespace {
@@ -48,6 +49,15 @@ int runProgram(const Platform& platform, int argc, const char* const* argv) {
     platform.host.attachConsole();
     const CommandLine options = parseCommandLine(argc, argv);
     const std::string configPath = options.configPath.empty() ? defaultConfigPath(platform.host) : options.configPath;
+    if (options.listExeXml) {
+        return listExeXmlFiles(platform.host);
+    }
+    if (options.registerProgram) {
+        return registerProgram(platform.host, configPath);
+    }
+    if (options.unregisterProgram) {
+        return unregisterProgram(platform.host);
+    }
     if (platform.host.acquireSingleInstance(singleInstanceName) == SingleInstance::AlreadyRunning) {
         return 0;
     }

@@ -1,5 +1,6 @@
 #include "platform/file_system.h"
 
+#include <algorithm>
 #include <fstream>
 #include <system_error>
 #include <utility>
@@ -31,6 +32,11 @@ std::string join(const std::string& folder, const std::string& name) {
     return toBytes(fromBytes(folder) / fromBytes(name));
 }
 
+std::string toOwnSeparators(std::string path) {
+    std::replace(path.begin(), path.end(), '\\', static_cast<char>(std::filesystem::path::preferred_separator));
+    return path;
+}
+
 bool readFile(const std::string& path, std::string& text) {
     // Linux lets a folder be opened like a file; it only fails to be read.
     std::error_code failure;
@@ -52,6 +58,11 @@ bool readFile(const std::string& path, std::string& text) {
     }
     text = std::move(content);
     return true;
+}
+
+void makeFolders(const std::string& path) {
+    std::error_code ignored;
+    std::filesystem::create_directories(fromBytes(path), ignored);
 }
 
 } // namespace FileSystem

@@ -32,7 +32,17 @@ std::string join(const std::string& folder, const std::string& name);
 /// Absolute by the system's own notion; on Windows also what begins with a root name and a separator.
 bool isAbsolute(const std::string& path);
 
+/// Every backslash turned into the system's own separator: paths as Windows programs write them, for files of theirs
+/// that another system holds.
+std::string toOwnSeparators(std::string path);
+
 /// Reads a whole file. False, with `text` unchanged, when it can't be opened or read, or is a folder.
 bool readFile(const std::string& path, std::string& text);
+
+/// Makes a folder with all its parents. A failure isn't told: it shows when something is put into the folder.
+void makeFolders(const std::string& path);
+
+/// Copies a file over whatever file is there. False, with the system's reason in `error`, when that can't be done.
+bool copyFile(const std::string& from, const std::string& to, std::string& error);
 
 } // namespace FileSystem

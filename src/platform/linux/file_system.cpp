@@ -1,5 +1,7 @@
 #include "platform/file_system.h"
 
+#include <system_error>
+
 namespace FileSystem {
 
 std::filesystem::path fromBytes(const std::string& bytes) {
@@ -12,6 +14,16 @@ std::string toBytes(const std::filesystem::path& path) {
 
 bool isAbsolute(const std::string& path) {
     return fromBytes(path).is_absolute();
+}
+
+bool copyFile(const std::string& from, const std::string& to, std::string& error) {
+    std::error_code failure;
+    std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, failure);
+    if (failure) {
+        error = failure.message();
+        return false;
+    }
+    return true;
 }
 
 } // namespace FileSystem

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <string_view>
+#include <system_error>
 
 namespace FileSystem {
 
@@ -28,6 +29,15 @@ bool isAbsolute(const std::string& path) {
     const std::string_view separators = "/\\";
     const bool isServerPath = path.find_first_not_of(separators) == 2;
     return isServerPath || fromBytes(path).is_absolute();
+}
+
+bool copyFile(const std::string& from, const std::string& to, std::string& error) {
+    // libstdc++ takes any two files of a drive for the same one here, and copies them in text mode.
+    if (!CopyFileW(fromBytes(from).c_str(), fromBytes(to).c_str(), FALSE)) {
+        error = std::system_category().message(static_cast<int>(GetLastError()));
+        return false;
+    }
+    return true;
 }
 
 } // namespace FileSystem

@@ -15,6 +15,9 @@ TEST(CommandLineParsing, NothingGivenLeavesEverythingOff) {
     const CommandLine options = parse({});
     EXPECT_FALSE(options.console);
     EXPECT_FALSE(options.hidTrace);
+    EXPECT_FALSE(options.listExeXml);
+    EXPECT_FALSE(options.registerProgram);
+    EXPECT_FALSE(options.unregisterProgram);
     EXPECT_EQ(options.configPath, "");
 }
 
@@ -22,7 +25,17 @@ TEST(CommandLineParsing, ReadsEachOption) {
     const CommandLine options = parse({"--console", "--hid-trace", "--config", "a b.json"});
     EXPECT_TRUE(options.console);
     EXPECT_TRUE(options.hidTrace);
+    EXPECT_FALSE(options.listExeXml || options.registerProgram || options.unregisterProgram);
     EXPECT_EQ(options.configPath, "a b.json");
+}
+
+TEST(CommandLineParsing, ReadsTheOptionsOfRegistrationEachForItself) {
+    EXPECT_TRUE(parse({"--list-exe-xml"}).listExeXml);
+    EXPECT_FALSE(parse({"--list-exe-xml"}).registerProgram);
+    EXPECT_TRUE(parse({"--register"}).registerProgram);
+    EXPECT_FALSE(parse({"--register"}).unregisterProgram);
+    EXPECT_TRUE(parse({"--unregister"}).unregisterProgram);
+    EXPECT_FALSE(parse({"--unregister"}).registerProgram);
 }
 
 TEST(CommandLineParsing, ConfigAsLastArgumentIsIgnored) {
@@ -48,7 +61,9 @@ TEST(CommandLineParsing, ConfigTakesTheNextArgumentWhateverItIs) {
 }
 
 TEST(CommandLineParsing, CaseCountsAndUnknownArgumentsAreIgnored) {
-    const CommandLine options = parse({"--CONSOLE", "-console", "console", "--hid-trace=1", "--help", "--config=x"});
+    const CommandLine options = parse({"--CONSOLE", "-console", "console", "--hid-trace=1", "--help", "--config=x",
+                                       "--Register", "--register=1", "-unregister", "--list-exe-xml ", "--list"});
+    EXPECT_FALSE(options.listExeXml || options.registerProgram || options.unregisterProgram);
     EXPECT_FALSE(options.console);
     EXPECT_FALSE(options.hidTrace);
     EXPECT_EQ(options.configPath, "");

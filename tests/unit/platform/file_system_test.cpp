@@ -150,4 +150,60 @@ TEST(FileSystemReadFile, RefusesAFolderAndLeavesTheText) {
     EXPECT_EQ(text, "old");
 }
 
+TEST(FileSystemOwnSeparators, TakeTheBackslashesPlace) {
+    EXPECT_EQ(FileSystem::toOwnSeparators("a\\b\\\\c"), "a" + separator + "b" + separator + separator + "c");
+    EXPECT_EQ(FileSystem::toOwnSeparators("a/b"), "a/b");
+    EXPECT_EQ(FileSystem::toOwnSeparators(""), "");
+}
+
+TEST(FileSystemMakeFolders, MakesAFolderWithAllItsParents) {
+    const TempFolder folder;
+    const std::string deep = FileSystem::join(folder.path(), "a/E\x80ro/c");
+    FileSystem::makeFolders(deep);
+    EXPECT_TRUE(FileSystem::exists(deep));
+    FileSystem::makeFolders(deep);
+    EXPECT_TRUE(FileSystem::exists(deep));
+}
+
+TEST(FileSystemMakeFolders, LeavesAFileInTheWayAndSaysNothing) {
+    const TempFolder folder;
+    const std::string file = folder.write("file", "text");
+    FileSystem::makeFolders(FileSystem::join(file, "below"));
+    FileSystem::makeFolders("");
+    std::string text;
+    ASSERT_TRUE(FileSystem::readFile(file, text));
+    EXPECT_EQ(text, "text");
+}
+
+TEST(FileSystemCopyFile, CopiesEveryByteOverWhatIsThere) {
+    const TempFolder folder;
+    const std::string content("\r\n\n\0\x1A\xFF end", 10);
+    const std::string from = folder.write("from", content);
+    const std::string to = folder.write("to", std::string(100000, 'x'));
+    std::string error;
+    std::string text;
+    ASSERT_TRUE(FileSystem::copyFile(from, to, error)) << error;
+    ASSERT_TRUE(FileSystem::readFile(to, text));
+    EXPECT_EQ(text, content);
+    EXPECT_EQ(error, "");
+    ASSERT_TRUE(FileSystem::copyFile(from, folder.path("new"), error)) << error;
+    ASSERT_TRUE(FileSystem::readFile(folder.path("new"), text));
+    EXPECT_EQ(text, content);
+}
+
+TEST(FileSystemCopyFile, SaysWhyItCannot) {
+    const TempFolder folder;
+    const std::string from = folder.write("from", "");
+    std::string error;
+    EXPECT_FALSE(FileSystem::copyFile(folder.path("absent"), folder.path("to"), error));
+    EXPECT_NE(error, "");
+    EXPECT_FALSE(FileSystem::exists(folder.path("to")));
+    error.clear();
+    EXPECT_FALSE(FileSystem::copyFile(from, folder.makeFolder("folder"), error));
+    EXPECT_NE(error, "");
+    error.clear();
+    EXPECT_FALSE(FileSystem::copyFile(folder.path(), folder.path("to"), error));
+    EXPECT_NE(error, "");
+}
+
 } // namespace

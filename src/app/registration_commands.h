@@ -1,0 +1,16 @@
+#pragma once
+
+#include "platform/platform.h"
+
+#include <string>
+
+// What the program does instead of running the bridge, for a person or an installer: each prints its result on the
+// standard streams and gives the process's exit code. No log is open meanwhile.
+
+/// Prints where EXE.xml files are or may be put on this machine.
+int listExeXmlFiles(const Host& host);
+
+/// Has the simulator start this program with that configuration file, given as it stands.
+int registerProgram(const Host& host, const std::string& configPath);
+
+int unregisterProgram(const Host& host);

@@ -1,0 +1,115 @@
+// What only Linux can show: prefixes of Wine and Proton, and disks that take nothing.
+
+#include "tests/unit/registration/exe_xml_machine.h"
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+
+namespace {
+
+/// While it lives, no file can grow, as on a full disk.
+class FullDisk {
+public:
+    FullDisk() : signalBefore(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit none{0, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &none);
+    }
+    ~FullDisk() {
+        setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, signalBefore);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    rlimit before{};
+    void (*signalBefore)(int);
+};
+
+/// More than a stream holds back until it is closed.
+std::string longText() {
+    std::string text = Samples::head + Samples::entry;
+    for (int i = 0; i < 1000; ++i)
+        text += Samples::entryOf("A");
+    return text + Samples::tail;
+}
+
+using ExeXmlOnLinux = ExeXmlMachine;
+
+TEST_F(ExeXmlOnLinux, FindsTheFilesOfAWinePrefixWhoseVariablesAreWrittenWithBackslashes) {
+    install(Boxed, Samples::head + Samples::tail);
+    std::string windowsStyle = folder.path("Roaming");
+    std::replace(windowsStyle.begin(), windowsStyle.end(), '/', '\\');
+    fake.variables["APPDATA"] = windowsStyle;
+    EXPECT_EQ(ExeXmlRegistrar::discoverExeXmlPaths(host), std::vector<std::string>{pathOf(Boxed)});
+    EXPECT_EQ(registerIt(), 1);
+    EXPECT_EQ(contentOf(pathOf(Boxed)), Samples::head + Samples::entry + Samples::tail);
+}
+
+TEST_F(ExeXmlOnLinux, FollowsAFolderThatIsALink) {
+    folder.makeFolder("real");
+    folder.makeFolder("Roaming");
+    std::filesystem::create_directory_symlink(folder.path("real"), folder.path("Roaming/Microsoft Flight Simulator"));
+    EXPECT_EQ(registerIt(), 1);
+    EXPECT_EQ(contentOf(folder.path("real/EXE.xml")), Samples::head + Samples::entry + Samples::tail);
+}
+
+TEST_F(ExeXmlOnLinux, CountsALinkToNowhereAsAbsent) {
+    folder.makeFolder("Roaming");
+    std::filesystem::create_directory_symlink("nowhere", folder.path("Roaming/Microsoft Flight Simulator"));
+    EXPECT_EQ(registerIt(), 0);
+    EXPECT_EQ(error, "");
+}
+
+TEST_F(ExeXmlOnLinux, WritesThroughAFileThatIsALinkAndBacksUpItsContent) {
+    const std::string real = folder.write("real.xml", Samples::head + Samples::tail);
+    install(Boxed);
+    std::filesystem::create_symlink(real, pathOf(Boxed));
+    EXPECT_EQ(registerIt(), 1);
+    EXPECT_EQ(contentOf(real), Samples::head + Samples::entry + Samples::tail);
+    EXPECT_TRUE(std::filesystem::is_symlink(pathOf(Boxed)));
+    EXPECT_EQ(contentOf(pathOf(Boxed) + ".bak"), Samples::head + Samples::tail);
+}
+
+TEST_F(ExeXmlOnLinux, TellsThatTheDiskTookNoLongText) {
+    EXPECT_FALSE(ExeXmlRegistrar::writeExeXml("/dev/full", longText(), error));
+    EXPECT_EQ(error, "Failed to write: /dev/full");
+    EXPECT_EQ(log.linesWith("[WARN] Failed to back up EXE.xml before writing: /dev/full (").size(), 1U);
+}
+
+TEST_F(ExeXmlOnLinux, DoesNotSeeAFailureThatComesAsTheFileIsClosed) {
+    EXPECT_TRUE(ExeXmlRegistrar::writeExeXml("/dev/full", Samples::head + Samples::tail, error));
+    EXPECT_EQ(error, "");
+}
+
+TEST_F(ExeXmlOnLinux, AFullDiskStopsTheRegistrationAtItsFile) {
+    install(StoreCache, longText());
+    install(Boxed, longText());
+    int count = 0;
+    {
+        const FullDisk disk;
+        count = registerIt();
+    }
+    EXPECT_EQ(count, 0);
+    EXPECT_EQ(error, "Failed to write: " + pathOf(StoreCache));
+    EXPECT_EQ(contentOf(pathOf(Boxed)), longText());
+}
+
+TEST_F(ExeXmlOnLinux, AFullDiskStopsTheUnregistrationAtItsFile) {
+    install(StoreCache, longText());
+    install(Boxed, longText());
+    int count = 0;
+    {
+        const FullDisk disk;
+        count = unregisterIt();
+    }
+    EXPECT_EQ(count, 0);
+    EXPECT_EQ(error, "Failed to write: " + pathOf(StoreCache));
+    EXPECT_EQ(contentOf(pathOf(Boxed)), longText());
+}
+
+} // namespace
