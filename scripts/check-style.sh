@@ -23,7 +23,7 @@ formatting() { sources '*.cpp' '*.h' | xargs clang-format --dry-run -Werror; }
 
 tidy() {
   # Only what this machine's compile commands cover: the Windows sources are the cross compiler's.
-  sources 'src/*.cpp' 'simulation/*.cpp' | grep -v '^src/platform/windows/' |
+  sources 'src/*.cpp' 'simulation/*.cpp' | grep -vE '^src/(platform|simconnect)/windows/' |
     xargs -P2 -n4 clang-tidy -p build/linux --quiet 2>&1 | grep -E 'warning:|error:'
   [ "${PIPESTATUS[2]}" -ne 123 ]
 }
@@ -37,8 +37,10 @@ include_directions() {
   local order=(simconnect platform logging config hid sim mobiflight mapping app) allowed="" folder
   for folder in "${order[@]}"; do
     allowed="$allowed|$folder"
+    [ "$folder" != app ] || allowed="$allowed|registration"
     grep -HnE '#include "' $(sources "src/$folder/*") | grep -vE "#include \"(${allowed#|})/"
   done
+  grep -HnE '#include "' $(sources 'src/registration/*') | grep -vE '#include "(platform|logging|registration)/'
   grep -HnE '#include "(simulation|tests)/' $(sources 'src/*')
   grep -HnE '#include "' $(sources 'simulation/*' | grep -vE '^simulation/(scenario|cockpit)/') |
     grep -vE '#include "(simulation/|platform/|simconnect/|hid/hid_protocol\.h|hid/hex_text\.h)'

@@ -237,6 +237,12 @@ std::string recordAsJson(const SimulatorRecord& record, std::chrono::steady_cloc
     return json.str();
 }
 
+std::string listeningAsJson(const SimConnectEndpoint& endpoint) {
+    std::string json = R"({"kind":"listening",)";
+    json += endpoint.pipe.empty() ? R"("port":)" + std::to_string(endpoint.port) : R"("pipe":)" + quoted(endpoint.pipe);
+    return json + "}";
+}
+
 std::string noticeAsJson(std::string_view kind, std::string_view text) {
     return R"({"kind":)" + quoted(kind) + R"(,"text":)" + quoted(text) + "}";
 }

@@ -18,5 +18,8 @@ std::string consoleHelp();
 /// A record as one JSON object: kind, seconds since `start`, session, and what else the kind has.
 std::string recordAsJson(const SimulatorRecord& record, std::chrono::steady_clock::time_point start);
 
+/// {"kind":"listening",…} with the port, or the pipe.
+std::string listeningAsJson(const SimConnectEndpoint& endpoint);
+
 /// {"kind":…,"text":…}
 std::string noticeAsJson(std::string_view kind, std::string_view text);

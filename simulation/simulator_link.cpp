@@ -28,11 +28,11 @@ void SimulatorLink::send(std::span<const std::uint8_t> bytes) {
 void SimulatorLink::flush() {
     while (!over() && !outbound.pending().empty()) {
         const auto pending = outbound.pending();
-        const SocketTransfer transfer = socket.send(byteByByte ? pending.first(1) : pending);
-        if (transfer.status == SocketStatus::WouldBlock) {
+        const Transfer transfer = stream.send(byteByByte ? pending.first(1) : pending);
+        if (transfer.status == TransferStatus::WouldBlock) {
             return;
         }
-        if (transfer.status != SocketStatus::Done) {
+        if (transfer.status != TransferStatus::Done) {
             close();
             return;
         }
@@ -41,11 +41,13 @@ void SimulatorLink::flush() {
 }
 
 void SimulatorLink::read() {
+    readSomething = false;
     for (std::size_t reads = 0; reads < readsPerTurn && live(); ++reads) {
-        const SocketTransfer transfer = socket.receive(inbound.prepare(readPiece));
-        if (transfer.status == SocketStatus::Done) {
+        const Transfer transfer = stream.receive(inbound.prepare(readPiece));
+        if (transfer.status == TransferStatus::Done) {
             inbound.commit(transfer.count);
-        } else if (transfer.status == SocketStatus::WouldBlock) {
+            readSomething = true;
+        } else if (transfer.status == TransferStatus::WouldBlock) {
             return;
         } else {
             close();
@@ -62,8 +64,8 @@ void SimulatorLink::finish() {
     continueFinish(Clock::now());
 }
 
-// Closing over unread requests would reset the connection, and the client could lose the last messages with it. So the
-// simulator ends its own side and reads on until the client has ended, too.
+// Closing a socket over unread requests would reset the connection, and the client could lose the last messages with
+// it. So the simulator ends its own side and reads on until the client has ended, too.
 void SimulatorLink::continueFinish(Clock::time_point now) {
     flush();
     if (over() || now >= finishLimit) {
@@ -73,30 +75,32 @@ void SimulatorLink::continueFinish(Clock::time_point now) {
     if (!outbound.pending().empty()) {
         return;
     }
-    if (!sendingEnded) {
-        socket.endSending();
-        sendingEnded = true;
+    if (!sendingEnded && !stream.endSending()) {
+        close();
+        return;
     }
+    sendingEnded = true;
     std::array<std::uint8_t, 4096> ignored{};
-    SocketTransfer transfer{SocketStatus::Done, 0};
-    while (transfer.status == SocketStatus::Done) {
-        transfer = socket.receive(ignored);
+    Transfer transfer{TransferStatus::Done, 0};
+    while (transfer.status == TransferStatus::Done) {
+        transfer = stream.receive(ignored);
     }
-    if (transfer.status != SocketStatus::WouldBlock) {
+    if (transfer.status != TransferStatus::WouldBlock) {
         close();
     }
 }
 
 void SimulatorLink::reset() {
-    socket.reset();
+    stream.reset();
     state = State::Over;
 }
 
 void SimulatorLink::close() {
-    socket.close();
+    stream.close();
     state = State::Over;
 }
 
-SocketInterest SimulatorLink::interest(bool reading) const {
-    return {socket.number(), reading, backlogged()};
+std::optional<SocketInterest> SimulatorLink::interest(bool reading) const {
+    const Socket* const socket = stream.socket();
+    return socket == nullptr ? std::nullopt : std::optional<SocketInterest>({socket->number(), reading, backlogged()});
 }

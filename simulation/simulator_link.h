@@ -1,13 +1,14 @@
 #pragma once
 
+#include "simconnect/byte_stream.h"
 #include "simconnect/message_reader.h"
 #include "simconnect/outbound_buffer.h"
-#include "simconnect/socket.h"
 #include "simconnect/wire.h"
 
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <utility>
 
@@ -16,7 +17,7 @@ class SimulatorLink {
 public:
     using Clock = std::chrono::steady_clock;
 
-    explicit SimulatorLink(Socket accepted) : socket(std::move(accepted)) {}
+    explicit SimulatorLink(ByteStream accepted) : stream(std::move(accepted)) {}
 
     /// Neither side has ended it.
     bool live() const { return state == State::Live; }
@@ -38,7 +39,10 @@ public:
     /// Moves an end in order on. Only while neither live nor over.
     void continueFinish(Clock::time_point now);
 
-    SocketInterest interest(bool reading) const;
+    /// The last read brought something, so that more may be there.
+    bool flowing() const { return readSomething; }
+    /// What to wait for; none: it has to be looked at from time to time.
+    std::optional<SocketInterest> interest(bool reading) const;
     /// Whether each byte is a send of its own.
     void sendByteByByte(bool on) { byteByByte = on; }
 
@@ -47,11 +51,12 @@ private:
 
     void close();
 
-    Socket socket;
+    ByteStream stream;
     State state = State::Live;
     OutboundBuffer outbound;
     MessageReader inbound{SimConnectWire::requestHeadSize};
     Clock::time_point finishLimit;
     bool sendingEnded = false;
+    bool readSomething = false;
     bool byteByByte = false;
 };

@@ -6,35 +6,35 @@
 
 namespace {
 
-// While a connection ends, waits for its time, or the port is still taken, time itself brings news.
+// While a connection ends, waits for its time, or the port is still taken, time itself brings news; and pipes can't be
+// waited for together with sockets.
 constexpr std::chrono::milliseconds shortWait{5};
 constexpr std::chrono::milliseconds longWait{1000};
 
 } // namespace
 
-SimulatorServer::SimulatorServer(const VirtualSimulatorOptions& startOptions)
-    : options(startOptions), wakeSocket(makeWakeSocket()) {
+SimulatorServer::SimulatorServer(const VirtualSimulatorOptions& simulatorOptions)
+    : options(simulatorOptions), wakeSocket(makeWakeSocket()) {
     shared.areas.setListener([this](const ClientDataArea& area, std::span<const std::uint8_t> before,
                                     std::uint32_t session) { areaWritten(area, before, session); });
     renewWorld();
 }
 
-bool SimulatorServer::start(std::uint16_t wantedPort, std::string& error) {
+bool SimulatorServer::start(SimulatorListener where, std::string& error) {
     if (running) {
         error = "Virtual simulator already running";
         return false;
     }
     {
         const std::lock_guard lock(mutex);
-        listener = listenOnLoopback(wantedPort, options.receiveBufferBytes, error);
-        if (!listener.valid()) {
+        if (!where.listen(error)) {
             return false;
         }
         if (!wakeSocket.valid()) {
             error = "Failed to make the virtual simulator's wake socket";
             return false;
         }
-        listenPort = listener.localPort();
+        listener = std::move(where);
         behaviour.refusing = false;
     }
     running = true;
@@ -59,8 +59,9 @@ void SimulatorServer::stop() {
     received.deliver();
 }
 
-std::uint16_t SimulatorServer::port() const {
-    return listenPort;
+SimConnectEndpoint SimulatorServer::endpoint() const {
+    const std::lock_guard lock(mutex);
+    return listener.endpoint();
 }
 
 void SimulatorServer::wake() {
@@ -79,9 +80,9 @@ void SimulatorServer::setRefusing(bool refuse) {
 
 // The port may be taken for a moment by a connection of somebody else's; the thread then tries again.
 void SimulatorServer::listenAgain() {
-    if (running && !behaviour.refusing && !listener.valid()) {
+    if (running && !behaviour.refusing && !listener.listening()) {
         std::string error;
-        listener = listenOnLoopback(listenPort, options.receiveBufferBytes, error);
+        listener.listen(error);
     }
 }
 
@@ -114,10 +115,17 @@ std::chrono::milliseconds SimulatorServer::interests(std::vector<SocketInterest>
     turned.wait(lock, [this] { return controls == 0; });
     polling = true;
     wanted.assign(1, {wakeSocket.number(), true, false});
-    if (listener.valid()) {
-        wanted.push_back({listener.number(), true, false});
+    bool flowing = false;
+    bool timed = !behaviour.refusing && !listener.listening();
+    const auto want = [&](const std::optional<SocketInterest>& interest) {
+        timed = timed || !interest;
+        if (interest) {
+            wanted.push_back(*interest);
+        }
+    };
+    if (listener.listening()) {
+        want(listener.interest());
     }
-    bool timed = !behaviour.refusing && !listener.valid();
     const Clock::time_point now = Clock::now();
     for (const auto& session : sessions) {
         const SimulatorLink& link = session->link();
@@ -125,17 +133,21 @@ std::chrono::milliseconds SimulatorServer::interests(std::vector<SocketInterest>
         timed = timed || early || !link.live();
         // One that isn't served isn't asked about either: its news would end each wait at once.
         if (link.live() && !early && !behaviour.stalled) {
-            wanted.push_back(link.interest(true));
+            want(link.interest(true));
+            flowing = flowing || link.flowing();
         } else if (link.live() && link.backlogged()) {
-            wanted.push_back(link.interest(false));
+            want(link.interest(false));
         }
+    }
+    if (timed && flowing) {
+        return std::chrono::milliseconds(0);
     }
     return timed ? shortWait : longWait;
 }
 
 void SimulatorServer::turn() {
     std::array<std::uint8_t, 64> wakes{};
-    while (wakeSocket.receive(wakes).status == SocketStatus::Done) {
+    while (wakeSocket.receive(wakes).status == TransferStatus::Done) {
     }
     const std::lock_guard lock(mutex);
     polling = false;
@@ -151,8 +163,8 @@ void SimulatorServer::turn() {
 }
 
 void SimulatorServer::acceptAll() {
-    while (listener.valid()) {
-        Socket accepted = listener.accept();
+    while (listener.listening()) {
+        ByteStream accepted = listener.accept();
         if (!accepted.valid()) {
             return;
         }

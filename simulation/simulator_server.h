@@ -2,6 +2,7 @@
 
 #include "simconnect/socket.h"
 #include "simulation/mobiflight_module.h"
+#include "simulation/simulator_listener.h"
 #include "simulation/simulator_records.h"
 #include "simulation/simulator_session.h"
 #include "simulation/virtual_simulator.h"
@@ -29,14 +30,15 @@ struct SimulatorConduct {
 /// which have their own below it.
 class SimulatorServer {
 public:
-    explicit SimulatorServer(const VirtualSimulatorOptions& startOptions);
+    explicit SimulatorServer(const VirtualSimulatorOptions& simulatorOptions);
     ~SimulatorServer() { stop(); }
     SimulatorServer(const SimulatorServer&) = delete;
     SimulatorServer& operator=(const SimulatorServer&) = delete;
 
-    bool start(std::uint16_t wantedPort, std::string& error);
+    bool start(SimulatorListener where, std::string& error);
     void stop();
-    std::uint16_t port() const;
+    SimConnectEndpoint endpoint() const;
+    const VirtualSimulatorOptions& startOptions() const { return options; }
 
     /// Runs `action` under the lock while the thread waits for no socket: what a wait holds is closed only when the
     /// wait ends, and until then clients would still reach it.
@@ -95,18 +97,17 @@ private:
     SimulatorRecords received;
     std::thread thread;
     std::atomic<bool> running{false};
-    std::atomic<std::uint16_t> listenPort{0};
     /// Ends the thread's wait. Never replaced, so that any thread may send on it.
     const Socket wakeSocket;
 
     /// Guards the members below.
-    std::mutex mutex;
+    mutable std::mutex mutex;
     std::condition_variable turned;
     /// The thread waits for sockets, or is about to.
     bool polling = false;
     /// Controls that want the thread to let them in before it waits again.
     std::size_t controls = 0;
-    Socket listener;
+    SimulatorListener listener;
     SimulatorConduct behaviour;
     SimulatorWorld shared{received, {}};
     MobiFlightModule mobiflight{shared.areas, received};

@@ -39,7 +39,7 @@ std::string SimulatorSession::Request::name(std::size_t offset) const {
     return {field.begin(), std::find(field.begin(), field.end(), std::uint8_t{0})};
 }
 
-SimulatorSession::SimulatorSession(Socket accepted, std::uint32_t sessionNumber, SimulatorWorld& sharedWorld,
+SimulatorSession::SimulatorSession(ByteStream accepted, std::uint32_t sessionNumber, SimulatorWorld& sharedWorld,
                                    Clock::time_point serviceBegins)
     : connection(std::move(accepted)), ownNumber(sessionNumber), world(sharedWorld), begin(serviceBegins) {
     world.records.add(record(SimulatorRecordKind::Connected));

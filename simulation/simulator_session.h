@@ -24,7 +24,7 @@ class SimulatorSession {
 public:
     using Clock = SimulatorLink::Clock;
 
-    SimulatorSession(Socket accepted, std::uint32_t sessionNumber, SimulatorWorld& sharedWorld,
+    SimulatorSession(ByteStream accepted, std::uint32_t sessionNumber, SimulatorWorld& sharedWorld,
                      Clock::time_point serviceBegins);
 
     SimulatorLink& link() { return connection; }

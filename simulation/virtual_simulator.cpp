@@ -14,13 +14,19 @@ VirtualSimulator::VirtualSimulator(VirtualSimulatorOptions options) : impl(std::
 VirtualSimulator::~VirtualSimulator() = default;
 
 bool VirtualSimulator::start(std::uint16_t port, std::string& error) {
-    return impl->start(port, error);
+    return impl->start({port, impl->startOptions().receiveBufferBytes}, error);
+}
+bool VirtualSimulator::startOnPipe(const std::string& name, std::string& error) {
+    return impl->start({name, impl->startOptions().receiveBufferBytes}, error);
 }
 void VirtualSimulator::stop() {
     impl->stop();
 }
 std::uint16_t VirtualSimulator::port() const {
-    return impl->port();
+    return endpoint().port;
+}
+SimConnectEndpoint VirtualSimulator::endpoint() const {
+    return impl->endpoint();
 }
 
 void VirtualSimulator::setBattery(bool on) {
@@ -41,6 +47,16 @@ void VirtualSimulator::setLVarsText(std::string_view text) {
 
 void VirtualSimulator::respond(std::string_view text) {
     impl->control([&] { impl->module().respond(text); });
+}
+
+void VirtualSimulator::pingModule() {
+    constexpr std::string_view ping = "MF.Ping";
+    impl->control([&] {
+        impl->world().areas.write("MobiFlight.Command", [&](std::span<std::uint8_t> bytes) {
+            std::ranges::fill(bytes, std::uint8_t{0});
+            std::ranges::copy(ping, bytes.begin());
+        });
+    });
 }
 
 void VirtualSimulator::quit() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "simconnect/simconnect_cfg.h"
+
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -54,18 +56,18 @@ std::string_view simulatorRecordKindName(SimulatorRecordKind kind);
 struct VirtualSimulatorOptions {
     /// False: the simulator runs without the MobiFlight module, whose areas then don't exist.
     bool moduleInstalled = true;
-    /// The sockets' receive buffer in bytes, to let a stalled simulator's backlog reach its client soon; 0: the
+    /// The connections' receive buffer in bytes, to let a stalled simulator's backlog reach its client soon; 0: the
     /// system's.
     int receiveBufferBytes = 0;
 };
 
-/// The simulator's side of the SimConnect protocol on 127.0.0.1, with the battery variable, client events and the
-/// MobiFlight module with its areas, and with what goes wrong in life. Serves any number of clients on one thread of
-/// its own.
+/// The simulator's side of the SimConnect protocol on 127.0.0.1 or a local pipe, with the battery variable, client
+/// events and the MobiFlight module with its areas, and with what goes wrong in life. Serves any number of clients on
+/// one thread of its own.
 ///
 /// All members may be called from any thread, from inside the record callback too (but for `stop` and the waiting
 /// ones, which would wait for themselves there). A control has taken effect when it returns: what it sends is in the
-/// sockets, or queued behind what a slow client hasn't taken yet.
+/// connections, or queued behind what a slow client hasn't taken yet.
 class VirtualSimulator {
 public:
     using RecordCallback = std::function<void(const SimulatorRecord& record)>;
@@ -79,10 +81,15 @@ public:
 
     /// Listens on the port, 0 for any free one. False with the reason in `error` when it can't, or runs already.
     bool start(std::uint16_t port, std::string& error);
+    /// Listens on a local pipe, told without "\\.\pipe\", in place of a port. False with the reason in `error` when it
+    /// can't, as on a system without such pipes, or runs already.
+    bool startOnPipe(const std::string& name, std::string& error);
     /// Ends all sessions without a word and the thread. Records stay; `start` may follow. Idempotent.
     void stop();
-    /// The port that `start` took; 0 before the first start. Stays the same while opens are refused.
+    /// The port that `start` took; 0 before the first start, and on a pipe. Stays the same while opens are refused.
     std::uint16_t port() const;
+    /// Where clients reach it: the port or the pipe that it was started on.
+    SimConnectEndpoint endpoint() const;
 
     // The aircraft and the module's variables. They outlive sessions, `quit` and `die`.
 
@@ -94,6 +101,9 @@ public:
     void setLVarsText(std::string_view text);
     /// Writes a text into "MobiFlight.Response" as if the module said it. Nobody hears the same text twice in a row.
     void respond(std::string_view text);
+    /// Another client pings the module over the same areas, as in a busy simulator: a command or a confirmation that
+    /// equals the one before is then news again.
+    void pingModule();
 
     // What goes wrong in life.
 

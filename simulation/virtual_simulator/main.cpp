@@ -21,39 +21,48 @@ namespace {
 constexpr std::uint16_t defaultPort = 50500;
 
 struct Options {
-    std::uint16_t port = defaultPort;
+    std::optional<std::uint16_t> port;
+    std::optional<std::string> pipe;
     bool keep = false;
     bool help = false;
 };
 
-constexpr std::string_view usage = "Usage: virtual-simulator [--port N] [--keep] [--help]\n"
+constexpr std::string_view usage = "Usage: virtual-simulator [--port N | --pipe [NAME]] [--keep] [--help]\n"
                                    "\n"
-                                   "Plays a flight simulator with the MobiFlight module for SimConnect clients on\n"
-                                   "127.0.0.1, and prints what they send as JSON, one object a line.\n"
+                                   "Plays a flight simulator with the MobiFlight module for SimConnect clients of\n"
+                                   "this machine, and prints what they send as JSON, one object a line.\n"
                                    "\n"
-                                   "  --port N   the port to listen on (default 50500; 0: any free one)\n"
-                                   "  --keep     run on when standard input ends\n"
-                                   "  --help     show this text\n"
+                                   "  --port N        the port of 127.0.0.1 to listen on (default 50500; 0: any\n"
+                                   "                  free one)\n"
+                                   "  --pipe [NAME]   listen on a local pipe instead, by default the simulator's\n"
+                                   "                  own (Windows only)\n"
+                                   "  --keep          run on when standard input ends\n"
+                                   "  --help          show this text\n"
                                    "\n"
                                    "Commands on standard input, one a line:\n";
 
-bool readPort(std::string_view text, std::uint16_t& port) {
+std::optional<std::uint16_t> readPort(std::string_view text) {
+    std::uint16_t port = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
-    return error == std::errc() && end == text.data() + text.size();
+    return error == std::errc() && end == text.data() + text.size() ? std::optional(port) : std::nullopt;
 }
 
 std::optional<Options> parse(const std::vector<std::string_view>& arguments) {
     Options options;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const bool hasValue = i + 1 < arguments.size() && !arguments[i + 1].starts_with("--");
         if (arguments[i] == "--help") {
             options.help = true;
         } else if (arguments[i] == "--keep") {
             options.keep = true;
-        } else if (arguments[i] != "--port" || ++i == arguments.size() || !readPort(arguments[i], options.port)) {
+        } else if (arguments[i] == "--pipe") {
+            options.pipe = hasValue ? arguments[++i] : simConnectPipe;
+        } else if (arguments[i] != "--port" || !hasValue || !(options.port = readPort(arguments[++i]))) {
             return std::nullopt;
         }
     }
-    return options;
+    const bool twoPlaces = options.port && options.pipe;
+    return twoPlaces ? std::nullopt : std::optional(options);
 }
 
 // Prints whole lines from the simulator's thread and from the main one.
@@ -106,9 +115,9 @@ int run(const Options& options) {
     std::string error;
     simulator.setRecordCallback([&](const SimulatorRecord& record) { printer.print(recordAsJson(record, begin)); });
     const bool started = printer.printFirst([&] {
-        return simulator.start(options.port, error)
-                   ? R"({"kind":"listening","port":)" + std::to_string(simulator.port()) + "}"
-                   : std::string();
+        const bool listening = options.pipe ? simulator.startOnPipe(*options.pipe, error)
+                                            : simulator.start(options.port.value_or(defaultPort), error);
+        return listening ? listeningAsJson(simulator.endpoint()) : std::string();
     });
     if (!started) {
         std::cerr << error << '\n';

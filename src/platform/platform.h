@@ -89,6 +89,9 @@ struct SimConnectLibrary {
     std::function<decltype(SimConnect_AddToClientDataDefinition)> addToClientDataDefinition;
     std::function<decltype(SimConnect_RequestClientData)> requestClientData;
     std::function<decltype(SimConnect_SetClientData)> setClientData;
+    /// What the user should know of how the library was found, as a line for the log; empty when there is nothing to
+    /// say. Finds it when need be. May be left empty, which says nothing either.
+    std::function<std::string()> notice;
 };
 
 /// News of HID devices coming and going. `setUp`, `run` and `tearDown` are called on one thread, in this order.

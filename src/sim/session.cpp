@@ -27,6 +27,7 @@ std::uint32_t requestIdOf(const SimConnectRecv* message) {
 } // namespace
 
 bool SimConnectClient::openSession(std::string& error) {
+    logNoticeOnce();
     SimConnectHandle newHandle = nullptr;
     const SimConnectResult result = library.open(&newHandle, clientName.c_str(), nullptr, 0, nullptr, 0);
     if (simConnectFailed(result)) {
@@ -42,6 +43,14 @@ bool SimConnectClient::openSession(std::string& error) {
         connectionCallback(true);
     logInfo("SimConnect connected");
     return true;
+}
+
+void SimConnectClient::logNoticeOnce() {
+    if (std::exchange(noticeLogged, true) || !library.notice)
+        return;
+    const std::string notice = library.notice();
+    if (!notice.empty())
+        logWarn(notice);
 }
 
 bool SimConnectClient::adoptHandle(SimConnectHandle newHandle) {

@@ -63,6 +63,9 @@ private:
     std::thread worker;
     SimConnectHandle handle = nullptr;
 
+    /// The library's notice is in the log. Touched by the worker alone.
+    bool noticeLogged = false;
+
     // Written by `start` before the worker runs.
     std::string clientName;
     ConnectionCallback connectionCallback;
@@ -106,6 +109,7 @@ private:
 
     // The session (session.cpp).
     bool openSession(std::string& error);
+    void logNoticeOnce();
     bool adoptHandle(SimConnectHandle newHandle);
     void watchBattery();
     bool defineBattery(std::string& error);

@@ -1,5 +1,7 @@
 #include "simconnect/session.h"
 
+#include "simconnect/wire.h"
+
 #include <array>
 #include <utility>
 
@@ -34,8 +36,8 @@ private:
 
 } // namespace
 
-SimConnectSession::SimConnectSession(Socket connected, SessionLimits sessionLimits)
-    : limits(sessionLimits), socket(std::move(connected)) {
+SimConnectSession::SimConnectSession(ByteStream connected, SessionLimits sessionLimits)
+    : limits(sessionLimits), stream(std::move(connected)) {
     outbound.tail().reserve(initialBacklog);
 }
 
@@ -52,14 +54,20 @@ SimConnectResult SimConnectSession::stateResult() const {
     return simConnectRemoteDisconnect;
 }
 
+// A simulator may read its pipe by messages, of which each send makes one.
+std::span<const std::uint8_t> SimConnectSession::nextPiece() const {
+    const auto pending = outbound.pending();
+    return stream.keepsSendsApart() ? pending.first(SimConnectWire::numberAt(pending, 0)) : pending;
+}
+
 void SimConnectSession::flush() {
     while (state == State::Open && !outbound.pending().empty()) {
-        const SocketTransfer transfer = socket.send(outbound.pending());
-        if (transfer.status == SocketStatus::WouldBlock) {
+        const Transfer transfer = stream.send(nextPiece());
+        if (transfer.status == TransferStatus::WouldBlock) {
             checkBacklog();
             return;
         }
-        if (transfer.status != SocketStatus::Done) {
+        if (transfer.status != TransferStatus::Done) {
             state = State::SendingFailed;
             return;
         }
@@ -82,18 +90,18 @@ void SimConnectSession::checkBacklog() {
 
 void SimConnectSession::receive() {
     for (std::size_t reads = 0; reads < readsPerDispatch; ++reads) {
-        const SocketTransfer transfer = socket.receive(inbound.prepare(readPiece));
+        const Transfer transfer = stream.receive(inbound.prepare(readPiece));
         switch (transfer.status) {
-        case SocketStatus::Done:
+        case TransferStatus::Done:
             inbound.commit(transfer.count);
             break;
-        case SocketStatus::WouldBlock:
+        case TransferStatus::WouldBlock:
             if (state == State::SendingFailed) {
                 lose();
             }
             return;
-        case SocketStatus::Ended:
-        case SocketStatus::Failed:
+        case TransferStatus::Ended:
+        case TransferStatus::Failed:
             lose();
             return;
         }
@@ -102,7 +110,7 @@ void SimConnectSession::receive() {
 
 void SimConnectSession::lose() {
     state = State::Lost;
-    socket.close();
+    stream.close();
 }
 
 SimConnectResult SimConnectSession::dispatch(SimConnectDispatchProc proc, void* context) {
@@ -133,16 +141,15 @@ SimConnectResult SimConnectSession::dispatchExclusively(SimConnectDispatchProc p
 void SimConnectSession::close() {
     const std::lock_guard lock(mutex);
     flush();
-    if (state == State::Open) {
-        socket.endSending();
+    if (state == State::Open && stream.endSending()) {
         // Closing over unread bytes would reset the connection, and the last requests could be lost with it.
         std::array<std::uint8_t, 4096> unread{};
         for (std::size_t reads = 0; reads < readsPerDispatch; ++reads) {
-            if (socket.receive(unread).status != SocketStatus::Done) {
+            if (stream.receive(unread).status != TransferStatus::Done) {
                 break;
             }
         }
     }
-    socket.close();
+    stream.close();
     state = State::Closed;
 }

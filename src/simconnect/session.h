@@ -1,9 +1,9 @@
 #pragma once
 
+#include "simconnect/byte_stream.h"
 #include "simconnect/message_reader.h"
 #include "simconnect/outbound_buffer.h"
 #include "simconnect/simconnect_api.h"
-#include "simconnect/socket.h"
 
 #include <atomic>
 #include <chrono>
@@ -34,13 +34,13 @@ std::size_t handOutMessages(MessageReader& reader, SimConnectDispatchProc proc, 
     return count;
 }
 
-/// One connection to a simulator. Has no thread: it moves bytes when it is called, as far as the socket goes, and never
-/// blocks. Any thread may call any member.
+/// One connection to a simulator. Has no thread: it moves bytes when it is called, as far as the connection takes them,
+/// and never blocks. Any thread may call any member.
 class SimConnectSession {
 public:
-    explicit SimConnectSession(Socket connected, SessionLimits sessionLimits = {});
+    explicit SimConnectSession(ByteStream connected, SessionLimits sessionLimits = {});
 
-    /// Appends a request, made by `encode(bytes, sendId)`, and sends what the socket takes.
+    /// Appends a request, made by `encode(bytes, sendId)`, and sends what the connection takes.
     /// simConnectRemoteDisconnect: the link is lost. simConnectInvalidArgument: the session is closed.
     template <typename Encode>
     SimConnectResult request(const Encode& encode) {
@@ -58,7 +58,7 @@ public:
     /// `proc`, or from another thread meanwhile, does nothing and succeeds.
     SimConnectResult dispatch(SimConnectDispatchProc proc, void* context);
 
-    /// Sends what the socket still takes and ends the connection in order. Messages not yet handed out are dropped;
+    /// Sends what the connection still takes and ends the connection in order. Messages not yet handed out are dropped;
     /// only a call of `proc` that another thread is in goes on to its end.
     void close();
 
@@ -76,6 +76,7 @@ private:
     // These need the mutex.
     SimConnectResult stateResult() const;
     void flush();
+    std::span<const std::uint8_t> nextPiece() const;
     void checkBacklog();
     void receive();
     void lose();
@@ -87,7 +88,7 @@ private:
 
     /// Guards the members below. Held for one send or for the reads of one dispatch, which never wait.
     std::mutex mutex;
-    Socket socket;
+    ByteStream stream;
     std::atomic<State> state{State::Open};
     OutboundBuffer outbound;
     std::uint32_t nextSendId = 1;

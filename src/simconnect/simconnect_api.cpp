@@ -11,6 +11,8 @@
 namespace {
 
 constexpr std::chrono::seconds connectLimit{5};
+// A simulator makes room for its next client at once; a pipe that is taken for longer has all the clients it wants.
+constexpr std::chrono::seconds busyPipeLimit{1};
 
 // The interface is one of free functions on handles, so what they stand for has to live somewhere.
 SessionRegistry& registry() {
@@ -28,6 +30,13 @@ SimConnectResult request(SimConnectHandle handle, const Encode& encode) {
     return session == nullptr ? simConnectInvalidArgument : session->request(encode);
 }
 
+ByteStream connectTo(const SimConnectEndpoint& endpoint) {
+    if (!endpoint.pipe.empty()) {
+        return connectPipe(endpoint.address, endpoint.pipe, busyPipeLimit);
+    }
+    return connectSocket(endpoint.address, endpoint.port, endpoint.family, connectLimit);
+}
+
 } // namespace
 
 SimConnectResult simConnectOpenAt(SimConnectHandle* handle, const char* name, const SimConnectEndpoint& endpoint) {
@@ -35,11 +44,11 @@ SimConnectResult simConnectOpenAt(SimConnectHandle* handle, const char* name, co
         return simConnectInvalidArgument;
     }
     *handle = nullptr;
-    Socket socket = connectSocket(endpoint.address, endpoint.port, endpoint.family, connectLimit);
-    if (!socket.valid()) {
+    ByteStream stream = connectTo(endpoint);
+    if (!stream.valid()) {
         return simConnectFail;
     }
-    auto session = std::make_shared<SimConnectSession>(std::move(socket));
+    auto session = std::make_shared<SimConnectSession>(std::move(stream));
     const SimConnectResult result =
         session->request([&](auto& out, std::uint32_t sendId) { SimConnectWire::appendOpen(out, sendId, name); });
     if (result != simConnectOk) {
@@ -49,12 +58,24 @@ SimConnectResult simConnectOpenAt(SimConnectHandle* handle, const char* name, co
     return simConnectOk;
 }
 
+SimConnectResult simConnectOpenAtFirst(SimConnectHandle* handle, const char* name,
+                                       const SimConnectEndpoints& endpoints) {
+    SimConnectResult result = simConnectFail;
+    for (const SimConnectEndpoint& endpoint : endpoints) {
+        result = simConnectOpenAt(handle, name, endpoint);
+        if (result != simConnectFail) {
+            break;
+        }
+    }
+    return result;
+}
+
 // The window and the event object are for clients that want to be woken; this library is polled.
 SimConnectResult SimConnect_Open(SimConnectHandle* handle, const char* name, void* /*window*/,
                                  std::uint32_t /*userEvent*/, void* /*eventHandle*/, std::uint32_t configIndex) {
-    SimConnectEndpoint endpoint;
-    const SimConnectResult found = findSimConnectEndpoint({executableFolder(), homeFolder()}, configIndex, endpoint);
-    return found == simConnectOk ? simConnectOpenAt(handle, name, endpoint) : found;
+    SimConnectEndpoints endpoints;
+    const SimConnectResult found = findSimConnectEndpoints({executableFolder(), homeFolder()}, configIndex, endpoints);
+    return found == simConnectOk ? simConnectOpenAtFirst(handle, name, endpoints) : found;
 }
 
 SimConnectResult SimConnect_Close(SimConnectHandle handle) {

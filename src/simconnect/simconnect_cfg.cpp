@@ -1,5 +1,7 @@
 #include "simconnect/simconnect_cfg.h"
 
+#include "simconnect/pipe.h"
+
 #include <algorithm>
 #include <charconv>
 #include <fstream>
@@ -98,53 +100,97 @@ std::string valueOf(const Keys& keys, std::string_view name) {
     return found == keys.end() ? std::string() : found->second;
 }
 
-std::optional<AddressFamily> familyOf(std::string_view protocol) {
+// A dot is the local machine in the notation of pipes.
+bool isLocal(std::string_view address) {
+    return address.empty() || address == ".";
+}
+
+// What is told of an endpoint besides its protocol.
+struct Place {
+    std::string address;
+    std::string port;
+};
+
+using Endpoint = std::optional<SimConnectEndpoint>;
+
+Endpoint tcpEndpoint(const Place& place, AddressFamily family) {
+    SimConnectEndpoint endpoint;
+    endpoint.family = family;
+    if (family == AddressFamily::Ipv6) {
+        endpoint.address = "::1";
+        endpoint.port = defaultIpv6Port;
+    }
+    if (!isLocal(place.address)) {
+        endpoint.address = place.address;
+    }
+    if (!place.port.empty()) {
+        endpoint.port = wholeNumber<std::uint16_t>(place.port).value_or(0);
+    }
+    return endpoint.port == 0 ? std::nullopt : Endpoint(endpoint);
+}
+
+// This machine by the names of TCP, which would send a pipe's opening round through the network.
+bool isLoopback(std::string_view address) {
+    return address == "127.0.0.1" || address == "::1" || lowered(address) == "localhost";
+}
+
+Endpoint pipeEndpoint(const Place& place) {
+    // With a separator it would be another kind of path, and maybe a file's.
+    if (place.address.find_first_of("/\\") != std::string::npos) {
+        return std::nullopt;
+    }
+    SimConnectEndpoint endpoint;
+    endpoint.address = isLocal(place.address) || isLoopback(place.address) ? "." : place.address;
+    endpoint.port = 0;
+    endpoint.pipe = place.port.empty() ? simConnectPipe : std::string_view(place.port);
+    return endpoint;
+}
+
+SimConnectEndpoints endpointsOf(std::string_view protocol, const Place& place) {
     const std::string lower = lowered(protocol);
-    if (lower == "ipv4") {
-        return AddressFamily::Ipv4;
+    const bool all = lower.empty() || lower == "auto";
+    SimConnectEndpoints endpoints;
+    const auto add = [&](const Endpoint& endpoint) {
+        if (endpoint) {
+            endpoints.push_back(*endpoint);
+        }
+    };
+    if (all || lower == "pipe") {
+        add(pipeEndpoint(place));
     }
-    if (lower == "ipv6") {
-        return AddressFamily::Ipv6;
+    if (all || lower == "ipv6") {
+        add(tcpEndpoint(place, AddressFamily::Ipv6));
     }
-    if (lower.empty() || lower == "auto") {
-        return AddressFamily::Any;
+    if (all || lower == "ipv4") {
+        add(tcpEndpoint(place, AddressFamily::Ipv4));
     }
-    return std::nullopt;
+    return endpoints;
 }
 
 } // namespace
 
-SimConnectResult parseSimConnectCfg(std::string_view text, std::uint32_t configIndex, SimConnectEndpoint& endpoint) {
+SimConnectEndpoints localSimConnectEndpoints() {
+    const SimConnectEndpoint byTcp;
+    return {havePipes() ? *pipeEndpoint({}) : byTcp};
+}
+
+SimConnectResult parseSimConnectCfg(std::string_view text, std::uint32_t configIndex, SimConnectEndpoints& endpoints) {
     const std::optional<Keys> keys = sectionKeys(text, configIndex);
     if (!keys) {
         return simConnectInvalidArgument;
     }
-    const std::optional<AddressFamily> family = familyOf(valueOf(*keys, "protocol"));
-    if (!family) {
+    SimConnectEndpoints found =
+        endpointsOf(valueOf(*keys, "protocol"), {valueOf(*keys, "address"), valueOf(*keys, "port")});
+    if (found.empty()) {
         return simConnectFail;
     }
-    SimConnectEndpoint found;
-    found.family = *family;
-    if (family == AddressFamily::Ipv6) {
-        found = {"::1", defaultIpv6Port, AddressFamily::Ipv6};
-    }
-    // A dot is the local machine in the notation of pipes.
-    if (const std::string address = valueOf(*keys, "address"); !address.empty() && address != ".") {
-        found.address = address;
-    }
-    if (const std::string port = valueOf(*keys, "port"); !port.empty()) {
-        found.port = wholeNumber<std::uint16_t>(port).value_or(0);
-    }
-    if (found.port == 0) {
-        return simConnectFail;
-    }
-    endpoint = std::move(found);
+    endpoints = std::move(found);
     return simConnectOk;
 }
 
-SimConnectResult findSimConnectEndpoint(const std::vector<std::string>& folders, std::uint32_t configIndex,
-                                        SimConnectEndpoint& endpoint) {
-    endpoint = {};
+SimConnectResult findSimConnectEndpoints(const std::vector<std::string>& folders, std::uint32_t configIndex,
+                                         SimConnectEndpoints& endpoints) {
+    endpoints = localSimConnectEndpoints();
     if (configIndex == simConnectLocalIndex) {
         return simConnectOk;
     }
@@ -153,7 +199,7 @@ SimConnectResult findSimConnectEndpoint(const std::vector<std::string>& folders,
         std::ifstream file(folder + "/SimConnect.cfg", std::ios::binary);
         if (!folder.empty() && file) {
             const std::string text{std::istreambuf_iterator<char>(file), {}};
-            return parseSimConnectCfg(text, configIndex, endpoint);
+            return parseSimConnectCfg(text, configIndex, endpoints);
         }
     }
     return simConnectOk;

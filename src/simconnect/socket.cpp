@@ -160,18 +160,18 @@ std::span<Byte> firstPiece(std::span<Byte> bytes) {
 
 // The outcome of a transfer of at least one byte, of which 0 are reported when the peer has ended.
 template <typename Call>
-SocketTransfer transfer(const Call& call) {
+Transfer transfer(const Call& call) {
     for (;;) {
         const auto count = call();
         if (count > 0) {
-            return {SocketStatus::Done, static_cast<std::size_t>(count)};
+            return {TransferStatus::Done, static_cast<std::size_t>(count)};
         }
         if (count == 0) {
-            return {SocketStatus::Ended, 0};
+            return {TransferStatus::Ended, 0};
         }
         const int error = lastError();
         if (!isInterrupted(error)) {
-            return {isWouldBlock(error) ? SocketStatus::WouldBlock : SocketStatus::Failed, 0};
+            return {isWouldBlock(error) ? TransferStatus::WouldBlock : TransferStatus::Failed, 0};
         }
     }
 }
@@ -251,7 +251,7 @@ Socket& Socket::operator=(Socket&& other) noexcept {
     return *this;
 }
 
-SocketTransfer Socket::send(std::span<const std::uint8_t> bytes) const {
+Transfer Socket::send(std::span<const std::uint8_t> bytes) const {
     const auto piece = firstPiece(bytes);
     return transfer([&] {
         return ::send(nativeOf(native), reinterpret_cast<const char*>(piece.data()),
@@ -259,7 +259,7 @@ SocketTransfer Socket::send(std::span<const std::uint8_t> bytes) const {
     });
 }
 
-SocketTransfer Socket::receive(std::span<std::uint8_t> bytes) const {
+Transfer Socket::receive(std::span<std::uint8_t> bytes) const {
     const auto piece = firstPiece(bytes);
     return transfer([&] {
         return recv(nativeOf(native), reinterpret_cast<char*>(piece.data()), static_cast<BufferLength>(piece.size()),
@@ -267,8 +267,9 @@ SocketTransfer Socket::receive(std::span<std::uint8_t> bytes) const {
     });
 }
 
-void Socket::endSending() const {
+bool Socket::endSending() const {
     shutdown(nativeOf(native), endSend);
+    return true;
 }
 
 void Socket::close() {

@@ -1,29 +1,15 @@
 #pragma once
 
-// All that the SimConnect client asks of the system: TCP sockets that never block, and where the program and its
-// user's home are. Nothing else in this folder knows which system it runs on.
+// TCP sockets that never block, and where the program and its user's home are. Besides pipe.h this is all that the
+// SimConnect client asks of the system; nothing else in this folder knows which system it runs on.
+
+#include "simconnect/transfer.h"
 
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
-
-enum class SocketStatus {
-    /// `count` bytes went or came, at least one.
-    Done,
-    /// Nothing can go or come just now.
-    WouldBlock,
-    /// The peer closed its side in order; only a receive says so.
-    Ended,
-    /// The connection is broken.
-    Failed,
-};
-
-struct SocketTransfer {
-    SocketStatus status = SocketStatus::Failed;
-    std::size_t count = 0;
-};
 
 /// Owns one non-blocking socket, or none. Not synchronised: one thread at a time.
 class Socket {
@@ -41,10 +27,10 @@ public:
     std::intptr_t number() const { return native; }
 
     /// Hands over as many bytes as the system takes. Without a socket both transfers fail.
-    SocketTransfer send(std::span<const std::uint8_t> bytes) const;
-    SocketTransfer receive(std::span<std::uint8_t> bytes) const;
-    /// Tells the peer that nothing more will come; receiving goes on.
-    void endSending() const;
+    Transfer send(std::span<const std::uint8_t> bytes) const;
+    Transfer receive(std::span<std::uint8_t> bytes) const;
+    /// Tells the peer that nothing more will come; receiving goes on. True: a socket can.
+    bool endSending() const;
     void close();
     /// Closes with a reset, as the death of a process with unread data does.
     void reset();

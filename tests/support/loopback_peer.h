@@ -1,6 +1,8 @@
 #pragma once
 
-#include "simconnect/socket.h"
+#include "simconnect/simconnect_cfg.h"
+#include "simulation/simulator_listener.h"
+#include "tests/support/transport.h"
 #include "tests/support/wait_until.h"
 
 #include <algorithm>
@@ -14,12 +16,16 @@
 
 using PeerBytes = std::vector<std::uint8_t>;
 
-/// A listener on loopback that knows no protocol: the test sends and reads each byte itself.
+/// A listener on loopback or a pipe that knows no protocol: the test sends and reads each byte itself.
 class LoopbackPeer {
 public:
-    explicit LoopbackPeer(int receiveBuffer = 0) : listener(listenOnLoopback(0, receiveBuffer, error)) {}
+    explicit LoopbackPeer(Transport transport = Transport::Tcp, int receiveBuffer = 0)
+        : listener(transport == Transport::Tcp ? SimulatorListener(0, receiveBuffer)
+                                               : SimulatorListener(freePipeName(), receiveBuffer)) {
+        listener.listen(error);
+    }
 
-    std::uint16_t port() const { return listener.localPort(); }
+    SimConnectEndpoint endpoint() const { return listener.endpoint(); }
 
     /// Takes the next connection; false when none comes.
     bool accept() {
@@ -45,8 +51,8 @@ public:
     /// Sends all of it.
     bool send(std::span<const std::uint8_t> bytes) {
         return waitUntil([&] {
-            const SocketTransfer transfer = connection.send(bytes);
-            bytes = bytes.subspan(transfer.status == SocketStatus::Done ? transfer.count : 0);
+            const Transfer transfer = connection.send(bytes);
+            bytes = bytes.subspan(transfer.status == TransferStatus::Done ? transfer.count : 0);
             return bytes.empty();
         });
     }
@@ -54,7 +60,6 @@ public:
     void close() { connection.close(); }
     void reset() { connection.reset(); }
     void stopListening() { listener.close(); }
-    Socket& socket() { return connection; }
 
 private:
     // Reads what is there, up to a whole of `size`; true at the connection's end.
@@ -62,9 +67,9 @@ private:
         while (bytes.size() < size) {
             std::array<std::uint8_t, 4096> piece{};
             const auto room = std::span(piece).first(std::min(piece.size(), size - bytes.size()));
-            const SocketTransfer transfer = connection.receive(room);
-            if (transfer.status != SocketStatus::Done) {
-                return transfer.status != SocketStatus::WouldBlock;
+            const Transfer transfer = connection.receive(room);
+            if (transfer.status != TransferStatus::Done) {
+                return transfer.status != TransferStatus::WouldBlock;
             }
             bytes.insert(bytes.end(), piece.begin(), piece.begin() + static_cast<std::ptrdiff_t>(transfer.count));
         }
@@ -72,8 +77,8 @@ private:
     }
 
     std::string error;
-    Socket listener;
-    Socket connection;
+    SimulatorListener listener;
+    ByteStream connection;
 };
 
 /// Words in the wire's order.

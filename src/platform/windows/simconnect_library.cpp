@@ -4,17 +4,24 @@
 
 namespace {
 
-const SimConnectLibrary& loadedLibrary() {
-    static const SimConnectLibrary library = [] {
-        const auto fromDll = loadSimConnectDll("SimConnect.dll");
-        return fromDll ? *fromDll : networkSimConnectLibrary();
+struct LoadedLibrary {
+    SimConnectLibrary operations;
+    std::string notice;
+};
+
+const LoadedLibrary& loaded() {
+    static const LoadedLibrary library = [] {
+        std::string error;
+        const auto fromDll = loadSimConnectDll("SimConnect.dll", error);
+        return fromDll ? LoadedLibrary{*fromDll, {}}
+                       : LoadedLibrary{networkSimConnectLibrary(), error + "; using the built-in SimConnect client"};
     }();
     return library;
 }
 
 /// Stands for an operation until its first use, which loads the library.
 template <auto operation>
-constexpr auto lazily = [](auto... arguments) { return (loadedLibrary().*operation)(arguments...); };
+constexpr auto lazily = [](auto... arguments) { return (loaded().operations.*operation)(arguments...); };
 
 } // namespace
 
@@ -32,5 +39,6 @@ SimConnectLibrary systemSimConnectLibrary() {
     library.addToClientDataDefinition = lazily<&Library::addToClientDataDefinition>;
     library.requestClientData = lazily<&Library::requestClientData>;
     library.setClientData = lazily<&Library::setClientData>;
+    library.notice = [] { return loaded().notice; };
     return library;
 }

@@ -10,18 +10,29 @@
 #include <cstdint>
 #include <memory>
 
-/// A session connected to a peer whose bytes the test sends and reads itself.
-class SessionTest : public testing::Test {
+/// A session connected over each transport to a peer whose bytes the test sends and reads itself.
+class SessionTest : public testing::TestWithParam<Transport> {
 protected:
     void connect(SessionLimits limits = {}, int sendBuffer = 0, int peerReceiveBuffer = 0) {
-        peer = std::make_unique<LoopbackPeer>(peerReceiveBuffer);
-        Socket socket = connectSocket("127.0.0.1", peer->port(), AddressFamily::Ipv4, std::chrono::seconds(5));
-        ASSERT_TRUE(socket.valid());
+        peer = std::make_unique<LoopbackPeer>(GetParam(), peerReceiveBuffer);
+        ByteStream stream = connectToPeer(sendBuffer);
+        ASSERT_TRUE(stream.valid());
+        session = std::make_unique<SimConnectSession>(std::move(stream), limits);
+        ASSERT_TRUE(peer->accept());
+    }
+
+    /// A pipe has no send buffer of its own: what was sent lies in the peer's receive buffer.
+    ByteStream connectToPeer(int sendBuffer) const {
+        const SimConnectEndpoint endpoint = peer->endpoint();
+        constexpr std::chrono::seconds limit{5};
+        if (GetParam() == Transport::Pipe) {
+            return connectPipe(endpoint.address, endpoint.pipe, limit);
+        }
+        Socket socket = connectSocket(endpoint.address, endpoint.port, endpoint.family, limit);
         if (sendBuffer > 0) {
             socket.setSendBuffer(sendBuffer);
         }
-        session = std::make_unique<SimConnectSession>(std::move(socket), limits);
-        ASSERT_TRUE(peer->accept());
+        return socket;
     }
 
     SimConnectResult transmit(std::uint32_t event) {

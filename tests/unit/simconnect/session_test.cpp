@@ -9,7 +9,9 @@ namespace {
 
 class SimConnectSessionTest : public SessionTest {};
 
-TEST_F(SimConnectSessionTest, CountsSendIdsFromOne) {
+INSTANTIATE_TEST_SUITE_P(Transports, SimConnectSessionTest, testing::ValuesIn(transports()), transportName);
+
+TEST_P(SimConnectSessionTest, CountsSendIdsFromOne) {
     connect();
     for (std::uint32_t i = 1; i <= 3; ++i) {
         ASSERT_EQ(transmit(i), simConnectOk);
@@ -17,19 +19,19 @@ TEST_F(SimConnectSessionTest, CountsSendIdsFromOne) {
     }
 }
 
-TEST_F(SimConnectSessionTest, SendsARequestAtOnceWithoutADispatch) {
+TEST_P(SimConnectSessionTest, SendsARequestAtOnceWithoutADispatch) {
     connect();
     ASSERT_EQ(transmit(7), simConnectOk);
     EXPECT_EQ(peer->read(36).size(), 36U);
 }
 
-TEST_F(SimConnectSessionTest, DispatchOfAnEmptyQueueSucceeds) {
+TEST_P(SimConnectSessionTest, DispatchOfAnEmptyQueueSucceeds) {
     connect();
     EXPECT_EQ(dispatch(), simConnectOk);
     EXPECT_TRUE(log.messages.empty());
 }
 
-TEST_F(SimConnectSessionTest, DispatchHandsOutAllMessagesInOrder) {
+TEST_P(SimConnectSessionTest, DispatchHandsOutAllMessagesInOrder) {
     connect();
     std::vector<std::uint8_t> segment;
     std::vector<std::uint32_t> expected(100);
@@ -44,7 +46,7 @@ TEST_F(SimConnectSessionTest, DispatchHandsOutAllMessagesInOrder) {
     EXPECT_EQ(log.messages.back(), simulatorMessage(199, PeerBytes(199)));
 }
 
-TEST_F(SimConnectSessionTest, MessageThatComesByteByByteIsHandedOutWhole) {
+TEST_P(SimConnectSessionTest, MessageThatComesByteByByteIsHandedOutWhole) {
     connect();
     const PeerBytes message = simulatorMessage(2, PeerBytes(296, 0x42));
     for (std::size_t i = 0; i < message.size(); ++i) {
@@ -56,7 +58,7 @@ TEST_F(SimConnectSessionTest, MessageThatComesByteByByteIsHandedOutWhole) {
     EXPECT_EQ(log.messages.front(), message);
 }
 
-TEST_F(SimConnectSessionTest, MessageLargerThanOneReadIsHandedOutWhole) {
+TEST_P(SimConnectSessionTest, MessageLargerThanOneReadIsHandedOutWhole) {
     connect();
     const PeerBytes message = simulatorMessage(16, PeerBytes(900000, 0x17));
     std::thread sender([&] { peer->send(message); });
@@ -66,14 +68,14 @@ TEST_F(SimConnectSessionTest, MessageLargerThanOneReadIsHandedOutWhole) {
     EXPECT_EQ(log.messages.front(), message);
 }
 
-TEST_F(SimConnectSessionTest, UnknownMessagesAreHandedOutToo) {
+TEST_P(SimConnectSessionTest, UnknownMessagesAreHandedOutToo) {
     connect();
     ASSERT_TRUE(peer->send(simulatorMessage(0xFFFFFFFF)));
     ASSERT_TRUE(dispatchUntil(1));
     EXPECT_EQ(log.messages.front(), simulatorMessage(0xFFFFFFFF));
 }
 
-TEST_F(SimConnectSessionTest, RequestsMayBeMadeFromInsideTheCallback) {
+TEST_P(SimConnectSessionTest, RequestsMayBeMadeFromInsideTheCallback) {
     connect();
     log.onMessage = [&](const auto&) { EXPECT_EQ(transmit(5), simConnectOk); };
     ASSERT_TRUE(peer->send(simulatorMessage(2)));
@@ -81,7 +83,7 @@ TEST_F(SimConnectSessionTest, RequestsMayBeMadeFromInsideTheCallback) {
     EXPECT_EQ(peer->read(36).size(), 36U);
 }
 
-TEST_F(SimConnectSessionTest, DispatchFromInsideTheCallbackDoesNothing) {
+TEST_P(SimConnectSessionTest, DispatchFromInsideTheCallbackDoesNothing) {
     connect();
     MessageLog inner;
     log.onMessage = [&](const auto&) { EXPECT_EQ(session->dispatch(&MessageLog::dispatchProc, &inner), simConnectOk); };
@@ -94,7 +96,7 @@ TEST_F(SimConnectSessionTest, DispatchFromInsideTheCallbackDoesNothing) {
     EXPECT_EQ(log.ids(), (std::vector<std::uint32_t>{2, 3}));
 }
 
-TEST_F(SimConnectSessionTest, CloseInsideTheCallbackDropsTheMessagesBehind) {
+TEST_P(SimConnectSessionTest, CloseInsideTheCallbackDropsTheMessagesBehind) {
     connect();
     log.onMessage = [&](const auto&) { session->close(); };
     PeerBytes two = simulatorMessage(3);
@@ -108,7 +110,7 @@ TEST_F(SimConnectSessionTest, CloseInsideTheCallbackDropsTheMessagesBehind) {
     EXPECT_EQ(log.messages.size(), 1U);
 }
 
-TEST_F(SimConnectSessionTest, CloseStillSendsTheLastRequestsOverUnreadMessages) {
+TEST_P(SimConnectSessionTest, CloseStillSendsTheLastRequestsOverUnreadMessages) {
     connect();
     ASSERT_TRUE(peer->send(simulatorMessage(16, PeerBytes(5000))));
     for (std::uint32_t i = 0; i < 50; ++i) {
@@ -119,14 +121,14 @@ TEST_F(SimConnectSessionTest, CloseStillSendsTheLastRequestsOverUnreadMessages) 
     EXPECT_TRUE(peer->readEnd());
 }
 
-TEST_F(SimConnectSessionTest, CloseTwiceIsHarmless) {
+TEST_P(SimConnectSessionTest, CloseTwiceIsHarmless) {
     connect();
     session->close();
     session->close();
     EXPECT_EQ(transmit(1), simConnectInvalidArgument);
 }
 
-TEST_F(SimConnectSessionTest, AThrowingCallbackLeavesTheSessionUsable) {
+TEST_P(SimConnectSessionTest, AThrowingCallbackLeavesTheSessionUsable) {
     connect();
     log.onMessage = [](const auto&) { throw std::runtime_error("callback"); };
     ASSERT_TRUE(peer->send(simulatorMessage(2)));
@@ -144,7 +146,7 @@ TEST_F(SimConnectSessionTest, AThrowingCallbackLeavesTheSessionUsable) {
     EXPECT_EQ(log.ids(), (std::vector<std::uint32_t>{2, 3}));
 }
 
-TEST_F(SimConnectSessionTest, ReadsASimulatorThatNeverStopsInPieces) {
+TEST_P(SimConnectSessionTest, ReadsASimulatorThatNeverStopsInPieces) {
     connect();
     PeerBytes flood;
     while (flood.size() < 6UL * 1024UL * 1024UL) {

@@ -15,10 +15,10 @@
 
 namespace {
 
-class SimConnectApi : public testing::Test {
+class SimConnectApi : public testing::TestWithParam<Transport> {
 protected:
     void SetUp() override {
-        ASSERT_EQ(simConnectOpenAt(&handle, "test", {"127.0.0.1", peer.port(), AddressFamily::Any}), simConnectOk);
+        ASSERT_EQ(simConnectOpenAt(&handle, "test", peer.endpoint()), simConnectOk);
         ASSERT_TRUE(peer.accept());
         ASSERT_EQ(peer.read(296).size(), 296U);
     }
@@ -34,45 +34,54 @@ protected:
         return request;
     }
 
-    LoopbackPeer peer;
+    LoopbackPeer peer{GetParam()};
     SimConnectHandle handle = nullptr;
     MessageLog log;
 };
 
+INSTANTIATE_TEST_SUITE_P(Transports, SimConnectApi, testing::ValuesIn(transports()), transportName);
+
+class SimConnectOpen : public testing::TestWithParam<Transport> {};
+
+INSTANTIATE_TEST_SUITE_P(Transports, SimConnectOpen, testing::ValuesIn(transports()), transportName);
+
 using SimConnectWire::Bytes;
 
-TEST(SimConnectOpen, FailsAtOnceWhenNobodyListens) {
-    LoopbackPeer peer;
-    const std::uint16_t port = peer.port();
+TEST_P(SimConnectOpen, FailsAtOnceWhenNobodyListens) {
+    LoopbackPeer peer(GetParam());
     peer.stopListening();
     auto handle = reinterpret_cast<SimConnectHandle>(&peer);
-    EXPECT_EQ(simConnectOpenAt(&handle, "test", {"127.0.0.1", port, AddressFamily::Ipv4}), simConnectFail);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(simConnectOpenAt(&handle, "test", peer.endpoint()), simConnectFail);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(900));
     EXPECT_EQ(handle, nullptr);
 }
 
-TEST(SimConnectOpen, FailsWithAnAddressThatIsNone) {
+TEST(SimConnectOpenByTcp, FailsWithAnAddressThatIsNone) {
     SimConnectHandle handle = nullptr;
     EXPECT_EQ(simConnectOpenAt(&handle, "test", {"999.999.999.999", 5, AddressFamily::Ipv4}), simConnectFail);
     EXPECT_EQ(simConnectOpenAt(&handle, "test", {"", 0, AddressFamily::Ipv4}), simConnectFail);
 }
 
-TEST(SimConnectOpen, FailsWhenTheAddressIsOfAnotherFamily) {
+TEST(SimConnectOpenByTcp, FailsWhenTheAddressIsOfAnotherFamily) {
     LoopbackPeer peer;
     SimConnectHandle handle = nullptr;
-    EXPECT_EQ(simConnectOpenAt(&handle, "test", {"127.0.0.1", peer.port(), AddressFamily::Ipv6}), simConnectFail);
+    EXPECT_EQ(simConnectOpenAt(&handle, "test", {"127.0.0.1", peer.endpoint().port, AddressFamily::Ipv6}),
+              simConnectFail);
 }
 
-TEST(SimConnectOpen, FindsALocalSimulatorByName) {
+TEST(SimConnectOpenByTcp, FindsALocalSimulatorByName) {
     LoopbackPeer peer;
     SimConnectHandle handle = nullptr;
-    ASSERT_EQ(simConnectOpenAt(&handle, "test", {"localhost", peer.port(), AddressFamily::Ipv4}), simConnectOk);
+    ASSERT_EQ(simConnectOpenAt(&handle, "test", {"localhost", peer.endpoint().port, AddressFamily::Ipv4}),
+              simConnectOk);
     EXPECT_TRUE(peer.accept());
     SimConnect_Close(handle);
 }
 
-TEST(SimConnectOpen, RefusesMissingArgumentsAndNamesTooLong) {
-    LoopbackPeer peer;
-    const SimConnectEndpoint endpoint{"127.0.0.1", peer.port(), AddressFamily::Ipv4};
+TEST_P(SimConnectOpen, RefusesMissingArgumentsAndNamesTooLong) {
+    LoopbackPeer peer(GetParam());
+    const SimConnectEndpoint endpoint = peer.endpoint();
     SimConnectHandle handle = nullptr;
     EXPECT_EQ(simConnectOpenAt(nullptr, "test", endpoint), simConnectInvalidArgument);
     EXPECT_EQ(simConnectOpenAt(&handle, nullptr, endpoint), simConnectInvalidArgument);
@@ -80,11 +89,11 @@ TEST(SimConnectOpen, RefusesMissingArgumentsAndNamesTooLong) {
     EXPECT_EQ(handle, nullptr);
 }
 
-TEST(SimConnectOpen, DoesNotWaitForTheSimulatorsAnswer) {
-    LoopbackPeer peer;
+TEST_P(SimConnectOpen, DoesNotWaitForTheSimulatorsAnswer) {
+    LoopbackPeer peer(GetParam());
     SimConnectHandle handle = nullptr;
     MessageLog log;
-    ASSERT_EQ(simConnectOpenAt(&handle, "slow", {"127.0.0.1", peer.port(), AddressFamily::Ipv4}), simConnectOk);
+    ASSERT_EQ(simConnectOpenAt(&handle, "slow", peer.endpoint()), simConnectOk);
     // Nobody has even accepted yet; requests go out nevertheless.
     EXPECT_EQ(SimConnect_CallDispatch(handle, &MessageLog::dispatchProc, &log), simConnectOk);
     EXPECT_EQ(SimConnect_MapClientDataNameToID(handle, "MobiFlight.Command", 0x1000), simConnectOk);
@@ -102,7 +111,22 @@ TEST(SimConnectOpen, DoesNotWaitForTheSimulatorsAnswer) {
     EXPECT_EQ(SimConnect_Close(handle), simConnectOk);
 }
 
-TEST_F(SimConnectApi, EachFunctionSendsItsRequest) {
+TEST_P(SimConnectOpen, TakesTheFirstEndpointWhereSomebodyListens) {
+    LoopbackPeer absent(GetParam());
+    LoopbackPeer first(GetParam());
+    LoopbackPeer second(GetParam());
+    absent.stopListening();
+    SimConnectHandle handle = nullptr;
+    const SimConnectEndpoints endpoints{absent.endpoint(), first.endpoint(), second.endpoint()};
+    ASSERT_EQ(simConnectOpenAtFirst(&handle, "test", endpoints), simConnectOk);
+    EXPECT_TRUE(first.accept());
+    EXPECT_EQ(SimConnect_Close(handle), simConnectOk);
+    EXPECT_EQ(simConnectOpenAtFirst(&handle, "test", {absent.endpoint(), absent.endpoint()}), simConnectFail);
+    EXPECT_EQ(simConnectOpenAtFirst(&handle, "test", {}), simConnectFail);
+    EXPECT_EQ(simConnectOpenAtFirst(&handle, nullptr, endpoints), simConnectInvalidArgument);
+}
+
+TEST_P(SimConnectApi, EachFunctionSendsItsRequest) {
     Bytes expected;
     std::array<std::uint8_t, 3> block{7, 8, 9};
     EXPECT_EQ(SimConnect_AddToDataDefinition(handle, 1, "ELECTRICAL MASTER BATTERY:2", "Bool", 1, 0, 0xFFFFFFFF),
@@ -125,14 +149,14 @@ TEST_F(SimConnectApi, EachFunctionSendsItsRequest) {
     EXPECT_EQ(peer.read(expected.size()), expected);
 }
 
-TEST_F(SimConnectApi, MissingUnitAndEventNameAreEmptyFields) {
+TEST_P(SimConnectApi, MissingUnitAndEventNameAreEmptyFields) {
     EXPECT_EQ(SimConnect_AddToDataDefinition(handle, 1, "TITLE", nullptr, 1, 0, 0), simConnectOk);
     EXPECT_EQ(SimConnect_MapClientEventToSimEvent(handle, 1, nullptr), simConnectOk);
     EXPECT_EQ(nextRequest().at(276), 0);
     EXPECT_EQ(nextRequest().at(20), 0);
 }
 
-TEST_F(SimConnectApi, RefusesArgumentsThatNoRequestCanHold) {
+TEST_P(SimConnectApi, RefusesArgumentsThatNoRequestCanHold) {
     const std::string tooLong(256, 'x');
     std::array<std::uint8_t, 1> byte{};
     std::vector<std::uint8_t> block(8193);
@@ -175,23 +199,23 @@ TEST(SimConnectHandles, InventedHandleIsNoSession) {
     expectDead(&something);
 }
 
-TEST_F(SimConnectApi, ClosedHandleIsNoSession) {
+TEST_P(SimConnectApi, ClosedHandleIsNoSession) {
     ASSERT_EQ(SimConnect_Close(handle), simConnectOk);
     expectDead(handle);
 }
 
-TEST_F(SimConnectApi, HandlesAreNeverGivenTwice) {
+TEST_P(SimConnectApi, HandlesAreNeverGivenTwice) {
     const SimConnectHandle first = handle;
     ASSERT_EQ(SimConnect_Close(first), simConnectOk);
-    ASSERT_EQ(simConnectOpenAt(&handle, "again", {"127.0.0.1", peer.port(), AddressFamily::Any}), simConnectOk);
+    ASSERT_EQ(simConnectOpenAt(&handle, "again", peer.endpoint()), simConnectOk);
     EXPECT_NE(handle, first);
     expectDead(first);
 }
 
-TEST_F(SimConnectApi, SessionsAreIndependent) {
-    LoopbackPeer otherPeer;
+TEST_P(SimConnectApi, SessionsAreIndependent) {
+    LoopbackPeer otherPeer(GetParam());
     SimConnectHandle other = nullptr;
-    ASSERT_EQ(simConnectOpenAt(&other, "other", {"127.0.0.1", otherPeer.port(), AddressFamily::Any}), simConnectOk);
+    ASSERT_EQ(simConnectOpenAt(&other, "other", otherPeer.endpoint()), simConnectOk);
     ASSERT_TRUE(otherPeer.accept());
     otherPeer.close();
     EXPECT_TRUE(waitUntil(
@@ -200,7 +224,7 @@ TEST_F(SimConnectApi, SessionsAreIndependent) {
     EXPECT_EQ(SimConnect_Close(other), simConnectOk);
 }
 
-TEST_F(SimConnectApi, CloseInsideTheCallbackIsSafe) {
+TEST_P(SimConnectApi, CloseInsideTheCallbackIsSafe) {
     log.onMessage = [&](const auto&) { EXPECT_EQ(SimConnect_Close(handle), simConnectOk); };
     PeerBytes two = simulatorMessage(3);
     const PeerBytes second = simulatorMessage(8);
@@ -215,11 +239,9 @@ TEST_F(SimConnectApi, CloseInsideTheCallbackIsSafe) {
     EXPECT_TRUE(peer.readEnd());
 }
 
-TEST_F(SimConnectApi, CallbackMayOpenTheNextSession) {
+TEST_P(SimConnectApi, CallbackMayOpenTheNextSession) {
     SimConnectHandle next = nullptr;
-    log.onMessage = [&](const auto&) {
-        EXPECT_EQ(simConnectOpenAt(&next, "next", {"127.0.0.1", peer.port(), AddressFamily::Any}), simConnectOk);
-    };
+    log.onMessage = [&](const auto&) { EXPECT_EQ(simConnectOpenAt(&next, "next", peer.endpoint()), simConnectOk); };
     ASSERT_TRUE(peer.send(simulatorMessage(2)));
     EXPECT_TRUE(waitUntil([&] {
         SimConnect_CallDispatch(handle, &MessageLog::dispatchProc, &log);
@@ -228,7 +250,7 @@ TEST_F(SimConnectApi, CallbackMayOpenTheNextSession) {
     EXPECT_EQ(SimConnect_Close(next), simConnectOk);
 }
 
-TEST_F(SimConnectApi, RequestsOfManyThreadsArriveWholeWithRisingIds) {
+TEST_P(SimConnectApi, RequestsOfManyThreadsArriveWholeWithRisingIds) {
     constexpr std::uint32_t threads = 4;
     constexpr std::uint32_t each = 500;
     std::vector<std::thread> senders;
@@ -257,7 +279,7 @@ TEST_F(SimConnectApi, RequestsOfManyThreadsArriveWholeWithRisingIds) {
     }
 }
 
-TEST_F(SimConnectApi, CloseUnderOtherThreadsCallsIsSafe) {
+TEST_P(SimConnectApi, CloseUnderOtherThreadsCallsIsSafe) {
     std::atomic<bool> sawClosed{false};
     std::thread sender([&] {
         std::array<std::uint8_t, 256> block{};
@@ -277,7 +299,7 @@ TEST_F(SimConnectApi, CloseUnderOtherThreadsCallsIsSafe) {
     EXPECT_TRUE(sawClosed);
 }
 
-TEST_F(SimConnectApi, DispatchesOfManyThreadsHandOutEachMessageOnce) {
+TEST_P(SimConnectApi, DispatchesOfManyThreadsHandOutEachMessageOnce) {
     std::atomic<std::uint32_t> count{0};
     std::atomic<bool> inside{false};
     struct Context {

@@ -205,7 +205,7 @@ TEST(ClientData, RequestsAreRefusedWithTheirSendIdAndArgument) {
 TEST(ClientData, WithoutTheModuleItsAreasDoNotExist) {
     VirtualSimulatorOptions options;
     options.moduleInstalled = false;
-    RunningSimulator simulator(options);
+    RunningSimulator simulator(Transport::Tcp, options);
     SimulatorClient client(simulator);
     client.attach();
     client.command("MF.Ping");

@@ -1,5 +1,6 @@
 #include "simulation/scenario/scenario_file.h"
 
+#include "platform/file_system.h"
 #include "simulation/scenario/json_text.h"
 #include "simulation/scenario/scenario_configuration.h"
 #include "tests/support/temp_folder.h"
@@ -103,6 +104,38 @@ TEST(ScenarioFile, CommandRoleIsDefaultWhenLeftOut) {
 TEST(ScenarioFile, SettingsAreLaidOverEachOther) {
     const Scenario scenario = parsed("config a.b = 1\nconfig a.c = \"x\"\nconfig <<END\n{\"a\": {\"b\": [2]}}\nEND\n");
     EXPECT_EQ(jsonText(*find(scenarioSettings(scenario), "a")), R"({"b": [2], "c": "x"})");
+}
+
+TEST(ScenarioFile, FolderGivesAllThreeFilesAndItsSettingsCanBeOverlaid) {
+    TempFolder folder;
+    folder.write("set/config.json", R"({"hid": {"vid": "AAAA", "pid": "BBBB"}, "logging": {"debug": 0}})");
+    folder.write("set/buttons.json", R"({"buttons": []})");
+    folder.write("set/hid_event_map.json", R"({"event_types": {"BUTTON": 1}, "control_ids": {"HDG": 21, "LOST": -1}})");
+    const std::string path = folder.write("scenarios/a.scenario", "folder ../set\nconfig logging.debug = 1\n"
+                                                                  "board PFD1\n> PFD1 press HDG\n");
+    Scenario scenario;
+    std::string error;
+    ASSERT_TRUE(loadScenario(path, scenario, error)) << error;
+    const JsonValue settings = scenarioSettings(scenario);
+    EXPECT_EQ(jsonText(*find(settings, "logging")), R"({"debug": 1})");
+    EXPECT_EQ(find(*find(settings, "hid"), "vid")->string, "AAAA");
+    EXPECT_EQ(scenario.files.at("buttons.json"), R"({"buttons": []})");
+    EXPECT_TRUE(scenario.files.contains("hid_event_map.json"));
+    ASSERT_EQ(scenario.controls.size(), 1U);
+    EXPECT_EQ(scenario.controls[0].name, "HDG");
+}
+
+TEST(ScenarioFile, FolderWithoutItsFilesIsRefused) {
+    const std::string path = FileSystem::join("no/such", "config.json");
+    EXPECT_EQ(errorOf("folder no/such\n"), "a.scenario:1:8: " + path + " can't be read");
+}
+
+TEST(ScenarioFile, FolderWithABrokenEventMapIsRefused) {
+    TempFolder folder;
+    folder.write("config.json", "{}");
+    folder.write("buttons.json", "{}");
+    folder.write("hid_event_map.json", "{}");
+    EXPECT_EQ(errorOf("folder " + folder.path() + "\n"), "a.scenario:1:8: Event map missing valid event_types entries");
 }
 
 TEST(ScenarioFile, FileBlocksAreVerbatim) {

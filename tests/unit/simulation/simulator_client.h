@@ -4,6 +4,7 @@
 #include "simconnect/simconnect_open.h"
 #include "simulation/virtual_simulator.h"
 #include "tests/support/message_log.h"
+#include "tests/support/transport.h"
 #include "tests/support/wait_until.h"
 
 #include <gtest/gtest.h>
@@ -26,7 +27,7 @@ public:
     static constexpr std::uint32_t lvarsRequest = 22;
 
     explicit SimulatorClient(const VirtualSimulator& simulator, const char* name = "client") {
-        result = simConnectOpenAt(&handle, name, {"127.0.0.1", simulator.port(), AddressFamily::Ipv4});
+        result = simConnectOpenAt(&handle, name, simulator.endpoint());
     }
     ~SimulatorClient() { close(); }
     SimulatorClient(const SimulatorClient&) = delete;
@@ -122,11 +123,18 @@ private:
     SimConnectResult result = simConnectFail;
 };
 
-/// A running simulator on a port of its own.
+/// Starts a simulator on a port or a pipe of its own.
+inline void startOn(VirtualSimulator& simulator, Transport transport) {
+    std::string error;
+    EXPECT_TRUE(transport == Transport::Tcp ? simulator.start(0, error) : simulator.startOnPipe(freePipeName(), error))
+        << error;
+}
+
+/// A running simulator on a port or a pipe of its own.
 class RunningSimulator : public VirtualSimulator {
 public:
-    explicit RunningSimulator(VirtualSimulatorOptions options = {}) : VirtualSimulator(options) {
-        std::string error;
-        EXPECT_TRUE(start(0, error)) << error;
+    explicit RunningSimulator(Transport transport = Transport::Tcp, VirtualSimulatorOptions options = {})
+        : VirtualSimulator(options) {
+        startOn(*this, transport);
     }
 };

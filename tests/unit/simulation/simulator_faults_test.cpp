@@ -7,8 +7,12 @@ namespace {
 using Kind = SimulatorRecordKind;
 using std::chrono::milliseconds;
 
-TEST(VirtualSimulatorFaults, QuitIsSaidBeforeTheEnd) {
-    RunningSimulator simulator;
+class VirtualSimulatorFaults : public testing::TestWithParam<Transport> {};
+
+INSTANTIATE_TEST_SUITE_P(Transports, VirtualSimulatorFaults, testing::ValuesIn(transports()), transportName);
+
+TEST_P(VirtualSimulatorFaults, QuitIsSaidBeforeTheEnd) {
+    RunningSimulator simulator(GetParam());
     SimulatorClient client(simulator);
     ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
     simulator.quit();
@@ -18,8 +22,8 @@ TEST(VirtualSimulatorFaults, QuitIsSaidBeforeTheEnd) {
     EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectFail);
 }
 
-TEST(VirtualSimulatorFaults, QuitReachesAClientWhoseRequestsWereNotRead) {
-    RunningSimulator simulator;
+TEST_P(VirtualSimulatorFaults, QuitReachesAClientWhoseRequestsWereNotRead) {
+    RunningSimulator simulator(GetParam());
     SimulatorClient client(simulator);
     client.attach();
     ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
@@ -30,8 +34,8 @@ TEST(VirtualSimulatorFaults, QuitReachesAClientWhoseRequestsWereNotRead) {
     EXPECT_EQ(client.log.messages.back(), simulatorMessage(3));
 }
 
-TEST(VirtualSimulatorFaults, DeathHasNoQuit) {
-    RunningSimulator simulator;
+TEST_P(VirtualSimulatorFaults, DeathHasNoQuit) {
+    RunningSimulator simulator(GetParam());
     SimulatorClient client(simulator);
     ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
     simulator.die();
@@ -40,9 +44,9 @@ TEST(VirtualSimulatorFaults, DeathHasNoQuit) {
     EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectFail);
 }
 
-TEST(VirtualSimulatorFaults, NextRunListensOnTheSamePortWithNewAreas) {
-    RunningSimulator simulator;
-    const std::uint16_t port = simulator.port();
+TEST_P(VirtualSimulatorFaults, NextRunListensInTheSamePlaceWithNewAreas) {
+    RunningSimulator simulator(GetParam());
+    const SimConnectEndpoint before = simulator.endpoint();
     simulator.setBattery(true);
     {
         SimulatorClient client(simulator);
@@ -52,7 +56,8 @@ TEST(VirtualSimulatorFaults, NextRunListensOnTheSamePortWithNewAreas) {
     }
     simulator.die();
     simulator.refuseOpens(false);
-    EXPECT_EQ(simulator.port(), port);
+    EXPECT_EQ(simulator.endpoint().port, before.port);
+    EXPECT_EQ(simulator.endpoint().pipe, before.pipe);
     SimulatorClient client(simulator);
     ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
     client.attach();
@@ -62,8 +67,8 @@ TEST(VirtualSimulatorFaults, NextRunListensOnTheSamePortWithNewAreas) {
     EXPECT_EQ(client.textsOf(SimulatorClient::responseRequest), std::vector<std::string>{"MF.Pong"});
 }
 
-TEST(VirtualSimulatorFaults, DroppedClientsMayComeBackAtOnce) {
-    RunningSimulator simulator;
+TEST_P(VirtualSimulatorFaults, DroppedClientsMayComeBackAtOnce) {
+    RunningSimulator simulator(GetParam());
     SimulatorClient client(simulator);
     ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
     simulator.dropSessions();
@@ -73,8 +78,8 @@ TEST(VirtualSimulatorFaults, DroppedClientsMayComeBackAtOnce) {
     EXPECT_TRUE(again.waitFor(simConnectRecvOpen));
 }
 
-TEST(VirtualSimulatorFaults, RefusedOpensFailAndOpenSessionsStay) {
-    RunningSimulator simulator;
+TEST_P(VirtualSimulatorFaults, RefusedOpensFailAndOpenSessionsStay) {
+    RunningSimulator simulator(GetParam());
     SimulatorClient client(simulator);
     ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
     simulator.refuseOpens(true);
@@ -85,17 +90,16 @@ TEST(VirtualSimulatorFaults, RefusedOpensFailAndOpenSessionsStay) {
     EXPECT_TRUE(again.waitFor(simConnectRecvOpen));
 }
 
-TEST(VirtualSimulatorFaults, RefusalBeforeStartDoesNothing) {
+TEST_P(VirtualSimulatorFaults, RefusalBeforeStartDoesNothing) {
     VirtualSimulator simulator;
     simulator.refuseOpens(false);
     simulator.refuseOpens(true);
-    std::string error;
-    ASSERT_TRUE(simulator.start(0, error)) << error;
+    startOn(simulator, GetParam());
     EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectOk);
 }
 
-TEST(VirtualSimulatorFaults, LateOpenKeepsTheRequestsUntilThen) {
-    RunningSimulator simulator;
+TEST_P(VirtualSimulatorFaults, LateOpenKeepsTheRequestsUntilThen) {
+    RunningSimulator simulator(GetParam());
     constexpr milliseconds delay{200};
     simulator.delayOpens(delay);
     const auto begin = std::chrono::steady_clock::now();
@@ -108,15 +112,16 @@ TEST(VirtualSimulatorFaults, LateOpenKeepsTheRequestsUntilThen) {
     EXPECT_EQ(client.log.ids(), (std::vector<std::uint32_t>{simConnectRecvOpen, simConnectRecvClientData}));
 }
 
-TEST(VirtualSimulatorFaults, StallBacksUpAndLosesNothing) {
+TEST_P(VirtualSimulatorFaults, StallBacksUpAndLosesNothing) {
     VirtualSimulatorOptions options;
     options.receiveBufferBytes = 4096;
-    RunningSimulator simulator(options);
+    RunningSimulator simulator(GetParam(), options);
     SimulatorClient client(simulator);
     client.attach();
     ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
     simulator.stopReading(true);
-    constexpr std::size_t commands = 20000;
+    // A socket holds megabytes before anything waits in the client, a pipe next to nothing.
+    const std::size_t commands = GetParam() == Transport::Tcp ? 20000 : 2000;
     for (std::size_t i = 0; i < commands; ++i) {
         client.command("MF.SimVars.Set." + std::to_string(i));
     }
@@ -133,8 +138,8 @@ TEST(VirtualSimulatorFaults, StallBacksUpAndLosesNothing) {
     }
 }
 
-TEST(VirtualSimulatorFaults, CutMessageEndsTheClientsLink) {
-    RunningSimulator simulator;
+TEST_P(VirtualSimulatorFaults, CutMessageEndsTheClientsLink) {
+    RunningSimulator simulator(GetParam());
     SimulatorClient client(simulator);
     ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
     simulator.cutMessage();
@@ -142,8 +147,8 @@ TEST(VirtualSimulatorFaults, CutMessageEndsTheClientsLink) {
     EXPECT_EQ(client.log.messages.size(), 1U);
 }
 
-TEST(VirtualSimulatorFaults, RawBytesReachTheClientAsTheyAre) {
-    RunningSimulator simulator;
+TEST_P(VirtualSimulatorFaults, RawBytesReachTheClientAsTheyAre) {
+    RunningSimulator simulator(GetParam());
     SimulatorClient client(simulator);
     ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
     simulator.sendRaw(simulatorMessage(99, {1, 2, 3}));
@@ -153,8 +158,8 @@ TEST(VirtualSimulatorFaults, RawBytesReachTheClientAsTheyAre) {
     EXPECT_TRUE(client.waitForLoss());
 }
 
-TEST(VirtualSimulatorFaults, SingleBytesMakeTheSameMessages) {
-    RunningSimulator simulator;
+TEST_P(VirtualSimulatorFaults, SingleBytesMakeTheSameMessages) {
+    RunningSimulator simulator(GetParam());
     simulator.sendByteByByte(true);
     SimulatorClient client(simulator);
     client.attach();
@@ -164,8 +169,8 @@ TEST(VirtualSimulatorFaults, SingleBytesMakeTheSameMessages) {
     EXPECT_EQ(client.messagesOf(simConnectRecvOpen).front().size(), 308U);
 }
 
-TEST(VirtualSimulatorFaults, ClientThatGoesIsNoticed) {
-    RunningSimulator simulator;
+TEST_P(VirtualSimulatorFaults, ClientThatGoesIsNoticed) {
+    RunningSimulator simulator(GetParam());
     {
         const SimulatorClient client(simulator);
         ASSERT_TRUE(simulator.waitForSessionCount(1));
@@ -174,8 +179,8 @@ TEST(VirtualSimulatorFaults, ClientThatGoesIsNoticed) {
     EXPECT_TRUE(simulator.waitForKind(Kind::Closed));
 }
 
-TEST(VirtualSimulatorFaults, EachEndIsRecordedOnce) {
-    RunningSimulator simulator;
+TEST_P(VirtualSimulatorFaults, EachEndIsRecordedOnce) {
+    RunningSimulator simulator(GetParam());
     SimulatorClient client(simulator);
     ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
     simulator.quit();

@@ -4,6 +4,14 @@
 
 extern "C" {
 
+#ifdef NEEDS_ANOTHER_LIBRARY
+int neededFunction();
+#else
+static int neededFunction() {
+    return 2;
+}
+#endif
+
 SimConnectResult SimConnect_Open(SimConnectHandle* handle, const char*, void*, std::uint32_t, void*,
                                  std::uint32_t configIndex) {
     *handle = handle;
@@ -11,7 +19,7 @@ SimConnectResult SimConnect_Open(SimConnectHandle* handle, const char*, void*, s
 }
 
 SimConnectResult SimConnect_Close(SimConnectHandle) {
-    return 2;
+    return neededFunction();
 }
 
 SimConnectResult SimConnect_CallDispatch(SimConnectHandle, SimConnectDispatchProc proc, void* context) {

@@ -1,0 +1,5 @@
+// What another library needs.
+
+extern "C" int neededFunction() {
+    return 2;
+}
