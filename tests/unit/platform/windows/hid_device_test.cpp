@@ -1,5 +1,6 @@
 #include "platform/platform.h"
 #include "tests/support/wait_until.h"
+#include "tests/support/windows/board_pipe.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -15,48 +16,13 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// The other end of what CreateFile opens and overlapped reads work on: a named pipe of messages.
-class Pipe {
-public:
-    Pipe()
-        : handle(CreateNamedPipeA(path.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE, PIPE_UNLIMITED_INSTANCES, 4096,
-                                  4096, 0, nullptr)) {}
-    ~Pipe() { hangUp(); }
-    Pipe(const Pipe&) = delete;
-    Pipe& operator=(const Pipe&) = delete;
-
-    bool send(const std::string& bytes) const {
-        DWORD count = 0;
-        return WriteFile(handle, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr) != 0;
-    }
-
-    std::string receive() const {
-        std::array<char, 64> bytes{};
-        DWORD count = 0;
-        ReadFile(handle, bytes.data(), 64, &count, nullptr);
-        return {bytes.data(), count};
-    }
-
-    void hangUp() {
-        if (handle != INVALID_HANDLE_VALUE) {
-            CloseHandle(handle);
-        }
-        handle = INVALID_HANDLE_VALUE;
-    }
-
-    const std::string path = "\\\\.\\pipe\\bridge-test-" + std::to_string(GetCurrentProcessId());
-
-private:
-    HANDLE handle;
-};
-
 std::string text(const HidReadResult& result) {
     return {result.data.begin(), result.data.end()};
 }
 
 class HidDeviceOnWindows : public testing::Test {
 protected:
-    Pipe board;
+    BoardPipe board;
     HidTransport hid = systemPlatform().hid;
 
     HidHandle open(HidMode mode = HidMode::Overlapped) const {

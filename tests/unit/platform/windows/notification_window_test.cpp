@@ -5,11 +5,14 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstring>
 #include <future>
 #include <string>
 #include <thread>
 
 namespace {
+
+constexpr const char* className = "VantrelBridgeHidNotify";
 
 /// The listening window of this process, and the number of changes that it told of.
 class NotificationWindow : public testing::Test {
@@ -29,12 +32,12 @@ protected:
             }
         });
         succeeded = setUp.get_future().get();
-        window = FindWindowExA(HWND_MESSAGE, nullptr, "VantrelBridgeHidNotify", "Vantrel HID Notify");
+        window = FindWindowExA(HWND_MESSAGE, nullptr, className, "Vantrel HID Notify");
     }
     ~NotificationWindow() override {
         source.requestEnd();
         thread.join();
-        EXPECT_EQ(FindWindowExA(HWND_MESSAGE, nullptr, "VantrelBridgeHidNotify", nullptr), nullptr);
+        EXPECT_EQ(FindWindowExA(HWND_MESSAGE, nullptr, className, nullptr), nullptr);
     }
 
     LRESULT send(WPARAM event, DWORD deviceType) const {
@@ -83,6 +86,81 @@ TEST_F(NotificationWindow, OtherKindsOfDeviceAreNoChange) {
 TEST_F(NotificationWindow, EventWithoutDataIsNoChange) {
     EXPECT_EQ(SendMessageA(window, WM_DEVICECHANGE, DBT_DEVICEARRIVAL, 0), 0);
     EXPECT_EQ(changes, 0);
+}
+
+TEST_F(NotificationWindow, OtherMessagesGetTheDefaultAnswer) {
+    EXPECT_EQ(SendMessageA(window, WM_GETTEXTLENGTH, 0, 0), static_cast<LRESULT>(std::strlen("Vantrel HID Notify")));
+    EXPECT_EQ(SendMessageA(window, WM_USER, DBT_DEVICEARRIVAL, 0), 0);
+    EXPECT_EQ(changes, 0);
+}
+
+TEST_F(NotificationWindow, EachArrivalAndRemovalIsAChange) {
+    for (int round = 0; round < 5; ++round) {
+        send(DBT_DEVICEARRIVAL, DBT_DEVTYP_DEVICEINTERFACE);
+        send(DBT_DEVICEREMOVECOMPLETE, DBT_DEVTYP_DEVICEINTERFACE);
+    }
+    EXPECT_EQ(changes, 10);
+}
+
+TEST_F(NotificationWindow, WindowOfTheClassWithoutAnOwnerHearsNothing) {
+    const HWND other = CreateWindowExA(0, className, "other", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
+                                       GetModuleHandleA(nullptr), nullptr);
+    ASSERT_NE(other, nullptr);
+    DEV_BROADCAST_HDR header{sizeof header, DBT_DEVTYP_DEVICEINTERFACE, 0};
+    EXPECT_EQ(SendMessageA(other, WM_DEVICECHANGE, DBT_DEVICEARRIVAL, reinterpret_cast<LPARAM>(&header)), 0);
+    EXPECT_EQ(changes, 0);
+    DestroyWindow(other);
+}
+
+TEST_F(NotificationWindow, IsNoneOfTheDesktopsWindows) {
+    const auto stopAtIt = [](HWND other, LPARAM wanted) -> BOOL { return other != reinterpret_cast<HWND>(wanted); };
+    EXPECT_TRUE(EnumWindows(stopAtIt, reinterpret_cast<LPARAM>(window)));
+    EXPECT_FALSE(IsWindowVisible(window));
+}
+
+/// The window class as somebody else has registered it before.
+class ForeignWindowClass {
+public:
+    explicit ForeignWindowClass(WNDPROC procedure) {
+        // The bridge's own stays registered from an earlier set-up.
+        UnregisterClassA(className, GetModuleHandleA(nullptr));
+        WNDCLASSEXA windowClass{};
+        windowClass.cbSize = sizeof windowClass;
+        windowClass.lpfnWndProc = procedure;
+        windowClass.hInstance = GetModuleHandleA(nullptr);
+        windowClass.lpszClassName = className;
+        EXPECT_NE(RegisterClassExA(&windowClass), 0);
+    }
+    ~ForeignWindowClass() { EXPECT_TRUE(UnregisterClassA(className, GetModuleHandleA(nullptr))); }
+    ForeignWindowClass(const ForeignWindowClass&) = delete;
+    ForeignWindowClass& operator=(const ForeignWindowClass&) = delete;
+};
+
+LRESULT CALLBACK refuseToBeMade(HWND, UINT, WPARAM, LPARAM) {
+    return 0;
+}
+
+TEST(NotificationWindowSetUp, FailsWithItsTextWhenTheWindowCanNotBeMade) {
+    const DeviceNotificationSource source = systemPlatform().deviceNotifications;
+    std::string error;
+    {
+        const ForeignWindowClass refusing(refuseToBeMade);
+        EXPECT_FALSE(source.setUp(error));
+        EXPECT_EQ(error, "Failed to create notification window");
+    }
+    error.clear();
+    ASSERT_TRUE(source.setUp(error)) << error;
+    source.tearDown();
+}
+
+TEST(NotificationWindowSetUp, UsesAClassThatIsThereAlready) {
+    const DeviceNotificationSource source = systemPlatform().deviceNotifications;
+    const ForeignWindowClass plain(DefWindowProcA);
+    std::string error;
+    ASSERT_TRUE(source.setUp(error)) << error;
+    EXPECT_NE(FindWindowExA(HWND_MESSAGE, nullptr, className, nullptr), nullptr);
+    source.tearDown();
+    EXPECT_EQ(FindWindowExA(HWND_MESSAGE, nullptr, className, nullptr), nullptr);
 }
 
 } // namespace

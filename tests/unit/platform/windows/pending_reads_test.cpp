@@ -1,0 +1,150 @@
+// What the system may still write to when reads were left pending: it must be nothing once the device is closed.
+
+#include "platform/windows/hid_device.h"
+#include "tests/support/wait_until.h"
+#include "tests/support/windows/board_pipe.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <new>
+#include <string>
+#include <thread>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr unsigned char untouched = 0xA5;
+
+/// Memory of its own for what a read needs, so that a write to it shows after the read is destroyed.
+class WatchedRead {
+public:
+    WatchedRead() = default;
+    ~WatchedRead() { destroy(); }
+    WatchedRead(const WatchedRead&) = delete;
+    WatchedRead& operator=(const WatchedRead&) = delete;
+
+    HidRead& operator*() const { return *read; }
+
+    void destroy() {
+        if (read != nullptr) {
+            read->~HidRead();
+            std::fill(std::begin(memory), std::end(memory), untouched);
+        }
+        read = nullptr;
+    }
+
+    bool isUntouched() const {
+        const volatile unsigned char* bytes = memory;
+        for (std::size_t i = 0; i < sizeof memory; ++i) {
+            if (bytes[i] != untouched) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+private:
+    alignas(HidRead) unsigned char memory[sizeof(HidRead)];
+    HidRead* read = new (memory) HidRead;
+};
+
+class PendingReads : public testing::Test {
+protected:
+    PendingReads() { EXPECT_NE(device, nullptr); }
+
+    /// Three reads that nobody answers. This thread lives on, for the end of a thread ends its reads, too.
+    void leavePending() {
+        for (int round = 0; round < 3; ++round) {
+            EXPECT_EQ(device->read(*read, 1ms).status, HidReadStatus::Timeout);
+        }
+    }
+
+    /// A read that can't be issued, with those of before still pending.
+    void failToRead() {
+        CloseHandle((*read).event);
+        EXPECT_EQ(device->read(*read, 1ms).status, HidReadStatus::Failure);
+        (*read).event = nullptr;
+    }
+
+    /// Closes the device and frees the read as the end of a session does, then has the board do what it can.
+    void endSession() {
+        device.reset();
+        read.destroy();
+        for (int round = 0; round < 8; ++round) {
+            board.send(std::string(32, 'x'));
+        }
+        board.hangUp();
+        // Lets through what the system may still have for this thread.
+        SleepEx(50, TRUE);
+    }
+
+    BoardPipe board;
+    std::unique_ptr<HidDevice> device = HidDevice::open(board.path, HidAccess::ReadWrite, HidMode::Overlapped);
+    WatchedRead read;
+};
+
+TEST_F(PendingReads, TouchNothingAfterCancellingAndClosing) {
+    leavePending();
+    device->cancelReads();
+    endSession();
+    EXPECT_TRUE(read.isUntouched());
+}
+
+TEST_F(PendingReads, TouchNothingAfterClosingAlone) {
+    leavePending();
+    endSession();
+    EXPECT_TRUE(read.isUntouched());
+}
+
+TEST_F(PendingReads, TouchNothingAfterAFailedReadBehindThem) {
+    leavePending();
+    failToRead();
+    // The session is stalled, and the board goes on sending to memory that must still be there.
+    EXPECT_TRUE(board.send("a"));
+    EXPECT_TRUE(board.send("b"));
+    device->cancelReads();
+    endSession();
+    EXPECT_TRUE(read.isUntouched());
+}
+
+TEST_F(PendingReads, TouchNothingAfterAReaderThreadThatEndedOnAFailure) {
+    std::thread reader([this] {
+        leavePending();
+        failToRead();
+    });
+    reader.join();
+    EXPECT_TRUE(board.send("a"));
+    endSession();
+    EXPECT_TRUE(read.isUntouched());
+}
+
+TEST_F(PendingReads, TouchNothingWhenTheBoardWasPulledFirst) {
+    leavePending();
+    board.hangUp();
+    EXPECT_EQ(device->read(*read, 1h).status, HidReadStatus::Failure);
+    endSession();
+    EXPECT_TRUE(read.isUntouched());
+}
+
+TEST_F(PendingReads, AllEndWhenTheyAreCancelledFromAnotherThread) {
+    HidReadStatus last = HidReadStatus::Data;
+    std::atomic<bool> isPending{false};
+    std::thread reader([&] {
+        EXPECT_EQ(device->read(*read, 1ms).status, HidReadStatus::Timeout);
+        isPending = true;
+        last = device->read(*read, 1h).status;
+    });
+    EXPECT_TRUE(waitUntil([&] { return isPending.load(); }));
+    device->cancelReads();
+    reader.join();
+    EXPECT_EQ(last, HidReadStatus::Failure);
+    endSession();
+    EXPECT_TRUE(read.isUntouched());
+}
+
+} // namespace

@@ -1,0 +1,182 @@
+// Where the bridge's output goes and its input comes from, and how a console stops it.
+
+#include "platform/platform.h"
+#include "tests/windows/installed_bridge.h"
+#include "tests/windows/test_console.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+namespace {
+
+bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+class ConsoleOfTheBridge : public testing::Test {
+protected:
+    ConsoleOfTheBridge() { bridge.configure(); }
+
+    HANDLE createFile(const std::string& name) const {
+        return CreateFileA(bridge.path(name).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0,
+                           nullptr);
+    }
+
+    std::string contentOf(const std::string& name) const {
+        std::string text;
+        FileSystem::readFile(bridge.path(name), text);
+        return text;
+    }
+
+    InstalledBridge bridge;
+    TestConsole console;
+};
+
+TEST_F(ConsoleOfTheBridge, ShowsTheLogAndTakesCommandsOfWhoeverStartedIt) {
+    const auto process = bridge.start("--console", console.streams());
+    EXPECT_TRUE(console.waitFor(startedLine)) << console.screen();
+    EXPECT_TRUE(console.waitFor(commandsLine)) << console.screen();
+    console.type("quit\r");
+    EXPECT_EQ(process->exitCode(), 0U);
+    EXPECT_TRUE(console.shows(stoppedLine)) << console.screen();
+}
+
+TEST_F(ConsoleOfTheBridge, TakesCommandsInAnyMixOfCase) {
+    const auto process = bridge.start("--console", console.streams());
+    EXPECT_TRUE(console.waitFor(commandsLine)) << console.screen();
+    console.type(" quit\rBootSel\rExIt\r");
+    EXPECT_EQ(process->exitCode(), 0U);
+    EXPECT_TRUE(console.shows("[WARN] No HID device accepted BOOTSEL command")) << console.screen();
+}
+
+TEST_F(ConsoleOfTheBridge, GetsNothingWhenOutputIsRedirectedToAFile) {
+    const HANDLE file = createFile("output.txt");
+    const auto process = bridge.start("--console", {console.input, file, console.output});
+    EXPECT_TRUE(bridge.waitForLog(commandsLine));
+    console.type("quit\r");
+    EXPECT_EQ(process->exitCode(), 0U);
+    CloseHandle(file);
+    EXPECT_TRUE(contains(contentOf("output.txt"), startedLine));
+    EXPECT_TRUE(contains(contentOf("output.txt"), stoppedLine));
+    EXPECT_FALSE(console.shows(startedLine)) << console.screen();
+}
+
+TEST_F(ConsoleOfTheBridge, GetsNothingWhenOutputIsRedirectedToAPipe) {
+    ChildPipe output;
+    const auto process = bridge.start("--console", {console.input, output.writeEnd, console.output});
+    EXPECT_TRUE(bridge.waitForLog(commandsLine));
+    console.type("quit\r");
+    EXPECT_EQ(process->exitCode(), 0U);
+    const std::string text = output.readAll();
+    EXPECT_TRUE(contains(text, startedLine) && contains(text, stoppedLine)) << text;
+    EXPECT_FALSE(console.shows(startedLine)) << console.screen();
+}
+
+TEST_F(ConsoleOfTheBridge, GetsTheOutputWhenOnlyInputIsRedirected) {
+    const ChildPipe input;
+    const auto process = bridge.start("--console", {input.readEnd, console.output, console.output});
+    EXPECT_TRUE(console.waitFor(startedLine)) << console.screen();
+    input.write("QUIT\r\n");
+    EXPECT_EQ(process->exitCode(), 0U);
+    EXPECT_TRUE(console.shows(stoppedLine)) << console.screen();
+}
+
+// The null device is neither a file nor a pipe.
+TEST_F(ConsoleOfTheBridge, IsUsedInPlaceOfTheNullDevice) {
+    const HANDLE null = CreateFileA("NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    OPEN_EXISTING, 0, nullptr);
+    const auto process = bridge.start("--console", {null, null, null});
+    EXPECT_TRUE(console.waitFor(startedLine)) << console.screen();
+    console.type("quit\r");
+    EXPECT_EQ(process->exitCode(), 0U);
+    CloseHandle(null);
+}
+
+TEST_F(ConsoleOfTheBridge, StaysEmptyWithoutTheOption) {
+    const auto process = bridge.start("", console.streams());
+    EXPECT_FALSE(waitUntil([&] { return !process->isRunning(); }, std::chrono::milliseconds(500)));
+    EXPECT_EQ(console.screen(), "");
+}
+
+TEST_F(ConsoleOfTheBridge, IsNotNeeded) {
+    const std::string self = '"' + FileSystem::join(FileSystem::parentPath(builtExecutable()), "unit") +
+                             "\\windows-process-tests.exe\" " + std::string(startRestOption);
+    ChildPipe input;
+    ChildPipe output;
+    const ChildProcess between(self + " \"" + bridge.executable + "\" --console",
+                               {input.readEnd, output.writeEnd, nullptr}, DETACHED_PROCESS);
+    EXPECT_TRUE(bridge.waitForLog(commandsLine));
+    input.write("quit\n");
+    EXPECT_EQ(between.exitCode(), 0U);
+    EXPECT_TRUE(contains(output.readAll(), stoppedLine));
+}
+
+std::atomic<int> lastEvent{-1};
+
+bool noteEvent(unsigned event) {
+    lastEvent = static_cast<int>(event);
+    return false;
+}
+
+/// Ctrl+C goes to every process of the console, so this one lives through it.
+class ControlEvent : public ConsoleOfTheBridge {
+protected:
+    ControlEvent() { SetConsoleCtrlHandler(survive, TRUE); }
+    ~ControlEvent() override { SetConsoleCtrlHandler(survive, FALSE); }
+
+    static bool pressControlC() { return GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0) != 0; }
+
+    static inline std::atomic<int> survived{0};
+
+private:
+    static BOOL WINAPI survive(DWORD) {
+        ++survived;
+        return TRUE;
+    }
+};
+
+TEST_F(ControlEvent, ReachesTheHandlerWithTheSystemsNumberAndThenTheNextOneIfNotHandled) {
+    systemPlatform().host.installControlHandler(noteEvent);
+    survived = 0;
+    ASSERT_TRUE(pressControlC());
+    EXPECT_TRUE(waitUntil([] { return lastEvent == CTRL_C_EVENT && survived == 1; }));
+}
+
+TEST_F(ControlEvent, EndsItInOrder) {
+    const auto process = bridge.start("--console", console.streams());
+    EXPECT_TRUE(bridge.waitForLog(commandsLine));
+    ASSERT_TRUE(pressControlC());
+    EXPECT_EQ(process->exitCode(), 0U);
+    EXPECT_TRUE(contains(bridge.log(), stoppedLine)) << bridge.log();
+}
+
+TEST_F(ControlEvent, EndsItWhileItsInputIsHeldOpen) {
+    const ChildPipe input;
+    const auto process = bridge.start("--console", {input.readEnd, console.output, console.output});
+    EXPECT_TRUE(bridge.waitForLog(commandsLine));
+    ASSERT_TRUE(pressControlC());
+    EXPECT_EQ(process->exitCode(), 0U);
+    EXPECT_TRUE(contains(bridge.log(), stoppedLine)) << bridge.log();
+}
+
+TEST_F(ControlEvent, GivenTwiceEndsItOnce) {
+    const auto process = bridge.start("--console", console.streams());
+    EXPECT_TRUE(bridge.waitForLog(commandsLine));
+    ASSERT_TRUE(pressControlC());
+    ASSERT_TRUE(pressControlC());
+    EXPECT_EQ(process->exitCode(), 0U);
+    const std::string log = bridge.log();
+    EXPECT_EQ(log.find(stoppedLine), log.rfind(stoppedLine)) << log;
+    EXPECT_TRUE(contains(log, stoppedLine)) << log;
+}
+
+TEST_F(ConsoleOfTheBridge, EndOfInputLeavesItRunning) {
+    ChildPipe input;
+    const auto process = bridge.start("--console", {input.readEnd, console.output, console.output});
+    EXPECT_TRUE(bridge.waitForLog(commandsLine));
+    input.closeWriteEnd();
+    EXPECT_FALSE(waitUntil([&] { return !process->isRunning(); }, std::chrono::milliseconds(500)));
+}
+
+} // namespace

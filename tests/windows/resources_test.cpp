@@ -1,0 +1,103 @@
+// What the executable says about itself.
+
+#include "tests/windows/installed_bridge.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+class BridgeResources : public testing::Test {
+protected:
+    ~BridgeResources() override { FreeLibrary(module); }
+
+    std::string resource(LPCSTR type, WORD number) const {
+        const HRSRC found = FindResourceA(module, MAKEINTRESOURCEA(number), type);
+        if (found == nullptr) {
+            return {};
+        }
+        const HGLOBAL loaded = LoadResource(module, found);
+        return {static_cast<const char*>(LockResource(loaded)), SizeofResource(module, found)};
+    }
+
+    HMODULE module = LoadLibraryExA(builtExecutable().c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+};
+
+std::vector<char> versionInformation() {
+    const std::string path = builtExecutable();
+    DWORD ignored = 0;
+    std::vector<char> data(GetFileVersionInfoSizeA(path.c_str(), &ignored));
+    if (!data.empty()) {
+        GetFileVersionInfoA(path.c_str(), 0, static_cast<DWORD>(data.size()), data.data());
+    }
+    return data;
+}
+
+std::string versionText(const std::string& name) {
+    const std::vector<char> data = versionInformation();
+    void* text = nullptr;
+    UINT length = 0;
+    if (data.empty() || !VerQueryValueA(data.data(), ("\\StringFileInfo\\040904B0\\" + name).c_str(), &text, &length)) {
+        return {};
+    }
+    return static_cast<const char*>(text);
+}
+
+TEST_F(BridgeResources, VersionIsTheProjects) {
+    EXPECT_EQ(versionText("FileVersion"), BRIDGE_VERSION);
+    EXPECT_EQ(versionText("ProductVersion"), BRIDGE_VERSION);
+    EXPECT_EQ(versionText("ProductName"), "VantrelBridgeHID");
+    EXPECT_EQ(versionText("OriginalFilename"), "VantrelBridgeHID.exe");
+    EXPECT_NE(versionText("FileDescription"), "");
+}
+
+TEST_F(BridgeResources, VersionNumbersSayTheSameAsTheText) {
+    const std::vector<char> data = versionInformation();
+    void* found = nullptr;
+    UINT length = 0;
+    ASSERT_FALSE(data.empty());
+    ASSERT_TRUE(VerQueryValueA(data.data(), "\\", &found, &length));
+    const auto* fixed = static_cast<const VS_FIXEDFILEINFO*>(found);
+    const std::string text = std::to_string(HIWORD(fixed->dwFileVersionMS)) + "." +
+                             std::to_string(LOWORD(fixed->dwFileVersionMS)) + "." +
+                             std::to_string(HIWORD(fixed->dwFileVersionLS));
+    EXPECT_EQ(text, BRIDGE_VERSION);
+    EXPECT_EQ(fixed->dwProductVersionMS, fixed->dwFileVersionMS);
+    EXPECT_EQ(fixed->dwProductVersionLS, fixed->dwFileVersionLS);
+    EXPECT_EQ(fixed->dwFileType, static_cast<DWORD>(VFT_APP));
+}
+
+TEST_F(BridgeResources, IconComesInFourSizes) {
+    const std::string group = resource(RT_GROUP_ICON, 1);
+    // A head of 6 bytes, then 14 for each picture: its width first, 0 for 256, and its number last.
+    constexpr std::size_t headSize = 6;
+    constexpr std::size_t entrySize = 14;
+    ASSERT_EQ(group.size(), headSize + 4 * entrySize);
+    std::vector<int> widths;
+    for (std::size_t at = headSize; at < group.size(); at += entrySize) {
+        widths.push_back(static_cast<unsigned char>(group[at]));
+        WORD number = 0;
+        std::memcpy(&number, &group[at + entrySize - sizeof number], sizeof number);
+        EXPECT_FALSE(resource(RT_ICON, number).empty());
+    }
+    EXPECT_EQ(widths, (std::vector<int>{16, 32, 48, 0}));
+}
+
+TEST_F(BridgeResources, ManifestAsksForNoRightsAndNamesTheSystems) {
+    const std::string manifest = resource(RT_MANIFEST, 1);
+    EXPECT_NE(manifest.find(R"(<requestedExecutionLevel level="asInvoker" uiAccess="false"/>)"), std::string::npos);
+    EXPECT_NE(manifest.find(R"(<supportedOS Id="{8e0f7a12-bfb3-4fe8-b9a5-48fd50a15a9a}"/>)"), std::string::npos);
+    EXPECT_NE(manifest.find("version=\"" BRIDGE_VERSION ".0\""), std::string::npos);
+}
+
+// EXE.xml takes the bytes of paths as they are and declares the system's code page.
+TEST_F(BridgeResources, ManifestLeavesTheCodePageToTheSystem) {
+    const std::string manifest = resource(RT_MANIFEST, 1);
+    ASSERT_FALSE(manifest.empty());
+    EXPECT_EQ(manifest.find("<activeCodePage"), std::string::npos);
+}
+
+} // namespace
