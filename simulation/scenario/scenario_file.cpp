@@ -1,5 +1,6 @@
 #include "simulation/scenario/scenario_file.h"
 
+#include "config/hid_event_map.h"
 #include "platform/file_system.h"
 #include "simulation/scenario/json_text.h"
 #include "simulation/scenario/scenario_line.h"
@@ -84,14 +85,14 @@ private:
 
     void readDeclaration(ScenarioLine& line) {
         using Reader = void (ScenarioReader::*)(ScenarioLine&);
-        static constexpr std::array<std::string_view, 11> words{"board",   "control", "command", "list",
-                                                                "config",  "file",    "without", "console",
-                                                                "hotplug", "module",  "watch"};
-        static constexpr std::array<Reader, 11> readers{
+        static constexpr std::array<std::string_view, 12> words{"board",   "control", "command", "list",
+                                                                "config",  "file",    "folder",  "without",
+                                                                "console", "hotplug", "module",  "watch"};
+        static constexpr std::array<Reader, 12> readers{
             &ScenarioReader::readBoard,   &ScenarioReader::readControl, &ScenarioReader::readCommand,
             &ScenarioReader::readListed,  &ScenarioReader::readConfig,  &ScenarioReader::readFile,
-            &ScenarioReader::readWithout, &ScenarioReader::readConsole, &ScenarioReader::readHotPlug,
-            &ScenarioReader::readModule,  &ScenarioReader::readWatch};
+            &ScenarioReader::readFolder,  &ScenarioReader::readWithout, &ScenarioReader::readConsole,
+            &ScenarioReader::readHotPlug, &ScenarioReader::readModule,  &ScenarioReader::readWatch};
         const std::size_t chosen = line.choice("declaration", words);
         if (!scenario.steps.empty()) {
             line.fail("declarations stand before the first step; a step begins with > or <");
@@ -157,6 +158,33 @@ private:
     void readFile(ScenarioLine& line) {
         const std::string name = line.word("the file's name");
         scenario.files[name] = readBlock(line);
+    }
+
+    /// The three files of a folder: its settings as a layer, the other two verbatim, their controls by name.
+    void readFolder(ScenarioLine& line) {
+        const std::string folder = FileSystem::join(FileSystem::parentPath(scenario.path), line.rest("a folder"));
+        scenario.settings.push_back(parseJson(line, fileOf(line, folder, "config.json")));
+        scenario.files["buttons.json"] = fileOf(line, folder, "buttons.json");
+        const std::string& mapText = scenario.files["hid_event_map.json"] = fileOf(line, folder, "hid_event_map.json");
+        HidEventMap map;
+        std::string error;
+        if (!map.parse(mapText, error)) {
+            line.fail(error);
+        }
+        for (const auto& [id, name] : map.controlIds) {
+            if (id >= 0 && id <= highestControlId) {
+                scenario.controls.push_back({static_cast<std::uint16_t>(id), name});
+            }
+        }
+    }
+
+    static std::string fileOf(const ScenarioLine& line, const std::string& folder, const std::string& name) {
+        const std::string path = FileSystem::join(folder, name);
+        std::string content;
+        if (!FileSystem::readFile(path, content)) {
+            line.fail(path + " can't be read");
+        }
+        return content;
     }
 
     void readWithout(ScenarioLine& line) {

@@ -1,0 +1,164 @@
+// Holds the schemas, the samples and the gallery against an independent validator and against the program's own verdict.
+//   node check.mjs CONFIG-VERDICT
+// gallery/good: both take the file. gallery/bad: both refuse it, the program with the words of bad/messages.json.
+// gallery/tolerated: the program takes it but passes over a part in silence; the schema is there to say so.
+
+import Ajv from 'ajv/dist/2020.js';
+import {execFileSync} from 'node:child_process';
+import {existsSync, readdirSync, readFileSync} from 'node:fs';
+import {dirname, join, resolve} from 'node:path';
+import {fileURLToPath} from 'node:url';
+
+const here = dirname(fileURLToPath(import.meta.url));
+const root = resolve(here, '../..');
+const verdictProgram = process.argv[2];
+const kinds = ['config', 'buttons', 'hid_event_map'];
+
+let passed = 0;
+let failed = 0;
+function check(title, fault) {
+  if (fault) {
+    ++failed;
+    console.log(`FAILED: ${title}: ${fault}`);
+  } else {
+    ++passed;
+  }
+}
+
+const schemas = {};
+const validators = {};
+for (const kind of kinds) {
+  schemas[kind] = JSON.parse(readFileSync(join(root, 'schemas', `${kind}.schema.json`), 'utf8'));
+  const ajv = new Ajv({strict: true, allErrors: true});
+  check(`${kind}: is a schema of draft 2020-12`, ajv.validateSchema(schemas[kind]) ? '' : ajv.errorsText());
+  validators[kind] = ajv.compile(schemas[kind]);
+}
+
+/// Empty when the schema takes the file, else why not.
+function schemaVerdict(kind, path) {
+  let document;
+  try {
+    document = JSON.parse(readFileSync(path, 'utf8'));
+  } catch (failure) {
+    return `not JSON: ${failure.message}`;
+  }
+  if (validators[kind](document)) {
+    return '';
+  }
+  return validators[kind].errors.map((error) => `${error.instancePath} ${error.message}`).join('; ') || 'refused';
+}
+
+/// The program's line for each file, by path.
+function programVerdicts(kind, paths) {
+  const lines = execFileSync(verdictProgram, [kind, ...paths], {encoding: 'utf8'}).replace(/\n$/, '').split('\n');
+  if (lines.length !== paths.length) {
+    throw new Error(`${verdictProgram} gave ${lines.length} verdicts for ${paths.length} files`);
+  }
+  return new Map(paths.map((path, place) => [path, lines[place]]));
+}
+
+function checkSamples() {
+  for (const kind of kinds) {
+    const path = join(root, 'config', `${kind}.json`);
+    check(`config/${kind}.json: schema`, schemaVerdict(kind, path));
+    const said = programVerdicts(kind, [path]).get(path);
+    check(`config/${kind}.json: program`, said === 'ok' ? '' : said);
+    const named = JSON.parse(readFileSync(path, 'utf8')).$schema;
+    const meant = resolve(dirname(path), named ?? '');
+    check(`config/${kind}.json: names its schema`,
+          meant === join(root, 'schemas', `${kind}.schema.json`) && existsSync(meant) ? '' : `$schema is ${named}`);
+  }
+}
+
+function galleryFiles(group, kind) {
+  const folder = join(here, 'gallery', group, kind);
+  return readdirSync(folder).filter((name) => name.endsWith('.json')).sort().map((name) => join(folder, name));
+}
+
+function checkGallery() {
+  const messages = JSON.parse(readFileSync(join(here, 'gallery/bad/messages.json'), 'utf8'));
+  const unused = new Set(Object.keys(messages));
+  for (const kind of kinds) {
+    for (const group of ['good', 'bad', 'tolerated']) {
+      const paths = galleryFiles(group, kind);
+      const said = programVerdicts(kind, paths);
+      check(`gallery/${group}/${kind}: has files`, paths.length > 0 ? '' : 'none');
+      for (const path of paths) {
+        const name = path.slice(join(here, 'gallery', group).length + 1);
+        const title = `gallery/${group}/${name}`;
+        const refusal = schemaVerdict(kind, path);
+        check(`${title}: schema`, group === 'good' ? refusal : refusal ? '' : 'the schema takes it');
+        const expected = group === 'bad' ? messages[name] : 'ok';
+        check(`${title}: program`, said.get(path) === expected ? '' : `"${said.get(path)}" instead of "${expected}"`);
+        unused.delete(name);
+      }
+    }
+  }
+  check('gallery/bad/messages.json: each entry has its file', [...unused].join(', '));
+}
+
+function checkMinAgainstMax() {
+  const document = {hid: {vid: '1', pid: '1'}, mappings: {buttonConfigPath: 'b'}, outputs: {profiles: {day: {}}}};
+  const wrong = [];
+  for (let min = 0; min <= 100; ++min) {
+    for (let max = 0; max <= 100; ++max) {
+      document.outputs.profiles.day.backlight = {min, max};
+      if (validators.config(document) !== min <= max) {
+        wrong.push(`${min}/${max}`);
+      }
+    }
+  }
+  check('config: min is never above max, for all of their values', wrong.join(' '));
+}
+
+function resolved(node) {
+  return node.$ref?.startsWith('#/$defs/') ? {...schemas.config.$defs[node.$ref.slice(8)], ...node} : node;
+}
+
+function checkDefaults() {
+  const said = new Map(execFileSync(verdictProgram, ['defaults'], {encoding: 'utf8'}).replace(/\n$/, '').split('\n').map(
+      (line) => [line.slice(0, line.indexOf(' ')), line.slice(line.indexOf(' ') + 1)]));
+  check('config: the program tells its defaults', said.size > 30 ? '' : `only ${said.size}`);
+  const defs = schemas.config.$defs;
+  for (const [path, value] of said) {
+    const [section, key] = path.split('.');
+    let stated;
+    if (section === 'simDisconnected' || section === 'batteryOff') {
+      stated = defs.profile.properties[section].default[key];
+    } else {
+      const owner = defs[section] ?? resolved(schemas.config.properties[section]);
+      stated = owner.properties[key]?.default;
+    }
+    check(`config: default of ${path}`, String(stated) === value ? '' : `${stated} instead of ${value}`);
+  }
+}
+
+function checkDescriptions() {
+  for (const kind of kinds) {
+    const bare = [];
+    const walk = (node, place) => {
+      if (node === null || typeof node !== 'object') {
+        return;
+      }
+      for (const [name, member] of Object.entries(node.properties ?? {})) {
+        const described = member.description ?? resolved(member).description ?? schemas[kind].$defs?.[member.$ref?.slice(8)]?.description;
+        if (!described && !place.match(/\/(if|then|else|anyOf|allOf)(\/|$)/)) {
+          bare.push(`${place}/${name}`);
+        }
+      }
+      for (const [name, member] of Object.entries(node)) {
+        walk(member, `${place}/${name}`);
+      }
+    };
+    walk(schemas[kind], '');
+    check(`${kind}: every key is described`, bare.join(', '));
+  }
+}
+
+checkSamples();
+checkGallery();
+checkMinAgainstMax();
+checkDefaults();
+checkDescriptions();
+console.log(`check: ${passed} passed, ${failed} failed`);
+process.exit(failed === 0 && passed > 0 ? 0 : 1);

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <array>
+#include <string_view>
+
+/// The names that the sample set may fire or read, as the simulator's documentation and public event lists give them.
+/// A name that isn't here is a slip of the pen, which the simulator would take in silence.
+namespace SimulatorEventNames {
+
+/// Behind "AS1000_PFD_" and "AS1000_MFD_".
+inline constexpr std::array<std::string_view, 55> displayEvents{"FMS_Upper_INC",
+                                                                "FMS_Upper_DEC",
+                                                                "FMS_Upper_PUSH",
+                                                                "FMS_Lower_INC",
+                                                                "FMS_Lower_DEC",
+                                                                "FPL_Push",
+                                                                "PROC_Push",
+                                                                "MENU_Push",
+                                                                "ENT_Push",
+                                                                "CLR",
+                                                                "CLR_Long",
+                                                                "DIRECTTO",
+                                                                "RANGE_INC",
+                                                                "RANGE_DEC",
+                                                                "JOYSTICK_UP",
+                                                                "JOYSTICK_DOWN",
+                                                                "JOYSTICK_LEFT",
+                                                                "JOYSTICK_RIGHT",
+                                                                "JOYSTICK_PUSH",
+                                                                "ActivateMapCursor",
+                                                                "DeactivateMapCursor",
+                                                                "COM_Large_INC",
+                                                                "COM_Large_DEC",
+                                                                "COM_Small_INC",
+                                                                "COM_Small_DEC",
+                                                                "COM_Push",
+                                                                "COM_Switch",
+                                                                "COM_Switch_Long",
+                                                                "NAV_Large_INC",
+                                                                "NAV_Large_DEC",
+                                                                "NAV_Small_INC",
+                                                                "NAV_Small_DEC",
+                                                                "NAV_Push",
+                                                                "NAV_Switch",
+                                                                "VOL_1_INC",
+                                                                "VOL_1_DEC",
+                                                                "VOL_2_INC",
+                                                                "VOL_2_DEC",
+                                                                "BARO_INC",
+                                                                "BARO_DEC",
+                                                                "CRS_INC",
+                                                                "CRS_DEC",
+                                                                "CRS_PUSH",
+                                                                "SOFTKEYS_1",
+                                                                "SOFTKEYS_2",
+                                                                "SOFTKEYS_3",
+                                                                "SOFTKEYS_4",
+                                                                "SOFTKEYS_5",
+                                                                "SOFTKEYS_6",
+                                                                "SOFTKEYS_7",
+                                                                "SOFTKEYS_8",
+                                                                "SOFTKEYS_9",
+                                                                "SOFTKEYS_10",
+                                                                "SOFTKEYS_11",
+                                                                "SOFTKEYS_12"};
+
+inline constexpr std::array<std::string_view, 1> otherDisplayEvents{"AS1000_VNAV_TOGGLE"};
+
+inline constexpr std::array<std::string_view, 35> keyEvents{"AP_MASTER",
+                                                            "TOGGLE_FLIGHT_DIRECTOR",
+                                                            "AP_HDG_HOLD",
+                                                            "AP_ALT_HOLD",
+                                                            "AP_NAV1_HOLD",
+                                                            "AP_BC_HOLD",
+                                                            "AP_APR_HOLD",
+                                                            "AP_VS_HOLD",
+                                                            "FLIGHT_LEVEL_CHANGE",
+                                                            "AP_ALT_VAR_INC",
+                                                            "AP_ALT_VAR_DEC",
+                                                            "AP_VS_VAR_INC",
+                                                            "AP_VS_VAR_DEC",
+                                                            "AP_SPD_VAR_INC",
+                                                            "AP_SPD_VAR_DEC",
+                                                            "HEADING_BUG_INC",
+                                                            "HEADING_BUG_DEC",
+                                                            "HEADING_BUG_SET",
+                                                            "VOR1_OBI_INC",
+                                                            "VOR1_OBI_DEC",
+                                                            "KOHLSMAN_INC",
+                                                            "KOHLSMAN_DEC",
+                                                            "BAROMETRIC",
+                                                            "COM_STBY_RADIO_SWAP",
+                                                            "COM2_RADIO_SWAP",
+                                                            "NAV1_RADIO_SWAP",
+                                                            "NAV2_RADIO_SWAP",
+                                                            "COM_RADIO_WHOLE_INC",
+                                                            "COM_RADIO_WHOLE_DEC",
+                                                            "COM_RADIO_FRACT_INC",
+                                                            "COM_RADIO_FRACT_DEC",
+                                                            "NAV1_RADIO_WHOLE_INC",
+                                                            "NAV1_RADIO_WHOLE_DEC",
+                                                            "NAV1_RADIO_FRACT_INC",
+                                                            "NAV1_RADIO_FRACT_DEC"};
+
+/// Variables behind "A:", with their units. The mode of the flight level change is the simulator's own documented
+/// variable: it tells whether NOSE UP means a speed or a vertical speed.
+inline constexpr std::array<std::string_view, 2> variables{"HEADING INDICATOR, degrees",
+                                                           "AUTOPILOT FLIGHT LEVEL CHANGE, bool"};
+
+} // namespace SimulatorEventNames
