@@ -35,6 +35,8 @@ struct VirtualBoardModel {
     std::optional<std::string> serial;
     /// Without it, the board doesn't answer the protocol info report.
     std::optional<HidProtocol::ProtocolInfo> protocolInfo;
+
+    bool operator==(const VirtualBoardModel&) const = default;
 };
 
 /// The firmware side of one panel: answers feature reports, keeps what it was told, and sends input reports. A bus (see

@@ -78,6 +78,8 @@ struct ProtocolInfo {
     std::uint8_t protocolMajor = 0;
     std::uint8_t protocolMinor = 0;
     std::uint8_t protocolFlags = 0;
+
+    bool operator==(const ProtocolInfo&) const = default;
 };
 
 /// Decodes a read of `length` bytes, above 0: 31 bytes without the report id, or 32 with it. False with `error` set;

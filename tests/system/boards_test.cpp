@@ -17,7 +17,11 @@ protected:
     bool waitForConnection(const std::string& name, int index) {
         return bridge->waitForLog("HID device connected: " + name + " index=" + std::to_string(index) + "\n");
     }
+};
 
+/// What only the kernel's own nodes can tell.
+class LinuxBoards : public Boards {
+protected:
     /// Whether the bridge has that file open.
     bool holdsOpen(const std::string& path) {
         const std::string folder = "/proc/" + std::to_string(bridge->process().id()) + "/fd";
@@ -37,7 +41,6 @@ TEST_F(Boards, AreConnectedByTheirBoardId) {
     EXPECT_EQ(nameOf(board), "E66138A1B2C3D401");
     EXPECT_EQ(bridge->countInLog("HID device connected: E66138A1B2C3D401 index=0\n"), 1U);
     EXPECT_EQ(bridge->countInLog("HID protocol info: device=E66138A1B2C3D401 proto=1.3 flags=0x0A\n"), 1U);
-    EXPECT_TRUE(holdsOpen(board.device().node()));
     killBridge();
 }
 
@@ -52,7 +55,7 @@ TEST_F(Boards, WithoutABoardIdGoByTheirSerialNumber) {
     killBridge();
 }
 
-TEST_F(Boards, WithoutAnyIdentityGoByTheirPath) {
+TEST_F(LinuxBoards, WithoutAnyIdentityGoByTheirPath) {
     VirtualBoardModel unnamed;
     unnamed.boardId.reset();
     const UhidBoard& board = plugBoard(unnamed);
@@ -129,7 +132,7 @@ TEST_F(Boards, PutBackWorkAgain) {
     EXPECT_TRUE(waitForReport(*boards[0], reportOf({0x11, 1})));
 }
 
-TEST_F(Boards, WhoseNodeIsGoneAreNeverConnected) {
+TEST_F(LinuxBoards, WhoseNodeIsGoneAreNeverConnected) {
     UhidBoard& closed = plugBoard(model(1));
     std::filesystem::remove(closed.device().node());
     UhidBoard& good = plugBoard(model(2));
@@ -139,7 +142,7 @@ TEST_F(Boards, WhoseNodeIsGoneAreNeverConnected) {
     killBridge();
 }
 
-TEST_F(Boards, OfOtherMakersAreNeverAskedWrittenToOrKeptOpen) {
+TEST_F(Boards, OfOtherMakersAreNeverAskedOrWrittenTo) {
     VirtualBoardModel foreignVendor = model(8);
     foreignVendor.vendorId = 0x1235;
     VirtualBoardModel foreignProduct = model(9);
@@ -158,10 +161,19 @@ TEST_F(Boards, OfOtherMakersAreNeverAskedWrittenToOrKeptOpen) {
     for (const UhidBoard* foreign : {&byVendor, &byProduct}) {
         EXPECT_TRUE(foreign->panel.outputs().empty());
         EXPECT_EQ(foreign->featureRequests(), 0);
-        // A probe holds it for a moment, but no longer.
-        EXPECT_TRUE(waitUntil([&] { return !holdsOpen(foreign->device().node()); }));
     }
+}
+
+TEST_F(LinuxBoards, OfOtherMakersAreNotKeptOpen) {
+    VirtualBoardModel foreignVendor = model(8);
+    foreignVendor.vendorId = 0x1235;
+    const UhidBoard& foreign = plugBoard(foreignVendor);
+    const UhidBoard& own = plugBoard(model());
+    startAlone();
     EXPECT_TRUE(holdsOpen(own.device().node()));
+    // A probe holds it for a moment, but no longer.
+    EXPECT_TRUE(waitUntil([&] { return !holdsOpen(foreign.device().node()); }));
+    killBridge();
 }
 
 TEST_F(Boards, AllGetTheBootselCommand) {
@@ -172,11 +184,15 @@ TEST_F(Boards, AllGetTheBootselCommand) {
     const auto bootsel = reportOf({0x12, 2});
     EXPECT_TRUE(waitForReport(first, bootsel));
     EXPECT_TRUE(waitForReport(second, bootsel));
-    EXPECT_TRUE(bridge->waitForLog("BOOTSEL command sent to " + nameOf(first) + " via WriteFile\n"));
-    EXPECT_TRUE(bridge->waitForLog("BOOTSEL command sent to " + nameOf(second) + " via WriteFile\n"));
+    // Wine takes the whole report but says that it wrote 31 bytes, so the control pipe brings it once more.
+    const std::string route = TestedSystem::isWindows() ? "HidD_SetOutputReport" : "WriteFile";
+    EXPECT_TRUE(bridge->waitForLog("BOOTSEL command sent to " + nameOf(first) + " via " + route + "\n"));
+    EXPECT_TRUE(bridge->waitForLog("BOOTSEL command sent to " + nameOf(second) + " via " + route + "\n"));
     // Not cached: each command is sent.
+    const std::size_t once = reports(first, 0x12).size();
+    EXPECT_EQ(once, TestedSystem::isWindows() ? 2U : 1U);
     bridge->process().writeLine("boot");
-    EXPECT_TRUE(waitUntil([&] { return reports(first, 0x12).size() == 2; }, ChildProcess::defaultLimit));
+    EXPECT_TRUE(waitUntil([&] { return reports(first, 0x12).size() == 2 * once; }, ChildProcess::defaultLimit));
     killBridge();
 }
 

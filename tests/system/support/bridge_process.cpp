@@ -2,9 +2,9 @@
 
 #include "platform/file_system.h"
 #include "tests/support/wait_until.h"
+#include "tests/system/support/tested_system.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
@@ -26,6 +26,15 @@ std::string contentOf(const std::string& path) {
     return text;
 }
 
+std::string withPlainLineEnds(std::string text) {
+    std::erase(text, '\r');
+    return text;
+}
+
+std::string logFolder(const BridgeInstallation& installation, const std::vector<std::string>& arguments) {
+    return isConsoleRun(arguments) ? installation.path("") : TestedSystem::machineDataFolder() + "/VantrelBridge/logs/";
+}
+
 } // namespace
 
 std::size_t countOf(std::string_view text, std::string_view part) {
@@ -42,14 +51,12 @@ void installProgram(const std::string& program, const std::string& target) {
         std::filesystem::copy_file(program, target);
 }
 
-std::string programUnderTest(const char* variable, const char* builtPath) {
-    const char* given = std::getenv(variable); // NOLINT(concurrency-mt-unsafe): nobody writes the environment
-    return given != nullptr ? given : builtPath;
-}
-
-BridgeInstallation::BridgeInstallation(const BridgeFiles& files, std::uint16_t simulatorPort) {
-    installProgram(programUnderTest("BRIDGE_EXECUTABLE", BRIDGE_BUILT_EXECUTABLE), executable());
-    folder.write("SimConnect.cfg", simConnectSettings(simulatorPort));
+BridgeInstallation::BridgeInstallation(const BridgeFiles& files, std::optional<std::uint16_t> simulatorPort) {
+    installProgram(TestedSystem::bridge(), executable());
+    if (TestedSystem::hasDll())
+        installProgram(TestedSystem::simConnectDll(), folder.path("SimConnect.dll"));
+    if (simulatorPort)
+        folder.write("SimConnect.cfg", simConnectSettings(*simulatorPort));
     const auto writeFile = [this](const std::string& name, const std::string& text) {
         if (!text.empty())
             folder.write("config/" + name, text);
@@ -60,15 +67,13 @@ BridgeInstallation::BridgeInstallation(const BridgeFiles& files, std::uint16_t s
 }
 
 std::string BridgeInstallation::executable() const {
-    return folder.path("VantrelBridgeHID");
+    return folder.path(TestedSystem::isWindows() ? "VantrelBridgeHID.exe" : "VantrelBridgeHID");
 }
 
 BridgeProcess::BridgeProcess(const BridgeInstallation& installation, const std::vector<std::string>& arguments)
-    : logFile(isConsoleRun(arguments) ? installation.path(logName) : "/var/lib/VantrelBridge/logs/" + logName),
-      logStart(contentOf(logFile).size()) {
+    : logFile(logFolder(installation, arguments) + logName), logStart(contentOf(logFile).size()) {
     ChildProcessSettings settings;
-    settings.command = {installation.executable()};
-    settings.command.insert(settings.command.end(), arguments.begin(), arguments.end());
+    settings.command = TestedSystem::command(installation.executable(), arguments);
     // A user starts it from anywhere; no SimConnect.cfg of the real home folder takes part.
     settings.workingFolder = "/";
     settings.environment = {{"HOME", installation.path("home")}};
@@ -77,7 +82,11 @@ BridgeProcess::BridgeProcess(const BridgeInstallation& installation, const std::
 
 std::string BridgeProcess::log() const {
     const std::string text = contentOf(logFile);
-    return text.substr(std::min(logStart, text.size()));
+    return withPlainLineEnds(text.substr(std::min(logStart, text.size())));
+}
+
+std::string BridgeProcess::output() const {
+    return withPlainLineEnds(child->output() + child->errorOutput());
 }
 
 std::size_t BridgeProcess::countInLog(std::string_view text) const {

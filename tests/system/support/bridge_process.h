@@ -20,7 +20,8 @@ struct BridgeFiles {
 /// The bridge as its user has it: the built executable in a folder, with `config/` and SimConnect.cfg beside it.
 class BridgeInstallation {
 public:
-    BridgeInstallation(const BridgeFiles& files, std::uint16_t simulatorPort);
+    /// Without a port the simulator is where it listens when nobody says otherwise.
+    BridgeInstallation(const BridgeFiles& files, std::optional<std::uint16_t> simulatorPort);
 
     std::string path(const std::string& name) const { return folder.path(name); }
     std::string executable() const;
@@ -39,8 +40,9 @@ public:
     /// Where it logs: beside the executable in console mode, else in the per-machine folder.
     const std::string& logPath() const { return logFile; }
 
-    /// What it has logged in this run.
+    /// What it has logged in this run, and what it has written to its two outputs; lines end as the tests' own do.
     std::string log() const;
+    std::string output() const;
     std::size_t countInLog(std::string_view text) const;
 
     /// Waits until the log holds `text` that often; false at the limit.
@@ -59,6 +61,3 @@ std::size_t countOf(std::string_view text, std::string_view part);
 
 /// Puts a copy of a program at `target`, or a second name of it, which other processes take for its own.
 void installProgram(const std::string& program, const std::string& target);
-
-/// The program of that environment variable, else the one of this build.
-std::string programUnderTest(const char* variable, const char* builtPath);

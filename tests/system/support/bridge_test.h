@@ -1,12 +1,14 @@
 #pragma once
 
 #include "tests/support/wait_until.h"
+#include "tests/system/support/board_pool.h"
 #include "tests/system/support/bridge_process.h"
 #include "tests/system/support/simulator_process.h"
-#include "tests/system/support/uhid_board.h"
+#include "tests/system/support/tested_system.h"
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <optional>
@@ -62,7 +64,8 @@ protected:
     /// For tests that plug boards into a running bridge: leaves only the scans on news of boards. Of two scans at once
     /// the one with the older list may drop, for a moment, a board that the other has just found. The bridge is then
     /// killed at the end, for its own end would wait out the pause between scans.
-    void scanOnNewsOnly() { configuration.scanIntervalMs = pauseWithoutEnd; }
+    /// Wine's news of a board that goes may come while its list still holds the board, so a late scan stays there.
+    void scanOnNewsOnly() { configuration.scanIntervalMs = pauseWithoutEnd(); }
 
     static VirtualBoardModel model(std::uint8_t number = 1);
     static std::string nameOf(const UhidBoard& board);
@@ -81,10 +84,13 @@ protected:
     bool consoleRun = false;
 
     UhidBoard& plugBoard(const VirtualBoardModel& boardModel);
-    std::vector<std::unique_ptr<UhidBoard>> boards;
+    PluggedBoards boards;
 
 private:
-    static constexpr int pauseWithoutEnd = 600000;
+    /// Sends an input report, and under Wine waits until the bridge has dealt with it.
+    void sendPaced(const std::function<void()>& send);
+
+    static int pauseWithoutEnd() { return TestedSystem::isWindows() ? 5000 : 600000; }
 
     void endBridge();
 

@@ -25,8 +25,8 @@ struct ChildProcessSettings {
 /// A program started by a test, with pipes at its three streams. Ended at the latest by the destructor.
 class ChildProcess {
 public:
-    /// Generous: an emulated machine that others use too.
-    static constexpr std::chrono::seconds defaultLimit{30};
+    /// Generous: an emulated machine that others use too, and in it perhaps Wine.
+    static constexpr std::chrono::seconds defaultLimit{90};
 
     /// Throws std::system_error when the program can't be started.
     explicit ChildProcess(const ChildProcessSettings& settings);

@@ -2,6 +2,7 @@
 
 #include "config/json.h"
 #include "tests/system/support/bridge_process.h"
+#include "tests/system/support/tested_system.h"
 
 #include <algorithm>
 #include <csignal>
@@ -38,20 +39,23 @@ std::vector<std::string> textsOf(SimulatorRecordKind kind, const std::string& ou
 } // namespace
 
 SimulatorProcess::SimulatorProcess() {
-    installProgram(programUnderTest("SIMULATOR_EXECUTABLE", SIMULATOR_BUILT_EXECUTABLE),
-                   folder.path("FlightSimulator.exe"));
-    start(0);
+    installProgram(TestedSystem::simulator(), folder.path("FlightSimulator.exe"));
+    start();
 }
 
-void SimulatorProcess::start(std::uint16_t port) {
+void SimulatorProcess::start() {
     commandsGiven = 0;
+    const std::vector<std::string> arguments =
+        TestedSystem::overPipe() ? std::vector<std::string>{"--pipe"}
+                                 : std::vector<std::string>{"--port", std::to_string(listeningPort.value_or(0))};
     child = std::make_unique<ChildProcess>(
-        ChildProcessSettings{{folder.path("FlightSimulator.exe"), "--port", std::to_string(port)}, folder.path(), {}});
+        ChildProcessSettings{TestedSystem::command(folder.path("FlightSimulator.exe"), arguments), folder.path(), {}});
     child->waitForOutput([](const std::string& output) { return countOf(output, "\n") > 0; });
     const std::vector<SimulatorLine> first = lines();
     if (first.empty() || first[0].kind != "listening")
         throw std::runtime_error("the simulator doesn't listen: " + child->output() + child->errorOutput());
-    listeningPort = static_cast<std::uint16_t>(first[0].port);
+    if (!TestedSystem::overPipe())
+        listeningPort = static_cast<std::uint16_t>(first[0].port);
 }
 
 void SimulatorProcess::command(std::string_view line) {
@@ -75,7 +79,7 @@ void SimulatorProcess::kill() {
 }
 
 void SimulatorProcess::startAgain() {
-    start(listeningPort);
+    start();
 }
 
 std::vector<SimulatorLine> SimulatorProcess::lines() const {

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,7 +25,8 @@ public:
     /// Returns once it listens.
     SimulatorProcess();
 
-    std::uint16_t port() const { return listeningPort; }
+    /// None when it listens on its pipe.
+    std::optional<std::uint16_t> port() const { return listeningPort; }
     ChildProcess& process() { return *child; }
 
     /// One line of its command language; returns once it has taken effect.
@@ -43,10 +45,10 @@ public:
                  std::chrono::milliseconds limit = ChildProcess::defaultLimit) const;
 
 private:
-    void start(std::uint16_t port);
+    void start();
 
     TempFolder folder;
-    std::uint16_t listeningPort = 0;
+    std::optional<std::uint16_t> listeningPort;
     /// Commands that the present process has been given.
     std::size_t commandsGiven = 0;
     std::unique_ptr<ChildProcess> child;

@@ -56,13 +56,23 @@ UhidBoard::~UhidBoard() {
     unplug();
 }
 
+void UhidBoard::bootFirmware() {
+    panel.powerOn([this](std::span<const std::uint8_t> report) {
+        if (UhidDevice* device = link)
+            pace([&] { device->sendInput(report); });
+    });
+}
+
+void UhidBoard::reboot() {
+    panel.clearOutputs();
+    bootFirmware();
+    asked = 0;
+}
+
 void UhidBoard::plug() {
     unplug();
     // The firmware has booted before the host asks it anything; it has nobody to send to until the host knows it.
-    panel.powerOn([this](std::span<const std::uint8_t> report) {
-        if (UhidDevice* device = link)
-            device->sendInput(report);
-    });
+    bootFirmware();
     uhid = std::make_unique<UhidDevice>(identityOf(panel.model()), handlersOf(panel, asked));
     link = uhid.get();
 }

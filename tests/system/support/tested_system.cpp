@@ -1,0 +1,81 @@
+#include "tests/system/support/tested_system.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <stdexcept>
+
+namespace {
+
+std::string environment(const char* name, const std::string& otherwise) {
+    const char* given = std::getenv(name); // NOLINT(concurrency-mt-unsafe): nobody writes the environment
+    return given != nullptr ? given : otherwise;
+}
+
+const std::string& chosen() {
+    static const std::string name = [] {
+        const std::string given = environment("BRIDGE_TEST_SYSTEM", "linux");
+        for (const char* known : {"linux", "windows-dll", "windows-tcp", "windows-pipe"})
+            if (given == known)
+                return given;
+        throw std::runtime_error("BRIDGE_TEST_SYSTEM is " + given);
+    }();
+    return name;
+}
+
+std::string windowsBuild(const std::string& file) {
+    return std::string(WINDOWS_BUILD_FOLDER "/") + file;
+}
+
+/// The prefix's own C: drive. Everything else of this machine is Z: to Wine.
+std::string driveC() {
+    return environment("WINEPREFIX", "") + "/drive_c";
+}
+
+} // namespace
+
+bool TestedSystem::isWindows() {
+    return chosen() != "linux";
+}
+
+bool TestedSystem::hasDll() {
+    return chosen() == "windows-dll";
+}
+
+bool TestedSystem::overPipe() {
+    return chosen() == "windows-pipe";
+}
+
+std::string TestedSystem::bridge() {
+    return isWindows() ? windowsBuild("VantrelBridgeHID.exe")
+                       : environment("BRIDGE_EXECUTABLE", BRIDGE_BUILT_EXECUTABLE);
+}
+
+std::string TestedSystem::simulator() {
+    return isWindows() ? windowsBuild("simulation/virtual-simulator.exe")
+                       : environment("SIMULATOR_EXECUTABLE", SIMULATOR_BUILT_EXECUTABLE);
+}
+
+std::string TestedSystem::simConnectDll() {
+    return windowsBuild("simconnect-dll/SimConnect.dll");
+}
+
+std::vector<std::string> TestedSystem::command(const std::string& program, const std::vector<std::string>& arguments) {
+    std::vector<std::string> result;
+    if (isWindows())
+        result.push_back(environment("WINELOADER", "/usr/lib/wine/wine64"));
+    result.push_back(program);
+    result.insert(result.end(), arguments.begin(), arguments.end());
+    return result;
+}
+
+std::string TestedSystem::machineDataFolder() {
+    return isWindows() ? driveC() + "/ProgramData" : "/var/lib";
+}
+
+std::string TestedSystem::asItCallsIt(const std::string& path) {
+    if (!isWindows())
+        return path;
+    std::string result = path.starts_with(driveC()) ? "C:" + path.substr(driveC().size()) : "Z:" + path;
+    std::replace(result.begin(), result.end(), '/', '\\');
+    return result;
+}
