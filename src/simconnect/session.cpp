@@ -2,6 +2,7 @@
 
 #include "simconnect/wire.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -57,7 +58,9 @@ SimConnectResult SimConnectSession::stateResult() const {
 // A simulator may read its pipe by messages, of which each send makes one.
 std::span<const std::uint8_t> SimConnectSession::nextPiece() const {
     const auto pending = outbound.pending();
-    return stream.keepsSendsApart() ? pending.first(SimConnectWire::numberAt(pending, 0)) : pending;
+    return stream.keepsSendsApart()
+               ? pending.first(std::min<std::size_t>(SimConnectWire::numberAt(pending, 0), pending.size()))
+               : pending;
 }
 
 void SimConnectSession::flush() {

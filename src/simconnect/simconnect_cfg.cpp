@@ -134,13 +134,17 @@ bool isLoopback(std::string_view address) {
     return address == "127.0.0.1" || address == "::1" || lowered(address) == "localhost";
 }
 
+bool isThisMachine(std::string_view address) {
+    return isLocal(address) || isLoopback(address);
+}
+
 Endpoint pipeEndpoint(const Place& place) {
     // With a separator it would be another kind of path, and maybe a file's.
     if (place.address.find_first_of("/\\") != std::string::npos) {
         return std::nullopt;
     }
     SimConnectEndpoint endpoint;
-    endpoint.address = isLocal(place.address) || isLoopback(place.address) ? "." : place.address;
+    endpoint.address = isThisMachine(place.address) ? "." : place.address;
     endpoint.port = 0;
     endpoint.pipe = place.port.empty() ? simConnectPipe : std::string_view(place.port);
     return endpoint;
@@ -155,7 +159,8 @@ SimConnectEndpoints endpointsOf(std::string_view protocol, const Place& place) {
             endpoints.push_back(*endpoint);
         }
     };
-    if (all || lower == "pipe") {
+    // Another machine's pipe is waited for as long as the system likes, so it is tried only when asked for by name.
+    if (lower == "pipe" || (all && isThisMachine(place.address))) {
         add(pipeEndpoint(place));
     }
     if (all || lower == "ipv6") {

@@ -34,10 +34,10 @@ SimConnectEndpoints localSimConnectEndpoints();
 /// Reads the endpoints of a configuration index from the text of a SimConnect.cfg: an INI file whose section
 /// [SimConnect] is index 0 and [SimConnect.N] index N, with the keys Protocol (Pipe, Ipv4, Ipv6, Auto), Address and
 /// Port, of which each may be missing. A pipe's Port is its name. Auto, also when Protocol is missing, is the pipe,
-/// then IPv6, then IPv4; a Port that is no number leaves only the pipe. Sections and keys are found in any case; of two
-/// the first counts. simConnectInvalidArgument: there is no such section. simConnectFail: there is one, but it tells
-/// nothing that can be reached (an unknown protocol, a port or a pipe's host that is none). `endpoints` is then
-/// unchanged.
+/// if the address is this machine's, then IPv6, then IPv4; a Port that is no number leaves only the pipe. Sections and
+/// keys are found in any case; of two the first counts. simConnectInvalidArgument: there is no such section.
+/// simConnectFail: there is one, but it tells nothing that can be reached (an unknown protocol, a port or a pipe's host
+/// that is none). `endpoints` is then unchanged.
 SimConnectResult parseSimConnectCfg(std::string_view text, std::uint32_t configIndex, SimConnectEndpoints& endpoints);
 
 /// Reads them from the first SimConnect.cfg in these folders. None there, or simConnectLocalIndex: the local simulator.

@@ -85,8 +85,14 @@ TEST(SimConnectCfg, MissingKeysHaveTheLocalSimulatorsValues) {
 
 TEST(SimConnectCfg, AutoIsThePipeThenIpv6ThenIpv4) {
     EXPECT_EQ(parsed("[SimConnect]\nProtocol=Auto\n"), std::string(defaultPipe) + ", IPv6 ::1 501, IPv4 127.0.0.1 500");
-    EXPECT_EQ(parsed("[SimConnect]\nProtocol=auto\nAddress=sim.local\nPort=600\n"),
-              R"(\\sim.local\pipe\600, IPv6 sim.local 600, IPv4 sim.local 600)");
+    EXPECT_EQ(parsed("[SimConnect]\nProtocol=auto\nAddress=localhost\nPort=600\n"),
+              R"(\\.\pipe\600, IPv6 localhost 600, IPv4 localhost 600)");
+}
+
+TEST(SimConnectCfg, AutoLeavesThePipesOfOtherMachinesAlone) {
+    EXPECT_EQ(parsed("[SimConnect]\nProtocol=Auto\nAddress=sim.local\nPort=600\n"),
+              "IPv6 sim.local 600, IPv4 sim.local 600");
+    EXPECT_EQ(parsed("[SimConnect]\nProtocol=Auto\nAddress=sim.local\nPort=Custom/SimConnect\n"), "unreachable");
 }
 
 TEST(SimConnectCfg, NoProtocolIsAuto) {
