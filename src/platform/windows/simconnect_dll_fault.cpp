@@ -37,24 +37,30 @@ std::optional<std::string> foundFile(const std::string& fileName) {
     return std::nullopt;
 }
 
+/// False when the file has no room for it.
+template <typename Record>
+bool readInto(std::ifstream& file, Record& record) {
+    std::array<char, sizeof(Record)> bytes{};
+    if (!file.read(bytes.data(), bytes.size())) {
+        return false;
+    }
+    std::memcpy(&record, bytes.data(), bytes.size());
+    return true;
+}
+
 /// The kind of processor that an executable file is made for; 0: it is no such file.
 std::uint16_t machineOf(const std::string& path) {
-    // The heads stand at the file's very beginning.
-    std::array<char, 4096> head{};
     std::ifstream file(path, std::ios::binary);
-    file.read(head.data(), head.size());
     IMAGE_DOS_HEADER dosHeader{};
-    std::memcpy(&dosHeader, head.data(), sizeof dosHeader);
+    if (!readInto(file, dosHeader) || dosHeader.e_magic != IMAGE_DOS_SIGNATURE) {
+        return 0;
+    }
     struct {
         DWORD signature = 0;
         IMAGE_FILE_HEADER file{};
     } header;
-    const auto offset = static_cast<std::size_t>(dosHeader.e_lfanew);
-    if (dosHeader.e_magic != IMAGE_DOS_SIGNATURE || offset > head.size() - sizeof header) {
-        return 0;
-    }
-    std::memcpy(&header, head.data() + offset, sizeof header);
-    return header.signature == IMAGE_NT_SIGNATURE ? header.file.Machine : std::uint16_t{0};
+    file.seekg(dosHeader.e_lfanew);
+    return readInto(file, header) && header.signature == IMAGE_NT_SIGNATURE ? header.file.Machine : std::uint16_t{0};
 }
 
 std::string unusable(const std::string& path, const std::string& reason) {
