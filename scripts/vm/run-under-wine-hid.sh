@@ -1,40 +1,50 @@
 #!/usr/bin/env bash
-# Runs the system tests against the Windows build, on Wine's HID stack, which is booted once for all of them:
-#   run-under-wine-hid.sh PREFIX all|first|second TEST-PROGRAM [TEST OPTION...]
+# Runs half of the system tests against the Windows build, in a machine of their own, on Wine's HID stack, which is
+# booted once for all of them:
+#   run-under-wine-hid.sh PREFIX first|second RESULT-FOLDER TEST-PROGRAM [TEST OPTION...]
 # Each way to the simulator is a run of its own. All tests run with the DLL. The two ways without it share every other
-# part of the bridge with that, so they run what concerns the simulator's side. `first` and `second` are the halves of
-# all this.
+# part of the bridge with that, so they run what has to do with the simulator.
 set -uo pipefail
 
 export WINEPREFIX=$1 WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='mscoree,mshtml=' WINELOADER=/usr/lib/wine/wine64
-part=$2
-shift 2
+half=$2
+results=$3
+program=$4
+shift 4
+mkdir -p "$results" /run/udev
 # Wine hears of boards that come later only from udev.
-if ! [ -e /run/udev/control ]; then
-  mkdir -p /run/udev
-  /lib/systemd/systemd-udevd --daemon --resolve-names=never
-fi
+/lib/systemd/systemd-udevd --daemon --resolve-names=never
 wineserver --persistent
 trap 'wineserver -k' EXIT
 wine cmd /c exit >/dev/null 2>&1
 
-# What only Linux has is left out. A filter among the test options stands behind these, and so counts in their place.
-everything='-Linux*:Hidraw*'
-simulator_side='BoardEvents.Press*:BoardEvents.Knob*:Lights.Follow*:Lights.SimStatus*:Session.*'
 failures=0
-run_tests() { # system, filter, then the program and its options
-  local system=$1 filter=$2
+run_tests() { # system, filter, then test options, of which a filter counts in place of ours
+  local system=$1 filter=$2 output=$results/$1.txt
   shift 2
   echo "== $system"
-  BRIDGE_TEST_SYSTEM=$system "$1" "--gtest_filter=$filter" "${@:2}" || failures=$((failures + 1))
+  BRIDGE_TEST_SYSTEM=$system "$program" "--gtest_filter=$filter" "$@" \
+    "--gtest_output=xml:$results/system-tests-$system-$half.xml" | tee "$output"
+  [ "${PIPESTATUS[0]}" -eq 0 ] || failures=$((failures + 1))
+  # A filter that fits nothing is no failure to the test program.
+  if [ $# -eq 0 ] && ! grep -q '^\[  PASSED  \] [1-9]' "$output"; then
+    echo "run-under-wine-hid: nothing was tested as $system" >&2
+    failures=$((failures + 1))
+  fi
 }
 
-case "$part" in
-  first) export GTEST_TOTAL_SHARDS=2 GTEST_SHARD_INDEX=0 ;;
-  second) export GTEST_TOTAL_SHARDS=2 GTEST_SHARD_INDEX=1 ;;
-esac
+# What only Linux has is left out.
+everything='-Linux*:Hidraw*'
+simulator_side='BoardEvents.Press*:BoardEvents.Knob*:BoardEvents.H*:Lights.F*:Lights.B*:Lights.SimStatus*:Session.*'
+simulator_side+=':Boards.PutBack*:Boards.AllGet*'
+
+export GTEST_TOTAL_SHARDS=2 GTEST_SHARD_INDEX=0
+[ "$half" = first ] || GTEST_SHARD_INDEX=1
 run_tests windows-dll "$everything" "$@"
 unset GTEST_TOTAL_SHARDS GTEST_SHARD_INDEX
-[ "$part" = second ] || run_tests windows-tcp "$simulator_side" "$@"
-[ "$part" = first ] || run_tests windows-pipe "$simulator_side" "$@"
+if [ "$half" = first ]; then
+  run_tests windows-tcp "$simulator_side" "$@"
+else
+  run_tests windows-pipe "$simulator_side" "$@"
+fi
 exit "$((failures > 0))"

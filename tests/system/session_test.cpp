@@ -54,6 +54,18 @@ TEST_F(Session, ThatIsDroppedIsOpenedAnew) {
     EXPECT_EQ(reports(*boards[0], 0x11), (std::vector{reportOf({0x11, 1}), reportOf({0x11, 0}), reportOf({0x11, 1})}));
 }
 
+TEST_F(Session, IsToldOnceThatThereIsNoClientLibrary) {
+    ASSERT_NO_FATAL_FAILURE(startSession());
+    simulator->command("respond MF.Pong");
+    simulator->command("drop");
+    ASSERT_TRUE(bridge->waitForLog("MobiFlight client registered", 2));
+    const bool onItsOwn = TestedSystem::isWindows() && !TestedSystem::hasDll();
+    EXPECT_EQ(bridge->countInLog("[WARN] There is no SimConnect.dll beside the program or in the system folder; "
+                                 "using the built-in SimConnect client\n"),
+              onItsOwn ? 1U : 0U);
+    EXPECT_EQ(bridge->countInLog("built-in SimConnect client"), onItsOwn ? 1U : 0U);
+}
+
 TEST_F(Session, WaitsForABoard) {
     startSimulator();
     startBridge();
@@ -121,8 +133,9 @@ TEST_F(Session, WaitsForASimulatorThatIsStillLoading) {
     startBridge();
     ASSERT_TRUE(simulator->waitFor(SimulatorRecordKind::Connected, ""));
     EXPECT_TRUE(bridge->waitForLog("MobiFlight client registered"));
+    EXPECT_TRUE(simulator->waitFor(SimulatorRecordKind::Command, handshake.back()));
     EXPECT_EQ(simulator->texts(SimulatorRecordKind::Connected).size(), 1U);
-    EXPECT_EQ(moduleCommands().front(), handshake.front());
+    EXPECT_EQ(moduleCommands(), handshake);
 }
 
 TEST_F(Session, IsOpenedAnewAfterAMessageThatBreaksOff) {

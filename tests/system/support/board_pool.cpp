@@ -58,7 +58,10 @@ void BoardPool::unplugOthers(const PluggedBoards& inUse) {
 void BoardPool::giveBack(PluggedBoards boards) {
     if (!TestedSystem::isWindows())
         return;
-    for (std::unique_ptr<UhidBoard>& board : boards)
+    for (std::unique_ptr<UhidBoard>& board : boards) {
+        // The pace is that of the test which is over.
+        board->setNoPace();
         if (board->pluggedIn())
             kept().push_back(std::move(board));
+    }
 }

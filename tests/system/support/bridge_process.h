@@ -24,6 +24,7 @@ public:
     BridgeInstallation(const BridgeFiles& files, std::optional<std::uint16_t> simulatorPort);
 
     std::string path(const std::string& name) const { return folder.path(name); }
+    void write(const std::string& name, const std::string& content) const { folder.write(name, content); }
     std::string executable() const;
 
 private:

@@ -59,6 +59,10 @@ std::string TestedSystem::simConnectDll() {
     return windowsBuild("simconnect-dll/SimConnect.dll");
 }
 
+std::string TestedSystem::incompleteDll() {
+    return windowsBuild("unit/simconnect-incomplete.dll");
+}
+
 std::vector<std::string> TestedSystem::command(const std::string& program, const std::vector<std::string>& arguments) {
     std::vector<std::string> result;
     if (isWindows())

@@ -16,6 +16,8 @@ bool overPipe();
 std::string bridge();
 std::string simulator();
 std::string simConnectDll();
+/// One that lacks an operation, and its name.
+std::string incompleteDll();
 
 /// What runs a program of the tested build: its path and arguments, behind Wine's loader where it needs that.
 std::vector<std::string> command(const std::string& program, const std::vector<std::string>& arguments);

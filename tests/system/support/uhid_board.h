@@ -34,6 +34,7 @@ public:
     /// board's user does anything.
     using Pace = std::function<void(const std::function<void()>& send)>;
     void setPace(Pace newPace) { pace = std::move(newPace); }
+    void setNoPace() { pace = atOnce; }
 
     /// How many feature reports it was asked for, since it was made.
     int featureRequests() const { return asked; }
@@ -44,7 +45,8 @@ public:
 private:
     std::unique_ptr<UhidDevice> uhid;
     std::atomic<int> asked{0};
-    Pace pace = [](const std::function<void()>& send) { send(); };
+    static void atOnce(const std::function<void()>& send) { send(); }
+    Pace pace = atOnce;
     /// Null while the host doesn't know the board.
     std::atomic<UhidDevice*> link{nullptr};
 
