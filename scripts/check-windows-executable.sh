@@ -2,8 +2,6 @@
 # Checks that the Windows executable needs nothing from its user's machine: check-windows-executable.sh [EXECUTABLE]
 # EXECUTABLE is build/windows/VantrelBridgeHID.exe when not given.
 set -euo pipefail
-cd "$(dirname "$0")/.."
-
 # Each lies in the system folder of every Windows 10 and 11.
 allowed_dlls=(hid.dll kernel32.dll msvcrt.dll setupapi.dll shell32.dll user32.dll ws2_32.dll)
 size_limit=$((4 * 1024 * 1024))
@@ -11,7 +9,7 @@ size_limit=$((4 * 1024 * 1024))
 case "${1:-}" in
   -*) sed -n '2,3s/^# \{0,1\}//p' "$0" >&2; exit 2 ;;
 esac
-executable=${1:-build/windows/VantrelBridgeHID.exe}
+executable=${1:-$(dirname "$0")/../build/windows/VantrelBridgeHID.exe}
 [ -s "$executable" ] || { echo "$executable: no such file" >&2; exit 1; }
 
 passed=0 failed=0

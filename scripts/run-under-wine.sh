@@ -4,7 +4,7 @@ set -uo pipefail
 cd "$(dirname "$0")/.."
 
 export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='mscoree,mshtml='
-[ -d "$WINEPREFIX" ] || wineboot --init >/dev/null 2>&1
+scripts/vm/make-wine-prefix.sh "$WINEPREFIX" || exit 1
 trap 'wineserver -k; wineserver -w' EXIT
 
 mkdir -p build/test-logs

@@ -104,7 +104,7 @@ TEST_F(ModuleRoute, ListedControlSendsNothingAtAllWhileTheModuleIsNotReady) {
     EXPECT_EQ(simEvents(), vector<string>{});
     // It isn't remembered either.
     sim.deliverText(0x1200, "MF.Clients.Add.VantrelBridgeHID.Finished", 256);
-    ASSERT_TRUE(waitUntil([this] { return mobiflight.isReady(); }));
+    ASSERT_TRUE(waitUntil([this] { return mobiflight.isReady() && writtenCount() == 2; }));
     EXPECT_EQ(commandTexts(), (vector<string>{"MF.SimVars.Clear", "MF.SimVars.Add.(L:LIGHTING_POTENTIOMETER_5)"}));
 }
 

@@ -26,7 +26,9 @@ protected:
         records.deviceNotifications = systemPlatform().deviceNotifications;
         records.hid.enumerate = [this, enumerate = records.hid.enumerate] {
             lastScanThread = GetCurrentThreadId();
-            return enumerate();
+            const std::vector<std::string> paths = enumerate();
+            ++scans;
+            return paths;
         };
         return records;
     }
@@ -34,7 +36,8 @@ protected:
     /// Initialised, with the scan thread's first pass behind it and no other to come.
     void start(App& app) {
         ASSERT_TRUE(app.init(configPath, false, error)) << error;
-        ASSERT_GE(host.waitForSleep(), 0);
+        // The start's own, and the scan thread's.
+        ASSERT_TRUE(waitUntil([this] { return scans >= 2; }));
     }
 
     void end(App& app) {
@@ -48,6 +51,7 @@ protected:
     }
 
     std::atomic<DWORD> lastScanThread{0};
+    std::atomic<int> scans{0};
 };
 
 TEST_F(NotificationThread, ListensFromInitToTheEndOfRun) {

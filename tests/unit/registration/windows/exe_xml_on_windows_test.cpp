@@ -1,4 +1,4 @@
-// What only Windows can show: real variables of its code page, read-only files, files that others hold open.
+// What only Windows can show: variables of its code page, read-only files, files that others hold open.
 
 #include "platform/platform.h"
 #include "tests/unit/registration/exe_xml_machine.h"
