@@ -5,15 +5,18 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-build_packages=(cmake ninja-build g++ googletest)
-test_packages=(clang clang-format clang-tidy libclang-rt-14-dev libbenchmark-dev nlohmann-json3-dev
-  g++-mingw-w64-x86-64-posix wine wine64 qemu-system-x86 busybox-static cpio)
+build_packages=(cmake ninja-build g++ googletest libcpp-httplib-dev pkgconf)
+test_packages=(clang clang-format clang-tidy libclang-rt-14-dev libbenchmark-dev nlohmann-json3-dev libpugixml-dev chromium
+  g++-mingw-w64-x86-64-posix wine wine64 qemu-system-x86 busybox-static cpio python3 udev)
 
 case "${1:-}" in
   --build) packages=("${build_packages[@]}") ;;
   "") packages=("${build_packages[@]}" "${test_packages[@]}") ;;
   *) echo "usage: scripts/setup.sh [--build]" >&2; exit 2 ;;
 esac
+
+# Node may be there without Debian's package of it, and then that package doesn't go in beside it.
+[ "${1:-}" = "--build" ] || command -v npm >/dev/null || packages+=(nodejs npm)
 
 missing=()
 for package in "${packages[@]}"; do

@@ -1,11 +1,11 @@
 # The steps of test.sh, one function each, and what runs and counts them. Sourced, not run.
 
-unit_programs=(simconnect platform logging config hid sim mobiflight mapping app simulation)
+unit_programs=(simconnect platform logging registration config hid sim mobiflight mapping app simulation cockpit)
 
 # Runs one step with its output in a file; shows the file's end when it fails.
 run_step() {
   local step=$1 log=build/test-logs/$1.log begun=$SECONDS result=ok
-  printf '%-10s ' "$step"
+  printf '%-12s ' "$step"
   (set -e; "step_$step") </dev/null >"$log" 2>&1 || result=FAILED
   count_tests "$log"
   if [ "$result" = ok ] && [ "$step_passed" -eq 0 ]; then
@@ -65,9 +65,24 @@ step_unit() {
   run_unit_programs linux
 }
 
+step_schemas() {
+  build_preset linux config-verdict
+  scripts/check-schemas.sh
+}
+
+step_docs() { scripts/check-docs.sh; }
+
 step_scenarios() {
   build_preset linux virtual-cockpit
   ctest --test-dir build/linux -R '^scenario-' -j6 --output-on-failure
+}
+
+step_browser() {
+  local preset failures=0
+  for preset in linux asan tsan; do
+    scripts/browser-tests.sh "$preset" || failures=$((failures + 1))
+  done
+  return "$((failures > 0))"
 }
 
 step_asan() {
@@ -84,14 +99,13 @@ step_tsan() {
 
 step_windows() {
   build_preset windows
-  test -s build/windows/VantrelBridgeHID.exe
-  echo "check: 1 passed, 0 failed"
+  scripts/check-windows-executable.sh
 }
 
 step_wine() {
   # shellcheck disable=SC2046
-  build_preset windows $(unit_targets)
-  scripts/run-under-wine.sh "${unit_programs[@]/%/-tests}"
+  build_preset windows $(unit_targets) windows-process-tests
+  scripts/run-under-wine.sh "${unit_programs[@]/%/-tests}" windows-process-tests
 }
 
 step_fuzz() {
@@ -105,5 +119,7 @@ step_soak() {
 }
 
 step_system() { scripts/system-tests.sh; }
+
+step_system_wine() { scripts/system-tests.sh --windows; }
 
 step_bench() { scripts/run-benchmarks.sh --check; }

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Sets up, builds and tests everything, and ends with a summary and 0 or 1.
-#   test.sh           all rings: style, unit (native, sanitizers, Windows under Wine), scenarios, fuzz, soak, system, benchmarks
+#   test.sh           all rings: style, docs, unit (native, sanitizers, Wine), schemas, scenarios, browser, fuzz, soak,
+#                     system, bench
 #   test.sh --quick   the native unit ring alone
 #   test.sh --list    the steps' names
 #   test.sh STEP...   only these steps, after the set-up
@@ -9,9 +10,9 @@ set -uo pipefail
 cd "$(dirname "$0")/.."
 . scripts/test-steps.sh
 
-all_steps=(style linux unit scenarios asan tsan windows wine fuzz soak system bench)
+all_steps=(style docs linux unit schemas scenarios asan tsan browser windows wine fuzz soak system system_wine bench)
 case "${1:-}" in
-  -h | --help) sed -n '2,7s/^# \{0,1\}//p' "$0"; exit 0 ;;
+  -h | --help) sed -n '2,8s/^# \{0,1\}//p' "$0"; exit 0 ;;
   --list) printf '%s\n' "${all_steps[@]}"; exit 0 ;;
   --quick) steps=(unit) setup=(scripts/setup.sh --build) ;;
   "") steps=("${all_steps[@]}") setup=(scripts/setup.sh) ;;

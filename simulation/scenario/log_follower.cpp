@@ -27,6 +27,12 @@ std::vector<LogLine> LogFollower::newLines() {
     if (!file) {
         return {};
     }
+    file.seekg(0, std::ios::end);
+    if (static_cast<std::uint64_t>(file.tellg()) < offset) {
+        // The log began a new file.
+        offset = 0;
+        unfinished.clear();
+    }
     file.seekg(static_cast<std::streamoff>(offset));
     const std::string added{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     offset += added.size();

@@ -11,7 +11,8 @@ struct LogLine {
     std::string message;
 };
 
-/// Reads a log file as it grows. The file needn't exist yet.
+/// Reads a log file as it grows. The file needn't exist yet. Lines that a rotation takes away before they are read are
+/// not seen.
 class LogFollower {
 public:
     explicit LogFollower(std::string logPath);

@@ -1,6 +1,7 @@
 #include "simulation/scenario/virtual_cockpit.h"
 
 #include "platform/file_system.h"
+#include "platform/network_simconnect.h"
 #include "simconnect/simconnect_open.h"
 #include "simulation/scenario/scenario_configuration.h"
 #include "simulation/scenario/stream_texts.h"
@@ -44,7 +45,8 @@ void VirtualCockpit::Inbox::add(const std::string& stream, const std::string& te
     items.push_back({std::chrono::steady_clock::now(), stream, text});
 }
 
-VirtualCockpit::VirtualCockpit(const Scenario& played, CockpitPace wantedPace) : scenario(played), pace(wantedPace) {
+VirtualCockpit::VirtualCockpit(const Scenario& played, CockpitPace wantedPace, CockpitSides wantedSides)
+    : scenario(played), pace(wantedPace), sides(wantedSides) {
     bus.setRecording(false);
     makeSeats();
 }
@@ -62,9 +64,15 @@ bool VirtualCockpit::setUp(std::string& error) {
     if (!makeFolder(error) || !startVirtualSimulator(error)) {
         return false;
     }
+    makeBridgeRun();
+    return true;
+}
+
+void VirtualCockpit::makeBridgeRun() {
+    bridgeRun.reset();
+    news = std::make_shared<HotPlugNews>();
     bridgeRun =
         std::make_unique<BridgeRun>(platform(), [to = inbox](int code) { to->add("exit", std::to_string(code)); });
-    return true;
 }
 
 void VirtualCockpit::makeSeats() {
@@ -107,7 +115,17 @@ bool VirtualCockpit::startVirtualSimulator(std::string& error) {
 }
 
 Platform VirtualCockpit::platform() {
-    return {bus.transport(), simConnectLibrary(), deviceNotifications(), host()};
+    Platform records{bus.transport(), simConnectLibrary(), deviceNotifications(), host()};
+    const Platform system = systemPlatform();
+    if (sides.realBoards) {
+        records.hid = system.hid;
+        records.deviceNotifications = system.deviceNotifications;
+    }
+    if (sides.realSimulator) {
+        records.simConnect = system.simConnect;
+        records.host.findProcess = system.host.findProcess;
+    }
+    return records;
 }
 
 Host VirtualCockpit::host() const {
@@ -128,7 +146,7 @@ Host VirtualCockpit::host() const {
 }
 
 SimConnectLibrary VirtualCockpit::simConnectLibrary() const {
-    SimConnectLibrary library = systemPlatform().simConnect;
+    SimConnectLibrary library = networkSimConnectLibrary();
     library.open = [port = virtualSimulator->port()](SimConnectHandle* handle, const char* name, void*, std::uint32_t,
                                                      void*, std::uint32_t) {
         SimConnectEndpoint endpoint;
@@ -170,9 +188,14 @@ DeviceNotificationSource VirtualCockpit::deviceNotifications() const {
 }
 
 void VirtualCockpit::startBridge() {
+    if (bridgeRun->started()) {
+        makeBridgeRun();
+    }
     const std::string configPath = writeConfiguration(scenario, FileSystem::toBytes(folder));
     const std::filesystem::path logFolder = scenario.consoleMode ? folder : folder / "VantrelBridge" / "logs";
-    log = std::make_unique<LogFollower>(FileSystem::toBytes(logFolder / "VantrelBridgeHID.log"));
+    if (!log) {
+        log = std::make_unique<LogFollower>(FileSystem::toBytes(logFolder / "VantrelBridgeHID.log"));
+    }
     bridgeRun->start(configPath, scenario.consoleMode);
     for (const auto& [name, seat] : seats) {
         waitUntilRead(seat);
@@ -197,6 +220,10 @@ bool VirtualCockpit::plugged(const std::string& name) const {
 
 VirtualBoard& VirtualCockpit::board(const std::string& name) const {
     return *seats.at(name).board;
+}
+
+bool VirtualCockpit::awaited(const std::string& name) const {
+    return bus.pendingReadCount(seats.at(name).board) > 0;
 }
 
 void VirtualCockpit::setFaults(const std::string& name, const HidLinkFaults& faults) {

@@ -36,11 +36,17 @@ struct CockpitPace {
     static constexpr CockpitPace fast() { return {std::chrono::milliseconds(10), std::chrono::milliseconds(2)}; }
 };
 
+/// Which side of the bridge is this machine's own instead of a virtual one.
+struct CockpitSides {
+    bool realBoards = false;
+    bool realSimulator = false;
+};
+
 /// A whole bridge in this process, on virtual boards and a virtual simulator, with a folder of its own for its files.
 /// One at a time in a process, since there is one log. Driven by one thread.
 class VirtualCockpit {
 public:
-    VirtualCockpit(const Scenario& scenario, CockpitPace pace);
+    VirtualCockpit(const Scenario& scenario, CockpitPace pace, CockpitSides sides = {});
     ~VirtualCockpit();
     VirtualCockpit(const VirtualCockpit&) = delete;
     VirtualCockpit& operator=(const VirtualCockpit&) = delete;
@@ -49,14 +55,20 @@ public:
     bool setUp(std::string& error);
 
     // The bridge.
+    /// May follow an earlier run's end.
     void startBridge();
     BridgeRun& bridge() { return *bridgeRun; }
+    const BridgeRun& bridge() const { return *bridgeRun; }
+    /// Where the scenario's configuration and the log are.
+    const std::filesystem::path& filesFolder() const { return folder; }
 
     // Boards, by their names.
     void plug(const std::string& name);
     void unplug(const std::string& name);
     bool plugged(const std::string& name) const;
     VirtualBoard& board(const std::string& name) const;
+    /// Whether the bridge waits for this board's next report, so that all before it are taken.
+    bool awaited(const std::string& name) const;
     void setFaults(const std::string& name, const HidLinkFaults& faults);
     /// The plugged boards that the bridge reads and writes.
     std::vector<std::string> usableBoards() const;
@@ -70,6 +82,7 @@ public:
     void refuseSessions(bool refuse);
     bool simulatorRunning() const;
     VirtualSimulator& simulator() { return *virtualSimulator; }
+    const VirtualSimulator& simulator() const { return *virtualSimulator; }
 
     /// What came since the last call, and the log's new lines, whose text begins with the level.
     std::vector<CockpitItem> takeItems();
@@ -99,6 +112,7 @@ private:
 
     const Scenario& scenario;
     const CockpitPace pace;
+    const CockpitSides sides;
     std::filesystem::path folder;
     VirtualHidBus bus;
     std::map<std::string, Seat> seats;
@@ -114,6 +128,7 @@ private:
     void makeSeats();
     bool makeFolder(std::string& error);
     bool startVirtualSimulator(std::string& error);
+    void makeBridgeRun();
     Platform platform();
     Host host() const;
     SimConnectLibrary simConnectLibrary() const;

@@ -38,6 +38,15 @@ TEST_F(MobiFlightModuleTest, AnswersPingAndVersion) {
     EXPECT_EQ(simulator.texts(Kind::Command), (Texts{"MF.Ping", "MF.Version.Get"}));
 }
 
+TEST_F(MobiFlightModuleTest, AnotherClientsPingMakesAnEqualCommandAndAnswerNewsAgain) {
+    client.command("MF.Version.Get");
+    EXPECT_EQ(responses(), Texts{"MF.Version.1.0.1"});
+    simulator.pingModule();
+    client.command("MF.Version.Get");
+    EXPECT_EQ(responses(), (Texts{"MF.Version.1.0.1", "MF.Pong", "MF.Version.1.0.1"}));
+    EXPECT_TRUE(simulator.texts(Kind::Unchanged).empty());
+}
+
 TEST_F(MobiFlightModuleTest, IdenticalCommandIsNotSeenWithoutADummyBetween) {
     client.command("MF.SimVars.Set.1 (>K:BEACON_TOGGLE)");
     client.command("MF.SimVars.Set.1 (>K:BEACON_TOGGLE)");

@@ -72,3 +72,15 @@ TEST(LogFollower, GivesCompleteLinesOnce) {
     EXPECT_EQ(second[0].message, "Three");
     EXPECT_EQ(second[1].message, "more");
 }
+
+TEST(LogFollower, BeginsAnewWhenTheLogDoes) {
+    const TempFolder folder;
+    LogFollower follower(folder.path("a.log"));
+    folder.write("a.log", "2026-01-31 12:00:00 [INFO] an old line\n2026-01-31 12:00:00 [INFO] half a li");
+    EXPECT_EQ(follower.newLines().size(), 1U);
+    folder.write("a.log", "2026-01-31 12:00:01 [WARN] a new line\n");
+    const std::vector<LogLine> lines = follower.newLines();
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(lines[0].level, "WARN");
+    EXPECT_EQ(lines[0].message, "a new line");
+}

@@ -1,0 +1,18 @@
+# Writes a C++ source with the bytes of files: cmake -DOUTPUT=… -DFUNCTION=… "-DFILES=a;b" -P embed_files.cmake
+set(arrays "")
+set(entries "")
+set(number 0)
+foreach(file IN LISTS FILES)
+  file(READ ${file} hex HEX)
+  string(LENGTH "${hex}" digits)
+  math(EXPR size "${digits} / 2")
+  string(REGEX REPLACE "(..)" "0x\\1, " bytes "${hex}")
+  get_filename_component(name ${file} NAME)
+  string(APPEND arrays "constexpr unsigned char file${number}[] = {${bytes}0};\n")
+  string(APPEND entries
+         "        {\"${name}\", std::string_view(reinterpret_cast<const char*>(file${number}), ${size})},\n")
+  math(EXPR number "${number} + 1")
+endforeach()
+file(WRITE ${OUTPUT}
+     "#include \"simulation/cockpit/embedded_files.h\"\n\nnamespace {\n\n${arrays}\n} // namespace\n\n"
+     "const EmbeddedFiles& ${FUNCTION}() {\n    static const EmbeddedFiles files{\n${entries}    };\n    return files;\n}\n")

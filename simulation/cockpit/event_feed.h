@@ -1,0 +1,42 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <string>
+
+/// What the page is told, as server-sent events: a state, of which only the latest counts, and a sequence of
+/// happenings, of which a late listener gets the last few hundred. All operations may be called from any thread.
+class EventFeed {
+public:
+    /// How far a listener has come.
+    struct Cursor {
+        std::uint64_t happening = 0;
+        std::uint64_t state = 0;
+    };
+
+    /// One line of JSON each.
+    void tell(const std::string& kind, const std::string& json);
+    /// Tells it only if it differs from the last one.
+    void setState(const std::string& json);
+    /// Ends all waits, now and later.
+    void close();
+
+    /// The events that came since, waiting for one no longer than the limit, then a comment that keeps the connection
+    /// alive. False once closed.
+    bool next(Cursor& cursor, std::chrono::milliseconds limit, std::string& events);
+
+private:
+    std::mutex mutex;
+    std::condition_variable changed;
+    // Guarded by the mutex.
+    std::deque<std::string> happenings;
+    /// The number of the last happening, from 1; of the first one kept it is `last - size + 1`.
+    std::uint64_t last = 0;
+    std::string state;
+    std::uint64_t stateNumber = 0;
+    bool closed = false;
+};

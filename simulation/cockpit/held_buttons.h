@@ -1,0 +1,71 @@
+#pragma once
+
+#include "simulation/virtual_board.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string_view>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+/// The firmware's way with buttons: a press report at once, hold reports for as long as the button is down, a release
+/// report. Has a thread of its own. All operations may be called from any thread.
+class HeldButtons {
+public:
+    /// How long a button is down before its first hold report, and the time between two: what a finger takes for a
+    /// press and not for a hold, and a pace at which a value can still be read.
+    static constexpr std::chrono::milliseconds firstHold{500};
+    static constexpr std::chrono::milliseconds holdPeriod{100};
+
+    /// A button of a board, which must outlive this.
+    struct Button {
+        VirtualBoard* board = nullptr;
+        std::uint16_t controlId = 0;
+        std::uint8_t mode = 0;
+
+        bool operator<(const Button& other) const {
+            return std::tie(board, controlId, mode) < std::tie(other.board, other.controlId, other.mode);
+        }
+    };
+
+    /// Told of each report, "press", "hold" or "release", in order. Mustn't call back.
+    using ReportCallback = std::function<void(const Button& button, std::string_view report)>;
+
+    explicit HeldButtons(ReportCallback reportCallback);
+    /// Releases all buttons.
+    ~HeldButtons();
+    HeldButtons(const HeldButtons&) = delete;
+    HeldButtons& operator=(const HeldButtons&) = delete;
+
+    /// Nothing for a button that is down already.
+    void press(const Button& button);
+    /// Nothing for a button that isn't down.
+    void release(const Button& button);
+    void releaseAll();
+    void releaseAllOn(const VirtualBoard& board);
+    /// The controls of a board that are down.
+    std::vector<std::uint16_t> heldOn(const VirtualBoard& board) const;
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    const ReportCallback onReport;
+    // Guards the buttons and `ending`, and keeps the reports of one button in order.
+    mutable std::mutex mutex;
+    std::condition_variable changed;
+    /// With the time of the next hold report.
+    std::map<Button, Clock::time_point> down;
+    bool ending = false;
+    std::thread thread;
+
+    void repeat();
+    // These need the mutex held.
+    void sendPress(const Button& button) const;
+    void sendHold(const Button& button) const;
+    void sendRelease(const Button& button) const;
+};

@@ -1,0 +1,8 @@
+#pragma once
+
+#include "simulation/cockpit/command_line.h"
+
+#include <ostream>
+
+/// Shows the cockpit on a page until the program is interrupted. Gives the program's exit code.
+int runPage(const CockpitOptions& options, std::ostream& screen);

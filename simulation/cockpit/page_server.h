@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+// The HTTP server behind the page. Nothing here has a container of the standard library in it: the HTTP library is
+// built without checked containers, and so is the source that meets it, whatever the rest is built with.
+
+struct PageRequest {
+    std::string method;
+    std::string path;
+    std::string body;
+    // Headers; empty for one that isn't there.
+    std::string host;
+    std::string origin;
+    std::string token;
+    std::string contentType;
+};
+
+/// Gives the next piece of an endless answer, waiting for it no longer than about a second. False ends the answer.
+using PageStream = std::function<bool(std::string& piece)>;
+
+struct PageReply {
+    int status = 200;
+    std::string contentType = "text/plain; charset=utf-8";
+    std::string body;
+    /// In place of a body. Destroyed when the answer ends, whoever ends it.
+    PageStream stream{};
+};
+
+/// Answers the browsers of this machine, and nobody else, on threads of its own.
+class PageServer {
+public:
+    /// Called on any of the server's threads.
+    using Handler = std::function<PageReply(const PageRequest& request)>;
+
+    explicit PageServer(Handler requestHandler);
+    /// Stops.
+    ~PageServer();
+    PageServer(const PageServer&) = delete;
+    PageServer& operator=(const PageServer&) = delete;
+
+    /// Takes a port of 127.0.0.1: the wanted one, with 0 any free one, and without one the first free of the usual.
+    /// False when there is none.
+    bool bind(std::optional<std::uint16_t> wanted);
+    std::uint16_t port() const;
+    /// After `bind`, once.
+    void start();
+    /// Streams must end by themselves. Idempotent.
+    void stop();
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> impl;
+};

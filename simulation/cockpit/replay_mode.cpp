@@ -1,0 +1,241 @@
+#include "simulation/cockpit/replay_mode.h"
+
+#include "hid/hid_protocol.h"
+#include "platform/file_system.h"
+#include "simulation/cockpit/cockpit_configuration.h"
+#include "simulation/cockpit/hid_log.h"
+#include "simulation/cockpit/report_text.h"
+#include "simulation/scenario/side_by_side.h"
+#include "simulation/scenario/virtual_cockpit.h"
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+/// How long a session with its handshake may take.
+constexpr std::chrono::milliseconds sessionLimit = 15000ms;
+/// How long the bridge may take to fetch a report from a board.
+constexpr std::chrono::milliseconds reportLimit = 5000ms;
+/// How long the bridge may take over an event, and the simulator over its command.
+constexpr std::chrono::milliseconds eventLimit = 2000ms;
+/// After so long without anything new all has come, but for commands that the configuration spaces further apart.
+constexpr std::chrono::milliseconds quietTime = 400ms;
+/// A button that the log leaves pressed repeats its command for ever.
+constexpr std::chrono::milliseconds quietLimit = 3000ms;
+constexpr std::chrono::milliseconds pollTime = 2ms;
+
+/// What the last line of a session's start begins with.
+std::string_view sessionEnd(const CockpitConfiguration& configuration) {
+    return configuration.settings.mobiflight.enabled ? "command MF.SimVars.Add." : "opened ";
+}
+
+std::vector<ScenarioBoard> loggedBoards(const CockpitConfiguration& configuration, const HidLog& log) {
+    std::vector<ScenarioBoard> boards;
+    for (const std::string& device : log.devices) {
+        boards.push_back({device, configuredBoard(configuration, device)});
+    }
+    return boards;
+}
+
+/// Plays one log on a cockpit of its own.
+class Replay {
+public:
+    Replay(const CockpitConfiguration& usedConfiguration, const HidLog& playedLog, bool playedFast,
+           std::ostream& output)
+        : configuration(usedConfiguration),
+          log(playedLog),
+          fast(playedFast),
+          screen(output),
+          columns(output),
+          scenario(cockpitScenario(usedConfiguration, loggedBoards(usedConfiguration, playedLog))),
+          cockpit(scenario, playedFast ? CockpitPace::fast() : CockpitPace::real()),
+          lastNews(Clock::now()) {}
+
+    bool play() {
+        if (!connect()) {
+            return false;
+        }
+        const Clock::time_point begin = Clock::now();
+        for (const HidLogReport& report : log.reports) {
+            if (!fast) {
+                pumpUntil([] { return false; },
+                          std::chrono::duration_cast<std::chrono::milliseconds>(begin + report.offset - Clock::now()));
+            }
+            if (!send(report)) {
+                return false;
+            }
+        }
+        waitForQuiet();
+        columns.flush();
+        return true;
+    }
+
+    std::size_t commandCount() const { return commands; }
+
+private:
+    const CockpitConfiguration& configuration;
+    const HidLog& log;
+    const bool fast;
+    std::ostream& screen;
+    LiveColumns columns;
+    const Scenario scenario;
+    VirtualCockpit cockpit;
+    Clock::time_point lastNews;
+    bool sessionReady = false;
+    std::size_t commands = 0;
+    /// Events that the bridge has worked off, and whether the last one made a command.
+    std::size_t handled = 0;
+    bool queued = false;
+
+    bool connect() {
+        std::string error;
+        if (!cockpit.setUp(error)) {
+            screen << error << '\n';
+            return false;
+        }
+        for (const ScenarioBoard& board : scenario.boards) {
+            cockpit.plug(board.name);
+        }
+        cockpit.startSimulator();
+        cockpit.startBridge();
+        if (!pumpUntil([this] { return sessionReady; }, sessionLimit)) {
+            columns.flush();
+            screen << "no session with the simulator came about\n";
+            return false;
+        }
+        return true;
+    }
+
+    bool send(const HidLogReport& report) {
+        if (!pumpUntil([&] { return cockpit.awaited(report.device); }, reportLimit)) {
+            columns.flush();
+            screen << "line " << report.line << ": the bridge doesn't read the board " << report.device << '\n';
+            return false;
+        }
+        columns.left(Clock::now(), report.device + ' ' + inputReportText(report.bytes, configuration.eventMap));
+        const std::size_t handledBefore = handled;
+        const std::size_t commandsBefore = commands;
+        queued = false;
+        cockpit.board(report.device).sendRaw(report.bytes);
+        waitForOutcome(report, handledBefore, commandsBefore);
+        return true;
+    }
+
+    /// A board keeps only so many reports, and the bridge drops a press whose release comes while it waits: closer than
+    /// this no two reports follow each other in life.
+    void waitForOutcome(const HidLogReport& report, std::size_t handledBefore, std::size_t commandsBefore) {
+        HidProtocol::HidEvent event;
+        std::string error;
+        if (!HidProtocol::decodeInputReport(report.bytes.data(), report.bytes.size(), event, error)) {
+            return;
+        }
+        pumpUntil([&] { return handled > handledBefore || !cockpit.bridge().running(); }, eventLimit);
+        if (fast && queued) {
+            pumpUntil([&] { return commands > commandsBefore; }, eventLimit);
+        }
+    }
+
+    void pump() {
+        for (const CockpitItem& item : cockpit.takeItems()) {
+            take(item);
+        }
+    }
+
+    void take(const CockpitItem& item) {
+        if (item.stream == "log") {
+            takeLogLine(item);
+        } else if (item.stream == "sim" || item.stream == "exit") {
+            takeFromSimulator(item);
+        } else if (sessionReady) {
+            lastNews = item.time;
+            columns.left(item.time, item.stream + ' ' + item.text);
+        }
+    }
+
+    void takeLogLine(const CockpitItem& item) {
+        if (item.text.starts_with("WARN ") || item.text.starts_with("ERROR ")) {
+            columns.right(item.time, "log " + item.text);
+        } else if (item.text.starts_with("DEBUG HID event from ")) {
+            ++handled;
+            queued = item.text.ends_with(" rpn=queued");
+        }
+    }
+
+    void takeFromSimulator(const CockpitItem& item) {
+        if (!sessionReady) {
+            sessionReady = item.text.starts_with(sessionEnd(configuration));
+            return;
+        }
+        lastNews = item.time;
+        const bool isCommand = item.text.starts_with("rpn ") || item.text.starts_with("event ");
+        commands += isCommand ? 1 : 0;
+        columns.right(item.time, item.stream + ' ' + item.text);
+    }
+
+    bool pumpUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
+        const Clock::time_point end = Clock::now() + limit;
+        pump();
+        while (!condition()) {
+            if (Clock::now() >= end) {
+                return false;
+            }
+            std::this_thread::sleep_for(pollTime);
+            pump();
+        }
+        return true;
+    }
+
+    void waitForQuiet() {
+        lastNews = Clock::now();
+        const std::chrono::milliseconds spacing(configuration.settings.mobiflight.rpnRateLimitMs);
+        const auto quiet = quietTime + spacing;
+        pumpUntil([&] { return Clock::now() - lastNews >= quiet; }, std::max(quietLimit, 2 * quiet));
+    }
+};
+
+void tellProblems(const std::string& path, const HidLog& log, std::ostream& screen) {
+    for (const HidLogProblem& problem : log.problems) {
+        screen << path << ':' << problem.line << ": skipped: " << problem.text << '\n';
+    }
+}
+
+} // namespace
+
+int runReplay(const CockpitOptions& options, std::ostream& screen) {
+    CockpitConfiguration configuration;
+    std::string text;
+    std::string error;
+    if (!FileSystem::readFile(options.replayLog, text)) {
+        screen << options.replayLog << ": can't be read\n";
+        return 1;
+    }
+    if (!loadCockpitConfiguration(options.configPath, configuration, error)) {
+        screen << error << '\n';
+        return 1;
+    }
+    const HidLog log = parseHidLog(text);
+    tellProblems(options.replayLog, log, screen);
+    if (log.reports.empty()) {
+        screen << options.replayLog
+               << ": no report of a board stands in it; the log of a run with --hid-trace has some\n";
+        return 1;
+    }
+    screen << options.replayLog << ": " << log.reports.size() << " reports of " << log.devices.size()
+           << " boards, played with " << configuration.title << "\n\n";
+    Replay replay(configuration, log, options.fast, screen);
+    const bool played = replay.play();
+    const bool whole = played && log.problems.empty();
+    screen << '\n'
+           << options.replayLog << ": " << (played ? "played" : "FAILED") << ", " << log.problems.size()
+           << " lines skipped; the simulator received " << replay.commandCount() << " commands and events\n";
+    return whole ? 0 : 1;
+}

@@ -1,0 +1,126 @@
+// The page's way to the program: a stream of events in, actions out, both with the session's token, which stands behind
+// the "#" of the address and so is in no request and no log.
+
+const token = location.hash.slice(1);
+const retryMs = 1000;
+
+export const hasToken = token !== '';
+
+function request(path, options = {}) {
+  return fetch(path, {...options, headers: {...options.headers, 'X-Cockpit-Token': token}});
+}
+
+export async function fetchPanel() {
+  const reply = await request('/api/panel');
+  if (!reply.ok) {
+    throw new Error(await reply.text());
+  }
+  return reply.json();
+}
+
+// Cuts a stream of server-sent events into {kind, data}; gives back what is still incomplete.
+export function takeEvents(text, onEvent) {
+  const blocks = text.split('\n\n');
+  const rest = blocks.pop();
+  for (const block of blocks) {
+    const fields = Object.fromEntries(block.split('\n').map((line) => {
+      const colon = line.indexOf(': ');
+      return [line.slice(0, colon), line.slice(colon + 2)];
+    }));
+    if (fields.event) {
+      handOver(onEvent, fields);
+    }
+  }
+  return rest;
+}
+
+// A fault of the page itself shows as one, and not as the end of the program.
+function handOver(onEvent, fields) {
+  try {
+    onEvent(fields.event, JSON.parse(fields.data));
+  } catch (fault) {
+    reportError(fault);
+  }
+}
+
+async function readStream(onEvent, onOpen) {
+  const reply = await request('/api/events');
+  if (!reply.ok) {
+    throw new Error(await reply.text());
+  }
+  onOpen();
+  const reader = reply.body.pipeThrough(new TextDecoderStream()).getReader();
+  let rest = '';
+  for (let piece = await reader.read(); !piece.done; piece = await reader.read()) {
+    rest = takeEvents(rest + piece.value, onEvent);
+  }
+}
+
+// Listens for ever. `onLink` is told true when the events begin to come, and false when they end.
+export async function listen(onEvent, onLink) {
+  for (;;) {
+    try {
+      await readStream(onEvent, () => onLink(true));
+    } catch {
+      // The program has ended, or starts again: both show in the link.
+    }
+    onLink(false);
+    await new Promise((resolve) => setTimeout(resolve, retryMs));
+  }
+}
+
+// One action after the other, since two requests could overtake each other, and a release must not come before its
+// press. Turns of one knob that wait are sent as one.
+export class Actions {
+  #waiting = [];
+  #busy = false;
+  #onFailure;
+
+  constructor(onFailure) {
+    this.#onFailure = onFailure;
+  }
+
+  send(action) {
+    const last = this.#waiting.at(-1);
+    if (last && isSameTurn(last, action)) {
+      last.detents += action.detents;
+    } else {
+      this.#waiting.push({...action});
+    }
+    this.#run();
+  }
+
+  async #run() {
+    if (this.#busy) {
+      return;
+    }
+    this.#busy = true;
+    while (this.#waiting.length > 0) {
+      await this.#post(this.#waiting.shift());
+    }
+    this.#busy = false;
+  }
+
+  async #post(action) {
+    try {
+      const reply = await request('/api/action', {
+        method: 'POST',
+        keepalive: true,
+        headers: {'Content-Type': 'application/json'},
+        body: JSON.stringify(action),
+      });
+      if (!reply.ok) {
+        this.#onFailure((await reply.text()).trim());
+      }
+    } catch {
+      this.#onFailure('The program does not answer.');
+    }
+  }
+}
+
+function isSameTurn(first, second) {
+  const most = 127;
+  return first.do === 'turn' && second.do === 'turn' && first.board === second.board &&
+    first.control === second.control && first.speed === second.speed &&
+    Math.sign(first.detents) === Math.sign(second.detents) && Math.abs(first.detents + second.detents) <= most;
+}

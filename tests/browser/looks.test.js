@@ -1,0 +1,181 @@
+import assert from 'node:assert/strict';
+import {test} from 'node:test';
+import {waitFor} from './support/cockpit.js';
+import {CockpitPage, withCockpitPage} from './support/cockpit_page.js';
+
+const shared = withCockpitPage();
+
+async function withPage(options, use) {
+  const opened = await CockpitPage.open(shared.browser, shared.cockpit, options);
+  try {
+    await use(opened);
+  } finally {
+    await opened.close();
+  }
+}
+
+const brightness = (page, selector, property) => page.locator(selector).first().evaluate((target, name) => {
+  // Whatever notation the browser gives the colour in, a canvas makes bytes of it.
+  const canvas = document.createElement('canvas').getContext('2d');
+  canvas.fillStyle = getComputedStyle(target)[name];
+  canvas.fillRect(0, 0, 1, 1);
+  const [red, green, blue] = canvas.getImageData(0, 0, 1, 1).data;
+  return (red + green + blue) / 3;
+}, property);
+
+test('the system’s dark mode is the page’s', async () => {
+  await withPage({colorScheme: 'dark'}, async ({page}) => {
+    assert.ok(await brightness(page, 'body', 'backgroundColor') < 60);
+    assert.ok(await brightness(page, 'body', 'color') > 180);
+  });
+});
+
+test('the switch outranks the system, and is remembered', async () => {
+  await withPage({colorScheme: 'light'}, async ({page}) => {
+    assert.ok(await brightness(page, 'body', 'backgroundColor') > 200);
+    await page.getByRole('radio', {name: 'Dark'}).check();
+    assert.ok(await brightness(page, 'body', 'backgroundColor') < 60);
+    await page.reload();
+    await page.locator('.board').first().waitFor();
+    assert.ok(await brightness(page, 'body', 'backgroundColor') < 60);
+    await page.getByRole('radio', {name: 'Light'}).check();
+    assert.ok(await brightness(page, 'body', 'backgroundColor') > 200);
+  });
+});
+
+for (const width of [360, 412, 600, 768, 1024, 1280, 1920]) {
+  test(`nothing stands out sideways at a width of ${width}`, async () => {
+    await withPage({viewport: {width, height: 800}}, async ({page}) => {
+      assert.ok(await page.evaluate(() => document.documentElement.scrollWidth) <= width);
+      const outside = await page.locator('.key, .knob, .station, .card').evaluateAll((targets, right) => targets
+        .filter((target) => target.getBoundingClientRect().right > right + 0.5 || target.getBoundingClientRect().left < -0.5)
+        .map((target) => target.dataset.control ?? target.className), width);
+      assert.deepEqual(outside, []);
+    });
+  });
+}
+
+test('no control covers another one', async () => {
+  for (const width of [360, 1280]) {
+    await withPage({viewport: {width, height: 800}}, async ({page}) => {
+      const covered = await page.locator('.bezel .key, .bezel .knob').evaluateAll((targets) => targets.filter((target) => {
+        target.scrollIntoView({block: 'center'});
+        const box = target.getBoundingClientRect();
+        // Rings lie on each other: an outer one is held at its rim.
+        const y = target.dataset.part === 'outer' ? box.top + 4 : box.top + box.height / 2;
+        return !target.contains(document.elementFromPoint(box.left + box.width / 2, y));
+      }).map((target) => target.dataset.control));
+      assert.deepEqual(covered, []);
+    });
+  }
+});
+
+test('a finger presses a button and turns a knob', async () => {
+  await withPage({viewport: {width: 360, height: 740}, hasTouch: true, isMobile: true}, async (phone) => {
+    const touch = await phone.context.newCDPSession(phone.page);
+    const send = (type, ...touchPoints) => touch.send('Input.dispatchTouchEvent', {type, touchPoints});
+    const centreOf = async (control) => {
+      await control.scrollIntoViewIfNeeded();
+      const box = await control.boundingBox();
+      return {x: box.x + box.width / 2, y: box.y + box.height / 2};
+    };
+    await send('touchStart', await centreOf(phone.control('PFD', 'AP_VS')));
+    await phone.waitForCommand('1 (>K:AP_VS_HOLD)');
+    await send('touchEnd');
+    const {x, y} = await centreOf(phone.control('PFD', 'CRS'));
+    await send('touchStart', {x, y: y - 20});
+    await send('touchMove', {x: x + 14, y: y - 14});
+    await send('touchMove', {x: x + 20, y});
+    await send('touchEnd');
+    await phone.waitForCommand('(>H:AS1000_PFD_CRS_INC)', 1);
+    assert.ok(await phone.page.evaluate(() => document.documentElement.scrollWidth) <= 360);
+  });
+});
+
+test('everything that can be operated has a name for a screen reader', async () => {
+  const {page} = shared.view;
+  const nameless = await page.locator('button, input, [role="spinbutton"], ol[tabindex]').evaluateAll((targets) => targets
+    .filter((target) => !(target.ariaLabel || target.textContent.trim() || target.labels?.[0]?.textContent.trim() ||
+      document.getElementById(target.getAttribute('aria-labelledby'))?.textContent)).map((target) => target.outerHTML));
+  assert.deepEqual(nameless, []);
+  assert.equal(await page.locator('h1').count(), 1);
+  assert.equal(await page.getByRole('main').count(), 1);
+  assert.equal(await page.getByRole('switch', {name: 'Aircraft’s battery'}).count(), 1);
+  assert.equal(await page.getByRole('slider', {name: 'Cockpit light'}).count(), 1);
+  assert.equal(await page.getByRole('article', {name: 'PFD panel'}).count(), 1);
+});
+
+test('the tab key reaches panels, switches and lists, and shows where it is', async () => {
+  const {page} = shared.view;
+  await page.locator('.skip').focus();
+  await page.keyboard.press('Enter');
+  const seen = new Set();
+  for (let i = 0; i < 150; ++i) {
+    await page.keyboard.press('Tab');
+    const [name, outline] = await page.evaluate(() => [
+      document.activeElement.dataset.control ?? document.activeElement.id ?? document.activeElement.className,
+      getComputedStyle(document.activeElement).outlineStyle]);
+    // Behind the last of them the turn is the browser's.
+    if (name === '') {
+      continue;
+    }
+    seen.add(name);
+    assert.notEqual(outline, 'none', `no outline round ${name}`);
+  }
+  for (const name of ['NAV_VOL', 'COM_INNER', 'SOFTKEY_12', 'AP_FLC', 'cockpit-light', 'received', 'log']) {
+    assert.ok(seen.has(name), `${name} was not reached`);
+  }
+});
+
+test('who wants less motion gets none from the page’s ornament, and still sees the panels’ light breathe', async () => {
+  await withPage({reducedMotion: 'reduce'}, async (still) => {
+    await still.press('PFD', 'AP_BC', '1 (>K:AP_BC_HOLD)');
+    const durations = await still.page.evaluate(() => document.getAnimations()
+      .map((animation) => animation.effect.getTiming().duration).filter((duration) => duration > 1));
+    assert.deepEqual(durations, []);
+    await still.toggle('battery');
+    await still.effectIs('PFD', 'breathe');
+    await still.levelsSeen('PFD', (levels) => levels.length > 3);
+    await still.toggle('battery');
+    await still.effectIs('PFD', 'steady');
+  });
+});
+
+test('the log’s details can be put away', async () => {
+  const {view} = shared;
+  await view.control('PFD', 'AP').click();
+  await view.waitForLog(/DEBUG\s+HID event from/);
+  await view.page.locator('#details').click();
+  assert.equal(await view.page.locator('#log [data-kind="debug"]').first().isVisible(), false);
+  assert.equal(await view.page.locator('#log [data-kind="info"]').first().isVisible(), true);
+  await view.page.locator('#details').click();
+});
+
+test('an address without its token says what is missing', async () => {
+  const page = await shared.browser.newPage();
+  await page.goto(shared.cockpit.origin);
+  await page.getByText('This address is incomplete').waitFor();
+  await page.close();
+});
+
+test('an address with another session’s token says so', async () => {
+  const page = await shared.browser.newPage();
+  await page.goto(`${shared.cockpit.origin}/#${'0'.repeat(32)}`);
+  await page.getByText('The program refuses this page').waitFor();
+  await page.close();
+});
+
+// Last, since it fills the lists.
+test('what the simulator received is read out, and not each repeat of it', async () => {
+  const {view} = shared;
+  const said = [];
+  await view.page.exposeFunction('noteSaid', (text) => said.push(text));
+  await view.page.evaluate(() => new MutationObserver(() => window.noteSaid(document.getElementById('announcer').textContent))
+    .observe(document.getElementById('announcer'), {childList: true}));
+  await view.control('MFD', 'MAP_UP').hover();
+  await view.page.mouse.down();
+  await view.waitForCommand('(>H:AS1000_MFD_JOYSTICK_UP)', 30);
+  await view.page.mouse.up();
+  await waitFor(() => said.some((text) => /^Simulator received \(>H:AS1000_MFD_JOYSTICK_UP\), \d+ times$/.test(text)));
+  assert.ok(said.length <= 4, said.join('\n'));
+});

@@ -1,0 +1,119 @@
+import assert from 'node:assert/strict';
+import {mkdtempSync, rmSync, writeFileSync} from 'node:fs';
+import {tmpdir} from 'node:os';
+import {join} from 'node:path';
+import {after, test} from 'node:test';
+import {Cockpit, launchBrowser, runProgram, waitFor} from './support/cockpit.js';
+
+after(() => Cockpit.killLeftOvers());
+
+const scenarios = '../../tests/scenarios';
+
+async function withBrowserAt(cockpit, use) {
+  const browser = await launchBrowser();
+  try {
+    const page = await browser.newPage();
+    await page.goto(cockpit.address);
+    await use(page);
+  } finally {
+    await browser.close();
+  }
+}
+
+test('an interrupt ends the program, also with a page open and a button down', async () => {
+  const cockpit = await Cockpit.start();
+  await withBrowserAt(cockpit, async (page) => {
+    await page.locator('[data-board="PFD"] [data-control="MAP_LEFT"]').hover();
+    await page.mouse.down();
+    await waitFor(async () => /JOYSTICK_LEFT/.test(await page.locator('#received').innerText()));
+    await cockpit.stop();
+    await page.getByText('The program has ended').waitFor();
+    assert.equal(await page.locator('#link').textContent(), 'not connected');
+  });
+});
+
+test('a port that is taken is told when it was asked for', async () => {
+  const first = await Cockpit.start();
+  const refused = await runProgram('--no-browser', '--port', first.port);
+  assert.equal(refused.code, 1);
+  assert.match(refused.output, new RegExp(`port ${first.port} can't be had: something else uses it`));
+  await first.stop();
+});
+
+test('two programs without a port take two of the usual ones', async () => {
+  const starts = [0, 1].map(() => Cockpit.startWith('--no-browser'));
+  const [first, second] = await Promise.all(starts);
+  assert.notEqual(first.port, second.port);
+  for (const cockpit of [first, second]) {
+    assert.ok(Number(cockpit.port) >= 8080 && Number(cockpit.port) <= 8099, cockpit.port);
+    await cockpit.stop();
+  }
+});
+
+test('with this machine’s boards the page shows none, and waits for them', async () => {
+  const cockpit = await Cockpit.start('--real-boards');
+  await withBrowserAt(cockpit, async (page) => {
+    await page.getByText('This machine’s own boards are in use').waitFor();
+    assert.equal(await page.locator('.board').count(), 0);
+    await waitFor(async () => /Application run loop started/.test(await page.locator('#log').innerText()));
+    assert.equal(await page.locator('[data-shows="running"]').textContent(), 'running');
+  });
+  await cockpit.stop();
+});
+
+test('with this machine’s simulator the page has no switches for it, and takes no such action', async () => {
+  const cockpit = await Cockpit.start('--real-simulator');
+  assert.equal((await cockpit.act({do: 'battery', on: false})).status, 400);
+  await withBrowserAt(cockpit, async (page) => {
+    await page.getByText('This machine’s own simulator is in use.').waitFor();
+    assert.equal(await page.locator('#simulator-controls').isVisible(), false);
+    assert.equal(await page.locator('[data-shows="running"]').textContent(), 'this machine’s');
+    // Nothing runs there, and the boards show it.
+    await waitFor(async () => await page.locator('[data-board="PFD"]').getAttribute('data-effect') === 'flash');
+  });
+  await cockpit.stop();
+});
+
+test('a configuration that cannot be read is told', async () => {
+  const {code, output} = await runProgram('--no-browser', '--config', 'no-such-config.json');
+  assert.equal(code, 1);
+  assert.match(output, /no-such-config\.json: /);
+});
+
+test('options that make no sense are told, and help is given', async () => {
+  const wrong = await runProgram('--no-such-option');
+  assert.equal(wrong.code, 1);
+  assert.match(wrong.output, /unknown option --no-such-option/);
+  const help = await runProgram('--help');
+  assert.equal(help.code, 0);
+  for (const option of ['--script', '--replay', '--port', '--config', '--no-browser', '--real-boards', '--real-simulator', '--fast']) {
+    assert.ok(help.output.includes(option), option);
+  }
+});
+
+test('a scenario is played without a browser, and its outcome is the exit code', async () => {
+  const passed = await runProgram('--script', `${scenarios}/press-sends-its-command.scenario`, '--fast');
+  assert.equal(passed.code, 0, passed.output);
+  assert.match(passed.output, /passed, \d+ expectations met/);
+  const failed = await runProgram('--script', `${scenarios}/failing/wrong-command.scenario`, '--fast');
+  assert.equal(failed.code, 1);
+});
+
+test('a log is played again, and a bad line in it is told', async () => {
+  const folder = mkdtempSync(join(tmpdir(), 'cockpit-'));
+  try {
+    const log = join(folder, 'trace.log');
+    const line = `2026-01-31 12:00:00 [DEBUG] HID IN device=E66138A1B2C3D4E5 bytes=32 data=0100010005000100${'0'.repeat(48)}\n`;
+    writeFileSync(log, line);
+    const whole = await runProgram('--replay', log, '--fast');
+    assert.equal(whole.code, 0, whole.output);
+    assert.match(whole.output, /press AP .*\n.*sim rpn 1 \(>K:AP_MASTER\)/);
+    writeFileSync(log, line + line.slice(0, 60));
+    const partly = await runProgram('--replay', log, '--fast');
+    assert.equal(partly.code, 1);
+    assert.match(partly.output, /trace\.log:2: skipped: the line's end is missing/);
+    assert.match(partly.output, /sim rpn 1 \(>K:AP_MASTER\)/);
+  } finally {
+    rmSync(folder, {recursive: true});
+  }
+});

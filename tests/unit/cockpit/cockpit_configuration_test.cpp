@@ -1,0 +1,148 @@
+#include "simulation/cockpit/cockpit_configuration.h"
+
+#include "simulation/cockpit/panel_json.h"
+#include "simulation/scenario/json_text.h"
+#include "tests/support/temp_folder.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr const char* settingsText = R"({
+  "hid": {"vid": "0x12AB", "pid": "CD"},
+  "mappings": {"buttonConfigPath": "my-buttons.json"},
+  "devices": [{"index": 7, "role": "PFD"}, {"boardId": "0011223344556677", "role": "mfd"}]
+})";
+constexpr const char* buttonsText = R"json({
+  "buttons": [{"name": "AP", "commands": {"PRESS": {"DEFAULT": "1 (>K:AP_MASTER)"}}}, {"name": "BARE", "commands": {}}],
+  "knobs": [{"name": "FMS", "commands": {"CW": {"PFD": "(>H:UP)"}, "CCW_FAST": {"MFD": "(>H:DOWN_FAST)"}}}]
+})json";
+constexpr const char* mapText =
+    R"({"event_types": {"BUTTON": 1}, "control_ids": {"AP": 5, "BARE": 6, "FMS": 7, "UNLISTED": 8, "FAR": 70000}})";
+
+/// A configuration of its own in a folder.
+class CockpitConfigurationTest : public testing::Test {
+protected:
+    void SetUp() override {
+        folder.write("my-buttons.json", buttonsText);
+        folder.write("hid_event_map.json", mapText);
+        path = folder.write("config.json", settingsText);
+    }
+
+    void load() { EXPECT_TRUE(loadCockpitConfiguration(path, configuration, error)) << error; }
+
+    /// The control of that name on a panel of the role, as text.
+    std::string control(const std::string& name, const std::string& role) {
+        for (const JsonValue& one : panelControls(configuration, role).array) {
+            if (one.object.at("name").string == name) {
+                return jsonText(one);
+            }
+        }
+        return "";
+    }
+
+    TempFolder folder;
+    std::string path;
+    CockpitConfiguration configuration;
+    std::string error;
+};
+
+} // namespace
+
+TEST_F(CockpitConfigurationTest, TakesAUsersOwnFilesWhereTheyAre) {
+    load();
+    EXPECT_EQ(configuration.title, path);
+    const JsonValue settings = JsonParser::parse(configuration.files.at("config.json")).value;
+    const JsonValue* mappings = nullptr;
+    ASSERT_TRUE(getObject(settings, "mappings", mappings));
+    EXPECT_EQ(mappings->object.at("buttonConfigPath").string, folder.path("my-buttons.json"));
+    EXPECT_EQ(mappings->object.at("hidEventMapPath").string, folder.path("hid_event_map.json"));
+    EXPECT_EQ(configuration.files.size(), 1U);
+}
+
+TEST_F(CockpitConfigurationTest, SwitchesDebugLinesOn) {
+    folder.write("config.json",
+                 R"({"hid": {"vid": "1", "pid": "2"}, "mappings": {"buttonConfigPath": "my-buttons.json"},
+                                    "logging": {"debug": 0}})");
+    load();
+    const JsonValue settings = JsonParser::parse(configuration.files.at("config.json")).value;
+    const JsonValue* logging = nullptr;
+    ASSERT_TRUE(getObject(settings, "logging", logging));
+    EXPECT_EQ(logging->object.at("debug").number, 1);
+}
+
+TEST_F(CockpitConfigurationTest, MakesBoardsOfTheConfiguredVendorAndIdentity) {
+    load();
+    const std::vector<ScenarioBoard> panels = configuredPanels(configuration);
+    ASSERT_EQ(panels.size(), 2U);
+    EXPECT_EQ(panels[0].name, "PFD");
+    EXPECT_EQ(panels[0].model.vendorId, 0x12AB);
+    EXPECT_EQ(panels[0].model.productId, 0x00CD);
+    EXPECT_EQ(panels[0].model.boardId, (HidProtocol::BoardId{0xE6, 0x61, 0x38, 0xA1, 0xB2, 0xC3, 0xD4, 0xE5}));
+    EXPECT_EQ(panels[1].name, "MFD");
+    EXPECT_EQ(panels[1].model.boardId, (HidProtocol::BoardId{0x00, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77}));
+}
+
+TEST_F(CockpitConfigurationTest, KnowsABoardWithoutAnIdentityByItsSerialNumber) {
+    load();
+    const VirtualBoardModel model = configuredBoard(configuration, "SN-4711");
+    EXPECT_FALSE(model.boardId);
+    EXPECT_EQ(model.serial, "SN-4711");
+}
+
+TEST_F(CockpitConfigurationTest, TellsThePageEachControlWithItsCommands) {
+    load();
+    EXPECT_EQ(
+        control("AP", "MFD"),
+        R"json({"commands": {"PRESS": "1 (>K:AP_MASTER)"}, "id": 5, "kind": "button", "listed": true, "name": "AP"})json");
+    EXPECT_EQ(control("BARE", "PFD"),
+              R"json({"commands": {}, "id": 6, "kind": "button", "listed": true, "name": "BARE"})json");
+    EXPECT_EQ(control("UNLISTED", "PFD"),
+              R"json({"commands": {}, "id": 8, "kind": "button", "listed": false, "name": "UNLISTED"})json");
+}
+
+TEST_F(CockpitConfigurationTest, TakesForAKnobWhatTurnsOnAnyPanel) {
+    load();
+    EXPECT_EQ(control("FMS", "PFD"),
+              R"json({"commands": {"CW": "(>H:UP)"}, "id": 7, "kind": "knob", "listed": true, "name": "FMS"})json");
+    EXPECT_EQ(
+        control("FMS", "MFD"),
+        R"json({"commands": {"CCW_FAST": "(>H:DOWN_FAST)"}, "id": 7, "kind": "knob", "listed": true, "name": "FMS"})json");
+}
+
+TEST_F(CockpitConfigurationTest, LeavesOutWhatNoBoardCanReport) {
+    load();
+    EXPECT_EQ(control("FAR", "PFD"), "");
+    EXPECT_EQ(panelControls(configuration, "PFD").array.size(), 4U);
+}
+
+TEST_F(CockpitConfigurationTest, GoesOnWithABrokenEventMapAsTheBridgeDoes) {
+    folder.write("hid_event_map.json", "{");
+    load();
+    EXPECT_TRUE(panelControls(configuration, "PFD").array.empty());
+}
+
+TEST_F(CockpitConfigurationTest, TellsWhyAConfigurationCannotBeUsed) {
+    folder.write("my-buttons.json", "{");
+    EXPECT_FALSE(loadCockpitConfiguration(path, configuration, error));
+    EXPECT_TRUE(error.starts_with(path + ": ")) << error;
+    EXPECT_FALSE(loadCockpitConfiguration(folder.path("absent.json"), configuration, error));
+    EXPECT_TRUE(error.starts_with(folder.path("absent.json") + ": ")) << error;
+}
+
+TEST(SampleConfiguration, IsBuiltInWithPanelsOfBothRoles) {
+    CockpitConfiguration configuration;
+    std::string error;
+    ASSERT_TRUE(loadCockpitConfiguration("", configuration, error)) << error;
+    EXPECT_EQ(configuration.title, "the sample set");
+    EXPECT_EQ(configuration.files.size(), 3U);
+    const Scenario scenario = cockpitScenario(configuration, configuredPanels(configuration));
+    EXPECT_EQ(scenario.boards.size(), 2U);
+    for (const char* role : {"PFD", "MFD"}) {
+        const JsonValue controls = panelControls(configuration, role);
+        EXPECT_GT(controls.array.size(), 40U);
+        for (const JsonValue& one : controls.array) {
+            EXPECT_FALSE(one.object.at("commands").object.empty()) << one.object.at("name").string;
+        }
+    }
+}

@@ -1,0 +1,96 @@
+#include "simulation/cockpit/request_checks.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace {
+
+constexpr std::uint16_t port = 8080;
+const std::string token = "0123456789ABCDEF0123456789ABCDEF";
+const RequestMarks good{"127.0.0.1:8080", "http://127.0.0.1:8080", token, "application/json"};
+
+constexpr const char* otherHost = "this page answers at 127.0.0.1 and localhost only";
+constexpr const char* otherOrigin = "a page of another origin can't do this";
+constexpr const char* noToken = "the token of this session is missing or wrong";
+
+RequestMarks withHost(const std::string& host) {
+    RequestMarks marks = good;
+    marks.host = host;
+    return marks;
+}
+
+RequestMarks withOrigin(const std::string& origin) {
+    RequestMarks marks = good;
+    marks.origin = origin;
+    return marks;
+}
+
+RequestMarks withToken(const std::string& given) {
+    RequestMarks marks = good;
+    marks.token = given;
+    return marks;
+}
+
+} // namespace
+
+TEST(RequestChecks, PassARequestOfOurOwnPage) {
+    EXPECT_EQ(refusalOf(good, port), "");
+    EXPECT_EQ(refusalOfAction(good, port, token), "");
+    EXPECT_EQ(refusalOfAction(withHost("localhost:8080"), port, token), "");
+    EXPECT_EQ(refusalOfAction(withOrigin("http://localhost:8080"), port, token), "");
+}
+
+TEST(RequestChecks, PassARequestThatNoPageSentIfItHasTheToken) {
+    EXPECT_EQ(refusalOfAction(withOrigin(""), port, token), "");
+}
+
+TEST(RequestChecks, RefuseAnotherHostsName) {
+    for (const char* host :
+         {"", "evil.example", "evil.example:8080", "127.0.0.1", "127.0.0.1:8081", "127.0.0.1:80800",
+          "127.0.0.1:8080.evil.example", "x127.0.0.1:8080", "localhost", "[::1]:8080", "127.0.0.2:8080"}) {
+        EXPECT_EQ(refusalOf(withHost(host), port), otherHost) << host;
+        EXPECT_EQ(refusalOfAction(withHost(host), port, token), otherHost) << host;
+    }
+}
+
+TEST(RequestChecks, TakeAHostWithoutAPortAtTheStandardPortOnly) {
+    EXPECT_EQ(refusalOf(RequestMarks{"127.0.0.1", "", "", ""}, 80), "");
+    EXPECT_EQ(refusalOf(RequestMarks{"localhost", "http://localhost", "", ""}, 80), "");
+    EXPECT_EQ(refusalOf(RequestMarks{"127.0.0.1", "", "", ""}, 8080), otherHost);
+}
+
+TEST(RequestChecks, RefuseAnotherOrigin) {
+    for (const char* origin : {"null", "http://evil.example", "https://127.0.0.1:8080", "http://127.0.0.1:8081",
+                               "http://127.0.0.1", "http://127.0.0.1:8080/", "127.0.0.1:8080", "http://"}) {
+        EXPECT_EQ(refusalOf(withOrigin(origin), port), otherOrigin) << origin;
+        EXPECT_EQ(refusalOfAction(withOrigin(origin), port, token), otherOrigin) << origin;
+    }
+}
+
+TEST(RequestChecks, RefuseAnActionWithoutTheWholeToken) {
+    for (const std::string& given :
+         {std::string(), token.substr(1), token.substr(0, 31), token + '0', std::string(32, '0'),
+          std::string("0123456789abcdef0123456789abcdef"), token + std::string(1, '\0')}) {
+        EXPECT_EQ(refusalOfAction(withToken(given), port, token), noToken) << given;
+    }
+    EXPECT_EQ(refusalOf(withToken(""), port), "");
+}
+
+TEST(RequestChecks, KnowJsonFromWhatAFormCanSend) {
+    EXPECT_TRUE(saysJson("application/json"));
+    EXPECT_TRUE(saysJson("application/json; charset=utf-8"));
+    for (const char* type : {"", "text/plain", "application/x-www-form-urlencoded", "application/jsonx", "text/json"}) {
+        EXPECT_FALSE(saysJson(type)) << type;
+    }
+}
+
+TEST(RequestChecks, MakeATokenOfItsOwnForEachSession) {
+    std::set<std::string> tokens;
+    for (int i = 0; i < 100; ++i) {
+        tokens.insert(randomToken());
+    }
+    EXPECT_EQ(tokens.size(), 100U);
+    EXPECT_EQ(tokens.begin()->size(), 32U);
+    EXPECT_EQ(tokens.begin()->find_first_not_of("0123456789ABCDEF"), std::string::npos);
+}
