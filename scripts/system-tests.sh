@@ -24,11 +24,12 @@ run_natively() {
   fi
 }
 
-# A machine of software alone does one thing at a time, so there is one for each of two processors.
+# One machine for each of two processors, and each with one alone: machines that share them wait for each other's most
+# of the time.
 run_on_wine() {
   local half code=0
   for half in first second; do
-    scripts/vm/run-in-vm.sh --time 1500 --memory 3072 --share "$share/$half" \
+    scripts/vm/run-in-vm.sh --time 1500 --memory 3072 --cpus 1 --share "$share/$half" \
       scripts/vm/run-under-wine-hid.sh "$prefix" "$half" "$share/$half" "$program" "$@" >"$share/$half.log" 2>&1 &
     halves+=($!)
   done

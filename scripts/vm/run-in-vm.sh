@@ -3,7 +3,7 @@
 # root is the host's, read-only below an overlay in memory, runs the command there in the current folder, prints its
 # output and exits with its exit code. What the command writes is gone afterwards, except in the folder $VM_SHARE,
 # which it finds at the same path.
-#   run-in-vm.sh [--time SECONDS] [--memory MIB] [--share FOLDER] COMMAND [ARGUMENT...]
+#   run-in-vm.sh [--time SECONDS] [--memory MIB] [--cpus N] [--share FOLDER] COMMAND [ARGUMENT...]
 # Without --share a fresh folder is made and removed again. Exit code 124: the time ran out; 125: the machine failed.
 # Any number of machines may run side by side, each with a share of its own.
 set -euo pipefail
@@ -13,10 +13,11 @@ repo=$(cd "$here/../.." && pwd)
 kernel=$repo/build/vm/kernel
 time_limit=300
 memory=1024
+cpus=2
 share=""
 
 usage() {
-  echo "usage: run-in-vm.sh [--time SECONDS] [--memory MIB] [--share FOLDER] COMMAND [ARGUMENT...]" >&2
+  echo "usage: run-in-vm.sh [--time SECONDS] [--memory MIB] [--cpus N] [--share FOLDER] COMMAND [ARGUMENT...]" >&2
   exit 2
 }
 
@@ -24,6 +25,7 @@ while [ $# -gt 0 ]; do
   case "$1" in
     --time) time_limit=${2:?} && shift 2 ;;
     --memory) memory=${2:?} && shift 2 ;;
+    --cpus) cpus=${2:?} && shift 2 ;;
     --share) share=${2:?} && shift 2 ;;
     -*) usage ;;
     *) break ;;
@@ -67,7 +69,7 @@ printf '%s\n' "$share" >"$control/share-path"
 
 # Software emulation always: the KVM device of nested machines is often there without working.
 timeout --kill-after=5 "$time_limit" qemu-system-x86_64 \
-  -accel tcg,thread=multi -smp 2 -m "$memory" -nodefaults -display none -no-reboot \
+  -accel tcg,thread=multi -smp "$cpus" -m "$memory" -nodefaults -display none -no-reboot \
   -kernel "$kernel/vmlinuz" -initrd "$work/initramfs" -append 'console=ttyS0 quiet panic=-1' \
   -serial "file:$work/serial" \
   -virtfs local,path=/,mount_tag=hostroot,security_model=none,readonly=on,multidevs=remap \

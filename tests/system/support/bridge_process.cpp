@@ -94,5 +94,5 @@ std::size_t BridgeProcess::countInLog(std::string_view text) const {
 }
 
 bool BridgeProcess::waitForLog(std::string_view text, std::size_t count, std::chrono::milliseconds limit) const {
-    return waitUntil([&] { return countInLog(text) >= count; }, limit);
+    return waitUntil([&] { return countInLog(text) >= count; }, limit, logPause);
 }

@@ -46,6 +46,9 @@ public:
     std::string output() const;
     std::size_t countInLog(std::string_view text) const;
 
+    /// Between two looks into the log: on an emulated machine looking costs as much as what is waited for.
+    static constexpr std::chrono::milliseconds logPause{20};
+
     /// Waits until the log holds `text` that often; false at the limit.
     bool waitForLog(std::string_view text, std::size_t count = 1,
                     std::chrono::milliseconds limit = ChildProcess::defaultLimit) const;

@@ -128,7 +128,7 @@ void BridgeTest::sendPaced(const std::function<void()>& send) {
     const std::size_t before = TestedSystem::isWindows() ? events() : 0;
     send();
     if (TestedSystem::isWindows() && bridge)
-        waitUntil([&] { return events() > before; }, dealtWith);
+        waitUntil([&] { return events() > before; }, dealtWith, BridgeProcess::logPause);
 }
 
 std::vector<std::vector<std::uint8_t>> BridgeTest::reports(const UhidBoard& board, std::uint8_t reportId) {

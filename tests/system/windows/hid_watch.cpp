@@ -51,11 +51,11 @@ private:
 int main() {
     const Platform platform = systemPlatform();
     Watch watch(platform);
-    // News may come before the device shows up in the list; looking again soon costs next to nothing.
+    // News may come before the device shows up in the list.
     std::thread looking = platform.host.startThread([&] {
         for (;;) {
             watch.look();
-            platform.host.sleepFor(std::chrono::milliseconds(250));
+            platform.host.sleepFor(std::chrono::milliseconds(500));
         }
     });
     std::string error;
