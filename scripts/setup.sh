@@ -5,9 +5,10 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-build_packages=(cmake ninja-build g++ googletest libcpp-httplib-dev pkgconf)
-test_packages=(clang clang-format clang-tidy libclang-rt-14-dev libbenchmark-dev nlohmann-json3-dev libpugixml-dev chromium
-  g++-mingw-w64-x86-64-posix wine wine64 qemu-system-x86 busybox-static cpio python3 udev)
+build_packages=(cmake ninja-build g++ googletest libbenchmark-dev nlohmann-json3-dev libcpp-httplib-dev libpugixml-dev
+  pkgconf)
+test_packages=(clang clang-format clang-tidy libclang-rt-14-dev chromium g++-mingw-w64-x86-64-posix wine wine64
+  qemu-system-x86 busybox-static cpio python3 udev)
 
 case "${1:-}" in
   --build) packages=("${build_packages[@]}") ;;

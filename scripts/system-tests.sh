@@ -47,7 +47,7 @@ if [ "${1:-}" = --windows ]; then
 fi
 
 [ -e "$build/build.ninja" ] || cmake --preset linux >/dev/null
-cmake --build --preset linux --target VantrelBridgeHID virtual-simulator system-tests
+cmake --build --preset linux --target system-tests
 if [ "$runner" = run_on_wine ]; then
   [ -e build/windows/build.ninja ] || cmake --preset windows >/dev/null
   cmake --build --preset windows --target \

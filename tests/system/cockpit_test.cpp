@@ -1,0 +1,80 @@
+// The virtual cockpit with one side of this machine's own: real boards, or a simulator that runs by itself.
+
+#include "tests/system/support/bridge_test.h"
+
+#include <httplib.h>
+
+#include <csignal>
+#include <regex>
+
+namespace {
+
+class LinuxCockpit : public BridgeTest {
+protected:
+    void TearDown() override {
+        cockpit->sendSignal(SIGINT);
+        EXPECT_EQ(cockpit->waitForExit(), 0);
+        BridgeTest::TearDown();
+    }
+
+    /// With the tests' configuration, and the simulator's address in its home folder.
+    void startCockpit(const std::string& side) {
+        installation =
+            std::make_unique<BridgeInstallation>(configuration.files(), simulator ? simulator->port() : std::nullopt);
+        ChildProcessSettings settings;
+        settings.command = {VIRTUAL_COCKPIT_BUILT_EXECUTABLE,        "--no-browser", "--port", "0", side, "--config",
+                            installation->path("config/config.json")};
+        settings.environment = {{"HOME", installation->path("")}};
+        cockpit = std::make_unique<ChildProcess>(settings);
+        const std::regex address("http://127\\.0\\.0\\.1:(\\d+)/#([0-9A-F]+)");
+        std::smatch match;
+        ASSERT_TRUE(cockpit->waitForOutput([&](const std::string& output) {
+            return std::regex_search(output, address);
+        })) << cockpit->errorOutput();
+        const std::string output = cockpit->output();
+        ASSERT_TRUE(std::regex_search(output, match, address));
+        page = std::make_unique<httplib::Client>("127.0.0.1", std::stoi(match[1]));
+        token = {{"X-Cockpit-Token", match[2]}};
+    }
+
+    /// Listens as a page does, until it has been told of `text`; false at the limit.
+    bool isTold(const std::string& text) {
+        const auto end = std::chrono::steady_clock::now() + ChildProcess::defaultLimit;
+        std::string told;
+        page->Get("/api/events", token, [&](const char* piece, std::size_t length) {
+            told.append(piece, length);
+            return told.find(text) == std::string::npos && std::chrono::steady_clock::now() < end;
+        });
+        return told.find(text) != std::string::npos;
+    }
+
+    bool act(const std::string& action) {
+        const httplib::Result reply = page->Post("/api/action", token, action, "application/json");
+        return reply && reply->status == 200;
+    }
+
+    std::unique_ptr<ChildProcess> cockpit;
+    std::unique_ptr<httplib::Client> page;
+    httplib::Headers token;
+};
+
+} // namespace
+
+TEST_F(LinuxCockpit, TakesThisMachinesBoardsToItsOwnSimulator) {
+    UhidBoard& board = plugBoard(model());
+    ASSERT_NO_FATAL_FAILURE(startCockpit("--real-boards"));
+    ASSERT_TRUE(isTold("MobiFlight client registered"));
+    EXPECT_TRUE(waitForReport(board, reportOf({0x11, 1})));
+    board.panel.press(Controls::button);
+    EXPECT_TRUE(isTold("rpn (>H:BUTTON_PRESS)"));
+    ASSERT_TRUE(act(R"({"do": "battery", "on": false})"));
+    EXPECT_TRUE(waitForLastReport(board, reportOf({0x10, 2, 0, 5, 0xE8, 0x03, 50})));
+}
+
+TEST_F(LinuxCockpit, TakesItsOwnBoardsToThisMachinesSimulator) {
+    startSimulator();
+    ASSERT_NO_FATAL_FAILURE(startCockpit("--real-simulator"));
+    ASSERT_TRUE(isTold("MobiFlight client registered"));
+    ASSERT_TRUE(act(R"({"do": "press", "board": "PFD", "control": 20})"));
+    EXPECT_TRUE(waitForRpn("(>H:BUTTON_PRESS)"));
+}
