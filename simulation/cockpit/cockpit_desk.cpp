@@ -187,11 +187,19 @@ JsonValue CockpitDesk::boardStates() const {
     return boards;
 }
 
+/// All that a real simulator's session shows here.
+bool CockpitDesk::boardsKnowASimulator() const {
+    return std::ranges::any_of(scenario.boards, [this](const ScenarioBoard& made) {
+        return cockpit.board(made.name).simConnected().value_or(false);
+    });
+}
+
 JsonValue CockpitDesk::simulatorState() const {
     JsonValue simulator = jsonObject();
     simulator.object["real"] = jsonBool(sides.realSimulator);
     simulator.object["running"] = jsonBool(cockpit.simulatorRunning());
-    simulator.object["connected"] = jsonBool(cockpit.simulator().sessionCount() > 0);
+    simulator.object["connected"] =
+        jsonBool(sides.realSimulator ? boardsKnowASimulator() : cockpit.simulator().sessionCount() > 0);
     simulator.object["battery"] = jsonBool(battery);
     simulator.object["light"] = jsonNumber(light);
     simulator.object["refusing"] = jsonBool(refusing);

@@ -72,6 +72,7 @@ private:
     std::string state() const;
     JsonValue boardStates() const;
     JsonValue simulatorState() const;
+    bool boardsKnowASimulator() const;
     JsonValue bridgeState() const;
     void actOnSimulator(const DeskAction& action);
     void actOnBridge(DeskDeed deed);

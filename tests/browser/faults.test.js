@@ -59,9 +59,12 @@ test('a simulator that quits ends the bridge, and one that starts brings it back
 
 test('a simulator that crashes and starts at once finds a bridge', async () => {
   const {view} = shared;
+  const sessions = async () => (await view.received()).filter(({text}) => text.startsWith('opened ')).length;
+  const before = await sessions();
   await view.fault('crash-simulator');
   await waitFor(() => view.page.locator('[data-do="start-simulator"]').isEnabled());
   await view.page.locator('[data-do="start-simulator"]').click();
+  await waitFor(async () => await sessions() > before, 'another session');
   await view.sessionIs('session open');
   await view.bridgeIs('running');
 });

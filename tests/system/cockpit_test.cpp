@@ -75,6 +75,7 @@ TEST_F(LinuxCockpit, TakesItsOwnBoardsToThisMachinesSimulator) {
     startSimulator();
     ASSERT_NO_FATAL_FAILURE(startCockpit("--real-simulator"));
     ASSERT_TRUE(isTold("MobiFlight client registered"));
+    EXPECT_TRUE(isTold("\"connected\": true"));
     ASSERT_TRUE(act(R"({"do": "press", "board": "PFD", "control": 20})"));
     EXPECT_TRUE(waitForRpn("(>H:BUTTON_PRESS)"));
 }
