@@ -86,8 +86,8 @@ private:
     std::atomic<bool> dispatching{false};
     MessageReader inbound{sizeof(SimConnectRecv)};
 
-    /// Guards the members below. Held for one send or for the reads of one dispatch, which never wait; only the loss of a
-    /// pipe may take up to a second.
+    /// Guards the members below. Held for one send or for the reads of one dispatch, which never wait; only the loss of
+    /// a pipe may take up to a second.
     std::mutex mutex;
     ByteStream stream;
     std::atomic<State> state{State::Open};
