@@ -110,7 +110,7 @@ step_wine() {
 
 step_fuzz() {
   build_preset fuzz
-  scripts/run-fuzzers.sh 8
+  scripts/run-fuzzers.sh 5
 }
 
 step_soak() {
