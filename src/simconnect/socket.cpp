@@ -1,5 +1,7 @@
 #include "simconnect/socket.h"
 
+#include "simconnect/deadline.h"
+
 #include <array>
 #include <limits>
 #include <memory>
@@ -174,11 +176,6 @@ Transfer transfer(const Call& call) {
             return {isWouldBlock(error) ? TransferStatus::WouldBlock : TransferStatus::Failed, 0};
         }
     }
-}
-
-int millisecondsLeft(Clock::time_point deadline) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    return left > 0 ? static_cast<int>(left) : 0;
 }
 
 // Waits for the end of a connection attempt; true when it succeeded.

@@ -1,5 +1,7 @@
 #include "simconnect/pipe.h"
 
+#include "simconnect/deadline.h"
+
 #include <windows.h>
 
 #include <algorithm>
@@ -43,11 +45,6 @@ HANDLE handleOrNull(HANDLE handle) {
 // Not every system that runs Windows programs heeds the flag for a pipe's first instance.
 bool isMade(const std::string& path) {
     return WaitNamedPipeA(path.c_str(), 1) != FALSE || GetLastError() == ERROR_SEM_TIMEOUT;
-}
-
-int millisecondsLeft(Clock::time_point deadline) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    return left > 0 ? static_cast<int>(left) : 0;
 }
 
 } // namespace
