@@ -101,6 +101,15 @@ TEST_F(HeldButtonsTest, ReleaseAllAtOnce) {
     EXPECT_EQ(sent(), (std::vector<std::string>{"1 5 0", "1 6 0", "0 5 0", "0 6 0"}));
 }
 
+TEST_F(HeldButtonsTest, ReleaseThoseOfOneBoardAndLeaveTheOthersDown) {
+    buttons.press({&first, 5, 0});
+    buttons.press({&second, 6, 1});
+    buttons.releaseAllOn(first);
+    EXPECT_TRUE(buttons.heldOn(first).empty());
+    EXPECT_EQ(buttons.heldOn(second), std::vector<std::uint16_t>{6});
+    EXPECT_EQ(sent(), (std::vector<std::string>{"1 5 0", "1 6 1", "0 5 0"}));
+}
+
 TEST(HeldButtonsEnd, ReleasesWhatIsStillDown) {
     VirtualBoard board;
     std::vector<int> values;
