@@ -1,6 +1,6 @@
 // What the panels' displays show, as ornament: that a panel is a PFD or an MFD can be seen at once.
 
-const skyAndTapes = `<svg viewBox="0 0 400 320" preserveAspectRatio="xMidYMid slice" aria-hidden="true">
+const skyAndTapes = `<svg viewBox="0 0 400 320" preserveAspectRatio="xMidYMid meet" aria-hidden="true">
   <defs><linearGradient id="sky" x1="0" y1="0" x2="0" y2="1"><stop offset="0" stop-color="#0f4f96"/><stop offset="1" stop-color="#63aae0"/></linearGradient>
   <linearGradient id="ground" x1="0" y1="0" x2="0" y2="1"><stop offset="0" stop-color="#8f6238"/><stop offset="1" stop-color="#472d14"/></linearGradient></defs>
   <g transform="translate(200 136) scale(.92) translate(-200 -162)">
@@ -29,7 +29,7 @@ const skyAndTapes = `<svg viewBox="0 0 400 320" preserveAspectRatio="xMidYMid sl
   <text x="200" y="18" fill="#58e07c" text-anchor="middle">HDG  ALT</text><text x="320" y="18" text-anchor="end" fill="#58e07c">121.900</text><text x="380" y="18" text-anchor="end" fill="#41d6e8">118.300</text></g>
 </svg>`;
 
-const mapAndGauges = `<svg viewBox="0 0 400 320" preserveAspectRatio="xMidYMid slice" aria-hidden="true">
+const mapAndGauges = `<svg viewBox="0 0 400 320" preserveAspectRatio="xMidYMid meet" aria-hidden="true">
   <rect width="400" height="380" fill="#0d2a1b"/>
   <g transform="translate(0 -46)"><path d="M96 380c30-60 86-40 124-100s14-110 66-146 84-20 114-66v312z" fill="#1a4a2c"/><path d="M230 380c24-70 84-60 112-110s22-70 58-86v196z" fill="#5b5a2a" opacity=".75"/>
   <path d="M96 50c44 10 70 70 44 120s-14 70-44 84z" fill="#14456f"/><path d="M140 130c60 20 80 90 150 100s70 30 110 34" fill="none" stroke="#2a6ba3" stroke-width="4" opacity=".8"/>
