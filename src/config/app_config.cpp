@@ -5,6 +5,12 @@
 
 namespace {
 
+constexpr std::int32_t firstBattery = 1;
+constexpr std::int32_t lastBattery = 16;
+
+/// What a command of the module still carries behind the prefix that subscribes a variable.
+constexpr std::size_t longestLightVariable = 240;
+
 constexpr ConfigFileMessages messages{
     "Config file not found: ", "Failed to open config file: ", "Config parse error: ", "Config root must be an object"};
 
@@ -60,6 +66,16 @@ void parseMobiFlight(const JsonValue& section, MobiFlightConfig& mobiflight) {
     getInt(section, "mapHoldRepeatMs", mobiflight.mapHoldRepeatMs);
 }
 
+void parseExtensions(const JsonValue& section, ExtensionsConfig& extensions) {
+    getSwitch(section, "singlePendingRead", extensions.singlePendingRead);
+    getSwitch(section, "reopenStoppedReaders", extensions.reopenStoppedReaders);
+    getSwitch(section, "renewRegistration", extensions.renewRegistration);
+    getSwitch(section, "ownChannels", extensions.ownChannels);
+    getSwitch(section, "lvarNumbers", extensions.lvarNumbers);
+    getInt(section, "batteryIndex", extensions.batteryIndex);
+    getString(section, "lightVariable", extensions.lightVariable);
+}
+
 void parseOptionalSections(const JsonValue& root, AppConfig& config) {
     const JsonValue* section = nullptr;
     if (getObject(root, "mobiflight", section)) {
@@ -71,6 +87,9 @@ void parseOptionalSections(const JsonValue& root, AppConfig& config) {
     }
     if (getObject(root, "logging", section)) {
         getSwitch(*section, "debug", config.logging.debug);
+    }
+    if (getObject(root, "extensions", section)) {
+        parseExtensions(*section, config.extensions);
     }
     config.outputs = getObject(root, "outputs", section) ? parseOutputs(*section) : OutputsConfig();
 }
@@ -102,6 +121,14 @@ bool validateMobiFlight(const MobiFlightConfig& mobiflight, std::string& error) 
            require(off || !mobiflight.responseChannel.empty(), "mobiflight.responseChannel is required when enabled",
                    error) &&
            require(off || !mobiflight.lvarsChannel.empty(), "mobiflight.lvarsChannel is required when enabled", error);
+}
+
+bool validateExtensions(const ExtensionsConfig& extensions, std::string& error) {
+    return require(extensions.batteryIndex >= firstBattery && extensions.batteryIndex <= lastBattery,
+                   "extensions.batteryIndex must be 1 to 16", error) &&
+           require(!extensions.lightVariable.empty(), "extensions.lightVariable must not be empty", error) &&
+           require(extensions.lightVariable.size() <= longestLightVariable,
+                   "extensions.lightVariable must not be longer than 240 characters", error);
 }
 
 } // namespace
@@ -137,7 +164,7 @@ bool validateAppConfig(const AppConfig& config, std::string& error) {
            require(!config.cdc.enabled || !config.cdc.comPort.empty(), "cdc.comPort is required when cdc.enabled=1",
                    error) &&
            require(config.outputs.debounceMs >= 0, "outputs.debounceMs must be >= 0", error) &&
-           validateProfiles(config.outputs, error);
+           validateProfiles(config.outputs, error) && validateExtensions(config.extensions, error);
 }
 
 std::string resolveConfigPath(const std::string& configPath, const std::string& value) {

@@ -40,6 +40,25 @@ struct LoggingConfig {
     bool debug = false;
 };
 
+/// Departures from the bridge's fixed behaviour, each for a situation in which that behaviour leaves boards dead or dark.
+/// At its default every member is the fixed behaviour.
+struct ExtensionsConfig {
+    /// Windows: wait again for a read that timed out instead of issuing another one into the same buffer.
+    bool singlePendingRead = false;
+    /// A pass reconnects a board whose reader has ended although its path never vanished.
+    bool reopenStoppedReaders = false;
+    /// Attach and register again and again until the module answers.
+    bool renewRegistration = false;
+    /// Talk to the module over areas of our own once it has confirmed the registration.
+    bool ownChannels = false;
+    /// Every block of light values begins with a number; texts are not read.
+    bool lvarNumbers = false;
+    /// Which of the aircraft's batteries decides that it has no power: 1 to 16.
+    std::int32_t batteryIndex = 2;
+    /// The RPN expression that the cockpit light follows.
+    std::string lightVariable = "(L:LIGHTING_POTENTIOMETER_5)";
+};
+
 /// All settings. Filled once at start, before any worker runs, and read without locks afterwards.
 struct AppConfig {
     HidConfig hid;
@@ -48,6 +67,7 @@ struct AppConfig {
     CdcConfig cdc;
     LoggingConfig logging;
     OutputsConfig outputs;
+    ExtensionsConfig extensions;
 };
 
 /// Reads the file at `path` over `config`. False with the message in `error`; `config` may then hold a mix of old and

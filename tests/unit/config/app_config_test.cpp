@@ -59,6 +59,13 @@ TEST(AppConfigDefaults, AreThoseOfANewRecord) {
     EXPECT_FALSE(config.cdc.enabled);
     EXPECT_EQ(config.cdc.comPort, "");
     EXPECT_FALSE(config.logging.debug);
+    EXPECT_FALSE(config.extensions.singlePendingRead);
+    EXPECT_FALSE(config.extensions.reopenStoppedReaders);
+    EXPECT_FALSE(config.extensions.renewRegistration);
+    EXPECT_FALSE(config.extensions.ownChannels);
+    EXPECT_FALSE(config.extensions.lvarNumbers);
+    EXPECT_EQ(config.extensions.batteryIndex, 2);
+    EXPECT_EQ(config.extensions.lightVariable, "(L:LIGHTING_POTENTIOMETER_5)");
 }
 
 TEST(AppConfigParse, TheSmallestDocumentLoadsWithTheDefaults) {
@@ -82,7 +89,10 @@ TEST(AppConfigParse, ReadsEverySetting) {
         "mobiflight": {"enabled": 0, "clientName": "Name", "commandChannel": "C", "responseChannel": "R",
                        "lvarsChannel": "L", "rpnRateLimitMs": 30, "mapHoldRepeatMs": 20},
         "cdc": {"enabled": 1, "comPort": "COM3"},
-        "logging": {"debug": 1}})",
+        "logging": {"debug": 1},
+        "extensions": {"singlePendingRead": 1, "reopenStoppedReaders": 1, "renewRegistration": 1, "ownChannels": 1,
+                       "lvarNumbers": 1, "batteryIndex": 1,
+                       "lightVariable": "(A:LIGHT POTENTIOMETER:3, percent over 100)"}})",
                                "config.json", config, error))
         << error;
     EXPECT_EQ(config.hid.vid, "0xCAFE");
@@ -102,6 +112,13 @@ TEST(AppConfigParse, ReadsEverySetting) {
     EXPECT_TRUE(config.cdc.enabled);
     EXPECT_EQ(config.cdc.comPort, "COM3");
     EXPECT_TRUE(config.logging.debug);
+    EXPECT_TRUE(config.extensions.singlePendingRead);
+    EXPECT_TRUE(config.extensions.reopenStoppedReaders);
+    EXPECT_TRUE(config.extensions.renewRegistration);
+    EXPECT_TRUE(config.extensions.ownChannels);
+    EXPECT_TRUE(config.extensions.lvarNumbers);
+    EXPECT_EQ(config.extensions.batteryIndex, 1);
+    EXPECT_EQ(config.extensions.lightVariable, "(A:LIGHT POTENTIOMETER:3, percent over 100)");
 }
 
 TEST(AppConfigParse, PutsItsPrefixBeforeAParseError) {
@@ -326,12 +343,32 @@ TEST(AppConfigValidation, RefusesANegativeDebounce) {
     EXPECT_EQ(errorWith(R"("outputs":{"debounceMs":0})"), "");
 }
 
+TEST(AppConfigValidation, AcceptsBatteriesFrom1To16) {
+    for (const int index : {1, 16}) {
+        EXPECT_EQ(errorWith(R"("extensions":{"batteryIndex":)" + std::to_string(index) + "}"), "");
+    }
+    for (const int index : {-1, 0, 17}) {
+        EXPECT_EQ(errorWith(R"("extensions":{"batteryIndex":)" + std::to_string(index) + "}"),
+                  "extensions.batteryIndex must be 1 to 16");
+    }
+}
+
+TEST(AppConfigValidation, RefusesALightVariableThatNoCommandCanCarry) {
+    const auto errorOfLength = [](std::size_t length) {
+        return errorWith(R"("extensions":{"lightVariable":")" + std::string(length, 'x') + "\"}");
+    };
+    EXPECT_EQ(errorOfLength(0), "extensions.lightVariable must not be empty");
+    EXPECT_EQ(errorOfLength(240), "");
+    EXPECT_EQ(errorOfLength(241), "extensions.lightVariable must not be longer than 240 characters");
+}
+
 TEST(AppConfigValidation, ChecksInItsFixedOrder) {
     AppConfig config;
     config.mobiflight = {true, "", "", "", "", -1, 0};
     config.cdc.enabled = true;
     config.outputs.debounceMs = -1;
     config.outputs.profiles["P"].backlight.scale = 0.0;
+    config.extensions.batteryIndex = 0;
     std::string error;
     const auto next = [&] {
         EXPECT_FALSE(validateAppConfig(config, error));
@@ -359,6 +396,8 @@ TEST(AppConfigValidation, ChecksInItsFixedOrder) {
     config.outputs.debounceMs = 0;
     EXPECT_EQ(next(), "outputs.profiles[P].backlight scale must be > 0");
     config.outputs.profiles["P"].backlight.scale = 1.0;
+    EXPECT_EQ(next(), "extensions.batteryIndex must be 1 to 16");
+    config.extensions.batteryIndex = 2;
     error.clear();
     EXPECT_TRUE(validateAppConfig(config, error));
     EXPECT_EQ(error, "");
