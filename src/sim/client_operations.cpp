@@ -11,6 +11,10 @@ constexpr const char* notConnected = "SimConnect is not connected";
 
 } // namespace
 
+void SimConnectClient::setBatteryIndex(int index) {
+    batteryIndex = index;
+}
+
 // A replaced callback is destroyed with the argument, after the lock is released.
 
 void SimConnectClient::setBatteryCallback(BatteryCallback newCallback) {

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::uint32_t batteryDefinitionId = 1;
 constexpr std::uint32_t batteryRequestId = 1;
-constexpr const char* batteryVariable = "ELECTRICAL MASTER BATTERY:2";
+constexpr const char* batteryVariable = "ELECTRICAL MASTER BATTERY:";
 
 constexpr std::uint32_t dataHeaderSize = sizeof(SimConnectRecvData);
 
@@ -79,7 +79,8 @@ bool SimConnectClient::defineBattery(std::string& error) {
     const SimConnectHandle session = batteryHandle(error);
     if (session == nullptr)
         return false;
-    const SimConnectResult result = library.addToDataDefinition(session, batteryDefinitionId, batteryVariable, "Bool",
+    const std::string variable = batteryVariable + std::to_string(batteryIndex);
+    const SimConnectResult result = library.addToDataDefinition(session, batteryDefinitionId, variable.c_str(), "Bool",
                                                                 simConnectDataTypeInt32, 0.0F, simConnectUnused);
     return callSucceeded("SimConnect_AddToDataDefinition", result, error);
 }

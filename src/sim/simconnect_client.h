@@ -34,6 +34,8 @@ public:
     /// Idempotent. Waits until the worker comes out of its sleep, up to 30 seconds.
     void stop();
 
+    /// Which of the aircraft's batteries is watched, counted from 1. Before `start` only.
+    void setBatteryIndex(int index);
     void setBatteryCallback(BatteryCallback newCallback);
     void setQuitCallback(QuitCallback newCallback);
     void setClientDataCallback(ClientDataCallback newCallback);
@@ -70,6 +72,8 @@ private:
     std::string clientName;
     ConnectionCallback connectionCallback;
     DeviceReadyCallback deviceReadyCallback;
+
+    int batteryIndex = 2;
 
     BatteryCallback batteryCallback;
     ClientDataCallback clientDataCallback;

@@ -30,6 +30,13 @@ TEST_F(SimClientSession, OpeningAsksForTheBattery) {
     EXPECT_EQ(connections(), (std::vector{true}));
 }
 
+TEST_F(SimClientSession, WatchesTheBatteryThatIsChosen) {
+    client.setBatteryIndex(16);
+    connect();
+    EXPECT_EQ(sim.calls().at(1),
+              R"(AddToDataDefinition(h1, 1, "ELECTRICAL MASTER BATTERY:16", "Bool", 1, 0, 0xFFFFFFFF))");
+}
+
 TEST_F(SimClientSession, SucceedsWithoutBatteryWhenItsDefinitionFails) {
     sim.script(SimCall::AddToDataDefinition, {simConnectFail});
     connect();
