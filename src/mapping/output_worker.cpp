@@ -17,6 +17,12 @@ std::string holdoffKey(const std::string& deviceName, int index) {
     return deviceName.empty() ? std::string("#").append(std::to_string(index)) : deviceName;
 }
 
+/// What the log calls the cockpit light: the standard variable by its name, another one as the configuration writes it.
+std::string lightLabel(const AppConfig* config) {
+    const bool isStandard = config == nullptr || config->extensions.lightVariable == ExtensionsConfig().lightVariable;
+    return isStandard ? std::string(backlightVariable) : config->extensions.lightVariable;
+}
+
 /// The state that the lights depend on, as it was at one moment.
 struct SimSnapshot {
     bool batteryKnown = false;
@@ -61,8 +67,7 @@ void MappingEngine::onBacklightPayload(const std::string& text) {
         simState->backlightKnown = true;
     }
     if (Logger::instance().debugEnabledNow()) {
-        Logger::instance().debug("State update: backlight " + std::string(backlightVariable) + "=" +
-                                 std::to_string(value));
+        Logger::instance().debug("State update: backlight " + lightLabel(config) + "=" + std::to_string(value));
     }
     requestOutputUpdate();
 }
