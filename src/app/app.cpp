@@ -127,10 +127,12 @@ bool App::startSubsystems(std::string& error) {
 
 bool App::startSimulatorClients() {
     std::string reason;
+    mobiflight.setExtensions(config.extensions);
     if (!mobiflight.start(&simConnect, config.mobiflight, reason)) {
         logError("Failed to start MobiFlight client: " + reason);
         return false;
     }
+    simConnect.setBatteryIndex(config.extensions.batteryIndex);
     simConnect.setBatteryCallback([this](bool on) { onBattery(on); });
     simConnect.setQuitCallback([this] { requestStop(); });
     const auto onConnection = [this](bool connected) { onConnectionChange(connected); };
@@ -192,7 +194,8 @@ void App::onBattery(bool on) {
         simState.batteryKnown = true;
     }
     mapping.requestOutputUpdate();
-    Logger::instance().debug(std::string("State update: master battery 2=") + (on ? "1" : "0"));
+    Logger::instance().debug("State update: master battery " + std::to_string(config.extensions.batteryIndex) + "=" +
+                             (on ? "1" : "0"));
 }
 
 // Detached, and nobody waits for it: after a stop from elsewhere it stays blocked in its read until the process ends.

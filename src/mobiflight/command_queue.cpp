@@ -121,14 +121,17 @@ bool MobiFlightClient::absorb(MobiFlightCommand& command, std::uint32_t amount) 
 
 void MobiFlightClient::workerLoop() {
     MobiFlightCommand command;
-    while (running && takeNext(command))
-        serve(command);
+    while (running) {
+        renewRegistrationIfDue();
+        if (takeNext(command))
+            serve(command);
+    }
 }
 
 bool MobiFlightClient::takeNext(MobiFlightCommand& command) {
     std::unique_lock lock(queueMutex);
-    queueCondition.wait(lock, [this] { return !running || !commandQueue.empty(); });
-    if (!running)
+    waitForWork(lock);
+    if (!running || commandQueue.empty())
         return false;
     const auto next = nextInQueue();
     command = std::move(*next);
@@ -144,6 +147,14 @@ bool MobiFlightClient::takeNext(MobiFlightCommand& command) {
     if (command.queuedAt == 0)
         command.queuedAt = detents->second.firstQueuedAt;
     return true;
+}
+
+void MobiFlightClient::waitForWork(std::unique_lock<std::mutex>& lock) {
+    const auto hasWork = [this] { return !running || !commandQueue.empty(); };
+    if (const std::optional<std::int64_t> due = renewal.nextDue())
+        queueCondition.wait_for(lock, std::chrono::nanoseconds(std::max<std::int64_t>(0, *due - host.now())), hasWork);
+    else
+        queueCondition.wait(lock, hasWork);
 }
 
 std::deque<MobiFlightCommand>::iterator MobiFlightClient::nextInQueue() {

@@ -1,7 +1,6 @@
 #include "mobiflight/mobiflight_client.h"
 
 #include "logging/logger.h"
-#include "mobiflight/command_area.h"
 
 #include <algorithm>
 #include <array>
@@ -14,23 +13,6 @@
 #include <utility>
 
 namespace {
-
-constexpr std::uint32_t responseAreaId = 0x1001;
-constexpr std::uint32_t lvarsAreaId = 0x1002;
-constexpr std::uint32_t responseDefinitionId = 0x1101;
-constexpr std::uint32_t lvarsDefinitionId = 0x1102;
-constexpr std::uint32_t responseRequestId = 0x1200;
-constexpr std::uint32_t lvarsRequestId = 0x1201;
-// Sizes in bytes, as the module creates the areas.
-constexpr std::uint32_t responseAreaSize = 256;
-constexpr std::uint32_t lvarsAreaSize = 4096;
-
-constexpr const char* clearVariables = "MF.SimVars.Clear";
-constexpr const char* subscribeLight = "MF.SimVars.Add.(L:LIGHTING_POTENTIOMETER_5)";
-
-std::string registrationText(const std::string& clientName) {
-    return "MF.Clients.Add." + clientName;
-}
 
 /// The block's bytes up to the first zero, if there is one.
 std::string blockText(const std::uint8_t* data, std::uint32_t size) {
@@ -66,6 +48,10 @@ MobiFlightClient::~MobiFlightClient() {
 void MobiFlightClient::setLVarHandler(LVarHandler handler) {
     const std::lock_guard lock(handlerMutex);
     lvarHandler.swap(handler);
+}
+
+void MobiFlightClient::setExtensions(const ExtensionsConfig& newExtensions) {
+    extensions = newExtensions;
 }
 
 bool MobiFlightClient::start(SimConnectClient* client, const MobiFlightConfig& config, std::string& error) {
@@ -124,6 +110,7 @@ void MobiFlightClient::stop() {
 void MobiFlightClient::onSimConnectState(bool nowConnected) {
     if (!enabled || !running)
         return;
+    const std::lock_guard attachLock(attachMutex);
     simConnected = nowConnected;
     ready = false;
     {
@@ -131,37 +118,10 @@ void MobiFlightClient::onSimConnectState(bool nowConnected) {
         clearQueue();
     }
     queueCondition.notify_all();
-    if (!nowConnected) {
+    if (nowConnected)
+        beginSession();
+    else
         logInfo("MobiFlight client waiting for SimConnect");
-        return;
-    }
-    std::string error;
-    if (!attachChannels(error)) {
-        logWarn("MobiFlight channel initialization failed: " + error);
-        return;
-    }
-    queueHandshake(registrationText(clientName));
-}
-
-bool MobiFlightClient::attachChannels(std::string& error) {
-    if (simConnect == nullptr) {
-        error = noSimConnectClient;
-        return false;
-    }
-    return simConnect->mapClientDataName(commandChannel, commandAreaId, error) &&
-           simConnect->mapClientDataName(responseChannel, responseAreaId, error) &&
-           simConnect->mapClientDataName(lvarsChannel, lvarsAreaId, error) &&
-           simConnect->addClientDataDefinition(commandDefinitionId, 0, commandAreaSize, error) &&
-           simConnect->addClientDataDefinition(responseDefinitionId, 0, responseAreaSize, error) &&
-           simConnect->addClientDataDefinition(lvarsDefinitionId, 0, lvarsAreaSize, error) &&
-           simConnect->requestClientData(responseAreaId, responseRequestId, responseDefinitionId, error) &&
-           simConnect->requestClientData(lvarsAreaId, lvarsRequestId, lvarsDefinitionId, error);
-}
-
-void MobiFlightClient::queueHandshake(const std::string& text) {
-    const std::lock_guard lock(queueMutex);
-    commandQueue.push_back({.text = text, .queuedAt = host.now()});
-    queueCondition.notify_one();
 }
 
 void MobiFlightClient::clearQueue() {
@@ -169,6 +129,7 @@ void MobiFlightClient::clearQueue() {
     pendingHolds.clear();
     inFlightHolds.clear();
     encoderPending.clear();
+    renewal.stop();
     handIsStale = true;
 }
 
@@ -182,23 +143,12 @@ void MobiFlightClient::onClientData(std::uint32_t requestId, const std::uint8_t*
     if (requestId == responseRequestId)
         onResponse(blockText(data, size));
     else if (requestId == lvarsRequestId)
-        onLVars(blockText(data, size), data, size);
+        onLVars(data, size);
 }
 
-void MobiFlightClient::onResponse(const std::string& text) {
-    const std::string registration = registrationText(clientName);
-    if (text.find(registration + ".Finished") != std::string::npos) {
-        if (ready.exchange(true))
-            return;
-        logInfo("MobiFlight client registered");
-        queueHandshake(clearVariables);
-        queueHandshake(subscribeLight);
-    } else if (text.find(registration + ".Error") != std::string::npos) {
-        logWarn("MobiFlight registration error: " + text);
-    }
-}
-
-void MobiFlightClient::onLVars(std::string text, const std::uint8_t* data, std::uint32_t size) {
+void MobiFlightClient::onLVars(const std::uint8_t* data, std::uint32_t size) {
+    // The module writes numbers only. Their bytes can look like a text, though: 0.7 begins with "333?".
+    std::string text = extensions.lvarNumbers ? std::string() : blockText(data, size);
     if (text.empty()) {
         std::optional<std::string> number = numberText(data, size);
         if (!number)

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "config/app_config.h"
+#include "mobiflight/channels.h"
+#include "mobiflight/registration_renewal.h"
 #include "platform/platform.h"
 #include "sim/simconnect_client.h"
 
@@ -63,6 +65,9 @@ public:
     /// Receives each LVar text on the SimConnect worker, inside the dispatch: it must not block.
     void setLVarHandler(LVarHandler handler);
 
+    /// Before `start` only.
+    void setExtensions(const ExtensionsConfig& newExtensions);
+
     /// True also when the configuration disables the client; nothing runs then. False with `error` set when it runs
     /// already or no thread can be had. `client` is not owned and outlives this object's run.
     bool start(SimConnectClient* client, const MobiFlightConfig& config, std::string& error);
@@ -104,14 +109,24 @@ private:
     std::string lvarsChannel;
     std::int32_t rpnRateLimitMs = 0;
     std::int32_t mapHoldRepeatMs = 0;
+    ExtensionsConfig extensions;
 
     std::atomic<bool> running{false};
     std::atomic<bool> ready{false};
     std::atomic<bool> simConnected{false};
     std::thread worker;
 
-    // Guards the queue and the three tables. May be taken under the send mutex, never the other way round; nothing is
-    // called under it.
+    // Held while the client attaches to the areas or learns that the session changed, so that the two threads that
+    // attach can't mix two sessions. Guards `attachments`. Taken before the queue mutex and before the mutexes of the
+    // SimConnect client and the network client.
+    std::mutex attachMutex;
+    /// How many attachments this session has begun.
+    std::uint32_t attachments = 0;
+    /// The attachment whose command area takes the commands. Written under the attach mutex, read without it.
+    std::atomic<std::uint32_t> commandAttachment{0};
+
+    // Guards the queue, the three tables and `renewal`. May be taken under the send mutex, never the other way round;
+    // nothing is called under it.
     std::mutex queueMutex;
     std::condition_variable queueCondition;
     std::deque<MobiFlightCommand> commandQueue;
@@ -125,6 +140,8 @@ private:
     std::unordered_map<std::string, EncoderPending> encoderPending;
     // Under the queue mutex: the queue was emptied since the worker took its command out.
     bool handIsStale = false;
+    // Under the queue mutex: idle unless the extension is on.
+    RegistrationRenewal renewal;
 
     // Written under the send mutex, read by the worker without it: a stale value only changes one delay.
     std::atomic<std::int64_t> lastSendAt{0};
@@ -137,20 +154,34 @@ private:
     /// Reaches the states that no sequence of calls from outside can bring about.
     friend struct MobiFlightClientAccess;
 
-    // Start and protocol (mobiflight_client.cpp).
+    // Start and messages (mobiflight_client.cpp).
     void configure(SimConnectClient* client, const MobiFlightConfig& config);
-    bool attachChannels(std::string& error);
-    void queueHandshake(const std::string& text);
     void onResponse(const std::string& text);
-    void onLVars(std::string text, const std::uint8_t* data, std::uint32_t size);
+    void onLVars(const std::uint8_t* data, std::uint32_t size);
     /// Needs the queue mutex held.
     void clearQueue();
+
+    // Attachment and registration (registration.cpp).
+    void beginSession();
+    void onConfirmation();
+    void renewRegistrationIfDue();
+    void renewRegistration();
+    /// Needs the queue mutex held.
+    bool handshakeWaits() const;
+    void queueRegistration();
+    void queueHandshake(const std::string& text, bool sendDummy = false);
+    // These need the attach mutex held. False with `error` set when a call of the simulator's fails.
+    bool attachToSharedChannels(std::string& error);
+    bool attachToOwnChannels(std::string& error);
+    bool attach(const ChannelNames& names, std::string& error);
 
     // The queue and its worker (command_queue.cpp).
     bool checkRunning(std::string& error) const;
     MobiFlightCommand rpnCommand(const std::string& rpn, RpnKind kind) const;
     void workerLoop();
+    /// False when there is none: the client stops, or a registration is due.
     bool takeNext(MobiFlightCommand& command);
+    void waitForWork(std::unique_lock<std::mutex>& lock);
     void serve(MobiFlightCommand& command);
     void waitForRateLimit();
     /// The command in hand was queued in a session that has ended, and another one is up.
@@ -168,6 +199,7 @@ private:
     // These need the send mutex held.
     bool sendBurst(const MobiFlightCommand& command);
     bool sendOnce(const MobiFlightCommand& command);
-    bool writeCommandArea(std::string_view text, std::string& error);
+    /// To the command area of that attachment.
+    bool writeCommandArea(std::uint32_t attachment, std::string_view text, std::string& error);
     std::int32_t takeDetents(const std::string& text);
 };

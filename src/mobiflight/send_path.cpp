@@ -1,7 +1,7 @@
 // How a command reaches the module: the one writer of the command area.
 
 #include "logging/logger.h"
-#include "mobiflight/command_area.h"
+#include "mobiflight/channels.h"
 #include "mobiflight/mobiflight_client.h"
 #include "sim/hresult_text.h"
 
@@ -41,21 +41,23 @@ std::int32_t MobiFlightClient::takeDetents(const std::string& text) {
 }
 
 bool MobiFlightClient::sendOnce(const MobiFlightCommand& command) {
+    // One area for both: the confirmation of the registration may change it between the two.
+    const std::uint32_t attachment = commandAttachment;
     std::string error;
-    if (!writeCommandArea(command.text, error)) {
+    if (!writeCommandArea(attachment, command.text, error)) {
         logWarn("MobiFlight send failed: " + error);
         return false;
     }
     lastSendAt = host.now();
     hasLastSend = true;
-    if (command.sendDummy && !writeCommandArea(dummyCommand, error)) {
+    if (command.sendDummy && !writeCommandArea(attachment, dummyCommand, error)) {
         logWarn("MobiFlight dummy send failed: " + error);
         return false;
     }
     return true;
 }
 
-bool MobiFlightClient::writeCommandArea(std::string_view text, std::string& error) {
+bool MobiFlightClient::writeCommandArea(std::uint32_t attachment, std::string_view text, std::string& error) {
     if (simConnect == nullptr) {
         error = noSimConnectClient;
         return false;
@@ -73,8 +75,9 @@ bool MobiFlightClient::writeCommandArea(std::string_view text, std::string& erro
         error = "SimConnect is not connected";
         return false;
     }
+    const ChannelIds ids = channelIds(attachment);
     const SimConnectResult result =
-        library.setClientData(session, commandAreaId, commandDefinitionId, 0, 0, commandAreaSize, block.data());
+        library.setClientData(session, ids.commandArea, ids.commandDefinition, 0, 0, commandAreaSize, block.data());
     if (!callSucceeded("SimConnect_SetClientData", result, error))
         return false;
     if (Logger::instance().debugEnabledNow())

@@ -80,6 +80,32 @@ TEST_F(AppRun, BatteryAndLightReachTheBoardsLight) {
     runAndStop(app);
 }
 
+TEST_F(AppRun, ExtensionsReachTheSubsystems) {
+    makeSessionPossible();
+    configPath = writeConfig(R"json(,"logging":{"debug":1},"extensions":{"renewRegistration":1,"ownChannels":1,
+        "lvarNumbers":1,"batteryIndex":1,"lightVariable":"(A:LIGHT POTENTIOMETER:3, percent over 100)"})json");
+    App app(platform());
+    start(app);
+    ASSERT_TRUE(waitUntil([this] { return sim.commands().size() == 3; }));
+    sim.deliverText(responseRequest, "MF.Clients.Add.VantrelBridgeHID.Finished", 256);
+    const Lines expected{"MF.Ping", "MF.Clients.Add.VantrelBridgeHID", "MF.DummyCmd", "MF.SimVars.Clear",
+                         "MF.SimVars.Add.(A:LIGHT POTENTIOMETER:3, percent over 100)"};
+    EXPECT_TRUE(waitUntil([&] { return sim.commands() == expected; }));
+    sim.deliverBattery(1);
+    sim.deliverClientData(lvarsRequest, {'3', '3', '3', '?'});
+    const char* const light = "[DEBUG] State update: backlight (A:LIGHT POTENTIOMETER:3, percent over 100)=0.700000";
+    EXPECT_TRUE(waitUntil([&] { return logHas(light); }));
+    EXPECT_TRUE(logHas("[DEBUG] State update: master battery 1=1"));
+    runAndStop(app);
+    const Lines calls = sim.calls();
+    const auto has = [&](const char* part) {
+        return std::any_of(calls.begin(), calls.end(),
+                           [&](const auto& call) { return call.find(part) != std::string::npos; });
+    };
+    EXPECT_TRUE(has("ELECTRICAL MASTER BATTERY:1\""));
+    EXPECT_TRUE(has("\"VantrelBridgeHID.Command\""));
+}
+
 TEST_F(AppRun, QuitOfTheSimulatorEndsTheRun) {
     makeSessionPossible();
     App app(platform());

@@ -83,7 +83,7 @@ TEST(AppConfigParse, TheSmallestDocumentLoadsWithTheDefaults) {
 TEST(AppConfigParse, ReadsEverySetting) {
     AppConfig config;
     std::string error;
-    ASSERT_TRUE(parseAppConfig(R"({
+    ASSERT_TRUE(parseAppConfig(R"json({
         "hid": {"vid": "0xCAFE", "pid": "BEEF", "readIntervalMs": 5, "scanIntervalMs": 250, "trace": 1},
         "mappings": {"buttonConfigPath": "b.json", "hidEventMapPath": "map.json"},
         "mobiflight": {"enabled": 0, "clientName": "Name", "commandChannel": "C", "responseChannel": "R",
@@ -92,7 +92,7 @@ TEST(AppConfigParse, ReadsEverySetting) {
         "logging": {"debug": 1},
         "extensions": {"singlePendingRead": 1, "reopenStoppedReaders": 1, "renewRegistration": 1, "ownChannels": 1,
                        "lvarNumbers": 1, "batteryIndex": 1,
-                       "lightVariable": "(A:LIGHT POTENTIOMETER:3, percent over 100)"}})",
+                       "lightVariable": "(A:LIGHT POTENTIOMETER:3, percent over 100)"}})json",
                                "config.json", config, error))
         << error;
     EXPECT_EQ(config.hid.vid, "0xCAFE");

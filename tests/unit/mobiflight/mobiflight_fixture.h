@@ -50,7 +50,7 @@ struct MobiFlightClientAccess {
 
     static bool write(MobiFlightClient& client, const std::string& text, std::string& error) {
         const std::lock_guard lock(client.sendMutex);
-        return client.writeCommandArea(text, error);
+        return client.writeCommandArea(0, text, error);
     }
 };
 

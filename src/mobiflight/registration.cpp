@@ -1,0 +1,148 @@
+// How the client attaches to the module's areas and registers with it.
+
+#include "logging/logger.h"
+#include "mobiflight/mobiflight_client.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace {
+
+constexpr const char* ping = "MF.Ping";
+constexpr const char* clearVariables = "MF.SimVars.Clear";
+constexpr std::string_view addVariable = "MF.SimVars.Add.";
+
+std::string registrationText(const std::string& clientName) {
+    return "MF.Clients.Add." + clientName;
+}
+
+} // namespace
+
+void MobiFlightClient::beginSession() {
+    attachments = 0;
+    std::string error;
+    const bool attached = attachToSharedChannels(error);
+    if (attached)
+        queueRegistration();
+    else
+        logWarn("MobiFlight channel initialization failed: " + error);
+    if (extensions.renewRegistration) {
+        const std::lock_guard lock(queueMutex);
+        renewal.begin(host.now());
+        queueCondition.notify_one();
+    }
+}
+
+bool MobiFlightClient::attachToSharedChannels(std::string& error) {
+    // With channels of our own, the shared values are nobody's business of ours: any program may change what they are.
+    return attach({commandChannel, responseChannel,
+                   extensions.ownChannels ? std::nullopt : std::optional<std::string>(lvarsChannel)},
+                  error);
+}
+
+bool MobiFlightClient::attachToOwnChannels(std::string& error) {
+    return attach({clientName + ".Command", clientName + ".Response", clientName + ".LVars"}, error);
+}
+
+bool MobiFlightClient::attach(const ChannelNames& names, std::string& error) {
+    if (simConnect == nullptr) {
+        error = noSimConnectClient;
+        return false;
+    }
+    const std::uint32_t attachment = attachments++;
+    const ChannelIds ids = channelIds(attachment);
+    SimConnectClient& sim = *simConnect;
+    const bool withLVars = names.lvars.has_value();
+    const bool attached =
+        sim.mapClientDataName(names.command, ids.commandArea, error) &&
+        sim.mapClientDataName(names.response, ids.responseArea, error) &&
+        (!withLVars || sim.mapClientDataName(*names.lvars, ids.lvarsArea, error)) &&
+        sim.addClientDataDefinition(ids.commandDefinition, 0, commandAreaSize, error) &&
+        sim.addClientDataDefinition(ids.responseDefinition, 0, responseAreaSize, error) &&
+        (!withLVars || sim.addClientDataDefinition(ids.lvarsDefinition, 0, lvarsAreaSize, error)) &&
+        sim.requestClientData(ids.responseArea, responseRequestId, ids.responseDefinition, error) &&
+        (!withLVars || sim.requestClientData(ids.lvarsArea, lvarsRequestId, ids.lvarsDefinition, error));
+    if (attached)
+        commandAttachment = attachment;
+    return attached;
+}
+
+void MobiFlightClient::queueRegistration() {
+    // The module's answer may equal what its area holds already, and the simulator then delivers nothing. The answer to
+    // a ping comes in between and changes the area.
+    if (extensions.renewRegistration)
+        queueHandshake(ping);
+    // Once on its own channels, the client writes no more to the shared one. What it leaves there must not be the
+    // registration: the next session's would be the same bytes, and the module wouldn't see them.
+    queueHandshake(registrationText(clientName), extensions.ownChannels);
+}
+
+void MobiFlightClient::queueHandshake(const std::string& text, bool sendDummy) {
+    const std::lock_guard lock(queueMutex);
+    commandQueue.push_back({.text = text, .sendDummy = sendDummy, .queuedAt = host.now()});
+    queueCondition.notify_one();
+}
+
+void MobiFlightClient::onResponse(const std::string& text) {
+    const std::string registration = registrationText(clientName);
+    if (!text.empty()) {
+        const std::lock_guard lock(queueMutex);
+        renewal.moduleHeard();
+    }
+    if (text.find(registration + ".Finished") != std::string::npos) {
+        onConfirmation();
+    } else if (text.find(registration + ".Error") != std::string::npos) {
+        logWarn("MobiFlight registration error: " + text);
+        const std::lock_guard lock(queueMutex);
+        renewal.stop();
+    }
+}
+
+void MobiFlightClient::onConfirmation() {
+    const std::lock_guard attachLock(attachMutex);
+    if (ready)
+        return;
+    std::string error;
+    if (extensions.ownChannels && !attachToOwnChannels(error)) {
+        logWarn("MobiFlight channel initialization failed: " + error);
+        return;
+    }
+    ready = true;
+    {
+        const std::lock_guard lock(queueMutex);
+        renewal.stop();
+    }
+    logInfo("MobiFlight client registered");
+    queueHandshake(clearVariables);
+    queueHandshake(std::string(addVariable) + extensions.lightVariable);
+}
+
+void MobiFlightClient::renewRegistrationIfDue() {
+    bool moduleIsSilent = false;
+    bool isDue = false;
+    {
+        const std::lock_guard lock(queueMutex);
+        const std::int64_t now = host.now();
+        moduleIsSilent = renewal.takeWarning(now);
+        isDue = renewal.takeDue(now) && !handshakeWaits();
+    }
+    if (moduleIsSilent)
+        logWarn("MobiFlight module has not answered for 10 seconds; it may not be installed");
+    if (isDue)
+        renewRegistration();
+}
+
+bool MobiFlightClient::handshakeWaits() const {
+    return std::any_of(commandQueue.begin(), commandQueue.end(),
+                       [](const MobiFlightCommand& command) { return !command.needsReady; });
+}
+
+void MobiFlightClient::renewRegistration() {
+    const std::lock_guard lock(attachMutex);
+    if (!simConnected || ready)
+        return;
+    // The first attachment of the session has reported why it failed.
+    std::string ignoredError;
+    if (attachToSharedChannels(ignoredError))
+        queueRegistration();
+}
