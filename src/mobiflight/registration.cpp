@@ -118,6 +118,8 @@ void MobiFlightClient::onConfirmation() {
 }
 
 void MobiFlightClient::renewRegistrationIfDue() {
+    if (!extensions.renewRegistration)
+        return;
     bool moduleIsSilent = false;
     bool isDue = false;
     {
