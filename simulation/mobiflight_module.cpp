@@ -26,6 +26,7 @@ constexpr std::size_t listedLVars = 1000;
 
 // The module copies its answer with the memory behind it, so a reader must stop at the text's zero byte.
 constexpr std::uint8_t leftoverByte = 0xA5;
+constexpr std::uint8_t otherLeftoverByte = 0x5A;
 
 std::string textOf(std::span<const std::uint8_t> bytes) {
     const auto end = std::find(bytes.begin(), bytes.end(), std::uint8_t{0});
@@ -44,29 +45,27 @@ void fillWithText(std::span<std::uint8_t> bytes, std::string_view text, std::uin
     bytes[kept.size()] = 0;
 }
 
-// The lower-case name of the local variable that the code reads: of the simulator's language only a variable by itself
-// is known, with a unit or without, as in "(L:NAME)" and "(L:NAME, Bool)". Empty for any other code.
-std::string lvarOf(std::string_view code) {
-    const std::string lower = lowerCaseName(code);
-    if (!lower.starts_with("(l:") || !lower.ends_with(')')) {
-        return {};
-    }
-    return lower.substr(3, lower.find_first_of(",)") - 3);
+// The module looks for a prefix anywhere in a command, but what it then cuts off is as many characters at the front.
+bool has(std::string_view command, std::string_view prefix) {
+    return command.find(prefix) != std::string_view::npos;
 }
 
 SimulatorRecordKind kindOf(std::string_view command) {
     if (command == dummyCommand) {
         return SimulatorRecordKind::Dummy;
     }
-    return command.starts_with(executePrefix) ? SimulatorRecordKind::Executed : SimulatorRecordKind::Command;
+    return has(command, executePrefix) ? SimulatorRecordKind::Executed : SimulatorRecordKind::Command;
 }
 
 } // namespace
 
 void MobiFlightModule::start() {
+    if (running()) {
+        return;
+    }
     createClient(defaultClient);
-    for (const auto& [key, lvar] : lvars) {
-        respond(lvar.name);
+    for (const std::string& name : variables.localNames()) {
+        respond(name);
     }
 }
 
@@ -97,8 +96,9 @@ void MobiFlightModule::areaWritten(const ClientDataArea& area, std::span<const s
         record(command, SimulatorRecordKind::Unchanged, session);
         return;
     }
-    record(command, kindOf(command), session);
-    if (!silent) {
+    const SimulatorRecordKind kind = kindOf(command);
+    record(command, kind, session);
+    if (!silent && kind == SimulatorRecordKind::Command) {
         handle(*sender, command);
     }
 }
@@ -112,9 +112,9 @@ void MobiFlightModule::record(const std::string& command, SimulatorRecordKind ki
 }
 
 void MobiFlightModule::handle(Client& sender, std::string_view command) {
-    if (command.starts_with(addClientPrefix)) {
+    if (has(command, addClientPrefix)) {
         addClient(sender, command.substr(addClientPrefix.size()));
-    } else if (command.starts_with(addVariablePrefix)) {
+    } else if (has(command, addVariablePrefix)) {
         addVariable(sender, command.substr(addVariablePrefix.size()));
     } else if (command == "MF.SimVars.Clear") {
         clearVariables(sender);
@@ -134,15 +134,16 @@ void MobiFlightModule::addClient(const Client& sender, std::string_view name) {
         respondTo(sender, answer + ".Error");
         return;
     }
-    if (clientOfCommandArea(areaName(name, commandSuffix)) == nullptr) {
+    const bool unknown = clientOfCommandArea(areaName(name, commandSuffix)) == nullptr;
+    if (unknown) {
         createClient(name);
     }
-    respondTo(sender, answer + ".Finished");
+    respondTo(sender, answer + ".Finished", unknown);
 }
 
 void MobiFlightModule::addVariable(Client& client, std::string_view code) {
-    client.variables.emplace_back(code);
-    writeValue(client, client.variables.size() - 1, evaluate(code));
+    client.variables.push_back({std::string(code)});
+    writeValue(client, client.variables.size() - 1, variables.evaluate(code));
 }
 
 void MobiFlightModule::clearVariables(Client& client) {
@@ -154,12 +155,10 @@ void MobiFlightModule::clearVariables(Client& client) {
 
 void MobiFlightModule::listLVars(const Client& client) {
     respondTo(client, "MF.LVars.List.Start");
-    std::size_t count = 0;
-    for (const auto& [key, lvar] : lvars) {
-        if (count++ == listedLVars) {
-            break;
-        }
-        respondTo(client, lvar.name);
+    std::vector<std::string> names = variables.localNames();
+    names.resize(std::min(names.size(), listedLVars));
+    for (const std::string& name : names) {
+        respondTo(client, name);
     }
     respondTo(client, "MF.LVars.List.End");
 }
@@ -168,38 +167,48 @@ void MobiFlightModule::respond(std::string_view text) {
     respondTo({std::string(defaultClient), {}}, text);
 }
 
-void MobiFlightModule::respondTo(const Client& client, std::string_view text) {
+void MobiFlightModule::respondTo(const Client& client, std::string_view text, bool madeClient) {
+    std::uint8_t filler = leftoverByte;
+    if (answers == ModuleAnswers::Different) {
+        filler = ++leftover;
+    } else if (answers == ModuleAnswers::Measured && madeClient) {
+        filler = otherLeftoverByte;
+    }
     areas.write(areaName(client.name, responseSuffix),
-                [&](std::span<std::uint8_t> bytes) { fillWithText(bytes, text, leftoverByte); });
+                [&](std::span<std::uint8_t> bytes) { fillWithText(bytes, text, filler); });
 }
 
 void MobiFlightModule::setLVarsText(std::string_view text) {
-    areas.write(areaName(defaultClient, lvarsSuffix),
-                [&](std::span<std::uint8_t> bytes) { fillWithText(bytes, text, 0); });
+    writeText(lvarsSuffix, text);
 }
 
-void MobiFlightModule::writeValue(const Client& client, std::size_t index, double value) {
-    areas.write(areaName(client.name, lvarsSuffix), [&](std::span<std::uint8_t> bytes) {
-        if ((index + 1) * valueSize <= bytes.size()) {
-            SimConnectWire::Bytes encoded;
-            SimConnectWire::appendNumber(encoded, std::bit_cast<std::uint32_t>(static_cast<float>(value)));
-            std::copy(encoded.begin(), encoded.end(), bytes.begin() + static_cast<std::ptrdiff_t>(index * valueSize));
-        }
+void MobiFlightModule::sendAsOtherClient(std::string_view command) {
+    writeText(commandSuffix, command);
+}
+
+void MobiFlightModule::writeText(std::string_view suffix, std::string_view text) {
+    areas.write(areaName(defaultClient, suffix), [&](std::span<std::uint8_t> bytes) { fillWithText(bytes, text, 0); });
+}
+
+void MobiFlightModule::writeValue(Client& client, std::size_t index, double value) {
+    client.variables[index].value = value;
+    const std::string name = areaName(client.name, lvarsSuffix);
+    const ClientDataArea* const area = areas.find(name);
+    if (area == nullptr || (index + 1) * valueSize > area->bytes.size()) {
+        return;
+    }
+    areas.write(name, [&](std::span<std::uint8_t> bytes) {
+        SimConnectWire::Bytes encoded;
+        SimConnectWire::appendNumber(encoded, std::bit_cast<std::uint32_t>(static_cast<float>(value)));
+        std::copy(encoded.begin(), encoded.end(), bytes.begin() + static_cast<std::ptrdiff_t>(index * valueSize));
     });
 }
 
-void MobiFlightModule::writeValues(const Client& client) {
-    for (std::size_t i = 0; i < client.variables.size(); ++i) {
-        writeValue(client, i, evaluate(client.variables[i]));
-    }
-}
-
-void MobiFlightModule::setLVar(std::string_view name, double value) {
-    const std::string key = lowerCaseName(name);
-    lvars[key] = {std::string(name), value};
-    for (const Client& client : clients) {
+void MobiFlightModule::variablesChanged() {
+    for (Client& client : clients) {
         for (std::size_t i = 0; i < client.variables.size() && !silent; ++i) {
-            if (lvarOf(client.variables[i]) == key) {
+            const double value = variables.evaluate(client.variables[i].code);
+            if (value != client.variables[i].value) {
                 writeValue(client, i, value);
             }
         }
@@ -208,14 +217,5 @@ void MobiFlightModule::setLVar(std::string_view name, double value) {
 
 void MobiFlightModule::setSilent(bool on) {
     silent = on;
-    for (const Client& client : clients) {
-        if (!silent) {
-            writeValues(client);
-        }
-    }
-}
-
-double MobiFlightModule::evaluate(std::string_view code) const {
-    const auto found = lvars.find(lvarOf(code));
-    return found == lvars.end() ? 0 : found->second.value;
+    variablesChanged();
 }

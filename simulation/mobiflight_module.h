@@ -2,10 +2,10 @@
 
 #include "simulation/client_data_areas.h"
 #include "simulation/simulator_records.h"
+#include "simulation/variable_values.h"
 
 #include <cstdint>
 #include <deque>
-#include <map>
 #include <span>
 #include <string>
 #include <string_view>
@@ -15,33 +15,41 @@
 /// response areas, and keeps the values of their variables in their value areas. Not synchronised.
 class MobiFlightModule {
 public:
-    MobiFlightModule(ClientDataAreas& allAreas, SimulatorRecords& allRecords) : areas(allAreas), records(allRecords) {}
+    MobiFlightModule(ClientDataAreas& allAreas, const VariableValues& allVariables, SimulatorRecords& allRecords)
+        : areas(allAreas), variables(allVariables), records(allRecords) {}
 
-    /// Starts as with the simulator: makes the areas of the client "MobiFlight", and tells the names of all variables.
+    /// Makes the areas of the client "MobiFlight" and writes the names of all local variables there. Nothing when it
+    /// runs already.
     void start();
-    /// Forgets all clients, with the simulator's end. Local variables stay.
-    void forgetClients() { clients.clear(); }
+    /// Forgets all clients. Their areas stay.
+    void stop() { clients.clear(); }
+    /// It has a client of its own from its start on.
+    bool running() const { return !clients.empty(); }
 
     /// Looks at an area that `session` has just written, and that held `before`.
     void areaWritten(const ClientDataArea& area, std::span<const std::uint8_t> before, std::uint32_t session);
 
-    void setLVar(std::string_view name, double value);
+    /// Writes the values that aren't in the value areas yet.
+    void variablesChanged();
+    void setAnswers(ModuleAnswers kind) { answers = kind; }
     void setSilent(bool on);
     void setFailing(bool on) { failing = on; }
 
-    /// Writes into the areas of the client "MobiFlight", if they exist.
+    // These write into the areas of the client "MobiFlight", if they exist.
     void respond(std::string_view text);
     void setLVarsText(std::string_view text);
+    void sendAsOtherClient(std::string_view command);
 
 private:
+    struct Variable {
+        std::string code;
+        /// As it was last written.
+        double value = 0;
+    };
     struct Client {
         std::string name;
-        /// The code of each added variable; the value of variable i lies at byte 4 * i.
-        std::vector<std::string> variables;
-    };
-    struct LVar {
-        std::string name;
-        double value = 0;
+        /// The value of variable i is at byte 4 * i.
+        std::vector<Variable> variables;
     };
 
     Client* clientOfCommandArea(std::string_view areaName);
@@ -52,17 +60,18 @@ private:
     void addVariable(Client& client, std::string_view code);
     void clearVariables(Client& client);
     void listLVars(const Client& client);
-    void respondTo(const Client& client, std::string_view text);
-    void writeValue(const Client& client, std::size_t index, double value);
-    void writeValues(const Client& client);
-    double evaluate(std::string_view code) const;
+    void respondTo(const Client& client, std::string_view text, bool madeClient = false);
+    void writeText(std::string_view suffix, std::string_view text);
+    void writeValue(Client& client, std::size_t index, double value);
 
     ClientDataAreas& areas;
+    const VariableValues& variables;
     SimulatorRecords& records;
     /// A deque: a command's sender stays where it is when the command adds a client.
     std::deque<Client> clients;
-    /// By lower-case name.
-    std::map<std::string, LVar> lvars;
+    ModuleAnswers answers = ModuleAnswers::Equal;
+    /// The byte that memory holds behind the next answer.
+    std::uint8_t leftover = 0;
     bool silent = false;
     bool failing = false;
 };

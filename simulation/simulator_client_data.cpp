@@ -110,17 +110,20 @@ void SimulatorSession::requestArea(const Request& request) {
 }
 
 void SimulatorSession::beginAreaRequest(std::uint32_t requestId, AreaRequest wanted) {
-    // An area that nobody has made yet reads as zeros, and the request comes to life with it.
     const ClientDataArea* const area = world.areas.find(wanted.area);
     world.records.add(
         record(SimulatorRecordKind::Subscribed, area == nullptr ? wanted.area : area->name, wanted.period));
+    if (area == nullptr) {
+        // Accepted, but dead: a client that asked before the area was made must ask again.
+        areaRequests.erase(requestId);
+        return;
+    }
     AreaRequest& kept = areaRequests[requestId] = std::move(wanted);
     if (kept.period == simConnectClientDataPeriodOnSet) {
         // What the area holds already is no set.
         return;
     }
-    const auto bytes = area == nullptr ? std::span<const std::uint8_t>() : std::span<const std::uint8_t>(area->bytes);
-    sendArea(requestId, kept, areaBytes(areaDefinitions[kept.definition], bytes));
+    sendArea(requestId, kept, areaBytes(areaDefinitions[kept.definition], area->bytes));
     if (kept.period == periodOnce) {
         areaRequests.erase(requestId);
     }

@@ -17,6 +17,8 @@ namespace {
 // The variable whose value dims the boards' lights.
 constexpr std::string_view lightVariable = "LIGHTING_POTENTIOMETER_5";
 
+constexpr std::string_view blanks = " \t\r\n";
+
 using Words = std::span<const std::string>;
 
 struct Command {
@@ -46,6 +48,15 @@ bool setSwitch(Words words, const Setter& setter) {
 }
 
 template <typename Action>
+bool actOnText(std::string_view text, const Action& action) {
+    if (text.empty()) {
+        return false;
+    }
+    action(text);
+    return true;
+}
+
+template <typename Action>
 bool act(Words words, const Action& action) {
     if (!words.empty()) {
         return false;
@@ -62,6 +73,39 @@ bool setVariable(VirtualSimulator& simulator, std::string_view name, std::string
     return value.has_value();
 }
 
+// A variable's name may have blanks; its value is the last word.
+bool setAircraftVariable(VirtualSimulator& simulator, Words words, std::string_view rest) {
+    const std::optional<double> value = words.size() > 1 ? numberOf(words.back()) : std::nullopt;
+    if (value) {
+        rest.remove_suffix(words.back().size());
+        simulator.setAircraftVariable(rest.substr(0, rest.find_last_not_of(blanks) + 1), *value);
+    }
+    return value.has_value();
+}
+
+bool setModuleAnswers(VirtualSimulator& simulator, std::string_view word) {
+    const std::optional<ModuleAnswers> answers = moduleAnswersOf(word);
+    if (answers) {
+        simulator.setModuleAnswers(*answers);
+    }
+    return answers.has_value();
+}
+
+bool changeModule(VirtualSimulator& simulator, Words words) {
+    if (words.size() == 2 && words[0] == "answers") {
+        return setModuleAnswers(simulator, words[1]);
+    }
+    if (words.size() == 1 && words[0] == "start") {
+        simulator.startModule();
+        return true;
+    }
+    if (words.size() == 1 && words[0] == "stop") {
+        simulator.stopModule();
+        return true;
+    }
+    return false;
+}
+
 bool delay(VirtualSimulator& simulator, Words words) {
     constexpr double longest = 3600000;
     const std::optional<double> value = words.size() == 1 ? numberOf(words[0]) : std::nullopt;
@@ -72,7 +116,7 @@ bool delay(VirtualSimulator& simulator, Words words) {
     return true;
 }
 
-const std::array<Command, 14> commands{{
+const std::array<Command, 17> commands{{
     {"battery", "on|off", "switches the battery",
      [](VirtualSimulator& simulator, Words words, std::string_view) {
          return setSwitch(words, [&](bool on) { simulator.setBattery(on); });
@@ -85,15 +129,21 @@ const std::array<Command, 14> commands{{
      [](VirtualSimulator& simulator, Words words, std::string_view) {
          return words.size() == 1 && setVariable(simulator, lightVariable, words[0]);
      }},
+    {"avar", "NAME VALUE", "sets a variable of the aircraft, such as LIGHT POTENTIOMETER:3",
+     [](VirtualSimulator& simulator, Words words, std::string_view rest) {
+         return setAircraftVariable(simulator, words, rest);
+     }},
     {"text", "TEXT", "writes a text into the module's variable area",
      [](VirtualSimulator& simulator, Words, std::string_view rest) {
-         simulator.setLVarsText(rest);
-         return !rest.empty();
+         return actOnText(rest, [&](std::string_view text) { simulator.setLVarsText(text); });
      }},
     {"respond", "TEXT", "writes a text into the module's response area",
      [](VirtualSimulator& simulator, Words, std::string_view rest) {
-         simulator.respond(rest);
-         return !rest.empty();
+         return actOnText(rest, [&](std::string_view text) { simulator.respond(text); });
+     }},
+    {"other-client", "TEXT", "another program sends the module this command over the same areas",
+     [](VirtualSimulator& simulator, Words, std::string_view rest) {
+         return actOnText(rest, [&](std::string_view text) { simulator.sendAsOtherClient(text); });
      }},
     {"quit", "", "ends the simulator in order; 'refuse off' starts it again",
      [](VirtualSimulator& simulator, Words words, std::string_view) { return act(words, [&] { simulator.quit(); }); }},
@@ -109,6 +159,9 @@ const std::array<Command, 14> commands{{
      }},
     {"late", "MILLISECONDS", "handles what new clients send only after this time",
      [](VirtualSimulator& simulator, Words words, std::string_view) { return delay(simulator, words); }},
+    {"module", "start|stop|answers equal|different|measured",
+     "starts or ends the module, or says whether two answers with the same text are equal",
+     [](VirtualSimulator& simulator, Words words, std::string_view) { return changeModule(simulator, words); }},
     {"silent", "on|off", "the module neither answers nor delivers values",
      [](VirtualSimulator& simulator, Words words, std::string_view) {
          return setSwitch(words, [&](bool on) { simulator.silenceModule(on); });
@@ -138,7 +191,6 @@ std::vector<std::string> wordsOf(std::string_view line) {
 
 // The text behind the first word, blanks around it left out.
 std::string_view restOf(std::string_view line, std::string_view firstWord) {
-    constexpr std::string_view blanks = " \t\r\n";
     line.remove_prefix(line.find(firstWord) + firstWord.size());
     const std::size_t first = line.find_first_not_of(blanks);
     if (first == std::string_view::npos) {
@@ -200,6 +252,13 @@ ConsoleOutcome runConsoleCommand(VirtualSimulator& simulator, std::string_view l
         return ConsoleOutcome::BadCommand;
     }
     return ConsoleOutcome::Done;
+}
+
+std::optional<ModuleAnswers> moduleAnswersOf(std::string_view word) {
+    const auto* const found = std::find(moduleAnswersWords.begin(), moduleAnswersWords.end(), word);
+    return found == moduleAnswersWords.end()
+               ? std::nullopt
+               : std::optional(static_cast<ModuleAnswers>(found - moduleAnswersWords.begin()));
 }
 
 std::string consoleHelp() {

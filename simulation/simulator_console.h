@@ -3,6 +3,7 @@
 #include "simulation/virtual_simulator.h"
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -11,6 +12,9 @@ enum class ConsoleOutcome { Done, Help, Exit, BadCommand };
 /// Carries out one line of text, such as "battery on", on the simulator. An empty line does nothing. With BadCommand
 /// `error` tells what is wrong with the line.
 ConsoleOutcome runConsoleCommand(VirtualSimulator& simulator, std::string_view line, std::string& error);
+
+/// None for a word that isn't one of `moduleAnswersWords`.
+std::optional<ModuleAnswers> moduleAnswersOf(std::string_view word);
 
 /// The commands and their arguments, one a line.
 std::string consoleHelp();

@@ -88,7 +88,7 @@ void SimulatorServer::listenAgain() {
 
 void SimulatorServer::renewWorld() {
     shared.areas.clear();
-    mobiflight.forgetClients();
+    mobiflight.stop();
     if (options.moduleInstalled) {
         mobiflight.start();
     }

@@ -109,8 +109,8 @@ private:
     std::size_t controls = 0;
     SimulatorListener listener;
     SimulatorConduct behaviour;
-    SimulatorWorld shared{received, {}};
-    MobiFlightModule mobiflight{shared.areas, received};
+    SimulatorWorld shared{received, {}, {}};
+    MobiFlightModule mobiflight{shared.areas, shared.variables, received};
     std::vector<std::unique_ptr<SimulatorSession>> sessions;
     std::uint32_t lastSession = 0;
 };

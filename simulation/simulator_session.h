@@ -3,6 +3,7 @@
 #include "simulation/client_data_areas.h"
 #include "simulation/simulator_link.h"
 #include "simulation/simulator_records.h"
+#include "simulation/variable_values.h"
 
 #include <cstdint>
 #include <map>
@@ -15,8 +16,7 @@
 struct SimulatorWorld {
     SimulatorRecords& records;
     ClientDataAreas areas;
-    /// The variable "ELECTRICAL MASTER BATTERY:2".
-    bool battery = false;
+    VariableValues variables;
 };
 
 /// One client of the virtual simulator: its ids, definitions and requests, which go with it. Not synchronised.
@@ -34,7 +34,7 @@ public:
 
     /// Reads and handles what has come.
     void serve();
-    void batteryChanged();
+    void variablesChanged();
     void areaWritten(const ClientDataArea& area, std::span<const std::uint8_t> before);
     void sendQuit();
     /// Half of a message.

@@ -10,7 +10,8 @@
 
 namespace {
 
-constexpr std::string_view batteryName = "electrical master battery:2";
+// With any number: a battery that the aircraft hasn't got is off.
+constexpr std::string_view batteryName = "electrical master battery:";
 constexpr std::uint32_t userObject = 1;
 
 constexpr std::uint32_t typeInt32 = 1;
@@ -98,7 +99,7 @@ void SimulatorSession::transmitClientEvent(const Request& request) {
 void SimulatorSession::addToDataDefinition(const Request& request) {
     const std::string name = request.name(20);
     const std::uint32_t type = request.number(532);
-    if (lowerCaseName(name) != batteryName) {
+    if (!lowerCaseName(name).starts_with(batteryName)) {
         refuse(request, SimulatorExceptions::nameUnrecognized, 2);
     } else if (!isBooleanUnit(request.name(276))) {
         refuse(request, SimulatorExceptions::nameUnrecognized, 3);
@@ -139,7 +140,7 @@ void SimulatorSession::requestData(const Request& request) {
     }
 }
 
-void SimulatorSession::batteryChanged() {
+void SimulatorSession::variablesChanged() {
     for (auto& [requestId, request] : requests) {
         sendVariables(requestId, request, (request.flags & simConnectRequestFlagChanged) == 0);
     }
@@ -161,7 +162,7 @@ void SimulatorSession::sendVariables(std::uint32_t requestId, VariableRequest& r
 std::vector<std::uint8_t> SimulatorSession::variableBytes(const std::vector<Datum>& data) const {
     SimConnectWire::Bytes bytes;
     for (const Datum& datum : data) {
-        appendDatum(bytes, datum.type, world.battery);
+        appendDatum(bytes, datum.type, world.variables.aircraft(datum.name) != 0);
     }
     return bytes;
 }

@@ -30,15 +30,25 @@ SimConnectEndpoint VirtualSimulator::endpoint() const {
 }
 
 void VirtualSimulator::setBattery(bool on) {
+    setAircraftVariable("ELECTRICAL MASTER BATTERY:2", on ? 1 : 0);
+}
+
+void VirtualSimulator::setAircraftVariable(std::string_view name, double value) {
     impl->control([&] {
-        if (std::exchange(impl->world().battery, on) != on) {
-            impl->forEachSession([](SimulatorSession& session) { session.batteryChanged(); });
+        VariableValues& variables = impl->world().variables;
+        if (variables.aircraft(name) != value) {
+            variables.setAircraft(name, value);
+            impl->forEachSession([](SimulatorSession& session) { session.variablesChanged(); });
+            impl->module().variablesChanged();
         }
     });
 }
 
 void VirtualSimulator::setLVar(std::string_view name, double value) {
-    impl->control([&] { impl->module().setLVar(name, value); });
+    impl->control([&] {
+        impl->world().variables.setLocal(name, value);
+        impl->module().variablesChanged();
+    });
 }
 
 void VirtualSimulator::setLVarsText(std::string_view text) {
@@ -49,14 +59,12 @@ void VirtualSimulator::respond(std::string_view text) {
     impl->control([&] { impl->module().respond(text); });
 }
 
+void VirtualSimulator::sendAsOtherClient(std::string_view command) {
+    impl->control([&] { impl->module().sendAsOtherClient(command); });
+}
+
 void VirtualSimulator::pingModule() {
-    constexpr std::string_view ping = "MF.Ping";
-    impl->control([&] {
-        impl->world().areas.write("MobiFlight.Command", [&](std::span<std::uint8_t> bytes) {
-            std::ranges::fill(bytes, std::uint8_t{0});
-            std::ranges::copy(ping, bytes.begin());
-        });
-    });
+    sendAsOtherClient("MF.Ping");
 }
 
 void VirtualSimulator::quit() {
@@ -88,6 +96,24 @@ void VirtualSimulator::refuseOpens(bool refuse) {
 
 void VirtualSimulator::delayOpens(std::chrono::milliseconds delay) {
     impl->control([&] { impl->conduct().openDelay = delay; });
+}
+
+void VirtualSimulator::startModule() {
+    impl->control([&] { impl->module().start(); });
+}
+
+void VirtualSimulator::stopModule() {
+    impl->control([&] { impl->module().stop(); });
+}
+
+bool VirtualSimulator::moduleRunning() const {
+    bool running = false;
+    impl->control([&] { running = impl->module().running(); });
+    return running;
+}
+
+void VirtualSimulator::setModuleAnswers(ModuleAnswers answers) {
+    impl->control([&] { impl->module().setAnswers(answers); });
 }
 
 void VirtualSimulator::silenceModule(bool silent) {

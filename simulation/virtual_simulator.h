@@ -2,6 +2,7 @@
 
 #include "simconnect/simconnect_cfg.h"
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -53,8 +54,23 @@ struct SimulatorRecord {
 /// The record kind's name as the program prints it: "opened", "client-event".
 std::string_view simulatorRecordKindName(SimulatorRecordKind kind);
 
+/// Whether two answers of the module with the same text are equal in all their bytes. The second is then no change of
+/// its area, and nobody hears it. Behind an answer's end is what the module's memory held before, so it is left to
+/// chance.
+enum class ModuleAnswers {
+    /// Always.
+    Equal,
+    /// Never.
+    Different,
+    /// Unless one of them is the answer to a registration that made a new client. So a client's first registration is
+    /// heard, its second too, but its third isn't. This was measured with the real module.
+    Measured,
+};
+/// The words for them, in the same order, in the simulator's console and in scenarios.
+constexpr std::array<std::string_view, 3> moduleAnswersWords{"equal", "different", "measured"};
+
 struct VirtualSimulatorOptions {
-    /// False: the simulator runs without the MobiFlight module, whose areas then don't exist.
+    /// False: the simulator runs without the MobiFlight module, whose areas then don't exist, until `startModule`.
     bool moduleInstalled = true;
     /// The connections' receive buffer in bytes, to let a stalled simulator's backlog reach its client soon; 0: the
     /// system's.
@@ -93,16 +109,23 @@ public:
 
     // The aircraft and the module's variables. They outlive sessions, `quit` and `die`.
 
-    /// The variable "ELECTRICAL MASTER BATTERY:2". False at first.
+    /// The aircraft's variable "ELECTRICAL MASTER BATTERY:2". False at first.
     void setBattery(bool on);
+    /// A variable of the aircraft with its index, such as "LIGHT POTENTIOMETER:3"; 0 at first. Its name's case doesn't
+    /// matter. Goes to each client of the module that added "(A:name)" or "(A:name, unit)", whatever the unit;
+    /// "ELECTRICAL MASTER BATTERY:1" and the like also to clients that asked the simulator for them.
+    void setAircraftVariable(std::string_view name, double value);
     /// A local variable, without "L:", whose name's case doesn't matter. Goes to each client that added "(L:name)".
     void setLVar(std::string_view name, double value);
     /// Fills the area "MobiFlight.LVars" with a zero-padded text, as a module that speaks text there does.
     void setLVarsText(std::string_view text);
     /// Writes a text into "MobiFlight.Response" as if the module said it. Nobody hears the same text twice in a row.
     void respond(std::string_view text);
-    /// Another client pings the module over the same areas, as in a busy simulator: a command or a confirmation that
-    /// equals the one before is then news again.
+    /// Another program writes a command into "MobiFlight.Command", as in a busy simulator. Both programs are the same
+    /// client to the module: "MF.SimVars.Clear" empties the list of both, and "MF.SimVars.Add.…" takes the next place
+    /// in it. Recorded under session 0.
+    void sendAsOtherClient(std::string_view command);
+    /// The other program pings: a command or a confirmation that equals the one before is then a change again.
     void pingModule();
 
     // What goes wrong in life.
@@ -119,6 +142,13 @@ public:
     void refuseOpens(bool refuse);
     /// New connections are accepted, but what they send is handled (OPEN included) only after this time. Zero at first.
     void delayOpens(std::chrono::milliseconds delay);
+    /// The module starts, if it doesn't run: late when the simulator runs without it. Only now its areas exist.
+    void startModule();
+    /// The module ends, if it runs, and forgets its clients. Its areas stay, but nobody reads them or writes values.
+    void stopModule();
+    bool moduleRunning() const;
+    /// Equal at first.
+    void setModuleAnswers(ModuleAnswers answers);
     /// The module takes commands, which are recorded, but neither answers nor delivers values.
     void silenceModule(bool silent);
     /// The module answers "MF.Clients.Add.<name>" with "….Error" in place of "….Finished".

@@ -261,8 +261,15 @@ Action parseSim(ScenarioLine& line, const Scenario&) {
     return word < 6 ? parseSimEvent(line, known[word]) : parseSimSwitch(line, known[word]);
 }
 
+Action parseAnswers(ScenarioLine& line) {
+    const auto answers = static_cast<ModuleAnswers>(line.choice("kind of answers", moduleAnswersWords));
+    line.end();
+    return [answers](ScenarioPlayer& player) { player.cockpit().simulator().setModuleAnswers(answers); };
+}
+
 Action parseModule(ScenarioLine& line, const Scenario&) {
-    static constexpr std::array<std::string_view, 4> known{"silent", "refuse", "says", "lvars"};
+    static constexpr std::array<std::string_view, 7> known{"silent", "refuse", "says",   "lvars",
+                                                           "start",  "stop",   "answers"};
     switch (line.choice("thing that the module does", known)) {
     case 0:
         return switchOf(line, [](VirtualSimulator& simulator, bool on) { simulator.silenceModule(on); });
@@ -271,11 +278,25 @@ Action parseModule(ScenarioLine& line, const Scenario&) {
     case 2:
         return
             [text = line.rest("what it says")](ScenarioPlayer& player) { player.cockpit().simulator().respond(text); };
-    default:
+    case 3:
         return [text = line.rest("the area's text")](ScenarioPlayer& player) {
             player.cockpit().simulator().setLVarsText(text);
         };
+    case 4:
+        line.end();
+        return [](ScenarioPlayer& player) { player.cockpit().simulator().startModule(); };
+    case 5:
+        line.end();
+        return [](ScenarioPlayer& player) { player.cockpit().simulator().stopModule(); };
+    default:
+        return parseAnswers(line);
     }
+}
+
+Action parseOtherClient(ScenarioLine& line, const Scenario&) {
+    return [text = line.rest("what another program sends to the module")](ScenarioPlayer& player) {
+        player.cockpit().simulator().sendAsOtherClient(text);
+    };
 }
 
 Action parseBattery(ScenarioLine& line, const Scenario&) {
@@ -287,6 +308,16 @@ Action parseLVar(ScenarioLine& line, const Scenario&) {
     const double value = line.decimal("value");
     line.end();
     return [name, value](ScenarioPlayer& player) { player.setLVar(name, value); };
+}
+
+/// The name may have blanks; the value is the last word.
+Action parseAircraftVariable(ScenarioLine& line, const Scenario&) {
+    std::string name = line.word("the variable's name");
+    while (!line.atLastWord()) {
+        name += ' ' + line.word("the variable's name");
+    }
+    const double value = line.decimal("value");
+    return [name, value](ScenarioPlayer& player) { player.setAircraftVariable(name, value); };
 }
 
 // Time and words.
@@ -311,7 +342,7 @@ Action parseSay(ScenarioLine& line, const Scenario&) {
 
 constexpr std::string_view sayWord = "say ";
 
-constexpr std::array<Verb, 14> verbs{{{"plug", parsePlug},
+constexpr std::array<Verb, 16> verbs{{{"plug", parsePlug},
                                       {"unplug", parseUnplug},
                                       {"start", parseStart},
                                       {"stop", parseStop},
@@ -322,6 +353,8 @@ constexpr std::array<Verb, 14> verbs{{{"plug", parsePlug},
                                       {"module", parseModule},
                                       {"battery", parseBattery},
                                       {"lvar", parseLVar},
+                                      {"avar", parseAircraftVariable},
+                                      {"other-client", parseOtherClient},
                                       {"wait", parseWait},
                                       {"pause", parsePause},
                                       {"say", parseSay}}};

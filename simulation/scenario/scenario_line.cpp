@@ -71,6 +71,10 @@ void ScenarioLine::dropLastWord() {
     next = std::min(next, text.size());
 }
 
+bool ScenarioLine::atLastWord() const {
+    return text.find_first_of(blanks, next) == std::string::npos;
+}
+
 std::string ScenarioLine::word(std::string_view what) {
     if (atEnd()) {
         failAtEnd("expected " + std::string(what));

@@ -39,6 +39,8 @@ public:
     /// The last word of all that is left, and the same without that word.
     std::string_view lastWordOfAll() const;
     void dropLastWord();
+    /// Whether one word at most is left.
+    bool atLastWord() const;
 
     /// The next word; `what` says in the message what is missing when there is none.
     std::string word(std::string_view what);

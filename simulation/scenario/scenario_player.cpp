@@ -28,7 +28,7 @@ constexpr std::chrono::milliseconds pollTime = 2ms;
 
 constexpr std::string_view registration = "command MF.Clients.Add.";
 constexpr std::string_view subscription = "command MF.SimVars.Add.";
-constexpr std::string_view lightVariable = "LIGHTING_POTENTIOMETER_5";
+constexpr const char* usualLight = "(L:LIGHTING_POTENTIOMETER_5)";
 constexpr const char* refusedLine = "WARN Waiting for SimConnect connection: ";
 
 /// A setting of the scenario's configuration; `otherwise` when it has none.
@@ -46,9 +46,20 @@ std::chrono::milliseconds debounceOf(const Scenario& scenario) {
     return std::chrono::milliseconds(std::max(setting(scenario, "outputs", "debounceMs", 0), 0));
 }
 
+/// The code that the cockpit light follows.
+std::string lightCode(const Scenario& scenario) {
+    const JsonValue settings = scenarioSettings(scenario);
+    const JsonValue* extensions = nullptr;
+    std::string code = usualLight;
+    if (getObject(settings, "extensions", extensions)) {
+        getString(*extensions, "lightVariable", code);
+    }
+    return code;
+}
+
 /// What the last line of a session's start begins with.
-std::string_view sessionEnd(const Scenario& scenario, bool withModule) {
-    if (!scenario.moduleInstalled || setting(scenario, "mobiflight", "enabled", 1) == 0) {
+std::string_view sessionEnd(const Scenario& scenario, bool moduleRunning, bool withModule) {
+    if (!moduleRunning || setting(scenario, "mobiflight", "enabled", 1) == 0) {
         return "opened ";
     }
     return withModule ? subscription : registration;
@@ -198,9 +209,10 @@ void ScenarioPlayer::connect(bool withModule) {
     if (!virtualCockpit.simulatorRunning()) {
         virtualCockpit.startSimulator();
     }
-    const std::string_view last = sessionEnd(scenario, withModule);
+    const std::string_view last = sessionEnd(scenario, virtualCockpit.simulator().moduleRunning(), withModule);
     const bool tellsState = setting(scenario, "logging", "debug", 0) != 0;
-    const bool tellsLight = tellsState && lightGiven && last == subscription;
+    // The module doesn't write a value that is 0 from the start.
+    const bool tellsLight = tellsState && last == subscription && variables.evaluate(lightCode(scenario)) != 0;
     const auto up = [&] {
         return handshakeSeen(last) && (batteryTold || !tellsState) && (lightTold || !tellsLight) && boardsTold();
     };
@@ -225,8 +237,13 @@ void ScenarioPlayer::pause(std::chrono::milliseconds duration) {
 }
 
 void ScenarioPlayer::setLVar(const std::string& name, double value) {
-    lightGiven = lightGiven || name == lightVariable;
+    variables.setLocal(name, value);
     virtualCockpit.simulator().setLVar(name, value);
+}
+
+void ScenarioPlayer::setAircraftVariable(const std::string& name, double value) {
+    variables.setAircraft(name, value);
+    virtualCockpit.simulator().setAircraftVariable(name, value);
 }
 
 void ScenarioPlayer::fail(const std::string& reason) {

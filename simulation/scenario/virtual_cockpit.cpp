@@ -101,7 +101,8 @@ bool VirtualCockpit::startVirtualSimulator(std::string& error) {
     virtualSimulator = std::make_unique<VirtualSimulator>(options);
     virtualSimulator->setRecordCallback([to = inbox, dummies = scenario.watch.dummies](const SimulatorRecord& record) {
         const std::optional<std::string> text = recordText(record);
-        if (text && (dummies || record.kind != SimulatorRecordKind::Dummy)) {
+        const bool fromBridge = record.session != 0;
+        if (text && fromBridge && (dummies || record.kind != SimulatorRecordKind::Dummy)) {
             to->add("sim", *text);
         }
     });

@@ -23,11 +23,14 @@ constexpr std::uint16_t defaultPort = 50500;
 struct Options {
     std::optional<std::uint16_t> port;
     std::optional<std::string> pipe;
+    bool moduleMissing = false;
+    ModuleAnswers answers = ModuleAnswers::Equal;
     bool keep = false;
     bool help = false;
 };
 
-constexpr std::string_view usage = "Usage: virtual-simulator [--port N | --pipe [NAME]] [--keep] [--help]\n"
+constexpr std::string_view usage = "Usage: virtual-simulator [--port N | --pipe [NAME]] [--module-missing]\n"
+                                   "                         [--answers KIND] [--keep] [--help]\n"
                                    "\n"
                                    "Plays a flight simulator with the MobiFlight module for SimConnect clients of\n"
                                    "this machine, and prints what they send as JSON, one object a line.\n"
@@ -36,6 +39,10 @@ constexpr std::string_view usage = "Usage: virtual-simulator [--port N | --pipe 
                                    "                  free one)\n"
                                    "  --pipe [NAME]   listen on a local pipe instead, by default the simulator's\n"
                                    "                  own (Windows only)\n"
+                                   "  --module-missing\n"
+                                   "                  run without the module until 'module start'\n"
+                                   "  --answers KIND  as 'module answers KIND' below: equal (the default),\n"
+                                   "                  different or measured\n"
                                    "  --keep          run on when standard input ends\n"
                                    "  --help          show this text\n"
                                    "\n"
@@ -47,18 +54,38 @@ std::optional<std::uint16_t> readPort(std::string_view text) {
     return error == std::errc() && end == text.data() + text.size() ? std::optional(port) : std::nullopt;
 }
 
+// An option that stands alone.
+bool readSwitch(std::string_view name, Options& options) {
+    options.help = options.help || name == "--help";
+    options.keep = options.keep || name == "--keep";
+    options.moduleMissing = options.moduleMissing || name == "--module-missing";
+    return name == "--help" || name == "--keep" || name == "--module-missing";
+}
+
+// An option with a value behind it.
+bool readValue(std::string_view name, std::string_view value, Options& options) {
+    if (name == "--port") {
+        options.port = readPort(value);
+        return options.port.has_value();
+    }
+    const std::optional<ModuleAnswers> answers = name == "--answers" ? moduleAnswersOf(value) : std::nullopt;
+    options.answers = answers.value_or(options.answers);
+    return answers.has_value();
+}
+
 std::optional<Options> parse(const std::vector<std::string_view>& arguments) {
     Options options;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const bool hasValue = i + 1 < arguments.size() && !arguments[i + 1].starts_with("--");
-        if (arguments[i] == "--help") {
-            options.help = true;
-        } else if (arguments[i] == "--keep") {
-            options.keep = true;
-        } else if (arguments[i] == "--pipe") {
+        if (readSwitch(arguments[i], options)) {
+            continue;
+        }
+        if (arguments[i] == "--pipe") {
             options.pipe = hasValue ? arguments[++i] : simConnectPipe;
-        } else if (arguments[i] != "--port" || !hasValue || !(options.port = readPort(arguments[++i]))) {
+        } else if (!hasValue || !readValue(arguments[i], arguments[i + 1], options)) {
             return std::nullopt;
+        } else {
+            ++i;
         }
     }
     const bool twoPlaces = options.port && options.pipe;
@@ -111,7 +138,8 @@ bool readCommands(VirtualSimulator& simulator, Printer& printer) {
 int run(const Options& options) {
     const auto begin = std::chrono::steady_clock::now();
     Printer printer;
-    VirtualSimulator simulator;
+    VirtualSimulator simulator({.moduleInstalled = !options.moduleMissing});
+    simulator.setModuleAnswers(options.answers);
     std::string error;
     simulator.setRecordCallback([&](const SimulatorRecord& record) { printer.print(recordAsJson(record, begin)); });
     const bool started = printer.printFirst([&] {

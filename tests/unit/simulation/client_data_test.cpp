@@ -202,19 +202,47 @@ TEST(ClientData, RequestsAreRefusedWithTheirSendIdAndArgument) {
                                                {25, 17, 3}}));
 }
 
-TEST(ClientData, WithoutTheModuleItsAreasDoNotExist) {
-    VirtualSimulatorOptions options;
-    options.moduleInstalled = false;
-    RunningSimulator simulator(Transport::Tcp, options);
+TEST(ClientData, RequestBeforeTheAreaIsMadeStaysDead) {
+    RunningSimulator simulator(Transport::Tcp, {.moduleInstalled = false});
     SimulatorClient client(simulator);
-    client.attach();
-    client.command("MF.Ping");
-    ASSERT_TRUE(client.waitFor(simConnectRecvException));
-    EXPECT_EQ(client.exceptions().front()[0], 31U);
-    simulator.respond("MF.Pong");
-    simulator.setLVarsText("0.5");
+    map(client);
+    for (const std::uint32_t period : {1U, 2U, 3U}) {
+        SimConnect_RequestClientData(client.get(), area, request + period, definition, period, 0, 0, 0, 0);
+    }
+    ASSERT_TRUE(client.settle());
+    simulator.startModule();
+    set(client, 1);
     ASSERT_TRUE(client.settle());
     EXPECT_TRUE(client.messagesOf(simConnectRecvClientData).empty());
+    EXPECT_EQ(client.exceptions().size(), 2U) << "those of settling only";
+    subscribe(client);
+    set(client, 2);
+    ASSERT_TRUE(client.settle());
+    EXPECT_EQ(client.wordsOf(request), Words{2});
+}
+
+TEST(ClientData, DeadRequestEndsTheOneWhoseIdItTakes) {
+    RunningSimulator simulator;
+    SimulatorClient client(simulator);
+    map(client);
+    subscribe(client);
+    SimConnect_MapClientDataNameToID(client.get(), "Nobody", area + 10);
+    SimConnect_RequestClientData(client.get(), area + 10, request, definition, 3, 1, 0, 0, 0);
+    set(client, 1);
+    ASSERT_TRUE(client.settle());
+    EXPECT_TRUE(client.messagesOf(simConnectRecvClientData).empty());
+}
+
+TEST(ClientData, WithoutTheModuleItsAreasCannotBeFilled) {
+    RunningSimulator simulator(Transport::Tcp, {.moduleInstalled = false});
+    SimulatorClient client(simulator);
+    client.attach();
+    simulator.respond("MF.Pong");
+    simulator.setLVarsText("0.5");
+    simulator.sendAsOtherClient("MF.Ping");
+    ASSERT_TRUE(client.settle());
+    EXPECT_TRUE(client.messagesOf(simConnectRecvClientData).empty());
+    EXPECT_TRUE(simulator.texts(SimulatorRecordKind::Command).empty());
 }
 
 TEST(ClientDataAreas, LimitsAreThoseOfTheSimulator) {

@@ -1,5 +1,6 @@
 #include "simulation/mobiflight_module.h"
 
+#include "tests/support/loopback_peer.h"
 #include "tests/unit/simulation/simulator_client.h"
 
 namespace {
@@ -11,6 +12,27 @@ using Words = std::vector<std::uint32_t>;
 constexpr std::string_view lightCode = "MF.SimVars.Add.(L:LIGHTING_POTENTIOMETER_5)";
 constexpr std::uint32_t oneHalf = 0x3F000000;
 constexpr std::uint32_t one = 0x3F800000;
+
+constexpr std::string_view registration = "MF.Clients.Add.VantrelBridgeHID";
+
+// One session of a client that registers, and what it hears of the answer.
+Texts registerOnce(const VirtualSimulator& simulator) {
+    SimulatorClient client(simulator);
+    client.attach();
+    client.command("MF.DummyCmd");
+    client.command(registration);
+    EXPECT_TRUE(client.settle());
+    return client.textsOf(SimulatorClient::responseRequest);
+}
+
+// Writes a command through a definition as wide as the area.
+void commandWhole(const SimulatorClient& client, const std::string& text) {
+    constexpr std::uint32_t wholeArea = 13;
+    std::array<char, 1024> block{};
+    text.copy(block.data(), block.size() - 1);
+    SimConnect_AddToClientDataDefinition(client.get(), wholeArea, 0, block.size(), 0, simConnectUnused);
+    SimConnect_SetClientData(client.get(), SimulatorClient::commandArea, wholeArea, 0, 0, block.size(), block.data());
+}
 
 class MobiFlightModuleTest : public testing::Test {
 protected:
@@ -66,6 +88,79 @@ TEST_F(MobiFlightModuleTest, IdenticalAnswerIsNotDelivered) {
     EXPECT_EQ(simulator.texts(Kind::Command).size(), 2U);
 }
 
+TEST_F(MobiFlightModuleTest, EqualAnswersMakeEachLaterRegistrationUnheard) {
+    EXPECT_EQ(registerOnce(simulator).size(), 1U);
+    EXPECT_EQ(registerOnce(simulator).size(), 0U);
+    EXPECT_EQ(registerOnce(simulator).size(), 0U);
+}
+
+TEST_F(MobiFlightModuleTest, DifferentAnswersAreAllHeard) {
+    constexpr std::size_t moreThanAByteCounts = 300;
+    simulator.setModuleAnswers(ModuleAnswers::Different);
+    EXPECT_EQ(registerOnce(simulator).size(), 1U);
+    EXPECT_EQ(registerOnce(simulator).size(), 1U);
+    EXPECT_EQ(registerOnce(simulator).size(), 1U);
+    for (std::size_t i = 0; i < moreThanAByteCounts; ++i) {
+        client.command("MF.Ping");
+        client.command("MF.DummyCmd");
+    }
+    EXPECT_EQ(responses().size(), 3 + moreThanAByteCounts);
+}
+
+TEST_F(MobiFlightModuleTest, AnswersAsMeasuredMakeTheThirdRegistrationUnheard) {
+    simulator.setModuleAnswers(ModuleAnswers::Measured);
+    EXPECT_EQ(registerOnce(simulator).size(), 1U);
+    EXPECT_EQ(registerOnce(simulator).size(), 1U);
+    EXPECT_EQ(registerOnce(simulator).size(), 0U);
+    simulator.pingModule();
+    EXPECT_EQ(registerOnce(simulator).size(), 1U);
+}
+
+TEST_F(MobiFlightModuleTest, AreasHaveTheSizesOfTheRealOnes) {
+    const std::vector<std::pair<std::string, std::uint32_t>> sizes{
+        {"Command", 1024}, {"Response", 1024}, {"LVars", 4096}, {"StringVars", 8192}};
+    std::uint32_t id = 100;
+    for (const auto& [name, size] : sizes) {
+        const auto takes = [&, area = "MobiFlight." + name](std::uint32_t offset) {
+            std::array<char, 1> byte{};
+            const std::size_t before = client.exceptions().size();
+            SimConnect_MapClientDataNameToID(client.get(), area.c_str(), ++id);
+            SimConnect_AddToClientDataDefinition(client.get(), id, offset, 1, 0, simConnectUnused);
+            SimConnect_SetClientData(client.get(), id, id, 0, 0, 1, byte.data());
+            EXPECT_TRUE(client.settle());
+            // Settling makes one exception of its own.
+            return client.exceptions().size() == before + 1;
+        };
+        EXPECT_TRUE(takes(size - 1)) << name;
+        EXPECT_FALSE(takes(size)) << name;
+    }
+}
+
+TEST_F(MobiFlightModuleTest, CommandIsExecutedCutWhereItsSendersDefinitionEnds) {
+    const std::string longest = "MF.SimVars.Set.1 " + std::string(238, 'x');
+    commandWhole(client, longest + "yz");
+    client.command(longest + "yz");
+    client.command("MF.DummyCmd");
+    client.command(longest);
+    ASSERT_TRUE(client.settle());
+    const std::string cut = "1 " + std::string(238, 'x');
+    EXPECT_EQ(simulator.texts(Kind::Executed), (Texts{cut + "yz", cut, cut}));
+}
+
+TEST_F(MobiFlightModuleTest, PrefixIsFoundAnywhereButCutOffTheFront) {
+    client.command("xMF.SimVars.Set.1 (>K:X)");
+    client.command("xxMF.Clients.Add.Second");
+    simulator.setLVar("A", 1);
+    client.command("MF.(L:A)MF.SimVars.Add.");
+    client.command("x MF.SimVars.Add.(L:A)");
+    EXPECT_EQ(responses(), Texts{"MF.Clients.Add.d.Second.Finished"});
+    EXPECT_EQ(simulator.texts(Kind::Executed), Texts{".1 (>K:X)"});
+    // The code of neither variable is what it was meant to be, but both have their places.
+    client.command(lightCode);
+    simulator.setLVar("LIGHTING_POTENTIOMETER_5", 0.5);
+    EXPECT_EQ(values(2), Words{oneHalf});
+}
+
 TEST_F(MobiFlightModuleTest, RegistersAClientOnTheChannelItAskedOn) {
     client.command("MF.Clients.Add.VantrelBridge");
     EXPECT_EQ(responses(), Texts{"MF.Clients.Add.VantrelBridge.Finished"});
@@ -76,6 +171,14 @@ TEST_F(MobiFlightModuleTest, RegistersAClientOnTheChannelItAskedOn) {
     ASSERT_TRUE(own.settle());
     EXPECT_EQ(own.textsOf(SimulatorClient::responseRequest), Texts{"MF.Pong"});
     EXPECT_EQ(responses().size(), 1U);
+}
+
+TEST_F(MobiFlightModuleTest, RepeatedRegistrationIsAnsweredAgain) {
+    client.command(registration);
+    client.command("MF.Ping");
+    client.command(registration);
+    const std::string confirmation = std::string(registration) + ".Finished";
+    EXPECT_EQ(responses(), (Texts{confirmation, "MF.Pong", confirmation}));
 }
 
 TEST_F(MobiFlightModuleTest, KnownClientKeepsItsVariables) {
@@ -139,13 +242,130 @@ TEST_F(MobiFlightModuleTest, ChangedVariableGoesToItsPlaceOnly) {
     EXPECT_EQ(client.messagesOf(simConnectRecvClientData).back().size(), 40U + 4096U);
 }
 
-TEST_F(MobiFlightModuleTest, CodeThatIsNoVariableIsZero) {
-    simulator.setLVar("A", 1);
-    client.command("MF.SimVars.Add.(A:PLANE ALTITUDE)");
-    client.command("MF.SimVars.Add.(L:A) 2 *");
+TEST_F(MobiFlightModuleTest, AircraftVariableIsToldAsALocalOneIs) {
+    simulator.setAircraftVariable("Light Potentiometer:3", 0.5);
+    client.command("MF.SimVars.Add.(A:LIGHT POTENTIOMETER:3, percent over 100)");
+    EXPECT_EQ(values(), Words{oneHalf});
+    simulator.setAircraftVariable("LIGHT POTENTIOMETER:2", 0.25);
+    simulator.setAircraftVariable("LIGHT POTENTIOMETER:3", 1);
+    EXPECT_EQ(values(), (Words{oneHalf, one}));
+}
+
+TEST_F(MobiFlightModuleTest, ValueIsWrittenWhenItChangesOnly) {
+    constexpr std::uint32_t everySet = 23;
+    SimConnect_RequestClientData(client.get(), SimulatorClient::lvarsArea, everySet, SimulatorClient::lvarsDefinition,
+                                 3, 0, 0, 0, 0);
     client.command("MF.SimVars.Add.(L:A)");
-    EXPECT_EQ(values(0), Words{0});
-    EXPECT_EQ(values(2), Words{one});
+    ASSERT_TRUE(client.settle());
+    simulator.setLVar("A", 1);
+    simulator.setLVar("A", 1);
+    simulator.setLVar("B", 1);
+    ASSERT_TRUE(client.settle());
+    EXPECT_EQ(client.wordsOf(everySet), (Words{0, one}));
+}
+
+TEST_F(MobiFlightModuleTest, AnotherProgramOnTheSharedChannelTakesTheFirstPlace) {
+    simulator.setLVar("LIGHTING_POTENTIOMETER_5", 1);
+    simulator.setLVar("OTHER", 0.5);
+    client.command(lightCode);
+    EXPECT_EQ(values(), Words{one});
+    simulator.sendAsOtherClient("MF.SimVars.Clear");
+    simulator.sendAsOtherClient("MF.SimVars.Add.(L:OTHER)");
+    EXPECT_EQ(values(), (Words{one, 0, oneHalf}));
+    client.command(lightCode);
+    EXPECT_EQ(values(1), (Words{0, 0, 0, one}));
+    EXPECT_EQ(simulator.texts(Kind::Command),
+              (Texts{std::string(lightCode), "MF.SimVars.Clear", "MF.SimVars.Add.(L:OTHER)", std::string(lightCode)}));
+    EXPECT_EQ(simulator.records().back().session, 1U);
+}
+
+TEST_F(MobiFlightModuleTest, StoppedModuleLeavesItsAreasAndForgetsItsClients) {
+    client.command("MF.SimVars.Add.(L:A)");
+    ASSERT_TRUE(client.settle());
+    simulator.stopModule();
+    EXPECT_FALSE(simulator.moduleRunning());
+    client.command("MF.Ping");
+    simulator.setLVar("A", 1);
+    EXPECT_EQ(responses(), Texts());
+    EXPECT_EQ(values(), Words());
+    EXPECT_EQ(simulator.texts(Kind::Command), Texts{"MF.SimVars.Add.(L:A)"});
+    simulator.startModule();
+    client.command("MF.DummyCmd");
+    client.command("MF.Ping");
+    EXPECT_EQ(responses(), (Texts{"A", "MF.Pong"}));
+    EXPECT_EQ(client.wordsOf(SimulatorClient::lvarsRequest), Words());
+    EXPECT_EQ(client.exceptions().size(), 5U) << "those of settling only";
+}
+
+TEST_F(MobiFlightModuleTest, RunningModuleIsNotStartedAgain) {
+    client.command("MF.SimVars.Add.(L:A)");
+    ASSERT_TRUE(client.settle());
+    simulator.startModule();
+    simulator.setLVar("A", 1);
+    EXPECT_EQ(values(), Words{one});
+}
+
+class LateModule : public testing::Test {
+protected:
+    RunningSimulator simulator{Transport::Tcp, {.moduleInstalled = false}};
+};
+
+TEST_F(LateModule, ClientThatAttachedBeforeHearsNothingUntilItAttachesAgain) {
+    SimulatorClient client(simulator);
+    client.attach();
+    client.command("MF.Ping");
+    ASSERT_TRUE(client.waitFor(simConnectRecvException));
+    EXPECT_EQ(client.exceptions().front()[0], 31U);
+    simulator.startModule();
+    EXPECT_TRUE(simulator.moduleRunning());
+    client.command("MF.Version.Get");
+    client.command("MF.SimVars.Add.(L:A)");
+    ASSERT_TRUE(client.settle());
+    simulator.setLVar("A", 1);
+    ASSERT_TRUE(client.settle());
+    EXPECT_TRUE(client.messagesOf(simConnectRecvClientData).empty());
+    EXPECT_EQ(simulator.texts(Kind::Command), (Texts{"MF.Version.Get", "MF.SimVars.Add.(L:A)"}));
+    SimulatorClient again(simulator);
+    again.attach();
+    again.command("MF.Ping");
+    ASSERT_TRUE(again.settle());
+    EXPECT_EQ(again.textsOf(SimulatorClient::responseRequest), Texts{"MF.Pong"});
+}
+
+TEST_F(LateModule, IsLateInTheSimulatorsNextRunToo) {
+    simulator.startModule();
+    simulator.quit();
+    EXPECT_FALSE(simulator.moduleRunning());
+}
+
+// A request with a name from byte 16 on, and words at its end.
+PeerBytes namedRequest(std::initializer_list<std::uint32_t> header, std::string_view name,
+                       std::initializer_list<std::uint32_t> tail) {
+    PeerBytes request = wireWords(header);
+    request.insert(request.end(), name.begin(), name.end());
+    request.resize(16 + 256);
+    const PeerBytes end = wireWords(tail);
+    request.insert(request.end(), end.begin(), end.end());
+    return request;
+}
+
+TEST_F(LateModule, TakesAnAreaAsItIsThatAClientMadeBefore) {
+    const Socket maker = connectSocket("127.0.0.1", simulator.port(), AddressFamily::Ipv4, std::chrono::seconds(30));
+    ASSERT_EQ(maker.send(namedRequest({296, 4, 0xF0000001, 1}, "maker", {0, 0, 0, 0, 0, 0})).count, 296U);
+    ASSERT_EQ(maker.send(namedRequest({276, 4, 0xF0000037, 2}, "MobiFlight.LVars", {7})).count, 276U);
+    ASSERT_EQ(maker.send(wireWords({28, 4, 0xF0000038, 3, 7, 4, 0})).count, 28U);
+    // Made twice: the second time is refused, so the first is done.
+    ASSERT_EQ(maker.send(wireWords({28, 4, 0xF0000038, 4, 7, 4, 0})).count, 28U);
+    ASSERT_TRUE(simulator.waitForKind(Kind::Exception, 1, std::chrono::seconds(30)));
+    simulator.setLVar("A", 1);
+    simulator.setLVar("B", 1);
+    simulator.startModule();
+    SimulatorClient client(simulator);
+    client.attach();
+    client.command("MF.SimVars.Add.(L:A)");
+    client.command("MF.SimVars.Add.(L:B)");
+    ASSERT_TRUE(client.settle());
+    EXPECT_EQ(client.wordsOf(SimulatorClient::lvarsRequest), Words{one});
 }
 
 TEST_F(MobiFlightModuleTest, ClearWritesZerosAndForgets) {

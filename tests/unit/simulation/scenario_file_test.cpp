@@ -209,9 +209,10 @@ TEST(ScenarioFile, EveryStepIsRead) {
                               "> sim drop\n> sim cut\n> sim refuse on\n> sim stall off\n> sim trickle on\n"
                               "> sim delay 1.5s\n> sim raw 00\n> module silent on\n> module refuse off\n"
                               "> module says a b\n> module lvars c d\n> battery off\n> lvar NAME -1.5e3\n> wait 60ms\n"
-                              "> pause 2s\n> say Good bye.\n";
+                              "> avar LIGHT POTENTIOMETER:3 0.4\n> other-client MF.SimVars.Clear\n> module start\n"
+                              "> module stop\n> module answers measured\n> pause 2s\n> say Good bye.\n";
     const Scenario scenario = parsed("board PFD1\ncontrol 21 = HDG\nconsole\n" + lines);
-    EXPECT_EQ(scenario.steps.size(), 35U);
+    EXPECT_EQ(scenario.steps.size(), 40U);
     EXPECT_EQ(std::get<ScenarioInput>(scenario.steps.back()).remark, "Good bye.");
     EXPECT_EQ(std::get<ScenarioInput>(scenario.steps.front()).line, 4U);
 }
@@ -266,6 +267,10 @@ TEST(ScenarioFileErrors, TimesBytesAndSwitches) {
     EXPECT_EQ(errorOf("> sim raw 0\n"),
               "a.scenario:1:11: \"0\" is no row of bytes: pairs of hexadecimal digits were meant to stand here");
     EXPECT_EQ(errorOf("> battery of\n"), "a.scenario:1:11: unknown on or off \"of\"; did you mean \"off\"?");
+    EXPECT_EQ(errorOf("> avar LIGHT POTENTIOMETER:3\n"),
+              "a.scenario:1:14: \"POTENTIOMETER:3\" is no value: a number such as 0.5 was meant to stand here");
+    EXPECT_EQ(errorOf("> module answers same\n"),
+              "a.scenario:1:18: unknown kind of answers \"same\"; known: equal, different, measured");
     EXPECT_EQ(errorOf("> lvar X much\n"),
               "a.scenario:1:10: \"much\" is no value: a number such as 0.5 was meant to stand here");
 }

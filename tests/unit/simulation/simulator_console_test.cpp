@@ -47,6 +47,47 @@ TEST_F(SimulatorConsole, SetsVariablesAndTexts) {
     EXPECT_EQ(client.textsOf(SimulatorClient::responseRequest).back(), "MF.Clients.Add.X.Error");
 }
 
+TEST_F(SimulatorConsole, SetsVariablesOfTheAircraft) {
+    SimulatorClient client(simulator);
+    client.attach();
+    client.command("MF.SimVars.Add.(A:LIGHT POTENTIOMETER:3, percent over 100)");
+    client.command("MF.SimVars.Add.(A:TITLE)");
+    ASSERT_TRUE(client.settle());
+    EXPECT_EQ(run("avar  LIGHT POTENTIOMETER:3  1 "), ConsoleOutcome::Done);
+    EXPECT_EQ(run("avar TITLE -0.5"), ConsoleOutcome::Done);
+    ASSERT_TRUE(client.settle());
+    EXPECT_EQ(client.wordsOf(SimulatorClient::lvarsRequest, 0), (Words{0x3F800000, 0x3F800000}));
+    EXPECT_EQ(client.wordsOf(SimulatorClient::lvarsRequest, 4), (Words{0, 0xBF000000}));
+}
+
+TEST_F(SimulatorConsole, PlaysAnotherProgram) {
+    EXPECT_EQ(run("other-client MF.SimVars.Add.(A:LIGHT POTENTIOMETER:3)"), ConsoleOutcome::Done);
+    EXPECT_EQ(simulator.texts(Kind::Command), (std::vector<std::string>{"MF.SimVars.Add.(A:LIGHT POTENTIOMETER:3)"}));
+}
+
+TEST_F(SimulatorConsole, StopsAndStartsTheModuleAndVariesItsAnswers) {
+    EXPECT_EQ(run("module stop"), ConsoleOutcome::Done);
+    EXPECT_FALSE(simulator.moduleRunning());
+    EXPECT_EQ(run("module start"), ConsoleOutcome::Done);
+    EXPECT_TRUE(simulator.moduleRunning());
+    SimulatorClient client(simulator);
+    client.attach();
+    ASSERT_TRUE(client.settle());
+    const auto pongs = [&] {
+        simulator.pingModule();
+        simulator.sendAsOtherClient("MF.DummyCmd");
+        EXPECT_TRUE(client.settle());
+        return client.textsOf(SimulatorClient::responseRequest).size();
+    };
+    EXPECT_EQ(run("module answers different"), ConsoleOutcome::Done);
+    EXPECT_EQ(pongs(), 1U);
+    EXPECT_EQ(pongs(), 2U);
+    EXPECT_EQ(run("module answers equal"), ConsoleOutcome::Done);
+    EXPECT_EQ(pongs(), 3U);
+    EXPECT_EQ(pongs(), 3U);
+    EXPECT_EQ(run("module answers measured"), ConsoleOutcome::Done);
+}
+
 TEST_F(SimulatorConsole, EndsTheSimulatorAndStartsItAgain) {
     for (const char* line : {"quit", "die"}) {
         SimulatorClient client(simulator);
@@ -114,8 +155,17 @@ TEST_F(SimulatorConsole, WrongArgumentsTellTheUsage) {
         EXPECT_EQ(run(line), ConsoleOutcome::BadCommand) << line;
         EXPECT_TRUE(error.starts_with("Usage: ") && error.ends_with(" on|off")) << error;
     }
-    for (const char* line : {"lvar", "lvar X", "lvar X y", "lvar X 1 2", "light", "light 1x", "late -1", "late nan",
-                             "late 1e99", "text", "respond ", "quit now", "drop 1"}) {
+    for (const char* line : {"lvar",           "lvar X",
+                             "lvar X y",       "lvar X 1 2",
+                             "light",          "light 1x",
+                             "late -1",        "late nan",
+                             "late 1e99",      "text",
+                             "respond ",       "quit now",
+                             "drop 1",         "avar",
+                             "avar 1",         "avar X y",
+                             "other-client",   "module",
+                             "module begin",   "module start now",
+                             "module answers", "module answers same"}) {
         EXPECT_EQ(run(line), ConsoleOutcome::BadCommand) << line;
         EXPECT_TRUE(error.starts_with("Usage: ")) << error;
     }
@@ -123,8 +173,8 @@ TEST_F(SimulatorConsole, WrongArgumentsTellTheUsage) {
 
 TEST_F(SimulatorConsole, HelpNamesEveryCommand) {
     const std::string help = consoleHelp();
-    for (const char* name : {"battery", "lvar", "light", "text", "respond", "quit", "die", "drop", "refuse", "late",
-                             "silent", "error", "stall", "cut", "help", "exit"}) {
+    for (const char* name : {"battery", "lvar", "light", "avar", "other-client", "module", "text", "respond", "quit",
+                             "die", "drop", "refuse", "late", "silent", "error", "stall", "cut", "help", "exit"}) {
         EXPECT_NE(help.find("  " + std::string(name) + " "), std::string::npos) << name;
     }
 }

@@ -169,6 +169,26 @@ TEST(VirtualSimulator, BatterySetBeforeTheSessionIsToldAtOnce) {
     EXPECT_EQ(client.wordsOf(batteryRequest), Words{1});
 }
 
+TEST(VirtualSimulator, EveryBatteryHasItsOwnState) {
+    RunningSimulator simulator;
+    simulator.setAircraftVariable("Electrical Master Battery:1", 1);
+    SimulatorClient client(simulator);
+    for (std::uint32_t number = 1; number <= 3; ++number) {
+        SimConnect_AddToDataDefinition(client.get(), number,
+                                       ("ELECTRICAL MASTER BATTERY:" + std::to_string(number)).c_str(), "Bool", 1, 0,
+                                       simConnectUnused);
+        SimConnect_RequestDataOnSimObject(client.get(), number, number, 0, 3, 1, 0, 0, 0);
+    }
+    ASSERT_TRUE(client.waitFor(simConnectRecvSimobjectData, 3));
+    simulator.setAircraftVariable("LIGHT POTENTIOMETER:3", 1);
+    simulator.setBattery(true);
+    simulator.setAircraftVariable("ELECTRICAL MASTER BATTERY:1", 0);
+    ASSERT_TRUE(client.settle());
+    EXPECT_EQ(client.wordsOf(1), (Words{1, 0}));
+    EXPECT_EQ(client.wordsOf(2), (Words{0, 1}));
+    EXPECT_EQ(client.wordsOf(3), Words{0});
+}
+
 TEST(VirtualSimulator, BatteryComesInTheTypeAskedFor) {
     RunningSimulator simulator;
     simulator.setBattery(true);
