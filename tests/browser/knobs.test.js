@@ -12,12 +12,12 @@ test('an arrow key turns a knob by one detent', async () => {
   const {view} = shared;
   await view.control('PFD', 'HDG').focus();
   await view.page.keyboard.press('ArrowRight');
-  await view.waitForCommand('1 (>K:HEADING_BUG_INC)');
+  await view.waitForCommand('(>K:HEADING_BUG_INC)');
   await view.page.keyboard.press('ArrowDown');
-  await view.waitForCommand('1 (>K:HEADING_BUG_DEC)');
+  await view.waitForCommand('(>K:HEADING_BUG_DEC)');
   assert.deepEqual(await view.commands(), [
-    {kind: 'command', text: '1 (>K:HEADING_BUG_INC)', count: 1},
-    {kind: 'command', text: '1 (>K:HEADING_BUG_DEC)', count: 1},
+    {kind: 'command', text: '(>K:HEADING_BUG_INC)', count: 1},
+    {kind: 'command', text: '(>K:HEADING_BUG_DEC)', count: 1},
   ]);
   assert.equal(await view.control('PFD', 'HDG').getAttribute('aria-valuenow'), '0');
 });
@@ -26,10 +26,10 @@ test('an arrow key with shift is a fast turn, and takes the fast command', async
   const {view} = shared;
   await view.control('PFD', 'HDG').focus();
   await view.page.keyboard.press('Shift+ArrowRight');
-  await view.waitForCommand('10 (>K:HEADING_BUG_INC)');
+  await view.waitForCommand('(A:AUTOPILOT HEADING LOCK DIR, degrees) 10 + dnor near (>K:HEADING_BUG_SET)');
   await lastLog(/controlId=91\(HDG\) value=1 speed=4 mode=0 mfAmount=1 fast=1 rpn=queued/);
   await view.page.keyboard.press('PageDown');
-  await view.waitForCommand('10 (>K:HEADING_BUG_DEC)');
+  await view.waitForCommand('(A:AUTOPILOT HEADING LOCK DIR, degrees) 10 - dnor near (>K:HEADING_BUG_SET)');
 });
 
 test('a fast turn of a knob without a fast command repeats its command', async () => {
@@ -58,7 +58,7 @@ test('a wheel that is spun turns fast', async () => {
     }
   });
   await lastLog(/role=MFD\(ENCODER\) controlId=91\(HDG\) value=\d+ speed=4 mode=1/);
-  await view.waitForCommand('10 (>K:HEADING_BUG_INC)');
+  await view.waitForCommand('(A:AUTOPILOT HEADING LOCK DIR, degrees) 10 + dnor near (>K:HEADING_BUG_SET)');
 });
 
 test('the wheel over a knob does not scroll the page', async () => {

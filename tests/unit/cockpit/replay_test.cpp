@@ -91,11 +91,12 @@ TEST_F(ReplayTest, PlaysALogOfTheBridgeItself) {
     EXPECT_EQ(outcome.code, 0) << outcome.output;
     EXPECT_TRUE(outcome.says("5 reports of 2 boards, played with the sample set")) << outcome.output;
     EXPECT_TRUE(outcome.says("E66138A1B2C3D4E5 press AP")) << outcome.output;
-    EXPECT_TRUE(outcome.says("sim rpn 1 (>K:AP_MASTER)")) << outcome.output;
+    EXPECT_TRUE(outcome.says("sim rpn (>K:AP_MASTER)")) << outcome.output;
     EXPECT_TRUE(outcome.says("E66138A1B2C3D4E5 turn HDG +2")) << outcome.output;
-    EXPECT_TRUE(outcome.says("sim rpn 1 (>K:HEADING_BUG_INC)")) << outcome.output;
+    EXPECT_TRUE(outcome.says("sim rpn (>K:HEADING_BUG_INC)")) << outcome.output;
     EXPECT_TRUE(outcome.says("E66138A1B2C3D4F6 turn HDG +1 speed=4 mode=1")) << outcome.output;
-    EXPECT_TRUE(outcome.says("sim rpn 10 (>K:HEADING_BUG_INC)")) << outcome.output;
+    EXPECT_TRUE(outcome.says("sim rpn (A:AUTOPILOT HEADING LOCK DIR, degrees) 10 + dnor near (>K:HEADING_BUG_SET)"))
+        << outcome.output;
     EXPECT_TRUE(outcome.says("sim rpn (>H:AS1000_MFD_SOFTKEYS_1)")) << outcome.output;
     EXPECT_TRUE(outcome.says("played, 0 lines skipped; the simulator received 5 commands and events"))
         << outcome.output;
@@ -126,8 +127,8 @@ TEST_F(ReplayTest, TellsBadLinesAndPlaysTheOthers) {
     const Outcome outcome = replay(pressLine(0) + "[DEBUG] HID IN device=B bytes=1 data=01\n" + pressLine(1, board, 6));
     EXPECT_EQ(outcome.code, 1);
     EXPECT_TRUE(outcome.says("trace.log:2: skipped: the line's beginning is missing")) << outcome.output;
-    EXPECT_TRUE(outcome.says("sim rpn 1 (>K:AP_MASTER)")) << outcome.output;
-    EXPECT_TRUE(outcome.says("sim rpn 1 (>K:TOGGLE_FLIGHT_DIRECTOR)")) << outcome.output;
+    EXPECT_TRUE(outcome.says("sim rpn (>K:AP_MASTER)")) << outcome.output;
+    EXPECT_TRUE(outcome.says("sim rpn (>K:TOGGLE_FLIGHT_DIRECTOR)")) << outcome.output;
     EXPECT_TRUE(outcome.says("played, 1 lines skipped; the simulator received 2 commands")) << outcome.output;
 }
 
