@@ -1,7 +1,7 @@
 // Holds the schemas, the samples and the gallery against an independent validator and against the program's own verdict.
 //   node check.mjs CONFIG-VERDICT
 // gallery/good: both take the file. gallery/bad: both refuse it, the program with the words of bad/messages.json.
-// gallery/tolerated: the program takes it but passes over a part in silence; the schema is there to say so.
+// gallery/tolerated: the program takes it, and the schema reports what the program would pass over in silence.
 
 import Ajv from 'ajv/dist/2020.js';
 import {execFileSync} from 'node:child_process';
