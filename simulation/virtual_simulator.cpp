@@ -30,7 +30,9 @@ SimConnectEndpoint VirtualSimulator::endpoint() const {
 }
 
 void VirtualSimulator::setBattery(bool on) {
-    setAircraftVariable("ELECTRICAL MASTER BATTERY:2", on ? 1 : 0);
+    for (const char* battery : {"ELECTRICAL MASTER BATTERY:1", "ELECTRICAL MASTER BATTERY:2"}) {
+        setAircraftVariable(battery, on ? 1 : 0);
+    }
 }
 
 void VirtualSimulator::setAircraftVariable(std::string_view name, double value) {

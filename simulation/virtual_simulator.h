@@ -109,7 +109,7 @@ public:
 
     // The aircraft and the module's variables. They outlive sessions, `quit` and `die`.
 
-    /// The aircraft's variable "ELECTRICAL MASTER BATTERY:2". False at first.
+    /// Both of the aircraft's batteries. Off at first.
     void setBattery(bool on);
     /// A variable of the aircraft with its index, such as "LIGHT POTENTIOMETER:3"; 0 at first. Its name's case doesn't
     /// matter. Goes to each client of the module that added "(A:name)" or "(A:name, unit)", whatever the unit;
