@@ -4,6 +4,7 @@
 #include "simconnect/socket.h"
 #include "simconnect/transfer.h"
 
+#include <chrono>
 #include <cstdint>
 #include <span>
 #include <utility>
@@ -26,6 +27,11 @@ public:
     }
     Transfer receive(std::span<std::uint8_t> bytes) {
         return std::visit([&](auto& kind) { return kind.receive(bytes); }, end);
+    }
+    /// Waits until a receive would find something, be it the end, or the limit has passed. It may return earlier. Only
+    /// behind a receive that would block.
+    void awaitData(std::chrono::milliseconds limit) {
+        std::visit([&](auto& kind) { kind.awaitData(limit); }, end);
     }
     /// Tells the peer that nothing more will come; receiving goes on. False: only `close` can tell it, and what was
     /// sent is then still received.

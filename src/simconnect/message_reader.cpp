@@ -33,3 +33,9 @@ std::optional<std::span<std::uint8_t>> MessageReader::next() {
     taken += size;
     return waiting.first(size);
 }
+
+std::optional<std::span<const std::uint8_t>> MessageReader::peek() {
+    const auto message = next();
+    taken -= message ? message->size() : 0;
+    return message;
+}

@@ -20,6 +20,8 @@ public:
 
     /// The next whole message, valid until `prepare`; none when it hasn't come entirely, or when the stream is broken.
     std::optional<std::span<std::uint8_t>> next();
+    /// The same message without taking it: the following `next` gives it again.
+    std::optional<std::span<const std::uint8_t>> peek();
     /// A size that no message can have was found: nothing behind it can be trusted.
     bool broken() const { return isBroken; }
 

@@ -27,6 +27,8 @@ public:
     /// by a later call, to which the same bytes must be given first. Without a pipe both transfers fail.
     Transfer send(std::span<const std::uint8_t> bytes);
     Transfer receive(std::span<std::uint8_t> bytes);
+    /// Waits until a transfer that has begun ends, or the limit has passed. Returns at once when no read has begun.
+    void awaitData(std::chrono::milliseconds limit);
     /// False: one direction of a pipe can't be ended alone.
     static bool endSending() { return false; }
     /// The peer can still receive what was sent, but for a send that would block.

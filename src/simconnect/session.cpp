@@ -1,9 +1,10 @@
 #include "simconnect/session.h"
 
-#include "simconnect/wire.h"
+#include "simconnect/deadline.h"
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <utility>
 
 namespace {
@@ -14,6 +15,19 @@ constexpr std::size_t initialBacklog = 64UL * 1024UL;
 constexpr std::size_t readPiece = 64UL * 1024UL;
 // Keeps one dispatch finite however fast a simulator sends; the rest comes with the next.
 constexpr std::size_t readsPerDispatch = 16;
+
+constexpr std::uint32_t versionMismatch = 5;
+
+// Nothing but OPEN has been sent, so an exception is about it. Anything else comes from a simulator that has agreed.
+OpenOutcome outcomeOf(std::span<const std::uint8_t> firstMessage) {
+    if (SimConnectWire::numberAt(firstMessage, offsetof(SimConnectRecv, dwID)) != simConnectRecvException) {
+        return OpenOutcome::Usable;
+    }
+    const bool hasCode = firstMessage.size() >= sizeof(SimConnectRecv) + sizeof(std::uint32_t);
+    return hasCode && SimConnectWire::numberAt(firstMessage, sizeof(SimConnectRecv)) == versionMismatch
+               ? OpenOutcome::VersionMismatch
+               : OpenOutcome::Refused;
+}
 
 // The session whose dispatch this is, left also when the callback throws.
 class DispatchTurn {
@@ -37,9 +51,34 @@ private:
 
 } // namespace
 
-SimConnectSession::SimConnectSession(ByteStream connected, SessionLimits sessionLimits)
-    : limits(sessionLimits), stream(std::move(connected)) {
+SimConnectSession::SimConnectSession(ByteStream connected, SessionLimits sessionLimits, std::uint32_t protocol)
+    : limits(sessionLimits), protocolVersion(protocol), stream(std::move(connected)) {
     outbound.tail().reserve(initialBacklog);
+}
+
+OpenOutcome SimConnectSession::open(const char* name, std::chrono::milliseconds answerLimit) {
+    const SimConnectResult sent = request([&](auto& out, auto head) { SimConnectWire::appendOpen(out, head, name); });
+    return sent == simConnectOk ? awaitAnswer(answerLimit) : OpenOutcome::Refused;
+}
+
+OpenOutcome SimConnectSession::awaitAnswer(std::chrono::milliseconds limit) {
+    const Clock::time_point deadline = Clock::now() + limit;
+    const std::lock_guard lock(mutex);
+    for (;;) {
+        flush();
+        receive();
+        if (const auto message = inbound.peek()) {
+            return outcomeOf(*message);
+        }
+        if (state != State::Open || inbound.broken()) {
+            return OpenOutcome::Refused;
+        }
+        const int left = millisecondsLeft(deadline);
+        if (left == 0) {
+            return OpenOutcome::Usable;
+        }
+        stream.awaitData(std::chrono::milliseconds(left));
+    }
 }
 
 SimConnectResult SimConnectSession::stateResult() const {

@@ -4,6 +4,7 @@
 #include "simconnect/message_reader.h"
 #include "simconnect/outbound_buffer.h"
 #include "simconnect/simconnect_api.h"
+#include "simconnect/wire.h"
 
 #include <atomic>
 #include <chrono>
@@ -17,6 +18,16 @@ struct SessionLimits {
     std::chrono::milliseconds stall{30000};
     /// So many bytes are waiting: hours of a busy cockpit.
     std::size_t backlog = 16UL * 1024UL * 1024UL;
+};
+
+/// What a simulator made of the request to open a session.
+enum class OpenOutcome {
+    /// It agreed, or has said nothing yet.
+    Usable,
+    /// It doesn't speak the session's version of the protocol; it may speak another.
+    VersionMismatch,
+    /// It refused with another exception, or ended the connection.
+    Refused,
 };
 
 /// Hands the reader's whole messages to `proc` in order, for as long as `proceed` holds. Returns how many.
@@ -38,9 +49,16 @@ std::size_t handOutMessages(MessageReader& reader, SimConnectDispatchProc proc, 
 /// and never blocks. Any thread may call any member.
 class SimConnectSession {
 public:
-    explicit SimConnectSession(ByteStream connected, SessionLimits sessionLimits = {});
+    /// All requests are made in this version of the protocol.
+    explicit SimConnectSession(ByteStream connected, SessionLimits sessionLimits = {},
+                               std::uint32_t protocol = SimConnectWire::protocolVersions.front());
 
-    /// Appends a request, made by `encode(bytes, sendId)`, and sends what the connection takes.
+    /// Sends OPEN under this name, which fits its field, and waits up to the limit for the first message. Whatever
+    /// arrived meanwhile is handed out by the first dispatch. Only as the first call, before other threads have the
+    /// session.
+    OpenOutcome open(const char* name, std::chrono::milliseconds answerLimit);
+
+    /// Appends a request, made by `encode(bytes, head)`, and sends what the connection takes.
     /// simConnectRemoteDisconnect: the link is lost. simConnectInvalidArgument: the session is closed.
     template <typename Encode>
     SimConnectResult request(const Encode& encode) {
@@ -48,7 +66,7 @@ public:
         if (const SimConnectResult result = stateResult(); result != simConnectOk) {
             return result;
         }
-        encode(outbound.tail(), nextSendId++);
+        encode(outbound.tail(), SimConnectWire::RequestHead{nextSendId++, protocolVersion});
         flush();
         return stateResult();
     }
@@ -72,6 +90,7 @@ private:
     };
 
     SimConnectResult dispatchExclusively(SimConnectDispatchProc proc, void* context);
+    OpenOutcome awaitAnswer(std::chrono::milliseconds limit);
 
     // These need the mutex.
     SimConnectResult stateResult() const;
@@ -82,12 +101,13 @@ private:
     void lose();
 
     const SessionLimits limits;
+    const std::uint32_t protocolVersion;
     /// The thread that set it owns `inbound`.
     std::atomic<bool> dispatching{false};
     MessageReader inbound{sizeof(SimConnectRecv)};
 
     /// Guards the members below. Held for one send or for the reads of one dispatch, which never wait; only the loss of
-    /// a pipe may take up to a second.
+    /// a pipe may take up to a second. `open` holds it while it waits, when nobody else has the session.
     std::mutex mutex;
     ByteStream stream;
     std::atomic<State> state{State::Open};

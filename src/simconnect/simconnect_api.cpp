@@ -39,30 +39,35 @@ ByteStream connectTo(const SimConnectEndpoint& endpoint) {
 
 } // namespace
 
-SimConnectResult simConnectOpenAt(SimConnectHandle* handle, const char* name, const SimConnectEndpoint& endpoint) {
+SimConnectResult simConnectOpenAt(SimConnectHandle* handle, const char* name, const SimConnectEndpoint& endpoint,
+                                  SimConnectOpenLimits limits) {
     if (handle == nullptr || !isName(name)) {
         return simConnectInvalidArgument;
     }
     *handle = nullptr;
-    ByteStream stream = connectTo(endpoint);
-    if (!stream.valid()) {
-        return simConnectFail;
+    for (const std::uint32_t protocol : SimConnectWire::protocolVersions) {
+        ByteStream stream = connectTo(endpoint);
+        if (!stream.valid()) {
+            break;
+        }
+        auto session = std::make_shared<SimConnectSession>(std::move(stream), SessionLimits{}, protocol);
+        const OpenOutcome outcome = session->open(name, limits.answer);
+        if (outcome == OpenOutcome::Usable) {
+            *handle = registry().add(std::move(session));
+            return simConnectOk;
+        }
+        if (outcome == OpenOutcome::Refused) {
+            break;
+        }
     }
-    auto session = std::make_shared<SimConnectSession>(std::move(stream));
-    const SimConnectResult result =
-        session->request([&](auto& out, std::uint32_t sendId) { SimConnectWire::appendOpen(out, sendId, name); });
-    if (result != simConnectOk) {
-        return simConnectFail;
-    }
-    *handle = registry().add(std::move(session));
-    return simConnectOk;
+    return simConnectFail;
 }
 
-SimConnectResult simConnectOpenAtFirst(SimConnectHandle* handle, const char* name,
-                                       const SimConnectEndpoints& endpoints) {
+SimConnectResult simConnectOpenAtFirst(SimConnectHandle* handle, const char* name, const SimConnectEndpoints& endpoints,
+                                       SimConnectOpenLimits limits) {
     SimConnectResult result = simConnectFail;
     for (const SimConnectEndpoint& endpoint : endpoints) {
-        result = simConnectOpenAt(handle, name, endpoint);
+        result = simConnectOpenAt(handle, name, endpoint, limits);
         if (result != simConnectFail) {
             break;
         }
@@ -103,8 +108,8 @@ SimConnectResult SimConnect_AddToDataDefinition(SimConnectHandle handle, std::ui
     if (!isName(datumName) || !isName(units)) {
         return simConnectInvalidArgument;
     }
-    return request(handle, [&](auto& out, std::uint32_t sendId) {
-        SimConnectWire::appendAddToDataDefinition(out, sendId, definitionId, datumName, units, datumType, epsilon,
+    return request(handle, [&](auto& out, auto head) {
+        SimConnectWire::appendAddToDataDefinition(out, head, definitionId, datumName, units, datumType, epsilon,
                                                   datumId);
     });
 }
@@ -113,8 +118,8 @@ SimConnectResult SimConnect_RequestDataOnSimObject(SimConnectHandle handle, std:
                                                    std::uint32_t definitionId, std::uint32_t objectId,
                                                    std::uint32_t period, std::uint32_t flags, std::uint32_t origin,
                                                    std::uint32_t interval, std::uint32_t limit) {
-    return request(handle, [&](auto& out, std::uint32_t sendId) {
-        SimConnectWire::appendRequestDataOnSimObject(out, sendId, requestId, definitionId, objectId, period, flags,
+    return request(handle, [&](auto& out, auto head) {
+        SimConnectWire::appendRequestDataOnSimObject(out, head, requestId, definitionId, objectId, period, flags,
                                                      origin, interval, limit);
     });
 }
@@ -126,15 +131,15 @@ SimConnectResult SimConnect_MapClientEventToSimEvent(SimConnectHandle handle, st
     if (!isName(name)) {
         return simConnectInvalidArgument;
     }
-    return request(handle, [&](auto& out, std::uint32_t sendId) {
-        SimConnectWire::appendMapClientEventToSimEvent(out, sendId, eventId, name);
+    return request(handle, [&](auto& out, auto head) {
+        SimConnectWire::appendMapClientEventToSimEvent(out, head, eventId, name);
     });
 }
 
 SimConnectResult SimConnect_TransmitClientEvent(SimConnectHandle handle, std::uint32_t objectId, std::uint32_t eventId,
                                                 std::uint32_t data, std::uint32_t groupId, std::uint32_t flags) {
-    return request(handle, [&](auto& out, std::uint32_t sendId) {
-        SimConnectWire::appendTransmitClientEvent(out, sendId, objectId, eventId, data, groupId, flags);
+    return request(handle, [&](auto& out, auto head) {
+        SimConnectWire::appendTransmitClientEvent(out, head, objectId, eventId, data, groupId, flags);
     });
 }
 
@@ -143,17 +148,16 @@ SimConnectResult SimConnect_MapClientDataNameToID(SimConnectHandle handle, const
     if (!isName(name)) {
         return simConnectInvalidArgument;
     }
-    return request(handle, [&](auto& out, std::uint32_t sendId) {
-        SimConnectWire::appendMapClientDataNameToId(out, sendId, name, clientDataId);
+    return request(handle, [&](auto& out, auto head) {
+        SimConnectWire::appendMapClientDataNameToId(out, head, name, clientDataId);
     });
 }
 
 SimConnectResult SimConnect_AddToClientDataDefinition(SimConnectHandle handle, std::uint32_t definitionId,
                                                       std::uint32_t offset, std::uint32_t sizeOrType, float epsilon,
                                                       std::uint32_t datumId) {
-    return request(handle, [&](auto& out, std::uint32_t sendId) {
-        SimConnectWire::appendAddToClientDataDefinition(out, sendId, definitionId, offset, sizeOrType, epsilon,
-                                                        datumId);
+    return request(handle, [&](auto& out, auto head) {
+        SimConnectWire::appendAddToClientDataDefinition(out, head, definitionId, offset, sizeOrType, epsilon, datumId);
     });
 }
 
@@ -161,9 +165,9 @@ SimConnectResult SimConnect_RequestClientData(SimConnectHandle handle, std::uint
                                               std::uint32_t requestId, std::uint32_t definitionId, std::uint32_t period,
                                               std::uint32_t flags, std::uint32_t origin, std::uint32_t interval,
                                               std::uint32_t limit) {
-    return request(handle, [&](auto& out, std::uint32_t sendId) {
-        SimConnectWire::appendRequestClientData(out, sendId, clientDataId, requestId, definitionId, period, flags,
-                                                origin, interval, limit);
+    return request(handle, [&](auto& out, auto head) {
+        SimConnectWire::appendRequestClientData(out, head, clientDataId, requestId, definitionId, period, flags, origin,
+                                                interval, limit);
     });
 }
 
@@ -174,7 +178,7 @@ SimConnectResult SimConnect_SetClientData(SimConnectHandle handle, std::uint32_t
         return simConnectInvalidArgument;
     }
     const std::span bytes(static_cast<const std::uint8_t*>(data), unitSize);
-    return request(handle, [&](auto& out, std::uint32_t sendId) {
-        SimConnectWire::appendSetClientData(out, sendId, clientDataId, definitionId, flags, bytes);
+    return request(handle, [&](auto& out, auto head) {
+        SimConnectWire::appendSetClientData(out, head, clientDataId, definitionId, flags, bytes);
     });
 }

@@ -14,7 +14,7 @@ using SimConnectHandle = void*;
 using SimConnectResult = std::int32_t;
 
 constexpr SimConnectResult simConnectOk = 0;
-/// Open with nobody listening.
+/// Open with nobody listening, or with a simulator that gives no session.
 constexpr SimConnectResult simConnectFail = static_cast<SimConnectResult>(0x80004005U);
 /// Open with a configuration index that SimConnect.cfg does not hold, or a null argument.
 constexpr SimConnectResult simConnectInvalidArgument = static_cast<SimConnectResult>(0x80070057U);

@@ -264,6 +264,11 @@ Transfer Socket::receive(std::span<std::uint8_t> bytes) const {
     });
 }
 
+void Socket::awaitData(std::chrono::milliseconds limit) const {
+    const std::array<SocketInterest, 1> interest{{{native, true, false}}};
+    waitForSockets(interest, limit);
+}
+
 bool Socket::endSending() const {
     shutdown(nativeOf(native), endSend);
     return true;

@@ -29,6 +29,8 @@ public:
     /// Hands over as many bytes as the system takes. Without a socket both transfers fail.
     Transfer send(std::span<const std::uint8_t> bytes) const;
     Transfer receive(std::span<std::uint8_t> bytes) const;
+    /// Waits until a receive would find something, or the limit has passed.
+    void awaitData(std::chrono::milliseconds limit) const;
     /// Tells the peer that nothing more will come; receiving goes on. True: a socket can.
     bool endSending() const;
     void close();

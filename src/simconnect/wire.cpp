@@ -1,5 +1,6 @@
 #include "simconnect/wire.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <initializer_list>
@@ -7,13 +8,24 @@
 namespace SimConnectWire {
 namespace {
 
-// What a client of this protocol version says of itself in OPEN: the library's name "FSX", back to front, and the
-// version and build that belong to it. Simulators check them against the protocol version.
-constexpr std::uint32_t libraryTag = 0x46535800U;
-constexpr std::uint32_t libraryVersionMajor = 10;
-constexpr std::uint32_t libraryVersionMinor = 0;
-constexpr std::uint32_t libraryBuildMajor = 61259;
-constexpr std::uint32_t libraryBuildMinor = 0;
+// What a client of a protocol version says of itself in OPEN: the generation's name, back to front ("FSX", "KH", "SR"),
+// and the version and build of its library. Simulators check them against the protocol version.
+struct ClientLibrary {
+    std::uint32_t protocol;
+    std::uint32_t tag;
+    std::uint32_t versionMajor;
+    std::uint32_t versionMinor;
+    std::uint32_t buildMajor;
+    std::uint32_t buildMinor;
+};
+
+constexpr std::array<ClientLibrary, protocolVersions.size()> clientLibraries{
+    {{4, 0x46535800U, 10, 0, 61259, 0}, {5, 0x004B4800U, 11, 0, 62651, 3}, {6, 0x00535200U, 12, 2, 282174, 999}}};
+
+const ClientLibrary& clientLibraryOf(std::uint32_t protocol) {
+    const auto* const found = std::ranges::find(clientLibraries, protocol, &ClientLibrary::protocol);
+    return found == clientLibraries.end() ? clientLibraries.front() : *found;
+}
 
 // Client data of one block is an array of one element, in the field that the C function calls reserved.
 constexpr std::uint32_t singleElement = 1;
@@ -24,9 +36,9 @@ void appendNumbers(Bytes& out, std::initializer_list<std::uint32_t> values) {
     }
 }
 
-void appendHead(Bytes& out, RequestType type, std::size_t bodySize, std::uint32_t sendId) {
-    appendNumbers(out, {static_cast<std::uint32_t>(requestHeadSize + bodySize), protocolVersion,
-                        requestTypeMark | static_cast<std::uint32_t>(type), sendId});
+void appendHead(Bytes& out, RequestType type, std::size_t bodySize, RequestHead head) {
+    appendNumbers(out, {static_cast<std::uint32_t>(requestHeadSize + bodySize), head.protocol,
+                        requestTypeMark | static_cast<std::uint32_t>(type), head.sendId});
 }
 
 void appendName(Bytes& out, std::string_view name) {
@@ -52,64 +64,65 @@ std::uint32_t numberAt(std::span<const std::uint8_t> bytes, std::size_t offset) 
            static_cast<std::uint32_t>(bytes[offset + 2]) << 16U | static_cast<std::uint32_t>(bytes[offset + 3]) << 24U;
 }
 
-void appendOpen(Bytes& out, std::uint32_t sendId, std::string_view applicationName) {
-    appendHead(out, openRequest, nameFieldSize + 24, sendId);
+void appendOpen(Bytes& out, RequestHead head, std::string_view applicationName) {
+    appendHead(out, openRequest, nameFieldSize + 24, head);
     appendName(out, applicationName);
-    appendNumbers(out, {0, libraryTag, libraryVersionMajor, libraryVersionMinor, libraryBuildMajor, libraryBuildMinor});
+    const ClientLibrary& library = clientLibraryOf(head.protocol);
+    appendNumbers(out,
+                  {0, library.tag, library.versionMajor, library.versionMinor, library.buildMajor, library.buildMinor});
 }
 
-void appendAddToDataDefinition(Bytes& out, std::uint32_t sendId, std::uint32_t definitionId, std::string_view datumName,
+void appendAddToDataDefinition(Bytes& out, RequestHead head, std::uint32_t definitionId, std::string_view datumName,
                                std::string_view unitsName, std::uint32_t datumType, float epsilon,
                                std::uint32_t datumId) {
-    appendHead(out, addToDataDefinitionRequest, 2 * nameFieldSize + 16, sendId);
+    appendHead(out, addToDataDefinitionRequest, 2 * nameFieldSize + 16, head);
     appendNumber(out, definitionId);
     appendName(out, datumName);
     appendName(out, unitsName);
     appendNumbers(out, {datumType, std::bit_cast<std::uint32_t>(epsilon), datumId});
 }
 
-void appendRequestDataOnSimObject(Bytes& out, std::uint32_t sendId, std::uint32_t requestId, std::uint32_t definitionId,
+void appendRequestDataOnSimObject(Bytes& out, RequestHead head, std::uint32_t requestId, std::uint32_t definitionId,
                                   std::uint32_t objectId, std::uint32_t period, std::uint32_t flags,
                                   std::uint32_t origin, std::uint32_t interval, std::uint32_t limit) {
-    appendHead(out, requestDataOnSimObjectRequest, 32, sendId);
+    appendHead(out, requestDataOnSimObjectRequest, 32, head);
     appendNumbers(out, {requestId, definitionId, objectId, period, flags, origin, interval, limit});
 }
 
-void appendMapClientEventToSimEvent(Bytes& out, std::uint32_t sendId, std::uint32_t eventId,
-                                    std::string_view eventName) {
-    appendHead(out, mapClientEventToSimEventRequest, 4 + nameFieldSize, sendId);
+void appendMapClientEventToSimEvent(Bytes& out, RequestHead head, std::uint32_t eventId, std::string_view eventName) {
+    appendHead(out, mapClientEventToSimEventRequest, 4 + nameFieldSize, head);
     appendNumber(out, eventId);
     appendName(out, eventName);
 }
 
-void appendTransmitClientEvent(Bytes& out, std::uint32_t sendId, std::uint32_t objectId, std::uint32_t eventId,
+void appendTransmitClientEvent(Bytes& out, RequestHead head, std::uint32_t objectId, std::uint32_t eventId,
                                std::uint32_t data, std::uint32_t groupId, std::uint32_t flags) {
-    appendHead(out, transmitClientEventRequest, 20, sendId);
+    appendHead(out, transmitClientEventRequest, 20, head);
     appendNumbers(out, {objectId, eventId, data, groupId, flags});
 }
 
-void appendMapClientDataNameToId(Bytes& out, std::uint32_t sendId, std::string_view name, std::uint32_t clientDataId) {
-    appendHead(out, mapClientDataNameToIdRequest, nameFieldSize + 4, sendId);
+void appendMapClientDataNameToId(Bytes& out, RequestHead head, std::string_view name, std::uint32_t clientDataId) {
+    appendHead(out, mapClientDataNameToIdRequest, nameFieldSize + 4, head);
     appendName(out, name);
     appendNumber(out, clientDataId);
 }
 
-void appendAddToClientDataDefinition(Bytes& out, std::uint32_t sendId, std::uint32_t definitionId, std::uint32_t offset,
+void appendAddToClientDataDefinition(Bytes& out, RequestHead head, std::uint32_t definitionId, std::uint32_t offset,
                                      std::uint32_t sizeOrType, float epsilon, std::uint32_t datumId) {
-    appendHead(out, addToClientDataDefinitionRequest, 20, sendId);
+    appendHead(out, addToClientDataDefinitionRequest, 20, head);
     appendNumbers(out, {definitionId, offset, sizeOrType, std::bit_cast<std::uint32_t>(epsilon), datumId});
 }
 
-void appendRequestClientData(Bytes& out, std::uint32_t sendId, std::uint32_t clientDataId, std::uint32_t requestId,
+void appendRequestClientData(Bytes& out, RequestHead head, std::uint32_t clientDataId, std::uint32_t requestId,
                              std::uint32_t definitionId, std::uint32_t period, std::uint32_t flags,
                              std::uint32_t origin, std::uint32_t interval, std::uint32_t limit) {
-    appendHead(out, requestClientDataRequest, 32, sendId);
+    appendHead(out, requestClientDataRequest, 32, head);
     appendNumbers(out, {clientDataId, requestId, definitionId, period, flags, origin, interval, limit});
 }
 
-void appendSetClientData(Bytes& out, std::uint32_t sendId, std::uint32_t clientDataId, std::uint32_t definitionId,
+void appendSetClientData(Bytes& out, RequestHead head, std::uint32_t clientDataId, std::uint32_t definitionId,
                          std::uint32_t flags, std::span<const std::uint8_t> data) {
-    appendHead(out, setClientDataRequest, 20 + data.size(), sendId);
+    appendHead(out, setClientDataRequest, 20 + data.size(), head);
     appendNumbers(out, {clientDataId, definitionId, flags, singleElement, static_cast<std::uint32_t>(data.size())});
     out.insert(out.end(), data.begin(), data.end());
 }

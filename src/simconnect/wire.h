@@ -1,8 +1,9 @@
 #pragma once
 
-// The requests of the simulator's network protocol, version 4, byte by byte. Each function appends one whole request
-// to `out`. All numbers are little-endian; names lie in fixed, zero-padded fields.
+// The requests of the simulator's network protocol, byte by byte. Each function appends one whole request to `out`. All
+// numbers are little-endian; names lie in fixed, zero-padded fields.
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -11,8 +12,9 @@
 
 namespace SimConnectWire {
 
-/// The generation of the protocol that every simulator in use still takes and that has all requests made here.
-constexpr std::uint32_t protocolVersion = 4;
+/// The versions of the protocol that a client can open a session with, in the order in which it tries them. Every
+/// simulator known takes the first; its requests and messages are the same in all of them.
+constexpr std::array<std::uint32_t, 3> protocolVersions{4, 5, 6};
 /// Size, protocol version, type and send id.
 constexpr std::size_t requestHeadSize = 16;
 /// A name's field. A name must be shorter, so that its field ends in a zero byte.
@@ -39,27 +41,34 @@ enum RequestType : std::uint32_t {
 
 using Bytes = std::vector<std::uint8_t>;
 
+/// What a request's head holds besides its size and type.
+struct RequestHead {
+    /// Counts a session's requests.
+    std::uint32_t sendId = 0;
+    /// One of `protocolVersions`, the same in all requests of a session.
+    std::uint32_t protocol = protocolVersions.front();
+};
+
 /// Whether a name fits its field.
 bool fitsNameField(std::string_view name);
 
-void appendOpen(Bytes& out, std::uint32_t sendId, std::string_view applicationName);
-void appendAddToDataDefinition(Bytes& out, std::uint32_t sendId, std::uint32_t definitionId, std::string_view datumName,
+void appendOpen(Bytes& out, RequestHead head, std::string_view applicationName);
+void appendAddToDataDefinition(Bytes& out, RequestHead head, std::uint32_t definitionId, std::string_view datumName,
                                std::string_view unitsName, std::uint32_t datumType, float epsilon,
                                std::uint32_t datumId);
-void appendRequestDataOnSimObject(Bytes& out, std::uint32_t sendId, std::uint32_t requestId, std::uint32_t definitionId,
+void appendRequestDataOnSimObject(Bytes& out, RequestHead head, std::uint32_t requestId, std::uint32_t definitionId,
                                   std::uint32_t objectId, std::uint32_t period, std::uint32_t flags,
                                   std::uint32_t origin, std::uint32_t interval, std::uint32_t limit);
-void appendMapClientEventToSimEvent(Bytes& out, std::uint32_t sendId, std::uint32_t eventId,
-                                    std::string_view eventName);
-void appendTransmitClientEvent(Bytes& out, std::uint32_t sendId, std::uint32_t objectId, std::uint32_t eventId,
+void appendMapClientEventToSimEvent(Bytes& out, RequestHead head, std::uint32_t eventId, std::string_view eventName);
+void appendTransmitClientEvent(Bytes& out, RequestHead head, std::uint32_t objectId, std::uint32_t eventId,
                                std::uint32_t data, std::uint32_t groupId, std::uint32_t flags);
-void appendMapClientDataNameToId(Bytes& out, std::uint32_t sendId, std::string_view name, std::uint32_t clientDataId);
-void appendAddToClientDataDefinition(Bytes& out, std::uint32_t sendId, std::uint32_t definitionId, std::uint32_t offset,
+void appendMapClientDataNameToId(Bytes& out, RequestHead head, std::string_view name, std::uint32_t clientDataId);
+void appendAddToClientDataDefinition(Bytes& out, RequestHead head, std::uint32_t definitionId, std::uint32_t offset,
                                      std::uint32_t sizeOrType, float epsilon, std::uint32_t datumId);
-void appendRequestClientData(Bytes& out, std::uint32_t sendId, std::uint32_t clientDataId, std::uint32_t requestId,
+void appendRequestClientData(Bytes& out, RequestHead head, std::uint32_t clientDataId, std::uint32_t requestId,
                              std::uint32_t definitionId, std::uint32_t period, std::uint32_t flags,
                              std::uint32_t origin, std::uint32_t interval, std::uint32_t limit);
-void appendSetClientData(Bytes& out, std::uint32_t sendId, std::uint32_t clientDataId, std::uint32_t definitionId,
+void appendSetClientData(Bytes& out, RequestHead head, std::uint32_t clientDataId, std::uint32_t definitionId,
                          std::uint32_t flags, std::span<const std::uint8_t> data);
 
 /// Appends a number in the wire's order.

@@ -20,6 +20,8 @@ Transfer Pipe::receive(std::span<std::uint8_t> /*bytes*/) {
     return {};
 }
 
+void Pipe::awaitData(std::chrono::milliseconds /*limit*/) {}
+
 void Pipe::close() {
     native.reset();
 }

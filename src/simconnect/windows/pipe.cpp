@@ -205,6 +205,12 @@ Transfer Pipe::receive(std::span<std::uint8_t> bytes) {
     return {piece.empty() ? TransferStatus::WouldBlock : TransferStatus::Done, piece.size()};
 }
 
+void Pipe::awaitData(std::chrono::milliseconds limit) {
+    if (valid() && native->read.pending) {
+        native->collect(static_cast<DWORD>(limit.count()));
+    }
+}
+
 void Pipe::close() {
     if (valid() && !native->shut()) {
         // Given up for good: the system may still write to it.

@@ -39,6 +39,25 @@ TEST(MessageReader, GivesManyMessagesOfOnePiece) {
     EXPECT_FALSE(reader.next());
 }
 
+TEST(MessageReader, PeekGivesAMessageWithoutTakingIt) {
+    MessageReader reader(12);
+    EXPECT_FALSE(reader.peek());
+    const PeerBytes message = simulatorMessage(2, PeerBytes(20, 0x11));
+    feed(reader, std::span(message).first(20));
+    EXPECT_FALSE(reader.peek());
+    feed(reader, std::span(message).subspan(20));
+    for (int i = 0; i < 2; ++i) {
+        const auto peeked = reader.peek();
+        ASSERT_TRUE(peeked);
+        EXPECT_EQ(PeerBytes(peeked->begin(), peeked->end()), message);
+    }
+    EXPECT_EQ(nextOf(reader), message);
+    EXPECT_FALSE(reader.peek());
+    feed(reader, wireWords({11, 4, 2}));
+    EXPECT_FALSE(reader.peek());
+    EXPECT_TRUE(reader.broken());
+}
+
 TEST(MessageReader, PutsAMessageTogetherByteByByte) {
     MessageReader reader(12);
     const PeerBytes message = simulatorMessage(2, PeerBytes(296, 0x11));

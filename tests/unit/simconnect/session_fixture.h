@@ -36,16 +36,15 @@ protected:
     }
 
     SimConnectResult transmit(std::uint32_t event) {
-        return session->request([&](auto& out, std::uint32_t sendId) {
-            SimConnectWire::appendTransmitClientEvent(out, sendId, 0, event, 0, 1, 0x10);
-        });
+        return session->request(
+            [&](auto& out, auto head) { SimConnectWire::appendTransmitClientEvent(out, head, 0, event, 0, 1, 0x10); });
     }
 
     /// A block of client data, filled with a byte that tells its number.
     SimConnectResult setData(std::uint32_t number, std::size_t size) {
         const std::vector<std::uint8_t> data(size, static_cast<std::uint8_t>(number));
         return session->request(
-            [&](auto& out, std::uint32_t sendId) { SimConnectWire::appendSetClientData(out, sendId, 1, 1, 0, data); });
+            [&](auto& out, auto head) { SimConnectWire::appendSetClientData(out, head, 1, 1, 0, data); });
     }
 
     SimConnectResult dispatch() { return session->dispatch(&MessageLog::dispatchProc, &log); }

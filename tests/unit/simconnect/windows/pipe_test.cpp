@@ -78,7 +78,7 @@ protected:
     SimConnectResult setData(std::size_t size) {
         const std::vector<std::uint8_t> data(size, 7);
         return session->request(
-            [&](auto& out, std::uint32_t sendId) { SimConnectWire::appendSetClientData(out, sendId, 1, 1, 0, data); });
+            [&](auto& out, auto head) { SimConnectWire::appendSetClientData(out, head, 1, 1, 0, data); });
     }
     bool dispatchUntil(std::size_t count) {
         return waitUntil([&] {
@@ -108,14 +108,16 @@ TEST(PipeOpen, FailsOnAPipeWhoseInstancesAreAllTaken) {
 
 TEST(PipeOpen, WaitsForAnInstanceThatIsMadeMeanwhile) {
     LoopbackPeer peer(Transport::Pipe);
+    // Nobody answers.
+    constexpr SimConnectOpenLimits noWait{milliseconds(0)};
     SimConnectHandle first = nullptr;
     SimConnectHandle second = nullptr;
-    ASSERT_EQ(simConnectOpenAt(&first, "first", peer.endpoint()), simConnectOk);
+    ASSERT_EQ(simConnectOpenAt(&first, "first", peer.endpoint(), noWait), simConnectOk);
     std::thread accepting([&] {
         std::this_thread::sleep_for(milliseconds(100));
         EXPECT_TRUE(peer.accept());
     });
-    EXPECT_EQ(simConnectOpenAt(&second, "second", peer.endpoint()), simConnectOk);
+    EXPECT_EQ(simConnectOpenAt(&second, "second", peer.endpoint(), noWait), simConnectOk);
     accepting.join();
     SimConnect_Close(first);
     SimConnect_Close(second);
