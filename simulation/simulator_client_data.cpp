@@ -1,4 +1,4 @@
-// The half of SimulatorSession that serves client data areas.
+// The part of SimulatorSession that serves client data areas.
 
 #include "simconnect/simconnect_api.h"
 #include "simconnect/wire.h"
@@ -7,7 +7,9 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -17,7 +19,6 @@ constexpr std::uint32_t periodNever = 0;
 constexpr std::uint32_t periodOnce = 1;
 constexpr std::uint32_t lastPeriod = 4;
 
-constexpr std::uint32_t taggedData = 1;
 constexpr std::uint32_t behindThePrevious = 0xFFFFFFFFU;
 constexpr std::size_t mostRequests = 1000;
 constexpr std::size_t mostPieces = 1000;
@@ -80,7 +81,8 @@ void SimulatorSession::addToAreaDefinition(const Request& request) {
         refuse(request, SimulatorExceptions::outOfBounds, 2);
         return;
     }
-    definition.push_back({offset, *size});
+    const bool hasId = request.bytes.size() >= 36;
+    definition.push_back({offset, *size, hasId ? request.number(32) : simConnectUnused});
 }
 
 void SimulatorSession::clearAreaDefinition(const Request& request) {
@@ -123,7 +125,7 @@ void SimulatorSession::beginAreaRequest(std::uint32_t requestId, AreaRequest wan
         // What the area holds already is no set.
         return;
     }
-    sendArea(requestId, kept, areaBytes(areaDefinitions[kept.definition], area->bytes));
+    sendArea(requestId, kept, areaValues(areaDefinitions[kept.definition], area->bytes), {});
     if (kept.period == periodOnce) {
         areaRequests.erase(requestId);
     }
@@ -135,19 +137,17 @@ void SimulatorSession::areaWritten(const ClientDataArea& area, std::span<const s
         if (definition == areaDefinitions.end() || lowerCaseName(request.area) != lowerCaseName(area.name)) {
             continue;
         }
-        const std::vector<std::uint8_t> bytes = areaBytes(definition->second, area.bytes);
         const bool onSet = request.period == simConnectClientDataPeriodOnSet;
-        const bool same = bytes == (onSet ? areaBytes(definition->second, before) : request.lastSent);
-        if (!same || (request.flags & simConnectRequestFlagChanged) == 0) {
-            sendArea(requestId, request, bytes);
-        }
+        sendArea(requestId, request, areaValues(definition->second, area.bytes),
+                 onSet ? areaValues(definition->second, before) : request.lastSent);
     }
 }
 
-void SimulatorSession::sendArea(std::uint32_t requestId, AreaRequest& request, std::span<const std::uint8_t> bytes) {
+void SimulatorSession::sendArea(std::uint32_t requestId, AreaRequest& request, DataValues values,
+                                const DataValues& before) {
     sendData(simConnectRecvClientData, requestId, 0, request.definition, request.flags,
-             areaDefinitions[request.definition].size(), bytes);
-    request.lastSent.assign(bytes.begin(), bytes.end());
+             payloadOf(values, before, request.flags));
+    request.lastSent = std::move(values);
 }
 
 void SimulatorSession::setArea(const Request& request) {
@@ -162,48 +162,37 @@ void SimulatorSession::setArea(const Request& request) {
         return;
     }
     const ClientDataArea* const area = world.areas.find(name->second);
-    const auto data = request.bytes.subspan(36);
     if (area == nullptr || !fits(definition->second, area->bytes.size())) {
         refuse(request, SimulatorExceptions::outOfBounds, 1);
     } else if (area->onlyWriter != 0 && area->onlyWriter != ownNumber) {
         refuse(request, SimulatorExceptions::illegalOperation, 1);
-    } else if ((request.number(24) & taggedData) != 0) {
-        // Tagged data, of which no client of the module makes use, aren't simulated.
-        refuse(request, SimulatorExceptions::illegalOperation, 3);
-    } else if (request.number(32) != sizeOf(definition->second) || data.size() < sizeOf(definition->second)) {
-        refuse(request, SimulatorExceptions::sizeMismatch, 5);
     } else {
-        writeArea(name->second, definition->second, data);
+        std::vector<DatumShape> shapes;
+        std::ranges::transform(definition->second, std::back_inserter(shapes), [](const AreaPiece& piece) {
+            return DatumShape{piece.id, piece.size};
+        });
+        if (const auto values = setValues(request, shapes)) {
+            writeArea(name->second, definition->second, *values);
+        }
     }
 }
 
 void SimulatorSession::writeArea(std::string_view name, const AreaDefinition& definition,
-                                 std::span<const std::uint8_t> data) {
+                                 const std::vector<SetValue>& values) {
     const auto change = [&](std::span<std::uint8_t> block) {
-        for (const AreaPiece& piece : definition) {
-            std::copy_n(data.begin(), piece.size, block.begin() + piece.offset);
-            data = data.subspan(piece.size);
+        for (const SetValue& value : values) {
+            std::ranges::copy(value.bytes, block.begin() + definition[value.datum].offset);
         }
     };
     world.areas.write(name, change, ownNumber);
 }
 
-std::vector<std::uint8_t> SimulatorSession::areaBytes(const AreaDefinition& definition,
-                                                      std::span<const std::uint8_t> block) {
-    std::vector<std::uint8_t> bytes;
+DataValues SimulatorSession::areaValues(const AreaDefinition& definition, std::span<const std::uint8_t> block) {
+    DataValues values;
     for (const AreaPiece& piece : definition) {
-        const std::vector<std::uint8_t> part = bytesOf(block, piece.offset, piece.size);
-        bytes.insert(bytes.end(), part.begin(), part.end());
+        values.push_back({piece.id, bytesOf(block, piece.offset, piece.size)});
     }
-    return bytes;
-}
-
-std::size_t SimulatorSession::sizeOf(const AreaDefinition& definition) {
-    std::size_t size = 0;
-    for (const AreaPiece& piece : definition) {
-        size += piece.size;
-    }
-    return size;
+    return values;
 }
 
 bool SimulatorSession::fits(const AreaDefinition& definition, std::size_t areaSize) {

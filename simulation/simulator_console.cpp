@@ -116,7 +116,21 @@ bool delay(VirtualSimulator& simulator, Words words) {
     return true;
 }
 
-const std::array<Command, 17> commands{{
+bool takeProtocols(VirtualSimulator& simulator, Words words) {
+    const std::optional<double> oldest = words.size() == 2 ? numberOf(words[0]) : std::nullopt;
+    const std::optional<double> newest = words.size() == 2 ? numberOf(words[1]) : std::nullopt;
+    const auto isVersion = [](double number) {
+        return number == std::floor(number) && number >= VirtualSimulator::oldestProtocol &&
+               number <= VirtualSimulator::newestProtocol;
+    };
+    if (!oldest || !newest || !isVersion(*oldest) || !isVersion(*newest) || *oldest > *newest) {
+        return false;
+    }
+    simulator.takeProtocols(static_cast<std::uint32_t>(*oldest), static_cast<std::uint32_t>(*newest));
+    return true;
+}
+
+const std::array<Command, 19> commands{{
     {"battery", "on|off", "switches the battery",
      [](VirtualSimulator& simulator, Words words, std::string_view) {
          return setSwitch(words, [&](bool on) { simulator.setBattery(on); });
@@ -157,6 +171,12 @@ const std::array<Command, 17> commands{{
      [](VirtualSimulator& simulator, Words words, std::string_view) {
          return setSwitch(words, [&](bool on) { simulator.refuseOpens(on); });
      }},
+    {"hangup", "on|off", "closes connections when their clients introduce themselves",
+     [](VirtualSimulator& simulator, Words words, std::string_view) {
+         return setSwitch(words, [&](bool on) { simulator.hangUpOnOpens(on); });
+     }},
+    {"protocols", "OLDEST NEWEST", "takes only clients of these protocol versions, of 2 to 6",
+     [](VirtualSimulator& simulator, Words words, std::string_view) { return takeProtocols(simulator, words); }},
     {"late", "MILLISECONDS", "handles what new clients send only after this time",
      [](VirtualSimulator& simulator, Words words, std::string_view) { return delay(simulator, words); }},
     {"module", "start|stop|answers equal|different|measured",

@@ -17,6 +17,10 @@ SimulatorServer::SimulatorServer(const VirtualSimulatorOptions& simulatorOptions
     : options(simulatorOptions), wakeSocket(makeWakeSocket()) {
     shared.areas.setListener([this](const ClientDataArea& area, std::span<const std::uint8_t> before,
                                     std::uint32_t session) { areaWritten(area, before, session); });
+    shared.setAircraftVariable = [this](std::string_view name, double value) { setAircraftVariable(name, value); };
+    shared.fire = [this](const FiredEvent& event) {
+        forEachSession([&](SimulatorSession& session) { session.eventFired(event); });
+    };
     renewWorld();
 }
 
@@ -75,6 +79,14 @@ void SimulatorServer::setRefusing(bool refuse) {
         listener.close();
     } else {
         listenAgain();
+    }
+}
+
+void SimulatorServer::setAircraftVariable(std::string_view name, double value) {
+    if (shared.variables.aircraft(name) != value) {
+        shared.variables.setAircraft(name, value);
+        forEachSession([](SimulatorSession& session) { session.variablesChanged(); });
+        mobiflight.variablesChanged();
     }
 }
 

@@ -69,6 +69,7 @@ public:
         }
     }
     void setRefusing(bool refuse);
+    void setAircraftVariable(std::string_view name, double value);
     /// What a simulator's end leaves behind for the next run: no areas and no module clients but its own.
     void renewWorld();
     SimulatorConduct& conduct() { return behaviour; }

@@ -12,8 +12,6 @@ namespace {
 
 using SimConnectWire::appendNumber;
 
-constexpr std::uint32_t oldestProtocol = 2;
-constexpr std::uint32_t newestProtocol = 6;
 // Data come in one message each: entry 1 out of 1.
 constexpr std::uint32_t onlyEntry = 1;
 
@@ -70,18 +68,34 @@ void SimulatorSession::serve() {
     }
 }
 
+bool SimulatorSession::isUserObject(std::uint32_t object) {
+    return object == simConnectObjectIdUser || object == userObject;
+}
+
 const SimulatorSession::Handler* SimulatorSession::handlerOf(std::uint32_t type) {
     using namespace SimConnectWire;
     using Self = SimulatorSession;
     // Smallest sizes leave out what the oldest clients don't send: epsilon and datum id of an area's definition, and
     // what stands behind the flags of a request.
-    static constexpr std::array<Handler, 12> handlers{{
+    static constexpr std::array<Handler, 24> handlers{{
         {openRequest, 272, &Self::open},
         {mapClientEventToSimEventRequest, 276, &Self::mapClientEvent},
         {transmitClientEventRequest, 36, &Self::transmitClientEvent},
+        {transmitClientEventEx1Request, 52, &Self::transmitClientEventEx1},
+        {addClientEventToNotificationGroupRequest, 24, &Self::addToGroup},
+        {removeClientEventRequest, 24, &Self::removeFromGroup},
+        {setNotificationGroupPriorityRequest, 24, &Self::setGroupPriority},
+        {clearNotificationGroupRequest, 20, &Self::clearGroup},
+        {requestNotificationGroupRequest, 20, &Self::requestGroup},
+        {subscribeToSystemEventRequest, 276, &Self::subscribeToSystemEvent},
+        {unsubscribeFromSystemEventRequest, 20, &Self::unsubscribeFromSystemEvent},
+        {setSystemEventStateRequest, 24, &Self::setSystemEventState},
+        {requestSystemStateRequest, 276, &Self::requestSystemState},
         {addToDataDefinitionRequest, 536, &Self::addToDataDefinition},
         {clearDataDefinitionRequest, 20, &Self::clearDataDefinition},
         {requestDataOnSimObjectRequest, 36, &Self::requestData},
+        {requestDataOnSimObjectTypeRequest, 32, &Self::requestDataByType},
+        {setDataOnSimObjectRequest, 36, &Self::setData},
         {mapClientDataNameToIdRequest, 276, &Self::mapAreaName},
         {createClientDataRequest, 28, &Self::createArea},
         {addToClientDataDefinitionRequest, 28, &Self::addToAreaDefinition},
@@ -95,17 +109,18 @@ const SimulatorSession::Handler* SimulatorSession::handlerOf(std::uint32_t type)
     return found == handlers.end() ? nullptr : found;
 }
 
-// Types that aren't known are let pass: clients use more of the interface than is simulated here.
+// Clients use more of the interface than is simulated here: they get an exception, so that they don't wait for ever.
 void SimulatorSession::handle(const Request& request) {
-    const Handler* const handler = handlerOf(request.number(8));
-    if (handler == nullptr) {
+    if (!connection.live()) {
+        // It was refused a session, or hung up on, by a request before.
         return;
     }
+    const Handler* const handler = handlerOf(request.number(8));
     if (!isOpen) {
         // Answers are in the client's version, refusals too.
         protocol = request.number(4);
     }
-    if (request.bytes.size() < handler->smallest) {
+    if (handler == nullptr || request.bytes.size() < handler->smallest) {
         refuse(request, SimulatorExceptions::error, 0);
     } else if (!isOpen && handler->type != SimConnectWire::openRequest) {
         refuse(request, SimulatorExceptions::unopened, 0);
@@ -119,8 +134,13 @@ void SimulatorSession::open(const Request& request) {
         refuse(request, SimulatorExceptions::error, 0);
         return;
     }
-    if (protocol < oldestProtocol || protocol > newestProtocol) {
+    if (world.opening.hangsUp) {
+        connection.finish();
+        return;
+    }
+    if (protocol < world.opening.oldestProtocol || protocol > world.opening.newestProtocol) {
         refuse(request, SimulatorExceptions::versionMismatch, 4);
+        connection.finish();
         return;
     }
     isOpen = true;
@@ -142,15 +162,34 @@ void SimulatorSession::sendMessage(std::uint32_t id, std::span<const std::uint8_
 }
 
 void SimulatorSession::sendData(std::uint32_t messageId, std::uint32_t requestId, std::uint32_t objectId,
-                                std::uint32_t definitionId, std::uint32_t flags, std::size_t datumCount,
-                                std::span<const std::uint8_t> payload) {
+                                std::uint32_t definitionId, std::uint32_t flags, const DataPayload& payload) {
+    if (payload.count == 0) {
+        return;
+    }
     SimConnectWire::Bytes body;
     for (const std::uint32_t word :
-         {requestId, objectId, definitionId, flags, onlyEntry, onlyEntry, static_cast<std::uint32_t>(datumCount)}) {
+         {requestId, objectId, definitionId, flags, onlyEntry, onlyEntry, static_cast<std::uint32_t>(payload.count)}) {
         appendNumber(body, word);
     }
-    body.insert(body.end(), payload.begin(), payload.end());
+    body.insert(body.end(), payload.bytes.begin(), payload.bytes.end());
     sendMessage(messageId, body);
+}
+
+std::optional<std::vector<SetValue>> SimulatorSession::setValues(const Request& request,
+                                                                 std::span<const DatumShape> definition) {
+    const auto block = request.bytes.subspan(36);
+    const std::size_t size = request.number(32);
+    if (size > block.size()) {
+        refuse(request, SimulatorExceptions::sizeMismatch, 5);
+        return std::nullopt;
+    }
+    SetValues set = valuesOf(block.first(size), definition, (request.number(24) & setFlagTagged) != 0);
+    if (set.fault == BlockFault::WrongSize) {
+        refuse(request, SimulatorExceptions::sizeMismatch, 5);
+    } else if (set.fault == BlockFault::UnknownDatum) {
+        refuse(request, SimulatorExceptions::datumId, 6);
+    }
+    return set.fault ? std::nullopt : std::optional(std::move(set.values));
 }
 
 void SimulatorSession::sendQuit() {

@@ -1,4 +1,4 @@
-// The half of SimulatorSession that serves simulation variables and client events.
+// The part of SimulatorSession that serves simulation variables.
 
 #include "simconnect/simconnect_api.h"
 #include "simconnect/wire.h"
@@ -7,12 +7,13 @@
 
 #include <algorithm>
 #include <bit>
+#include <iterator>
+#include <utility>
 
 namespace {
 
 // With any number: a battery that the aircraft hasn't got is off.
 constexpr std::string_view batteryName = "electrical master battery:";
-constexpr std::uint32_t userObject = 1;
 
 constexpr std::uint32_t typeInt32 = 1;
 constexpr std::uint32_t typeInt64 = 2;
@@ -23,28 +24,16 @@ constexpr std::uint32_t periodNever = 0;
 constexpr std::uint32_t periodOnce = 1;
 constexpr std::uint32_t lastPeriod = 4;
 
-constexpr std::size_t mostEventNames = 1000;
-constexpr std::size_t mostRequests = 1000;
+// Kinds of objects: the user's, all, aircraft; then helicopters, boats, ground vehicles.
+constexpr std::uint32_t typeAircraft = 2;
+constexpr std::uint32_t lastObjectType = 5;
 
-bool isUserObject(std::uint32_t object) {
-    return object == simConnectObjectIdUser || object == userObject;
-}
+constexpr std::uint32_t simobjectDataByTypeMessage = 9;
+constexpr std::size_t mostRequests = 1000;
 
 bool isBooleanUnit(std::string_view unit) {
     const std::string lower = lowerCaseName(unit);
     return lower == "bool" || lower == "boolean" || lower == "number" || lower.empty();
-}
-
-// A simulator's own events are words of letters, digits and underscores; with a dot, a name is a client's own and any
-// will do; with a number sign it is an event's number; without anything it is private to the client.
-bool isEventName(std::string_view name) {
-    if (name.find('.') != std::string_view::npos || name.starts_with('#')) {
-        return true;
-    }
-    return std::all_of(name.begin(), name.end(), [](char letter) {
-        return letter == '_' || (letter >= '0' && letter <= '9') || (letter >= 'A' && letter <= 'Z') ||
-               (letter >= 'a' && letter <= 'z');
-    });
 }
 
 void appendWide(SimConnectWire::Bytes& out, std::uint64_t value) {
@@ -52,49 +41,31 @@ void appendWide(SimConnectWire::Bytes& out, std::uint64_t value) {
     SimConnectWire::appendNumber(out, static_cast<std::uint32_t>(value >> 32U));
 }
 
-void appendDatum(SimConnectWire::Bytes& out, std::uint32_t type, bool value) {
+std::vector<std::uint8_t> datumBytes(std::uint32_t type, bool value) {
+    SimConnectWire::Bytes bytes;
     switch (type) {
     case typeInt64:
-        appendWide(out, value ? 1 : 0);
+        appendWide(bytes, value ? 1 : 0);
         break;
     case typeFloat32:
-        SimConnectWire::appendNumber(out, std::bit_cast<std::uint32_t>(value ? 1.0F : 0.0F));
+        SimConnectWire::appendNumber(bytes, std::bit_cast<std::uint32_t>(value ? 1.0F : 0.0F));
         break;
     case typeFloat64:
-        appendWide(out, std::bit_cast<std::uint64_t>(value ? 1.0 : 0.0));
+        appendWide(bytes, std::bit_cast<std::uint64_t>(value ? 1.0 : 0.0));
         break;
     default:
-        SimConnectWire::appendNumber(out, value ? 1 : 0);
+        SimConnectWire::appendNumber(bytes, value ? 1 : 0);
         break;
     }
+    return bytes;
+}
+
+// In each of the types, zero is all zero bytes.
+bool isTrue(std::span<const std::uint8_t> bytes) {
+    return std::ranges::any_of(bytes, [](std::uint8_t byte) { return byte != 0; });
 }
 
 } // namespace
-
-void SimulatorSession::mapClientEvent(const Request& request) {
-    const std::uint32_t event = request.number(16);
-    const std::string name = request.name(20);
-    if (events.contains(event)) {
-        refuse(request, SimulatorExceptions::eventIdDuplicate, 1);
-    } else if (!isEventName(name)) {
-        refuse(request, SimulatorExceptions::nameUnrecognized, 2);
-    } else if (events.size() == mostEventNames) {
-        refuse(request, SimulatorExceptions::tooManyEventNames, 0);
-    } else {
-        events[event] = name;
-    }
-}
-
-void SimulatorSession::transmitClientEvent(const Request& request) {
-    const auto event = events.find(request.number(20));
-    if (!isUserObject(request.number(16))) {
-        refuse(request, SimulatorExceptions::unrecognizedId, 1);
-    } else if (event == events.end()) {
-        refuse(request, SimulatorExceptions::unrecognizedId, 2);
-    } else {
-        world.records.add(record(SimulatorRecordKind::ClientEvent, event->second, request.number(24)));
-    }
-}
 
 void SimulatorSession::addToDataDefinition(const Request& request) {
     const std::string name = request.name(20);
@@ -106,7 +77,8 @@ void SimulatorSession::addToDataDefinition(const Request& request) {
     } else if (type < typeInt32 || type > typeFloat64) {
         refuse(request, SimulatorExceptions::invalidDataType, 4);
     } else {
-        definitions[request.number(16)].push_back({name, type});
+        const bool hasId = request.bytes.size() >= 544;
+        definitions[request.number(16)].push_back({name, type, hasId ? request.number(540) : simConnectUnused});
     }
 }
 
@@ -133,7 +105,7 @@ void SimulatorSession::requestData(const Request& request) {
     } else {
         world.records.add(record(SimulatorRecordKind::Subscribed, definition->second.front().name, wanted.period));
         VariableRequest& kept = requests[requestId] = wanted;
-        sendVariables(requestId, kept, true);
+        sendVariables(requestId, kept);
         if (wanted.period == periodOnce) {
             requests.erase(requestId);
         }
@@ -142,27 +114,61 @@ void SimulatorSession::requestData(const Request& request) {
 
 void SimulatorSession::variablesChanged() {
     for (auto& [requestId, request] : requests) {
-        sendVariables(requestId, request, (request.flags & simConnectRequestFlagChanged) == 0);
+        sendVariables(requestId, request);
     }
 }
 
-void SimulatorSession::sendVariables(std::uint32_t requestId, VariableRequest& request, bool evenIfSame) {
+void SimulatorSession::sendVariables(std::uint32_t requestId, VariableRequest& request) {
     const auto definition = definitions.find(request.definition);
     if (definition == definitions.end()) {
         return;
     }
-    std::vector<std::uint8_t> payload = variableBytes(definition->second);
-    if (evenIfSame || payload != request.lastSent) {
-        sendData(simConnectRecvSimobjectData, requestId, request.object, request.definition, request.flags,
-                 definition->second.size(), payload);
-        request.lastSent = std::move(payload);
+    DataValues values = variableValues(definition->second);
+    sendData(simConnectRecvSimobjectData, requestId, request.object, request.definition, request.flags,
+             payloadOf(values, request.lastSent, request.flags));
+    request.lastSent = std::move(values);
+}
+
+DataValues SimulatorSession::variableValues(const Definition& definition) const {
+    DataValues values;
+    for (const Datum& datum : definition) {
+        values.push_back({datum.id, datumBytes(datum.type, world.variables.aircraft(datum.name) != 0)});
+    }
+    return values;
+}
+
+// The only object here is the user's aircraft.
+void SimulatorSession::requestDataByType(const Request& request) {
+    const std::uint32_t definitionId = request.number(20);
+    const std::uint32_t type = request.number(28);
+    const auto definition = definitions.find(definitionId);
+    if (definition == definitions.end()) {
+        refuse(request, SimulatorExceptions::unrecognizedId, 2);
+    } else if (type > lastObjectType) {
+        refuse(request, SimulatorExceptions::invalidEnum, 4);
+    } else if (type > typeAircraft) {
+        refuse(request, SimulatorExceptions::error, 4);
+    } else {
+        sendData(simobjectDataByTypeMessage, request.number(16), userObject, definitionId, 0,
+                 payloadOf(variableValues(definition->second), {}, 0));
     }
 }
 
-std::vector<std::uint8_t> SimulatorSession::variableBytes(const std::vector<Datum>& data) const {
-    SimConnectWire::Bytes bytes;
-    for (const Datum& datum : data) {
-        appendDatum(bytes, datum.type, world.variables.aircraft(datum.name) != 0);
+void SimulatorSession::setData(const Request& request) {
+    const auto definition = definitions.find(request.number(16));
+    if (definition == definitions.end()) {
+        refuse(request, SimulatorExceptions::unrecognizedId, 1);
+    } else if (!isUserObject(request.number(20))) {
+        refuse(request, SimulatorExceptions::unrecognizedId, 2);
+    } else if (request.number(28) > 1) {
+        refuse(request, SimulatorExceptions::invalidArray, 4);
+    } else {
+        std::vector<DatumShape> shapes;
+        std::ranges::transform(definition->second, std::back_inserter(shapes), [](const Datum& datum) {
+            return DatumShape{datum.id, datumBytes(datum.type, false).size()};
+        });
+        for (const SetValue& value : setValues(request, shapes).value_or(std::vector<SetValue>())) {
+            world.setAircraftVariable(definition->second[value.datum].name, isTrue(value.bytes) ? 1 : 0);
+        }
     }
-    return bytes;
 }

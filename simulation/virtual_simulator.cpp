@@ -36,14 +36,7 @@ void VirtualSimulator::setBattery(bool on) {
 }
 
 void VirtualSimulator::setAircraftVariable(std::string_view name, double value) {
-    impl->control([&] {
-        VariableValues& variables = impl->world().variables;
-        if (variables.aircraft(name) != value) {
-            variables.setAircraft(name, value);
-            impl->forEachSession([](SimulatorSession& session) { session.variablesChanged(); });
-            impl->module().variablesChanged();
-        }
-    });
+    impl->control([&] { impl->setAircraftVariable(name, value); });
 }
 
 void VirtualSimulator::setLVar(std::string_view name, double value) {
@@ -116,6 +109,17 @@ bool VirtualSimulator::moduleRunning() const {
 
 void VirtualSimulator::setModuleAnswers(ModuleAnswers answers) {
     impl->control([&] { impl->module().setAnswers(answers); });
+}
+
+void VirtualSimulator::hangUpOnOpens(bool hangUp) {
+    impl->control([&] { impl->world().opening.hangsUp = hangUp; });
+}
+
+void VirtualSimulator::takeProtocols(std::uint32_t oldest, std::uint32_t newest) {
+    impl->control([&] {
+        impl->world().opening.oldestProtocol = oldest;
+        impl->world().opening.newestProtocol = newest;
+    });
 }
 
 void VirtualSimulator::silenceModule(bool silent) {

@@ -149,6 +149,11 @@ public:
     bool moduleRunning() const;
     /// Equal at first.
     void setModuleAnswers(ModuleAnswers answers);
+    /// True: connections are accepted, and closed when the client introduces itself (OPEN), without an answer.
+    void hangUpOnOpens(bool hangUp);
+    /// Only clients of these versions of the protocol get a session; others get VERSION_MISMATCH and their connection
+    /// is closed. All versions there are at first.
+    void takeProtocols(std::uint32_t oldest, std::uint32_t newest);
     /// The module takes commands, which are recorded, but neither answers nor delivers values.
     void silenceModule(bool silent);
     /// The module answers "MF.Clients.Add.<name>" with "….Error" in place of "….Finished".
@@ -189,6 +194,10 @@ public:
                      std::chrono::milliseconds timeout = defaultTimeout) const;
     /// Waits until exactly `count` connections are open.
     bool waitForSessionCount(std::size_t count, std::chrono::milliseconds timeout = defaultTimeout) const;
+
+    /// The versions of the protocol that there are.
+    static constexpr std::uint32_t oldestProtocol = 2;
+    static constexpr std::uint32_t newestProtocol = 6;
 
     /// Long enough for a busy machine under a sanitizer.
     static constexpr std::chrono::milliseconds defaultTimeout{10000};

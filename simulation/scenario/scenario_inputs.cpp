@@ -220,6 +220,9 @@ Action parseSimSwitch(ScenarioLine& line, std::string_view word) {
         line.end();
         return [on](ScenarioPlayer& player) { player.cockpit().refuseSessions(on); };
     }
+    if (word == "hangup") {
+        return switchOf(line, [](VirtualSimulator& simulator, bool on) { simulator.hangUpOnOpens(on); });
+    }
     if (word == "stall") {
         return switchOf(line, [](VirtualSimulator& simulator, bool on) { simulator.stopReading(on); });
     }
@@ -246,12 +249,28 @@ Action parseSimEvent(ScenarioLine& line, std::string_view word) {
     return [](ScenarioPlayer& player) { player.cockpit().simulator().cutMessage(); };
 }
 
+Action parseProtocols(ScenarioLine& line) {
+    constexpr long first = VirtualSimulator::oldestProtocol;
+    constexpr long last = VirtualSimulator::newestProtocol;
+    const long oldest = line.number("oldest protocol version", first, last);
+    const long newest = line.number("newest protocol version", oldest, last);
+    line.end();
+    return [oldest, newest](ScenarioPlayer& player) {
+        player.cockpit().simulator().takeProtocols(static_cast<std::uint32_t>(oldest),
+                                                   static_cast<std::uint32_t>(newest));
+    };
+}
+
 Action parseSim(ScenarioLine& line, const Scenario&) {
-    static constexpr std::array<std::string_view, 11> known{"start",  "vanish", "quit",    "die",   "drop", "cut",
-                                                            "refuse", "stall",  "trickle", "delay", "raw"};
+    static constexpr std::array<std::string_view, 13> known{"start", "vanish", "quit",     "die",    "drop",
+                                                            "cut",   "refuse", "stall",    "hangup", "trickle",
+                                                            "delay", "raw",    "protocols"};
     const std::size_t word = line.choice("thing that the simulator does", known);
     if (known[word] == "raw") {
         return [bytes = line.hexBytes()](ScenarioPlayer& player) { player.cockpit().simulator().sendRaw(bytes); };
+    }
+    if (known[word] == "protocols") {
+        return parseProtocols(line);
     }
     if (known[word] == "delay") {
         const auto time = line.duration();

@@ -168,6 +168,27 @@ TEST(ClientData, DefinitionOfSeveralPiecesIsOneBlock) {
     EXPECT_EQ(Bytes(message.begin() + 40, message.end()), (Bytes{7, 8, 0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 0, 0}));
 }
 
+TEST(ClientData, TaggedDataTravelBehindTheirIds) {
+    RunningSimulator simulator;
+    SimulatorClient client(simulator);
+    SimConnect_MapClientDataNameToID(client.get(), "MobiFlight.LVars", area);
+    SimConnect_AddToClientDataDefinition(client.get(), definition, 8, 2, 0, 70);
+    SimConnect_AddToClientDataDefinition(client.get(), definition, 4, 1, 0, 71);
+    // Changed ones only.
+    subscribe(client, 3, 3);
+    Bytes both{71, 0, 0, 0, 1, 70, 0, 0, 0, 2, 3};
+    SimConnect_SetClientData(client.get(), area, definition, 1, 0, 11, both.data());
+    Bytes one{71, 0, 0, 0, 9};
+    SimConnect_SetClientData(client.get(), area, definition, 1, 0, 5, one.data());
+    ASSERT_TRUE(client.settle());
+    const auto messages = client.messagesOf(simConnectRecvClientData);
+    ASSERT_EQ(messages.size(), 2U);
+    EXPECT_EQ(MessageLog::wordOf(messages[0], 36), 2U);
+    EXPECT_EQ(Bytes(messages[0].begin() + 40, messages[0].end()), (Bytes{70, 0, 0, 0, 2, 3, 71, 0, 0, 0, 1}));
+    EXPECT_EQ(MessageLog::wordOf(messages[1], 36), 1U);
+    EXPECT_EQ(Bytes(messages[1].begin() + 40, messages[1].end()), one);
+}
+
 TEST(ClientData, RequestsAreRefusedWithTheirSendIdAndArgument) {
     RunningSimulator simulator;
     SimulatorClient client(simulator);
@@ -186,7 +207,7 @@ TEST(ClientData, RequestsAreRefusedWithTheirSendIdAndArgument) {
     SimConnect_SetClientData(client.get(), 50, definition, 0, 0, 4, data.data());   // 14: nobody made it
     SimConnect_SetClientData(client.get(), area, 52, 0, 0, 4, data.data());         // 15: beyond the area
     SimConnect_SetClientData(client.get(), area, definition, 0, 0, 5, data.data()); // 16: wrong size
-    SimConnect_SetClientData(client.get(), area, definition, 1, 0, 4, data.data()); // 17: tagged
+    SimConnect_SetClientData(client.get(), area, definition, 1, 0, 4, data.data()); // 17: no such datum
     ASSERT_TRUE(client.waitFor(simConnectRecvException, 12));
     EXPECT_EQ(client.exceptions(), (Exceptions{{29, 4, 2},
                                                {19, 6, 3},
@@ -199,7 +220,7 @@ TEST(ClientData, RequestsAreRefusedWithTheirSendIdAndArgument) {
                                                {31, 14, 1},
                                                {31, 15, 1},
                                                {2, 16, 5},
-                                               {25, 17, 3}}));
+                                               {30, 17, 6}}));
 }
 
 TEST(ClientData, RequestBeforeTheAreaIsMadeStaysDead) {

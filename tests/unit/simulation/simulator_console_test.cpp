@@ -113,6 +113,17 @@ TEST_F(SimulatorConsole, DropsAndCutsSessions) {
     EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectFail);
 }
 
+TEST_F(SimulatorConsole, ChoosesWhoseSessionsItTakes) {
+    EXPECT_EQ(run("protocols 2 3"), ConsoleOutcome::Done);
+    EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectFail);
+    EXPECT_EQ(run("protocols 6 6"), ConsoleOutcome::Done);
+    EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectOk);
+    EXPECT_EQ(run("hangup on"), ConsoleOutcome::Done);
+    EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectFail);
+    EXPECT_EQ(run("hangup off"), ConsoleOutcome::Done);
+    EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectOk);
+}
+
 TEST_F(SimulatorConsole, ChangesHowTheSimulatorTreatsItsClients) {
     EXPECT_EQ(run("late 100"), ConsoleOutcome::Done);
     const auto begin = std::chrono::steady_clock::now();
@@ -155,17 +166,35 @@ TEST_F(SimulatorConsole, WrongArgumentsTellTheUsage) {
         EXPECT_EQ(run(line), ConsoleOutcome::BadCommand) << line;
         EXPECT_TRUE(error.starts_with("Usage: ") && error.ends_with(" on|off")) << error;
     }
-    for (const char* line : {"lvar",           "lvar X",
-                             "lvar X y",       "lvar X 1 2",
-                             "light",          "light 1x",
-                             "late -1",        "late nan",
-                             "late 1e99",      "text",
-                             "respond ",       "quit now",
-                             "drop 1",         "avar",
-                             "avar 1",         "avar X y",
-                             "other-client",   "module",
-                             "module begin",   "module start now",
-                             "module answers", "module answers same"}) {
+    for (const char* line : {"lvar",
+                             "lvar X",
+                             "lvar X y",
+                             "lvar X 1 2",
+                             "light",
+                             "light 1x",
+                             "late -1",
+                             "late nan",
+                             "late 1e99",
+                             "protocols",
+                             "protocols 5",
+                             "protocols 6 5",
+                             "protocols 1 4",
+                             "protocols 4 7",
+                             "protocols 4 5.5",
+                             "hangup",
+                             "text",
+                             "respond ",
+                             "quit now",
+                             "drop 1",
+                             "avar",
+                             "avar 1",
+                             "avar X y",
+                             "other-client",
+                             "module",
+                             "module begin",
+                             "module start now",
+                             "module answers",
+                             "module answers same"}) {
         EXPECT_EQ(run(line), ConsoleOutcome::BadCommand) << line;
         EXPECT_TRUE(error.starts_with("Usage: ")) << error;
     }
@@ -173,8 +202,9 @@ TEST_F(SimulatorConsole, WrongArgumentsTellTheUsage) {
 
 TEST_F(SimulatorConsole, HelpNamesEveryCommand) {
     const std::string help = consoleHelp();
-    for (const char* name : {"battery", "lvar", "light", "avar", "other-client", "module", "text", "respond", "quit",
-                             "die", "drop", "refuse", "late", "silent", "error", "stall", "cut", "help", "exit"}) {
+    for (const char* name :
+         {"battery", "lvar",   "light",     "avar", "other-client", "module", "text",  "respond", "quit", "die", "drop",
+          "refuse",  "hangup", "protocols", "late", "silent",       "error",  "stall", "cut",     "help", "exit"}) {
         EXPECT_NE(help.find("  " + std::string(name) + " "), std::string::npos) << name;
     }
 }

@@ -90,6 +90,33 @@ TEST_P(VirtualSimulatorFaults, RefusedOpensFailAndOpenSessionsStay) {
     EXPECT_TRUE(again.waitFor(simConnectRecvOpen));
 }
 
+TEST_P(VirtualSimulatorFaults, HungUpOpensFailAndOpenSessionsStay) {
+    RunningSimulator simulator(GetParam());
+    SimulatorClient client(simulator);
+    ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
+    simulator.hangUpOnOpens(true);
+    EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectFail);
+    EXPECT_EQ(simulator.texts(Kind::Connected).size(), 2U);
+    EXPECT_TRUE(client.settle());
+    simulator.hangUpOnOpens(false);
+    SimulatorClient again(simulator);
+    EXPECT_TRUE(again.waitFor(simConnectRecvOpen));
+}
+
+TEST_P(VirtualSimulatorFaults, ClientOfAnotherProtocolComesBackInOneThatIsTaken) {
+    RunningSimulator simulator(GetParam());
+    for (const std::uint32_t protocol : {5U, 6U}) {
+        simulator.clearRecords();
+        simulator.takeProtocols(protocol, protocol);
+        SimulatorClient client(simulator);
+        ASSERT_TRUE(simulator.waitForKind(Kind::Opened));
+        EXPECT_EQ(simulator.records().back().value, protocol);
+        EXPECT_TRUE(client.settle());
+    }
+    simulator.takeProtocols(2, 3);
+    EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectFail);
+}
+
 TEST_P(VirtualSimulatorFaults, RefusalBeforeStartDoesNothing) {
     VirtualSimulator simulator;
     simulator.refuseOpens(false);

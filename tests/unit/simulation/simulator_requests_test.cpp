@@ -1,0 +1,224 @@
+// Requests that the bridge's own client library doesn't make, as other clients do.
+
+#include "simulation/simulator_event_names.h"
+#include "simulation/simulator_exceptions.h"
+#include "tests/unit/simulation/raw_client.h"
+#include "tests/unit/simulation/simulator_client.h"
+
+namespace {
+
+using namespace SimConnectWire;
+namespace Exceptions = SimulatorExceptions;
+
+constexpr std::uint32_t eventEx1 = 27;
+constexpr std::uint32_t simobjectDataByType = 9;
+constexpr std::uint32_t systemState = 15;
+constexpr std::uint32_t unknownGroup = 0xFFFFFFFF;
+constexpr std::uint32_t group = 5;
+constexpr std::uint32_t event = 6;
+
+/// A client that listens for an event in a group.
+void listen(RawClient& client, std::string_view name) {
+    client.requestByName(mapClientEventToSimEventRequest, event, name);
+    client.request(addClientEventToNotificationGroupRequest, {group, event, 0});
+    client.request(setNotificationGroupPriorityRequest, {group, 1});
+}
+
+/// Defines the battery as INT32 under a definition's id.
+void defineBattery(RawClient& client, std::uint32_t definition, std::uint32_t datum) {
+    PeerBytes body = wireWords({definition});
+    const std::string_view name = "ELECTRICAL MASTER BATTERY:2";
+    body.insert(body.end(), name.begin(), name.end());
+    body.resize(4 + 2 * nameFieldSize);
+    const PeerBytes tail = wireWords({simConnectDataTypeInt32, 0, datum});
+    body.insert(body.end(), tail.begin(), tail.end());
+    client.request(addToDataDefinitionRequest, body);
+}
+
+TEST(SimulatorEventName, IsKnownInAnyCase) {
+    EXPECT_TRUE(isSimulatorEvent("AP_MASTER"));
+    EXPECT_TRUE(isSimulatorEvent("ap_master"));
+    EXPECT_TRUE(isSimulatorEvent("ZOOM_OUT"));
+    EXPECT_FALSE(isSimulatorEvent("AP_MASTERS"));
+    EXPECT_FALSE(isSimulatorEvent(""));
+}
+
+TEST(SimulatorEvents, UnknownNameIsRefusedUnlessItIsCustomOrANumber) {
+    RunningSimulator simulator;
+    RawClient client(simulator);
+    client.requestByName(mapClientEventToSimEventRequest, 1, "AP_MASTR");
+    client.expectException(Exceptions::nameUnrecognized, 2);
+    client.requestByName(mapClientEventToSimEventRequest, 1, "MobiFlight.AP_MASTR");
+    client.requestByName(mapClientEventToSimEventRequest, 2, "#65752");
+    client.requestByName(mapClientEventToSimEventRequest, 3, "");
+    client.expectNothing();
+}
+
+TEST(SimulatorEvents, ReachEveryoneWhoListensForTheName) {
+    RunningSimulator simulator;
+    RawClient listener(simulator);
+    listen(listener, "ap_master");
+    listener.expectNothing();
+    RawClient sender(simulator);
+    listen(sender, "AP_MASTER");
+    sender.request(transmitClientEventRequest, {0, event, 9, 1, 0x10});
+    sender.expect(simConnectRecvEvent, {group, event, 9});
+    listener.expect(simConnectRecvEvent, {group, event, 9});
+    sender.request(transmitClientEventEx1Request, {0, event, 1, 0x10, 11, 12, 13, 14, 15});
+    listener.expect(eventEx1, {group, event, 11, 12, 13, 14, 15});
+}
+
+TEST(SimulatorEvents, ReachNobodyWhoHasStoppedListening) {
+    RunningSimulator simulator;
+    RawClient client(simulator);
+    client.requestByName(mapClientEventToSimEventRequest, event, "AP_MASTER");
+    client.request(transmitClientEventRequest, {0, event, 0, 1, 0x10});
+    client.request(addClientEventToNotificationGroupRequest, {group, event, 0});
+    // Without a priority the group hears nothing.
+    client.request(transmitClientEventRequest, {0, event, 0, 1, 0x10});
+    client.expectNothing();
+    client.request(setNotificationGroupPriorityRequest, {group, 1});
+    client.request(removeClientEventRequest, {group, event});
+    client.request(transmitClientEventRequest, {0, event, 0, 1, 0x10});
+    client.request(addClientEventToNotificationGroupRequest, {group, event, 0});
+    client.request(clearNotificationGroupRequest, {group});
+    client.request(transmitClientEventRequest, {0, event, 0, 1, 0x10});
+    client.expectNothing();
+}
+
+TEST(SimulatorEvents, PrivateOnesReachNobody) {
+    RunningSimulator simulator;
+    RawClient listener(simulator);
+    listen(listener, "");
+    RawClient sender(simulator);
+    sender.requestByName(mapClientEventToSimEventRequest, event, "");
+    sender.request(transmitClientEventRequest, {0, event, 0, 1, 0x10});
+    sender.expectNothing();
+    listener.expectNothing();
+}
+
+TEST(SimulatorEvents, GroupRequestsAreRefusedWithTheirArgument) {
+    RunningSimulator simulator;
+    RawClient client(simulator);
+    client.request(addClientEventToNotificationGroupRequest, {group, event, 0});
+    client.expectException(Exceptions::unrecognizedId, 2);
+    for (const std::uint32_t type : {removeClientEventRequest, setNotificationGroupPriorityRequest,
+                                     clearNotificationGroupRequest, requestNotificationGroupRequest}) {
+        client.request(type, {group, event, 0});
+        client.expectException(Exceptions::unrecognizedId, 1);
+    }
+    listen(client, "AP_MASTER");
+    client.request(requestNotificationGroupRequest, {group, 0, 0});
+    client.request(removeClientEventRequest, {group, 99});
+    client.expectException(Exceptions::unrecognizedId, 2);
+    for (std::uint32_t number = 100; number < 119; ++number) {
+        client.request(addClientEventToNotificationGroupRequest, {number, event, 0});
+    }
+    client.request(addClientEventToNotificationGroupRequest, {200, event, 0});
+    client.expectException(Exceptions::tooManyGroups, 1);
+}
+
+TEST(SystemEvents, StateIsToldAtOnce) {
+    RunningSimulator simulator;
+    RawClient client(simulator);
+    client.requestByName(subscribeToSystemEventRequest, 1, "Sim");
+    client.expect(simConnectRecvEvent, {unknownGroup, 1, 1});
+    client.requestByName(subscribeToSystemEventRequest, 2, "pause");
+    client.expect(simConnectRecvEvent, {unknownGroup, 2, 0});
+    client.requestByName(subscribeToSystemEventRequest, 3, "AircraftLoaded");
+    client.request(setSystemEventStateRequest, {3, 0});
+    client.request(unsubscribeFromSystemEventRequest, {3});
+    client.requestByName(mapClientEventToSimEventRequest, 3, "AP_MASTER");
+    client.expectNothing();
+}
+
+TEST(SystemEvents, RequestsAreRefusedWithTheirArgument) {
+    RunningSimulator simulator;
+    RawClient client(simulator);
+    client.requestByName(subscribeToSystemEventRequest, 1, "NoSuchEvent");
+    client.expectException(Exceptions::nameUnrecognized, 2);
+    // There are no frames here.
+    client.requestByName(subscribeToSystemEventRequest, 1, "Frame");
+    client.expectException(Exceptions::error, 2);
+    client.request(unsubscribeFromSystemEventRequest, {1});
+    client.expectException(Exceptions::unrecognizedId, 1);
+    client.request(setSystemEventStateRequest, {1, 0});
+    client.expectException(Exceptions::unrecognizedId, 1);
+    client.requestByName(subscribeToSystemEventRequest, 1, "SimStop");
+    client.request(setSystemEventStateRequest, {1, 2});
+    client.expectException(Exceptions::invalidEnum, 2);
+    client.requestByName(mapClientEventToSimEventRequest, 1, "AP_MASTER");
+    client.expectException(Exceptions::eventIdDuplicate, 1);
+}
+
+TEST(SystemState, IsAnswered) {
+    RunningSimulator simulator;
+    RawClient client(simulator);
+    client.requestByName(requestSystemStateRequest, 7, "Sim");
+    PeerBytes body = wireWords({7, 1, 0});
+    body.resize(12 + 260);
+    client.expect(systemState, body);
+    client.requestByName(requestSystemStateRequest, 8, "FlightLoaded");
+    const PeerBytes answer = client.next();
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(&answer.at(24))), "Virtual.flt");
+    client.requestByName(requestSystemStateRequest, 9, "NoSuchState");
+    client.expectException(Exceptions::nameUnrecognized, 2);
+}
+
+TEST(SimulatorVariables, ComeTaggedWhenAskedFor) {
+    RunningSimulator simulator;
+    RawClient client(simulator);
+    defineBattery(client, 1, 70);
+    defineBattery(client, 1, 71);
+    client.request(requestDataOnSimObjectRequest, {2, 1, 0, simConnectPeriodSimFrame, 3, 0, 0, 0});
+    client.expect(simConnectRecvSimobjectData, {2, 0, 1, 3, 1, 1, 2, 70, 0, 71, 0});
+    simulator.setBattery(true);
+    client.expect(simConnectRecvSimobjectData, {2, 0, 1, 3, 1, 1, 2, 70, 1, 71, 1});
+}
+
+TEST(SimulatorVariables, CanBeAskedForByTheKindOfObject) {
+    RunningSimulator simulator;
+    RawClient client(simulator);
+    defineBattery(client, 1, 0);
+    client.request(requestDataOnSimObjectTypeRequest, {2, 1, 0, 0});
+    client.expect(simobjectDataByType, {2, 1, 1, 0, 1, 1, 1, 0});
+    client.request(requestDataOnSimObjectTypeRequest, {2, 9, 0, 0});
+    client.expectException(Exceptions::unrecognizedId, 2);
+    // No boats here.
+    client.request(requestDataOnSimObjectTypeRequest, {2, 1, 0, 4});
+    client.expectException(Exceptions::error, 4);
+    client.request(requestDataOnSimObjectTypeRequest, {2, 1, 0, 6});
+    client.expectException(Exceptions::invalidEnum, 4);
+}
+
+TEST(SimulatorVariables, CanBeSet) {
+    RunningSimulator simulator;
+    RawClient client(simulator);
+    defineBattery(client, 1, 70);
+    client.request(requestDataOnSimObjectRequest, {2, 1, 0, simConnectPeriodSimFrame, 1, 0, 0, 0});
+    client.expect(simConnectRecvSimobjectData, {2, 0, 1, 1, 1, 1, 1, 0});
+    client.request(setDataOnSimObjectRequest, {1, 0, 0, 0, 4, 1});
+    client.expect(simConnectRecvSimobjectData, {2, 0, 1, 1, 1, 1, 1, 1});
+    // Tagged.
+    client.request(setDataOnSimObjectRequest, {1, 0, 1, 1, 8, 70, 0});
+    client.expect(simConnectRecvSimobjectData, {2, 0, 1, 1, 1, 1, 1, 0});
+    client.request(setDataOnSimObjectRequest, {9, 0, 0, 0, 4, 1});
+    client.expectException(Exceptions::unrecognizedId, 1);
+    client.request(setDataOnSimObjectRequest, {1, 9, 0, 0, 4, 1});
+    client.expectException(Exceptions::unrecognizedId, 2);
+    client.request(setDataOnSimObjectRequest, {1, 0, 0, 2, 4, 1, 1});
+    client.expectException(Exceptions::invalidArray, 4);
+    client.request(setDataOnSimObjectRequest, {1, 0, 0, 0, 5, 1});
+    client.expectException(Exceptions::sizeMismatch, 5);
+    client.request(setDataOnSimObjectRequest, {1, 0, 1, 0, 8, 71, 1});
+    client.expectException(Exceptions::datumId, 6);
+}
+
+TEST(UnknownRequests, AreAnError) {
+    RunningSimulator simulator;
+    RawClient client(simulator);
+    client.request(0x33, {0});
+    client.expectException(Exceptions::error, 0);
+}
+
+} // namespace
