@@ -148,11 +148,11 @@ Host VirtualCockpit::host() const {
 
 SimConnectLibrary VirtualCockpit::simConnectLibrary() const {
     SimConnectLibrary library = networkSimConnectLibrary();
-    library.open = [port = virtualSimulator->port()](SimConnectHandle* handle, const char* name, void*, std::uint32_t,
-                                                     void*, std::uint32_t) {
+    library.open = [port = virtualSimulator->port(), limits = pace.openLimits](
+                       SimConnectHandle* handle, const char* name, void*, std::uint32_t, void*, std::uint32_t) {
         SimConnectEndpoint endpoint;
         endpoint.port = port;
-        return simConnectOpenAt(handle, name, endpoint);
+        return simConnectOpenAt(handle, name, endpoint, limits);
     };
     return library;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simconnect/simconnect_open.h"
 #include "simulation/scenario/bridge_run.h"
 #include "simulation/scenario/log_follower.h"
 #include "simulation/scenario/scenario_file.h"
@@ -26,14 +27,18 @@ struct CockpitItem {
 };
 
 /// How long the bridge's long waits (for a board, for the simulator's process, after a refused session, between two
-/// scans) may last, and the pause between two polls of a session.
+/// scans) may last, the pause between two polls of a session, and how long an open waits for the first answer.
 struct CockpitPace {
     std::chrono::milliseconds longestWait;
     std::chrono::milliseconds dispatchPoll;
+    SimConnectOpenLimits openLimits;
 
     /// For someone who looks on: the bridge's own pace, but for waits of many seconds.
-    static constexpr CockpitPace real() { return {std::chrono::milliseconds(1000), std::chrono::milliseconds(15)}; }
-    static constexpr CockpitPace fast() { return {std::chrono::milliseconds(10), std::chrono::milliseconds(2)}; }
+    static constexpr CockpitPace real() { return {std::chrono::milliseconds(1000), std::chrono::milliseconds(15), {}}; }
+    /// For tests: a busy machine mustn't make an answer come too late.
+    static constexpr CockpitPace fast() {
+        return {std::chrono::milliseconds(10), std::chrono::milliseconds(2), {std::chrono::seconds(30)}};
+    }
 };
 
 /// Which side of the bridge is this machine's own instead of a virtual one.

@@ -18,6 +18,8 @@
 /// A client of the virtual simulator, through the C interface, with the ids that the tests use.
 class SimulatorClient {
 public:
+    /// A busy machine mustn't make the simulator's answer come too late.
+    static constexpr std::chrono::seconds longWait{30};
     static constexpr std::uint32_t commandArea = 1;
     static constexpr std::uint32_t responseArea = 2;
     static constexpr std::uint32_t lvarsArea = 3;
@@ -26,9 +28,9 @@ public:
     static constexpr std::uint32_t responseRequest = 21;
     static constexpr std::uint32_t lvarsRequest = 22;
 
-    explicit SimulatorClient(const VirtualSimulator& simulator, const char* name = "client") {
-        result = simConnectOpenAt(&handle, name, simulator.endpoint());
-    }
+    explicit SimulatorClient(const VirtualSimulator& simulator, const char* name = "client",
+                             SimConnectOpenLimits limits = {longWait})
+        : result(simConnectOpenAt(&handle, name, simulator.endpoint(), limits)) {}
     ~SimulatorClient() { close(); }
     SimulatorClient(const SimulatorClient&) = delete;
     SimulatorClient& operator=(const SimulatorClient&) = delete;
@@ -120,7 +122,7 @@ public:
 
 private:
     SimConnectHandle handle = nullptr;
-    SimConnectResult result = simConnectFail;
+    SimConnectResult result;
 };
 
 /// Starts a simulator on a port or a pipe of its own.

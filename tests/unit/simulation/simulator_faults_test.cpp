@@ -130,7 +130,7 @@ TEST_P(VirtualSimulatorFaults, LateOpenKeepsTheRequestsUntilThen) {
     constexpr milliseconds delay{200};
     simulator.delayOpens(delay);
     const auto begin = std::chrono::steady_clock::now();
-    SimulatorClient client(simulator);
+    SimulatorClient client(simulator, "impatient", {milliseconds(0)});
     client.attach();
     client.command("MF.Ping");
     EXPECT_EQ(client.dispatch(), simConnectOk);
