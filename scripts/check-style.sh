@@ -47,12 +47,20 @@ include_directions() {
   true
 }
 
+# On Windows a path's bytes must be converted first, and std::filesystem gives an open file's old size.
+paths_go_through_file_system() {
+  ! grep -nE 'std::filesystem|<filesystem>|FileSystem::(fromBytes|toBytes)' \
+    $(sources 'src/*' | grep -vE '^src/platform/((linux|windows)/)?file_system\.') &&
+    ! grep -nE 'filesystem::file_size' src/platform/file_system.* src/platform/windows/file_system.cpp
+}
+
 no_switched_off_tests() { ! grep -nE 'DISABLED_|GTEST_SKIP' $(sources 'tests/*' | grep -E '\.(cpp|h)$'); }
 
 check "clang-format" formatting
 check "clang-tidy" tidy
 check "no system #ifdef outside the platform folders and the socket file" no_system_ifdefs
 check "includes point one way" include_directions
+check "only the file system's own files use std::filesystem" paths_go_through_file_system
 check "no test is switched off" no_switched_off_tests
 echo "check: $passed passed, $failed failed"
 [ "$failed" -eq 0 ]

@@ -15,7 +15,7 @@ std::string commonAppDataDirectory(const Host& host);
 std::string logDirectory(bool consoleMode, const std::string& commonAppData, const std::string& exeDir);
 
 /// The configuration file beside the executable if it exists, else the per-machine one, which may not exist. Throws
-/// std::filesystem::filesystem_error when the file system can't say.
+/// as FileSystem::exists does when the file system can't say.
 std::string defaultConfigPath(const Host& host);
 
 /// The places that the search looks at, in its order.

@@ -40,8 +40,8 @@ struct LoggingConfig {
     bool debug = false;
 };
 
-/// Departures from the bridge's fixed behaviour, each for a situation in which that behaviour leaves boards dead or dark.
-/// At its default every member is the fixed behaviour.
+/// Departures from the bridge's fixed behaviour, each for a situation in which that behaviour leaves boards dead or
+/// dark. At its default every member is the fixed behaviour.
 struct ExtensionsConfig {
     /// Windows: wait again for a read that timed out instead of issuing another one into the same buffer.
     bool singlePendingRead = false;
@@ -71,7 +71,7 @@ struct AppConfig {
 };
 
 /// Reads the file at `path` over `config`. False with the message in `error`; `config` may then hold a mix of old and
-/// new values. Throws std::filesystem::filesystem_error when the file system can't say whether the file exists.
+/// new values. Throws as FileSystem::exists does when the file system can't say whether the file exists.
 bool loadAppConfig(const std::string& path, AppConfig& config, std::string& error);
 
 /// The same from the text of the file at `path`, which is only the starting point of relative paths.

@@ -10,8 +10,8 @@
 /// commands are the file's bytes. Loaded once at start, read without locks afterwards.
 class ButtonConfig {
 public:
-    /// Replaces the table from the file. False with the message in `error`. Throws std::filesystem::filesystem_error
-    /// when the file system can't say whether the file exists.
+    /// Replaces the table from the file. False with the message in `error`. Throws as FileSystem::exists does when the
+    /// file system can't say whether the file exists.
     bool load(const std::string& path, std::string& error);
 
     /// The same from the file's text.

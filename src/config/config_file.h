@@ -13,8 +13,8 @@ struct ConfigFileMessages {
     const char* rootNotObject;
 };
 
-/// Reads a configuration file that has to exist. Throws std::filesystem::filesystem_error when the file system can't
-/// say whether it does.
+/// Reads a configuration file that has to exist. Throws as FileSystem::exists does when the file system can't say
+/// whether it does.
 bool readConfigFile(const std::string& path, const ConfigFileMessages& messages, std::string& text, std::string& error);
 
 /// Parses a configuration file's text, whose root has to be an object.

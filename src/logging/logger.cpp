@@ -4,9 +4,8 @@
 
 #include <chrono>
 #include <ctime>
-#include <filesystem>
 #include <iostream>
-#include <system_error>
+#include <optional>
 
 namespace {
 
@@ -66,8 +65,7 @@ void Logger::configure(const std::string& newDirectory, const std::string& newBa
     if (directory.empty()) {
         filePath = fileName;
     } else {
-        std::error_code ignored;
-        std::filesystem::create_directories(FileSystem::fromBytes(directory), ignored);
+        FileSystem::makeFolders(directory);
         filePath = FileSystem::join(directory, fileName);
     }
     deleteStaleBackups();
@@ -111,8 +109,7 @@ void Logger::openFile() {
     if (filePath.empty()) {
         return;
     }
-    file.clear();
-    file.open(FileSystem::fromBytes(filePath), std::ios::out | std::ios::app | std::ios::binary);
+    file = FileSystem::openForAppending(filePath);
 }
 
 void Logger::writeLine(Level level, const std::string& message) {
@@ -143,10 +140,8 @@ void Logger::rotateIfNeeded() {
     if (maxBytes == 0 || maxBackups < 1 || filePath.empty()) {
         return;
     }
-    const std::filesystem::path current = FileSystem::fromBytes(filePath);
-    std::error_code error;
-    const std::uintmax_t size = std::filesystem::file_size(current, error);
-    if (error || size < maxBytes) {
+    const std::optional<std::uint64_t> size = FileSystem::fileSize(filePath);
+    if (!size || *size < maxBytes) {
         return;
     }
     if (file.is_open()) {
@@ -154,12 +149,9 @@ void Logger::rotateIfNeeded() {
         file.close();
     }
     for (std::int32_t number = maxBackups; number >= 1; --number) {
-        const std::filesystem::path backup = FileSystem::fromBytes(backupPath(number));
-        if (std::filesystem::exists(backup, error)) {
-            std::filesystem::rename(backup, FileSystem::fromBytes(backupPath(number + 1)), error);
-        }
+        FileSystem::renameFile(backupPath(number), backupPath(number + 1));
     }
-    std::filesystem::rename(current, FileSystem::fromBytes(backupPath(1)), error);
+    FileSystem::renameFile(filePath, backupPath(1));
     deleteStaleBackups();
     openFile();
 }
@@ -168,9 +160,8 @@ void Logger::deleteStaleBackups() {
     if (filePath.empty()) {
         return;
     }
-    std::error_code ignored;
     for (std::int32_t number = maxBackups + 1; number <= maxBackups + staleBackupWindow; ++number) {
-        std::filesystem::remove(FileSystem::fromBytes(backupPath(number)), ignored);
+        FileSystem::remove(backupPath(number));
     }
 }
 

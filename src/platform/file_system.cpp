@@ -1,7 +1,6 @@
 #include "platform/file_system.h"
 
 #include <algorithm>
-#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -37,15 +36,31 @@ std::string toOwnSeparators(std::string path) {
     return path;
 }
 
-bool readFile(const std::string& path, std::string& text) {
+std::optional<std::string> resolved(const std::string& path) {
+    std::error_code failure;
+    const std::filesystem::path target = std::filesystem::canonical(fromBytes(path), failure);
+    return failure ? std::nullopt : std::optional(toBytes(target));
+}
+
+std::vector<std::string> namesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    std::error_code failure;
+    for (std::filesystem::directory_iterator entry(fromBytes(folder), failure), end; !failure && entry != end;
+         entry.increment(failure)) {
+        names.push_back(toBytes(entry->path().filename()));
+    }
+    return names;
+}
+
+ReadOutcome tryReadFile(const std::string& path, std::string& text) {
     // Linux lets a folder be opened like a file; it only fails to be read.
     std::error_code failure;
     if (std::filesystem::is_directory(fromBytes(path), failure)) {
-        return false;
+        return ReadOutcome::NotOpened;
     }
     std::ifstream file(fromBytes(path), std::ios::binary);
     if (!file) {
-        return false;
+        return ReadOutcome::NotOpened;
     }
     std::string content;
     std::string chunk(65536, '\0');
@@ -54,15 +69,32 @@ bool readFile(const std::string& path, std::string& text) {
         content.append(chunk, 0, static_cast<std::size_t>(file.gcount()));
     } while (file);
     if (file.bad()) {
-        return false;
+        return ReadOutcome::ReadFailed;
     }
     text = std::move(content);
-    return true;
+    return ReadOutcome::Read;
+}
+
+bool readFile(const std::string& path, std::string& text) {
+    return tryReadFile(path, text) == ReadOutcome::Read;
+}
+
+std::ofstream openForWriting(const std::string& path) {
+    return std::ofstream(fromBytes(path), std::ios::binary | std::ios::trunc);
+}
+
+std::ofstream openForAppending(const std::string& path) {
+    return std::ofstream(fromBytes(path), std::ios::binary | std::ios::app);
 }
 
 void makeFolders(const std::string& path) {
     std::error_code ignored;
     std::filesystem::create_directories(fromBytes(path), ignored);
+}
+
+void remove(const std::string& path) {
+    std::error_code ignored;
+    std::filesystem::remove(fromBytes(path), ignored);
 }
 
 } // namespace FileSystem

@@ -1,10 +1,15 @@
 #pragma once
 
 // Paths are bytes everywhere in the bridge: on Windows in the system's code page, as the configuration and EXE.xml hold
-// them. std::filesystem widens such bytes one by one there, so every question to the file system goes through here.
+// them. std::filesystem widens such bytes one by one there, and answers some questions about an open file from a
+// directory entry that is out of date, so every question to the file system goes through here.
 
+#include <cstdint>
 #include <filesystem>
+#include <fstream>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace FileSystem {
 
@@ -36,13 +41,46 @@ bool isAbsolute(const std::string& path);
 /// that another system holds.
 std::string toOwnSeparators(std::string path);
 
-/// Reads a whole file. False, with `text` unchanged, when it can't be opened or read, or is a folder.
+/// The path with every link followed and no dot parts; none when nothing is there.
+std::optional<std::string> resolved(const std::string& path);
+
+/// The names of all that is in a folder, in no particular order; none when it can't be read.
+std::vector<std::string> namesIn(const std::string& folder);
+
+/// How many bytes a file has on disk now, also while it is open for writing here or elsewhere. None when that can't be
+/// had, and for a folder.
+std::optional<std::uint64_t> fileSize(const std::string& path);
+
+enum class ReadOutcome {
+    Read,
+    /// Absent, a folder, or not accessible.
+    NotOpened,
+    /// Opened, but its content couldn't be read, or not all of it.
+    ReadFailed
+};
+
+/// Reads a whole file. `text` is unchanged unless the outcome is Read.
+ReadOutcome tryReadFile(const std::string& path, std::string& text);
+
+/// The same, for callers to whom every failure is equal.
 bool readFile(const std::string& path, std::string& text);
+
+/// A stream that empties the file, or creates it; not open when that can't be done.
+std::ofstream openForWriting(const std::string& path);
+
+/// A stream that writes at the file's end, creating the file if need be; not open when that can't be done.
+std::ofstream openForAppending(const std::string& path);
 
 /// Makes a folder with all its parents. A failure isn't told: it shows when something is put into the folder.
 void makeFolders(const std::string& path);
 
 /// Copies a file over whatever file is there. False, with the system's reason in `error`, when that can't be done.
 bool copyFile(const std::string& from, const std::string& to, std::string& error);
+
+/// Renames a file within its volume, over whatever file is there. False when that can't be done.
+bool renameFile(const std::string& from, const std::string& to);
+
+/// Deletes a file, or a folder with nothing in it. A failure isn't reported.
+void remove(const std::string& path);
 
 } // namespace FileSystem

@@ -4,7 +4,6 @@
 #include "platform/file_system.h"
 
 #include <algorithm>
-#include <fstream>
 
 namespace {
 
@@ -52,7 +51,7 @@ std::string readExeXml(const std::string& path) {
 bool writeExeXml(const std::string& path, std::string_view text, std::string& error) {
     FileSystem::makeFolders(FileSystem::parentPath(path));
     backUp(path);
-    std::ofstream file(FileSystem::fromBytes(path), std::ios::binary | std::ios::trunc);
+    std::ofstream file = FileSystem::openForWriting(path);
     if (!file) {
         error = "Failed to open for write: " + path;
         return false;

@@ -26,4 +26,16 @@ bool copyFile(const std::string& from, const std::string& to, std::string& error
     return true;
 }
 
+bool renameFile(const std::string& from, const std::string& to) {
+    std::error_code failure;
+    std::filesystem::rename(from, to, failure);
+    return !failure;
+}
+
+std::optional<std::uint64_t> fileSize(const std::string& path) {
+    std::error_code failure;
+    const std::uintmax_t size = std::filesystem::file_size(path, failure);
+    return failure ? std::nullopt : std::optional<std::uint64_t>(size);
+}
+
 } // namespace FileSystem

@@ -5,22 +5,17 @@
 #include <sys/sysmacros.h>
 
 #include <algorithm>
-#include <filesystem>
+#include <optional>
 #include <sstream>
 #include <string_view>
-#include <system_error>
+#include <utility>
 
 namespace HidrawSysfs {
 
 namespace {
 
 std::vector<std::string> nodeNames(const std::string& classFolder) {
-    std::vector<std::string> names;
-    std::error_code failure;
-    for (std::filesystem::directory_iterator entry(classFolder, failure), end; !failure && entry != end;
-         entry.increment(failure)) {
-        names.push_back(entry->path().filename());
-    }
+    std::vector<std::string> names = FileSystem::namesIn(classFolder);
     // hidraw2 before hidraw10.
     std::sort(names.begin(), names.end(), [](const std::string& left, const std::string& right) {
         return left.size() != right.size() ? left.size() < right.size() : left < right;
@@ -34,11 +29,9 @@ std::vector<std::string> nodeFolders(const std::string& root) {
     const std::string classFolder = FileSystem::join(root, "sys/class/hidraw");
     std::vector<std::string> folders;
     for (const std::string& name : nodeNames(classFolder)) {
-        std::error_code failure;
-        const std::filesystem::path folder = std::filesystem::canonical(FileSystem::join(classFolder, name), failure);
         // A device that has gone in the meantime leaves a link to nowhere.
-        if (!failure) {
-            folders.push_back(folder);
+        if (std::optional<std::string> folder = FileSystem::resolved(FileSystem::join(classFolder, name))) {
+            folders.push_back(std::move(*folder));
         }
     }
     return folders;

@@ -40,4 +40,22 @@ bool copyFile(const std::string& from, const std::string& to, std::string& error
     return true;
 }
 
+bool renameFile(const std::string& from, const std::string& to) {
+    return MoveFileExW(fromBytes(from).c_str(), fromBytes(to).c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
+}
+
+std::optional<std::uint64_t> fileSize(const std::string& path) {
+    // The directory entry, from which the C runtime answers, has the size that the file had when it was last closed.
+    constexpr DWORD everySharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE file = CreateFileW(fromBytes(path).c_str(), FILE_READ_ATTRIBUTES, everySharing, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return std::nullopt;
+    }
+    LARGE_INTEGER size{};
+    const bool known = GetFileSizeEx(file, &size) != 0;
+    CloseHandle(file);
+    return known ? std::optional(static_cast<std::uint64_t>(size.QuadPart)) : std::nullopt;
+}
+
 } // namespace FileSystem

@@ -218,6 +218,21 @@ TEST_F(LoggerFile, RotatesAtExactlyTheLimit) {
     EXPECT_EQ(std::filesystem::file_size(backup(1)), rotationSize);
 }
 
+TEST_F(LoggerFile, RotatesTheFileThatItHasFilledAndStillHoldsOpen) {
+    configure();
+    const std::string message(rotationSize / 4, 'x');
+    int written = 0;
+    while (FileSystem::fileSize(path) < rotationSize && written < 5) {
+        logger.log(Level::Info, message);
+        ++written;
+    }
+    EXPECT_EQ(written, 4);
+    EXPECT_FALSE(std::filesystem::exists(backup(1)));
+    logger.log(Level::Info, "in the new file");
+    EXPECT_EQ(lines(path).size(), 1U);
+    EXPECT_EQ(lines(backup(1)).size(), 4U);
+}
+
 TEST_F(LoggerFile, DebugLineThatIsNotWrittenRotatesNothing) {
     makeFileOfSize(path, rotationSize);
     configure();

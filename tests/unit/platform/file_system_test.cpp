@@ -7,7 +7,9 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -148,6 +150,73 @@ TEST(FileSystemReadFile, RefusesAFolderAndLeavesTheText) {
     std::string text = "old";
     EXPECT_FALSE(FileSystem::readFile(folder.path(), text));
     EXPECT_EQ(text, "old");
+}
+
+TEST(FileSystemFileSize, IsWhatHasBeenFlushedToAFileThatIsStillOpen) {
+    const TempFolder folder;
+    const std::string path = FileSystem::join(folder.path(), "E\x80ro");
+    FileSystem::openForWriting(path) << "12345";
+    std::ofstream writer = FileSystem::openForAppending(path);
+    writer << "678" << std::flush;
+    EXPECT_EQ(FileSystem::fileSize(path), 8U);
+    writer << "9" << std::flush;
+    EXPECT_EQ(FileSystem::fileSize(path), 9U);
+}
+
+TEST(FileSystemFileSize, IsNoneForAFolderAndForWhatIsAbsent) {
+    const TempFolder folder;
+    EXPECT_EQ(FileSystem::fileSize(folder.path()), std::nullopt);
+    EXPECT_EQ(FileSystem::fileSize(folder.path("absent")), std::nullopt);
+    EXPECT_EQ(FileSystem::fileSize(""), std::nullopt);
+}
+
+TEST(FileSystemNamesIn, AreThoseOfFilesAndFolders) {
+    const TempFolder folder;
+    folder.write("file", "");
+    FileSystem::makeFolders(FileSystem::join(folder.path(), "E\x80ro"));
+    std::vector<std::string> names = FileSystem::namesIn(folder.path());
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"E\x80ro", "file"}));
+    EXPECT_TRUE(FileSystem::namesIn(folder.path("absent")).empty());
+}
+
+TEST(FileSystemOpenForWriting, EmptiesTheFile) {
+    const TempFolder folder;
+    const std::string path = folder.write("file", "before");
+    FileSystem::openForWriting(path) << "\n";
+    EXPECT_EQ(FileSystem::fileSize(path), 1U);
+    EXPECT_FALSE(FileSystem::openForWriting(folder.path()).is_open());
+}
+
+TEST(FileSystemRenameFile, ReplacesTheFileThatIsThere) {
+    const TempFolder folder;
+    const std::string from = folder.write("from", "new");
+    const std::string to = folder.write("to", "old");
+    std::string text;
+    EXPECT_TRUE(FileSystem::renameFile(from, to));
+    EXPECT_FALSE(FileSystem::exists(from));
+    ASSERT_TRUE(FileSystem::readFile(to, text));
+    EXPECT_EQ(text, "new");
+}
+
+TEST(FileSystemRenameFile, FailsForWhatIsAbsentAndOverAFolderInUse) {
+    const TempFolder folder;
+    const std::string file = folder.write("file", "text");
+    folder.write("folder/occupied", "");
+    EXPECT_FALSE(FileSystem::renameFile(folder.path("absent"), folder.path("to")));
+    EXPECT_FALSE(FileSystem::renameFile(file, folder.path("folder")));
+    EXPECT_TRUE(FileSystem::exists(file));
+}
+
+TEST(FileSystemRemove, DeletesFilesAndLeavesFoldersInUse) {
+    const TempFolder folder;
+    const std::string file = folder.write("file", "");
+    folder.write("folder/occupied", "");
+    FileSystem::remove(file);
+    FileSystem::remove(file);
+    FileSystem::remove(folder.path("folder"));
+    EXPECT_FALSE(FileSystem::exists(file));
+    EXPECT_TRUE(FileSystem::exists(folder.path("folder/occupied")));
 }
 
 TEST(FileSystemOwnSeparators, TakeTheBackslashesPlace) {
