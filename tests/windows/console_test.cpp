@@ -18,17 +18,6 @@ class ConsoleOfTheBridge : public testing::Test {
 protected:
     ConsoleOfTheBridge() { bridge.configure(); }
 
-    HANDLE createFile(const std::string& name) const {
-        return CreateFileA(bridge.path(name).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0,
-                           nullptr);
-    }
-
-    std::string contentOf(const std::string& name) const {
-        std::string text;
-        FileSystem::readFile(bridge.path(name), text);
-        return text;
-    }
-
     InstalledBridge bridge;
     TestConsole console;
 };
@@ -51,14 +40,14 @@ TEST_F(ConsoleOfTheBridge, TakesCommandsInAnyMixOfCase) {
 }
 
 TEST_F(ConsoleOfTheBridge, GetsNothingWhenOutputIsRedirectedToAFile) {
-    const HANDLE file = createFile("output.txt");
+    const HANDLE file = bridge.createFile("output.txt");
     const auto process = bridge.start("--console", {console.input, file, console.output});
     EXPECT_TRUE(bridge.waitForLog(commandsLine));
     console.type("quit\r");
     EXPECT_EQ(process->exitCode(), 0U);
     CloseHandle(file);
-    EXPECT_TRUE(contains(contentOf("output.txt"), startedLine));
-    EXPECT_TRUE(contains(contentOf("output.txt"), stoppedLine));
+    EXPECT_TRUE(contains(bridge.contentOf("output.txt"), startedLine));
+    EXPECT_TRUE(contains(bridge.contentOf("output.txt"), stoppedLine));
     EXPECT_FALSE(console.shows(startedLine)) << console.screen();
 }
 

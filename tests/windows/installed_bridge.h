@@ -61,12 +61,20 @@ public:
 
     bool has(const std::string& name) const { return FileSystem::exists(path(name)); }
 
-    /// The log beside the executable; empty when there is none.
-    std::string log() const {
+    /// A file beside the executable for a process to write into. The caller closes it.
+    HANDLE createFile(const std::string& name) const {
+        return CreateFileA(path(name).c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0, nullptr);
+    }
+
+    /// Empty when there is no such file.
+    std::string contentOf(const std::string& name) const {
         std::string text;
-        FileSystem::readFile(path("VantrelBridgeHID.log"), text);
+        FileSystem::readFile(path(name), text);
         return text;
     }
+
+    /// The log beside the executable; empty when there is none.
+    std::string log() const { return contentOf("VantrelBridgeHID.log"); }
 
     bool waitForLog(const std::string& part) const {
         return waitUntil([&] { return log().find(part) != std::string::npos; }, std::chrono::seconds(20));

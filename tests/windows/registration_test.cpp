@@ -26,6 +26,17 @@ protected:
         return bridge.folder + "\\Microsoft Flight Simulator\\EXE.xml";
     }
 
+    /// A simulator whose list can't be written: a folder is in its place.
+    std::string addFailingSimulator() const {
+        const std::string path = bridge.folder + "\\Microsoft Flight Simulator\\EXE.xml";
+        FileSystem::makeFolders(path);
+        return path;
+    }
+
+    static std::string failureOf(const std::string& path) {
+        return "EXE.xml update failed after 0 file(s): Failed to open for write: " + path + "\r\n";
+    }
+
     /// Standard output of a run with these options, which must end with 0.
     std::string outputOf(const std::string& options) const {
         ChildPipe output;
@@ -53,6 +64,32 @@ private:
 TEST_F(Registration, ListGoesWhereOutputIsRedirectedToByteForByte) {
     const std::string path = addSimulator();
     EXPECT_EQ(outputOf("--list-exe-xml"), path + "\r\n");
+    EXPECT_EQ(console.screen(), "");
+}
+
+TEST_F(Registration, ListGoesIntoTheFileThatOutputIsRedirectedTo) {
+    const std::string path = addSimulator();
+    const HANDLE file = bridge.createFile("list.txt");
+    EXPECT_EQ(bridge.start("--list-exe-xml", {console.input, file, console.output})->exitCode(), 0U);
+    CloseHandle(file);
+    EXPECT_EQ(bridge.contentOf("list.txt"), path + "\r\n");
+    EXPECT_EQ(console.screen(), "");
+}
+
+TEST_F(Registration, FailureGoesIntoTheFileThatErrorsAreRedirectedTo) {
+    const std::string path = addFailingSimulator();
+    const HANDLE file = bridge.createFile("errors.txt");
+    EXPECT_EQ(bridge.start("--register", {console.input, console.output, file})->exitCode(), 1U);
+    CloseHandle(file);
+    EXPECT_EQ(bridge.contentOf("errors.txt"), failureOf(path));
+    EXPECT_EQ(console.screen(), "");
+}
+
+TEST_F(Registration, FailureGoesIntoThePipeThatErrorsAreRedirectedTo) {
+    const std::string path = addFailingSimulator();
+    ChildPipe errors;
+    EXPECT_EQ(bridge.start("--register", {console.input, console.output, errors.writeEnd})->exitCode(), 1U);
+    EXPECT_EQ(errors.readAll(), failureOf(path));
     EXPECT_EQ(console.screen(), "");
 }
 
