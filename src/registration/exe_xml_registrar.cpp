@@ -4,6 +4,7 @@
 #include "platform/file_system.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -42,9 +43,20 @@ std::vector<std::string> discoverExeXmlPaths(const Host& host) {
     return paths;
 }
 
+bool readExeXml(const std::string& path, std::string& text, std::string& error) {
+    std::string content;
+    if (FileSystem::tryReadFile(path, content) == FileSystem::ReadOutcome::ReadFailed) {
+        error = "EXE.xml could not be read: " + path;
+        return false;
+    }
+    text = std::move(content);
+    return true;
+}
+
 std::string readExeXml(const std::string& path) {
     std::string text;
-    FileSystem::readFile(path, text);
+    std::string ignored;
+    readExeXml(path, text, ignored);
     return text;
 }
 
@@ -68,7 +80,9 @@ int registerInExeXml(const Host& host, const std::string& name, const std::strin
                      std::string& error) {
     int written = 0;
     for (const std::string& file : discoverExeXmlPaths(host)) {
-        if (!writeExeXml(file, applyRegistration(readExeXml(file), name, path, commandLine), error)) {
+        std::string text;
+        if (!readExeXml(file, text, error) ||
+            !writeExeXml(file, applyRegistration(text, name, path, commandLine), error)) {
             return written;
         }
         ++written;
@@ -79,7 +93,10 @@ int registerInExeXml(const Host& host, const std::string& name, const std::strin
 int unregisterFromExeXml(const Host& host, const std::string& name, std::string& error) {
     int written = 0;
     for (const std::string& file : discoverExeXmlPaths(host)) {
-        const std::string text = readExeXml(file);
+        std::string text;
+        if (!readExeXml(file, text, error)) {
+            return written;
+        }
         const std::string rest = removeRegistration(text, name);
         if (rest == text) {
             continue;

@@ -45,7 +45,11 @@ std::string removeRegistration(std::string_view text, std::string_view name);
 
 // Files.
 
-/// All bytes of the file; empty when it can't be opened, whatever the reason.
+/// All bytes of the file; empty when it can't be opened, whatever the reason. False, with the reason in `error` and
+/// `text` unchanged, when it is there and opens but its content can't be read.
+bool readExeXml(const std::string& path, std::string& text, std::string& error);
+
+/// The same, where such a file counts as empty, too: for looking at a file that won't be written.
 std::string readExeXml(const std::string& path);
 
 /// Copies what is there to a file of the same name with ".bak" behind it, then writes the text, making the folders that
@@ -53,8 +57,8 @@ std::string readExeXml(const std::string& path);
 /// what the file holds is then unknown.
 bool writeExeXml(const std::string& path, std::string_view text, std::string& error);
 
-/// Enters the program in every file of this machine, and gives how many were written. The first file that can't be
-/// written ends it, with the reason in `error`; those before it stay written.
+/// Enters the program in every file of this machine, and gives how many were written. The first file that can't be read
+/// or written ends it, with the reason in `error`; those before it stay written.
 int registerInExeXml(const Host& host, const std::string& name, const std::string& path, const std::string& commandLine,
                      std::string& error);
 

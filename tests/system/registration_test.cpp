@@ -169,6 +169,17 @@ TEST_F(Registration, SaysWhenThereIsNoInstallation) {
     EXPECT_EQ(output, "Registered in 0 MSFS EXE.xml file(s).\n");
 }
 
+TEST_F(Registration, EndsWithOneAtAFileThatOpensButCannotBeRead) {
+    put(boxed, others);
+    std::filesystem::create_directories(FileSystem::parentPath(boxed2024));
+    std::filesystem::create_symlink("/proc/self/mem", boxed2024);
+    EXPECT_EQ(run({"--register"}), 1);
+    EXPECT_EQ(output, "");
+    EXPECT_EQ(errorOutput, "EXE.xml update failed after 1 file(s): EXE.xml could not be read: " +
+                               TestedSystem::asItCallsIt(boxed2024) + "\n");
+    EXPECT_FALSE(std::filesystem::exists(boxed2024 + ".bak"));
+}
+
 TEST_F(Registration, EndsWithOneAtAFileThatCannotBeWritten) {
     put(boxed, others);
     std::filesystem::create_directories(boxed2024);

@@ -46,6 +46,28 @@ private:
     HANDLE handle;
 };
 
+/// A file of which somebody has locked every byte: Windows lets others open it but neither read nor write it. Wine lets
+/// them do all that.
+class LockedFile {
+public:
+    explicit LockedFile(const std::string& path)
+        : handle(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                             OPEN_EXISTING, 0, nullptr)) {
+        EXPECT_TRUE(LockFile(handle, 0, 0, MAXDWORD, 0));
+        std::string ignored;
+        refuses = FileSystem::tryReadFile(path, ignored) == FileSystem::ReadOutcome::ReadFailed;
+    }
+    ~LockedFile() { CloseHandle(handle); }
+    LockedFile(const LockedFile&) = delete;
+    LockedFile& operator=(const LockedFile&) = delete;
+
+    bool refusesToBeRead() const { return refuses; }
+
+private:
+    bool refuses = false;
+    HANDLE handle;
+};
+
 class ExeXmlOnWindows : public ExeXmlMachine {
 protected:
     static void setReadOnly(const std::string& path, bool readOnly) {
@@ -148,6 +170,20 @@ TEST_F(ExeXmlOnWindows, AFileThatAnotherOnlyLetsBeReadIsBackedUpButNotWritten) {
     EXPECT_TRUE(log.lines().empty());
     EXPECT_EQ(contentOf(pathOf(Boxed)), head + tail);
     EXPECT_EQ(contentOf(pathOf(Boxed) + ".bak"), head + tail);
+}
+
+TEST_F(ExeXmlOnWindows, AFileThatAnotherHasLockedIsWrittenOnlyWhereTheSystemLetsItBeRead) {
+    install(StoreCache);
+    install(Boxed, head + tail);
+    bool refused = false;
+    {
+        const LockedFile locked(pathOf(Boxed));
+        refused = locked.refusesToBeRead();
+        EXPECT_EQ(registerIt(), refused ? 1 : 2);
+    }
+    EXPECT_EQ(error, refused ? "EXE.xml could not be read: " + pathOf(Boxed) : "");
+    EXPECT_EQ(contentOf(pathOf(Boxed)), head + (refused ? "" : entry) + tail);
+    EXPECT_EQ(exists(pathOf(Boxed) + ".bak"), !refused);
 }
 
 TEST_F(ExeXmlOnWindows, AFileThatAnotherSharesInFullIsWritten) {
