@@ -122,7 +122,8 @@ struct Host {
     std::function<std::optional<std::string>(const std::string& name)> environmentVariable;
     /// Takes the lock of that name for the rest of the process's life.
     std::function<SingleInstance(const std::string& name)> acquireSingleInstance;
-    /// Joins the console of the process that started this one, if there is one.
+    /// Joins the console of the process that started this one, if there is one. From here on writing to an output that
+    /// nobody reads any more fails instead of ending the process.
     std::function<void()> attachConsole;
     /// Has `handler` called on interrupt, break and close events, on a thread or in a signal frame of the system's.
     std::function<void(ControlHandler handler)> installControlHandler;

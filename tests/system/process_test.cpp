@@ -120,6 +120,17 @@ TEST_F(LinuxProcess, StopsInOrderAfterItsInputHasEnded) {
     EXPECT_EQ(bridge->process().waitForExit(), 0);
 }
 
+TEST_F(LinuxProcess, StopsInOrderAfterItsOutputHasBeenClosed) {
+    installation = std::make_unique<BridgeInstallation>(configuration.files(), 1);
+    ChildProcessSettings settings;
+    settings.closeOutputAfterLine = true;
+    bridge = std::make_unique<BridgeProcess>(*installation, std::vector<std::string>{"--console"}, settings);
+    ASSERT_TRUE(bridge->waitForLog("Application run loop started\n"));
+    bridge->process().sendSignal(SIGTERM);
+    EXPECT_EQ(bridge->process().waitForExit(), 0);
+    EXPECT_TRUE(bridge->log().ends_with("[INFO] Application run loop stopped\n"));
+}
+
 TEST_F(LinuxProcess, StopsInOrderOnEachControlSignal) {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         boards.clear();

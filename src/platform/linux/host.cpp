@@ -1,3 +1,4 @@
+#include "platform/linux/closed_output.h"
 #include "platform/linux/control_signals.h"
 #include "platform/linux/process_list.h"
 #include "platform/linux/single_instance.h"
@@ -27,7 +28,7 @@ Host systemHost() {
     host.commonDataFolder = [] { return std::string("/var/lib"); };
     host.acquireSingleInstance = takeSingleInstance;
     // A program has its terminal already.
-    host.attachConsole = [] {};
+    host.attachConsole = surviveClosedOutput;
     host.installControlHandler = installControlSignals;
     return host;
 }

@@ -70,9 +70,9 @@ std::string BridgeInstallation::executable() const {
     return folder.path(TestedSystem::isWindows() ? "VantrelBridgeHID.exe" : "VantrelBridgeHID");
 }
 
-BridgeProcess::BridgeProcess(const BridgeInstallation& installation, const std::vector<std::string>& arguments)
+BridgeProcess::BridgeProcess(const BridgeInstallation& installation, const std::vector<std::string>& arguments,
+                             ChildProcessSettings settings)
     : logFile(logFolder(installation, arguments) + logName), logStart(contentOf(logFile).size()) {
-    ChildProcessSettings settings;
     settings.command = TestedSystem::command(installation.executable(), arguments);
     // A user starts it from anywhere; no SimConnect.cfg of the real home folder takes part.
     settings.workingFolder = "/";

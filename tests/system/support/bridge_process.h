@@ -34,7 +34,9 @@ private:
 /// One run of an installed bridge.
 class BridgeProcess {
 public:
-    BridgeProcess(const BridgeInstallation& installation, const std::vector<std::string>& arguments);
+    /// Command, folder and environment of the settings are those of an installed bridge.
+    BridgeProcess(const BridgeInstallation& installation, const std::vector<std::string>& arguments,
+                  ChildProcessSettings settings = {});
 
     ChildProcess& process() { return *child; }
 

@@ -82,7 +82,7 @@ ChildProcess::ChildProcess(const ChildProcessSettings& settings) {
             close(own);
         throw std::system_error(result, std::generic_category(), settings.command.front());
     }
-    collector = std::thread([this] { collect(); });
+    collector = std::thread([this, closes = settings.closeOutputAfterLine] { collect(closes); });
 }
 
 int ChildProcess::spawn(const ChildProcessSettings& settings, int in, int out, int error) {
@@ -170,7 +170,7 @@ bool ChildProcess::waitForOutput(const std::function<bool(const std::string& out
     return grown.wait_for(lock, limit, [&] { return condition(outputText); });
 }
 
-void ChildProcess::collect() {
+void ChildProcess::collect(bool closeOutputAfterLine) {
     std::array<pollfd, 2> waits{pollfd{outputStream, POLLIN, 0}, pollfd{errorStream, POLLIN, 0}};
     // A negative descriptor is one that poll passes over.
     while (waits[0].fd >= 0 || waits[1].fd >= 0) {
@@ -178,6 +178,10 @@ void ChildProcess::collect() {
             continue;
         if (waits[0].revents != 0 && !collectFrom(outputStream, outputText))
             waits[0].fd = -1;
+        if (closeOutputAfterLine && waits[0].fd >= 0 && outputText.find('\n') != std::string::npos) {
+            close(outputStream);
+            outputStream = waits[0].fd = -1;
+        }
         if (waits[1].revents != 0 && !collectFrom(errorStream, errorText))
             waits[1].fd = -1;
     }

@@ -20,6 +20,8 @@ struct ChildProcessSettings {
     std::string workingFolder;
     /// Set beside, or over, what this process has.
     std::vector<std::pair<std::string, std::string>> environment;
+    /// Close the pipe at its standard output once a line has come, as `head -n 1` does.
+    bool closeOutputAfterLine = false;
 };
 
 /// A program started by a test, with pipes at its three streams. Ended at the latest by the destructor.
@@ -55,7 +57,7 @@ public:
 
 private:
     int spawn(const ChildProcessSettings& settings, int in, int out, int error);
-    void collect();
+    void collect(bool closeOutputAfterLine);
     bool collectFrom(int stream, std::string& target);
     void reap();
 
