@@ -1,6 +1,6 @@
 #include "app/app_paths.h"
 
-#include "app/program_names.h"
+#include "platform/data_folder_name.h"
 #include "platform/file_system.h"
 
 namespace {

@@ -2,6 +2,3 @@
 
 /// What the program calls itself: its SimConnect client name, its entry in EXE.xml and the base name of its log.
 constexpr const char* programName = "VantrelBridgeHID";
-
-/// Its folder in the per-machine data folder.
-constexpr const char* dataFolderName = "VantrelBridge";

@@ -117,7 +117,8 @@ struct Host {
     std::function<bool(const std::function<bool(std::string_view name)>& visit)> findProcess;
     /// The running executable's path; empty when it can't be told or is 260 bytes or longer.
     std::function<std::string()> executablePath;
-    /// The folder of per-machine data; empty when there is none.
+    /// The folder of per-machine data, or where this process may not use that one, of the user's; empty when there is
+    /// none. Makes nothing.
     std::function<std::string()> commonDataFolder;
     std::function<std::optional<std::string>(const std::string& name)> environmentVariable;
     /// Takes the lock of that name for the rest of the process's life.

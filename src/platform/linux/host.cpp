@@ -1,5 +1,6 @@
 #include "platform/linux/closed_output.h"
 #include "platform/linux/control_signals.h"
+#include "platform/linux/data_folder.h"
 #include "platform/linux/process_list.h"
 #include "platform/linux/single_instance.h"
 #include "platform/portable_host.h"
@@ -25,7 +26,7 @@ Host systemHost() {
     Host host = portableHost();
     host.findProcess = [](const auto& visit) { return findProcessIn("/proc", visit); };
     host.executablePath = executablePath;
-    host.commonDataFolder = [] { return std::string("/var/lib"); };
+    host.commonDataFolder = [host] { return dataFolder("/var/lib", host); };
     host.acquireSingleInstance = takeSingleInstance;
     // A program has its terminal already.
     host.attachConsole = surviveClosedOutput;

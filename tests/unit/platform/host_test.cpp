@@ -86,10 +86,9 @@ TEST(HostExecutablePath, IsAnAbsolutePathThatExists) {
     EXPECT_TRUE(FileSystem::fileName(path).starts_with("platform-tests")) << path;
 }
 
-TEST(HostCommonDataFolder, IsAnAbsolutePathThatExists) {
+TEST(HostCommonDataFolder, IsAnAbsolutePath) {
     const std::string path = host.commonDataFolder();
     EXPECT_TRUE(FileSystem::isAbsolute(path)) << path;
-    EXPECT_TRUE(FileSystem::exists(path)) << path;
 }
 
 TEST(HostEnvironmentVariable, GivesTheValue) {

@@ -1,0 +1,104 @@
+#include "platform/linux/data_folder.h"
+
+#include "platform/file_system.h"
+#include "tests/support/fake_host.h"
+#include "tests/support/temp_folder.h"
+
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+/// While it lives, the process has an ordinary user's rights, for whom permissions count.
+class OrdinaryUser {
+public:
+    OrdinaryUser() {
+        if (before == 0) {
+            EXPECT_EQ(seteuid(65534), 0);
+        }
+    }
+    ~OrdinaryUser() {
+        if (before == 0) {
+            EXPECT_EQ(seteuid(0), 0);
+        }
+    }
+    OrdinaryUser(const OrdinaryUser&) = delete;
+    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
+
+private:
+    const uid_t before = geteuid();
+};
+
+class DataFolder : public testing::Test {
+protected:
+    DataFolder() {
+        permit(folder.path(), 0755);
+        fake.variables["HOME"] = "/home/pilot";
+        fake.variables["XDG_DATA_HOME"] = "/data of/pilot";
+    }
+    ~DataFolder() override {
+        permit(machine, 0755);
+        permit(own, 0755);
+    }
+
+    static void permit(const std::string& path, mode_t mode) { chmod(path.c_str(), mode); }
+
+    std::string chosen() {
+        const OrdinaryUser user;
+        return dataFolder(machine, fake.record());
+    }
+
+    FakeHost fake;
+    const TempFolder folder;
+    const std::string machine = folder.makeFolder("lib");
+    const std::string own = folder.path("lib/VantrelBridge");
+};
+
+TEST_F(DataFolder, IsTheMachinesWhereTheProgramsFolderIsWritable) {
+    folder.makeFolder("lib/VantrelBridge");
+    permit(own, 0777);
+    permit(machine, 0555);
+    EXPECT_EQ(chosen(), machine);
+}
+
+TEST_F(DataFolder, IsTheMachinesWhereTheProgramsFolderCanBeMade) {
+    permit(machine, 0777);
+    EXPECT_EQ(chosen(), machine);
+    EXPECT_FALSE(FileSystem::exists(own));
+}
+
+TEST_F(DataFolder, IsTheUsersWhereTheProgramsFolderIsSomebodyElses) {
+    folder.makeFolder("lib/VantrelBridge");
+    permit(own, 0555);
+    permit(machine, 0777);
+    EXPECT_EQ(chosen(), "/data of/pilot");
+}
+
+TEST_F(DataFolder, IsTheUsersWhereTheProgramsFolderCannotBeMade) {
+    permit(machine, 0555);
+    EXPECT_EQ(chosen(), "/data of/pilot");
+}
+
+TEST_F(DataFolder, IsTheUsersWhereAFileStandsInTheWayOrNothingIsThere) {
+    folder.write("lib/VantrelBridge", "");
+    EXPECT_EQ(chosen(), "/data of/pilot");
+    EXPECT_EQ(dataFolder(folder.path("absent"), fake.record()), "/data of/pilot");
+}
+
+TEST_F(DataFolder, OfTheUserIsInTheHomeFolderWithoutAnAbsoluteVariable) {
+    permit(machine, 0555);
+    fake.variables["XDG_DATA_HOME"] = "relative";
+    EXPECT_EQ(chosen(), "/home/pilot/.local/share");
+    fake.variables.erase("XDG_DATA_HOME");
+    EXPECT_EQ(chosen(), "/home/pilot/.local/share");
+}
+
+TEST_F(DataFolder, OfTheUserIsInTheListedHomeFolderWithoutAnyVariable) {
+    fake.variables.clear();
+    const std::string home = getpwuid(geteuid())->pw_dir; // NOLINT(concurrency-mt-unsafe): no other thread runs here
+    EXPECT_EQ(dataFolder(folder.path("absent"), fake.record()), FileSystem::join(home, ".local/share"));
+}
+
+} // namespace
