@@ -1,15 +1,12 @@
 #include "platform/windows/hid_enumeration.h"
 
-#include "platform/windows/hid_api.h"
-
-#include <setupapi.h>
-
 namespace {
 
 /// Empty when the interface has gone or won't tell.
-std::string interfacePath(HDEVINFO devices, SP_DEVICE_INTERFACE_DATA& deviceInterface) {
+std::string interfacePath(HDEVINFO devices, SP_DEVICE_INTERFACE_DATA& deviceInterface,
+                          const DeviceInterfaceCalls& calls) {
     DWORD size = 0;
-    SetupDiGetDeviceInterfaceDetailA(devices, &deviceInterface, nullptr, 0, &size, nullptr);
+    calls.detail(devices, &deviceInterface, nullptr, 0, &size, nullptr);
     if (size == 0) {
         return {};
     }
@@ -17,13 +14,27 @@ std::string interfacePath(HDEVINFO devices, SP_DEVICE_INTERFACE_DATA& deviceInte
     auto* detail = reinterpret_cast<SP_DEVICE_INTERFACE_DETAIL_DATA_A*>(memory.data());
     // The size of the fixed part, whatever stands behind it.
     detail->cbSize = sizeof *detail;
-    if (!SetupDiGetDeviceInterfaceDetailA(devices, &deviceInterface, detail, size, nullptr, nullptr)) {
+    if (!calls.detail(devices, &deviceInterface, detail, size, nullptr, nullptr)) {
         return {};
     }
     return detail->DevicePath;
 }
 
 } // namespace
+
+std::vector<std::string> interfacePaths(HDEVINFO devices, const GUID& interfaceClass,
+                                        const DeviceInterfaceCalls& calls) {
+    std::vector<std::string> paths;
+    SP_DEVICE_INTERFACE_DATA deviceInterface{};
+    deviceInterface.cbSize = sizeof deviceInterface;
+    for (DWORD number = 0; calls.enumerate(devices, nullptr, &interfaceClass, number, &deviceInterface); ++number) {
+        const std::string path = interfacePath(devices, deviceInterface, calls);
+        if (!path.empty()) {
+            paths.push_back(path);
+        }
+    }
+    return paths;
+}
 
 std::vector<std::string> enumerateHidPaths() {
     GUID hidClass{};
@@ -32,16 +43,8 @@ std::vector<std::string> enumerateHidPaths() {
     if (devices == INVALID_HANDLE_VALUE) {
         return {};
     }
-    std::vector<std::string> paths;
-    SP_DEVICE_INTERFACE_DATA deviceInterface{};
-    deviceInterface.cbSize = sizeof deviceInterface;
-    for (DWORD number = 0; SetupDiEnumDeviceInterfaces(devices, nullptr, &hidClass, number, &deviceInterface);
-         ++number) {
-        const std::string path = interfacePath(devices, deviceInterface);
-        if (!path.empty()) {
-            paths.push_back(path);
-        }
-    }
+    const auto paths =
+        interfacePaths(devices, hidClass, {SetupDiEnumDeviceInterfaces, SetupDiGetDeviceInterfaceDetailA});
     SetupDiDestroyDeviceInfoList(devices);
     return paths;
 }
