@@ -130,32 +130,75 @@ TEST_F(HidManagerThreads, ConcurrentStopsBothReturn) {
     }
 }
 
-TEST_F(HidManagerThreads, BlockedWriteHoldsBackAPassUntilItEnds) {
+namespace {
+
+/// A board that doesn't accept a report before the test lets it.
+class HidManagerBlockedWrite : public HidFixture {
+protected:
+    HidManagerBlockedWrite() {
+        auto transport = bus.transport();
+        transport.write = [this, plain = transport.write](HidHandle handle, std::span<const std::uint8_t> report) {
+            writing = true;
+            EXPECT_TRUE(waitUntil([this] { return mayEnd.load(); }, patience));
+            ended = true;
+            return plain(handle, report);
+        };
+        manager = std::make_unique<HidManager>(transport, host.record());
+        board = plugNew(1);
+        start();
+        writer = std::thread([this] { manager->sendSimStatus(true); });
+        EXPECT_TRUE(waitUntil([this] { return writing.load(); }, patience));
+    }
+    ~HidManagerBlockedWrite() override {
+        endWrite();
+        end();
+    }
+
+    void endWrite() {
+        mayEnd = true;
+        if (writer.joinable()) {
+            writer.join();
+        }
+    }
+
+    static constexpr std::chrono::seconds patience{30};
+    std::shared_ptr<VirtualBoard> board;
     std::atomic<bool> writing{false};
     std::atomic<bool> mayEnd{false};
-    auto transport = bus.transport();
-    transport.write = [&, plain = transport.write](HidHandle handle, std::span<const std::uint8_t> report) {
-        writing = true;
-        waitUntil([&] { return mayEnd.load(); });
-        return plain(handle, report);
-    };
-    manager = std::make_unique<HidManager>(transport, host.record());
-    const auto board = plugNew(1);
-    start();
-    std::thread writer([&] { manager->sendSimStatus(true); });
-    ASSERT_TRUE(waitUntil([&] { return writing.load(); }));
-    bus.setRecording(true);
+    std::atomic<bool> ended{false};
+    std::thread writer;
+};
+
+} // namespace
+
+TEST_F(HidManagerBlockedWrite, HoldsBackAPassUntilItEnds) {
+    bus.clearCalls();
     plugNew(2);
-    std::atomic<bool> passed{false};
+    std::atomic<bool> endedAtPass{false};
     std::thread pass([&] {
         manager->scanDevices();
-        passed = true;
+        endedAtPass = ended.load();
     });
-    EXPECT_TRUE(waitUntil([&] { return callsOf(HidCall::Close).size() == 2; }));
-    EXPECT_FALSE(passed);
-    mayEnd = true;
-    writer.join();
+    EXPECT_TRUE(waitUntil([&] { return callsOf(HidCall::Close).size() == 2; }, patience));
+    endWrite();
     pass.join();
+    EXPECT_TRUE(endedAtPass);
     EXPECT_EQ(manager->listDevices().size(), 2U);
+    EXPECT_EQ(board->simConnected(), true);
+}
+
+TEST_F(HidManagerBlockedWrite, HoldsBackAStopUntilItEnds) {
+    std::atomic<bool> endedAtStop{false};
+    std::thread stopper([&] {
+        stop();
+        endedAtStop = ended.load();
+    });
+    // Time for a stop that doesn't wait to return.
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(callsOf(HidCall::CancelReads), Lines());
+    endWrite();
+    stopper.join();
+    EXPECT_TRUE(endedAtStop);
+    EXPECT_FALSE(manager->hasDevices());
     EXPECT_EQ(board->simConnected(), true);
 }
