@@ -136,13 +136,16 @@ void HidManager::readLoop(const HidDeviceSession& session) {
 }
 
 void HidManager::handleRead(const HidDeviceSession& session, std::span<const std::uint8_t> data) {
+    // A read that is still pending may write to the reader's buffer at any moment: one copy, so that trace and event
+    // agree.
+    const std::vector<std::uint8_t> bytes(data.begin(), data.end());
     if (traceEnabled) {
-        Logger::instance().debug("HID IN device=" + session.deviceName + " bytes=" + std::to_string(data.size()) +
-                                 " data=" + hexText(data));
+        Logger::instance().debug("HID IN device=" + session.deviceName + " bytes=" + std::to_string(bytes.size()) +
+                                 " data=" + hexText(bytes));
     }
     HidProtocol::HidEvent event;
     std::string ignoredError;
-    if (HidProtocol::decodeInputReport(data.data(), data.size(), event, ignoredError) && callback) {
+    if (HidProtocol::decodeInputReport(bytes.data(), bytes.size(), event, ignoredError) && callback) {
         callback(event, session.deviceName, session.index);
     }
 }

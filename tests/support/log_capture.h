@@ -25,6 +25,9 @@ public:
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
+    /// From now on, each line also goes to std::cout.
+    void echo() const { Logger::instance().configure(folder.path(), "capture", true); }
+
     /// The lines so far without their time stamps, such as "[WARN] No HID device accepted BOOTSEL command".
     std::vector<std::string> lines() const {
         std::string text;

@@ -1,6 +1,10 @@
 #include "tests/unit/hid/hid_fixture.h"
 
 #include <atomic>
+#include <functional>
+#include <iostream>
+#include <streambuf>
+#include <string_view>
 #include <thread>
 
 namespace {
@@ -27,6 +31,28 @@ public:
     }
 
     std::shared_ptr<VirtualBoard> board = makeBoard(1);
+};
+
+/// Takes the place of std::cout, and calls back once a trace line of an input report has come there, on the thread that
+/// logs.
+class TraceWatch : public std::streambuf {
+public:
+    explicit TraceWatch(std::function<void()> onTrace) : callback(std::move(onTrace)), before(std::cout.rdbuf(this)) {}
+    ~TraceWatch() override { std::cout.rdbuf(before); }
+    TraceWatch(const TraceWatch&) = delete;
+    TraceWatch& operator=(const TraceWatch&) = delete;
+
+protected:
+    std::streamsize xsputn(const char* text, std::streamsize count) override {
+        if (std::string_view(text, static_cast<std::size_t>(count)).find("HID IN") != std::string_view::npos) {
+            callback();
+        }
+        return count;
+    }
+
+private:
+    const std::function<void()> callback;
+    std::streambuf* const before;
 };
 
 } // namespace
@@ -90,6 +116,29 @@ TEST_F(HidManagerRead, TraceLineHoldsTheBytesRead) {
     ASSERT_TRUE(events.waitForCount(1));
     EXPECT_EQ(log.lines(),
               (Lines{"[DEBUG] HID IN device=0000000000000001 bytes=32 data=" + reportText("010001003412010001")}));
+}
+
+TEST_F(HidManagerRead, TraceAndEventAgreeThoughTheReadersBufferChanges) {
+    // A pending read may write to the buffer at any moment; here it does while the line is being written.
+    HidProtocol::Report buffer{0x01, 0, 1, 0, 7, 0, 1};
+    const TraceWatch watch([&] { buffer[4] = 9; });
+    log.echo();
+    auto transport = bus.transport();
+    transport.makeReader = [&, plain = transport.makeReader](HidHandle handle) -> HidReader {
+        return [&, first = true, reader = plain(handle)](std::chrono::milliseconds limit) mutable {
+            return std::exchange(first, false) ? HidReadResult{HidReadStatus::Data, buffer} : reader(limit);
+        };
+    };
+    manager = std::make_unique<HidManager>(transport, host.record());
+    manager->setTraceEnabled(true);
+    bus.plug(board);
+    start();
+    EXPECT_TRUE(events.waitForCount(1));
+    EXPECT_EQ(buffer[4], 9);
+    EXPECT_EQ(log.linesWith("HID IN"),
+              (Lines{"[DEBUG] HID IN device=0000000000000001 bytes=32 data=" + reportText("01000100070001")}));
+    EXPECT_EQ(controls(), (std::vector<int>{7}));
+    end();
 }
 
 TEST_F(HidManagerRead, TraceShowsAnUndecodableReportToo) {
