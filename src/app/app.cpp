@@ -95,8 +95,11 @@ bool App::startSubsystems(std::string& error) {
 
     // 13 to 15: the boards.
     mobiflight.setLVarHandler([this](const std::string& text) { mapping.onBacklightPayload(text); });
-    const HidManagerSettings settings{config.hid.vid, config.hid.pid, config.hid.readIntervalMs,
-                                      config.hid.scanIntervalMs};
+    const HidManagerSettings settings{config.hid.vid,
+                                      config.hid.pid,
+                                      config.hid.readIntervalMs,
+                                      config.hid.scanIntervalMs,
+                                      config.extensions.singlePendingRead};
     hid.setTraceEnabled(config.hid.trace);
     const auto onHidEvent = [this](const HidProtocol::HidEvent& event, const std::string& deviceName, int index) {
         mapping.submitEvent(event, deviceName, index);

@@ -49,6 +49,7 @@ bool HidManager::start(const HidManagerSettings& settings, HidEventCallback even
     productIdText = settings.productIdText;
     readIntervalMs = settings.readIntervalMs;
     scanIntervalMs = settings.scanIntervalMs;
+    singlePendingRead = settings.singlePendingRead;
     callback = std::move(eventCallback);
     running = true;
     scanDevices();

@@ -22,6 +22,8 @@ struct HidManagerSettings {
     std::int32_t readIntervalMs = 2;
     /// 0 or below: no pause between passes at all.
     std::int32_t scanIntervalMs = 1000;
+    /// Reads by the transport's `makeSinglePendingReader`, where it has one.
+    bool singlePendingRead = false;
 };
 
 /// Receives one decoded report, on the reader thread of its board, with no lock of the manager's held. The name is
@@ -112,6 +114,7 @@ private:
     std::string productIdText;
     std::int32_t readIntervalMs = 2;
     std::int32_t scanIntervalMs = 1000;
+    bool singlePendingRead = false;
     HidEventCallback callback;
 
     std::atomic<bool> running{false};

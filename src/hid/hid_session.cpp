@@ -101,7 +101,8 @@ void HidManager::replay(const HidDeviceSession& session, const char* reportName,
 }
 
 void HidManager::startReader(HidDeviceSession& session) {
-    session.reader = transport.makeReader(session.readHandle);
+    const bool single = singlePendingRead && transport.makeSinglePendingReader;
+    session.reader = (single ? transport.makeSinglePendingReader : transport.makeReader)(session.readHandle);
     session.running = true;
     try {
         session.readerThread = host.startThread([this, &session] { readLoop(session); });

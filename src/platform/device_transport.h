@@ -28,15 +28,23 @@ void fillQueries(HidTransport& transport, const std::shared_ptr<HandleTable<Devi
     };
 }
 
+/// A reader that reads by `readOnce(Device&, Read&, limit)`. It doesn't keep the device open: closing the handle closes
+/// it.
+template <typename Read, typename Device, typename ReadOnce>
+HidReader makeDeviceReader(const std::shared_ptr<Device>& device, ReadOnce readOnce) {
+    return
+        [opened = std::weak_ptr(device), read = std::make_shared<Read>(), readOnce](std::chrono::milliseconds limit) {
+            const auto open = opened.lock();
+            return open ? readOnce(*open, *read, limit) : HidReadResult{};
+        };
+}
+
 template <typename Device, typename Read>
 void fillReads(HidTransport& transport, const std::shared_ptr<HandleTable<Device>>& devices) {
-    transport.makeReader = [devices](HidHandle handle) -> HidReader {
-        // The reader doesn't keep the device open: closing the handle closes it.
-        return [device = std::weak_ptr(devices->find(handle)),
-                read = std::make_shared<Read>()](std::chrono::milliseconds limit) {
-            const auto open = device.lock();
-            return open ? open->read(*read, limit) : HidReadResult{};
-        };
+    transport.makeReader = [devices](HidHandle handle) {
+        return makeDeviceReader<Read>(
+            devices->find(handle),
+            [](Device& device, Read& read, std::chrono::milliseconds limit) { return device.read(read, limit); });
     };
     transport.cancelReads = [devices](HidHandle handle) {
         if (const auto device = devices->find(handle)) {
@@ -58,11 +66,11 @@ void fillWrites(HidTransport& transport, const std::shared_ptr<HandleTable<Devic
     };
 }
 
-/// A transport, but for `enumerate`, on a system's own kind of device and of what its reads write to (`Read`).
-/// `noHandle` is the system's error code for writing to a handle that isn't open.
+/// A transport, but for `enumerate` and `makeSinglePendingReader`, on a system's own kind of device and of what its
+/// reads write to (`Read`). `noHandle` is the system's error code for writing to a handle that isn't open.
 template <typename Device, typename Read>
-HidTransport makeDeviceTransport(DeviceOpener<Device> openDevice, std::uint32_t noHandle) {
-    const auto devices = std::make_shared<HandleTable<Device>>();
+HidTransport makeDeviceTransport(const std::shared_ptr<HandleTable<Device>>& devices, DeviceOpener<Device> openDevice,
+                                 std::uint32_t noHandle) {
     HidTransport transport;
     transport.open = [devices, openDevice = std::move(openDevice)](const std::string& path, HidAccess access,
                                                                    HidMode mode) {

@@ -74,6 +74,10 @@ struct HidTransport {
     std::function<HidWriteResult(HidHandle handle, std::span<const std::uint8_t> report)> write;
     /// Sends one output report over the control pipe; `count` stays 0.
     std::function<HidWriteResult(HidHandle handle, std::span<const std::uint8_t> report)> setOutputReport;
+    /// Makes a reader as `makeReader` does, but one that never has two reads pending: a read that timed out is waited
+    /// for again by the next call, so that no report overwrites another. It also has the system keep as many reports
+    /// for it as it can. May be left empty: reads never accumulate on this system, and `makeReader` serves.
+    std::function<HidReader(HidHandle handle)> makeSinglePendingReader;
 };
 
 /// The operations of the simulator's client library, with the arguments and results of simconnect_api.h.

@@ -11,7 +11,8 @@ HidTransport makeHidrawTransport(const std::string& root) {
     const auto openNode = [root](const std::string& path, HidAccess access, HidMode mode) {
         return HidrawDevice::open(root, path, access, mode);
     };
-    HidTransport transport = makeDeviceTransport<HidrawDevice, HidrawReadBuffer>(openNode, EBADF);
+    const auto devices = std::make_shared<HandleTable<HidrawDevice>>();
+    HidTransport transport = makeDeviceTransport<HidrawDevice, HidrawReadBuffer>(devices, openNode, EBADF);
     transport.enumerate = [root] { return HidrawSysfs::nodeFolders(root); };
     return transport;
 }

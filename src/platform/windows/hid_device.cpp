@@ -5,6 +5,14 @@
 
 #include <vector>
 
+namespace {
+
+/// The most that the driver takes. It keeps 32 unless asked for more, which a knob that is spun can fill while the
+/// reader writes trace lines.
+constexpr ULONG mostKeptReports = 512;
+
+} // namespace
+
 HidRead::HidRead() : event(CreateEventA(nullptr, TRUE, FALSE, nullptr)) {
     overlapped.hEvent = event;
 }
@@ -65,22 +73,39 @@ HidDevice::Issue HidDevice::issueRead(HidRead& read, DWORD& count) {
     return GetLastError() == ERROR_IO_PENDING ? Issue::Pending : Issue::Failure;
 }
 
-HidReadResult HidDevice::read(HidRead& read, std::chrono::milliseconds limit) {
+HidReadResult HidDevice::waitForRead(HidRead& read, std::chrono::milliseconds limit) const {
+    const DWORD wait = WaitForSingleObject(read.event, static_cast<DWORD>(limit.count()));
+    if (wait == WAIT_TIMEOUT) {
+        return {HidReadStatus::Timeout, {}};
+    }
     DWORD count = 0;
-    const Issue issue = issueRead(read, count);
-    if (issue == Issue::Failure) {
+    if (wait != WAIT_OBJECT_0 || !GetOverlappedResult(handle, &read.overlapped, &count, FALSE)) {
         return {};
     }
-    if (issue == Issue::Pending) {
-        const DWORD wait = WaitForSingleObject(read.event, static_cast<DWORD>(limit.count()));
-        if (wait == WAIT_TIMEOUT) {
-            return {HidReadStatus::Timeout, {}};
-        }
-        if (wait != WAIT_OBJECT_0 || !GetOverlappedResult(handle, &read.overlapped, &count, FALSE)) {
-            return {};
-        }
-    }
     return {HidReadStatus::Data, std::span(read.buffer).first(count)};
+}
+
+HidReadResult HidDevice::read(HidRead& read, std::chrono::milliseconds limit) {
+    DWORD count = 0;
+    switch (issueRead(read, count)) {
+    case Issue::Complete:
+        return {HidReadStatus::Data, std::span(read.buffer).first(count)};
+    case Issue::Pending:
+        return waitForRead(read, limit);
+    case Issue::Failure:
+        break;
+    }
+    return {};
+}
+
+HidReadResult HidDevice::readSinglePending(HidRead& read, std::chrono::milliseconds limit) {
+    const HidReadResult result = read.isPending ? waitForRead(read, limit) : this->read(read, limit);
+    read.isPending = result.status == HidReadStatus::Timeout;
+    return result;
+}
+
+void HidDevice::keepMoreReports() const {
+    HidD_SetNumInputBuffers(handle, mostKeptReports);
 }
 
 void HidDevice::cancelReads() {

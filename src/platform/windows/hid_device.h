@@ -20,6 +20,8 @@ struct HidRead {
     OVERLAPPED overlapped{};
     /// The longest report of a board.
     std::array<std::uint8_t, 32> buffer{};
+    /// `readSinglePending` has left a read pending.
+    bool isPending = false;
 };
 
 /// One open HID device. Everything may be called from any thread, `read` on one at a time.
@@ -40,6 +42,13 @@ public:
     /// completes an earlier read before the next call waits is not handed out; cancelling ends all that are pending.
     HidReadResult read(HidRead& read, std::chrono::milliseconds limit);
 
+    /// A timeout leaves the read pending, and the next call waits for it again, so that every report is handed out. Not
+    /// to be mixed with `read` on the same `HidRead`.
+    HidReadResult readSinglePending(HidRead& read, std::chrono::milliseconds limit);
+
+    /// Has the driver keep as many reports as it can for this handle while nobody reads. A refusal is ignored.
+    void keepMoreReports() const;
+
     /// For good: every later read fails too.
     void cancelReads();
     HidWriteResult write(std::span<const std::uint8_t> report) const;
@@ -54,4 +63,5 @@ private:
 
     enum class Issue { Complete, Pending, Failure };
     Issue issueRead(HidRead& read, DWORD& count);
+    HidReadResult waitForRead(HidRead& read, std::chrono::milliseconds limit) const;
 };

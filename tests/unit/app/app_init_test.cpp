@@ -106,6 +106,23 @@ TEST_F(AppInit, HidTraceOptionOpensTheDebugGateWhateverTheFileSays) {
     runAndStop(app);
 }
 
+TEST_F(AppInit, ExtensionsDecideHowBoardsAreRead) {
+    bus.plug(board);
+    for (const bool single : {false, true}) {
+        configPath = writeConfig(single ? R"(,"extensions":{"singlePendingRead":1})" : "");
+        bool isSingle = false;
+        Platform records = platform();
+        records.hid.makeSinglePendingReader = [&, make = records.hid.makeReader](HidHandle handle) {
+            isSingle = true;
+            return make(handle);
+        };
+        App app(records);
+        ASSERT_TRUE(app.init(configPath, false, error)) << error;
+        runAndStop(app);
+        EXPECT_EQ(isSingle, single);
+    }
+}
+
 TEST_F(AppInit, DebugStaysSilentWhenTheFileAsksForNothing) {
     configPath = writeConfig(R"(,"logging":{"debug":0.5})");
     App app(platform());

@@ -238,6 +238,31 @@ TEST_F(HidManagerRead, IdleReaderGoesOnAfterATimeout) {
     patient.stop();
 }
 
+TEST_F(HidManagerRead, SinglePendingReaderIsUsedOnlyIfAskedForAndThere) {
+    // Kinds of the readers made: with the setting off, on, and on with a transport that has one kind only.
+    std::string made;
+    auto transport = bus.transport();
+    const auto plain = transport.makeReader;
+    transport.makeReader = [&](HidHandle handle) { return made += 'm', plain(handle); };
+    transport.makeSinglePendingReader = [&](HidHandle handle) { return made += 's', plain(handle); };
+    bus.plug(board);
+    auto used = settings();
+    for (const bool withSinglePending : {true, false}) {
+        if (!withSinglePending) {
+            transport.makeSinglePendingReader = nullptr;
+        }
+        for (const bool asked : {false, true}) {
+            used.singlePendingRead = asked;
+            HidManager reading(transport, host.record());
+            std::string error;
+            ASSERT_TRUE(reading.start(used, events.callback(), error));
+            host.letSleepsPass();
+        }
+    }
+    EXPECT_EQ(made, "msmm");
+    EXPECT_FALSE(settings().singlePendingRead);
+}
+
 TEST_F(HidManagerRead, CallbackMayCallIntoTheManager) {
     bus.plug(board);
     std::atomic<bool> sent{false};

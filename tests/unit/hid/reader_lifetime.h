@@ -13,15 +13,10 @@ class ReaderLifetimes {
 public:
     /// The same transport, watched. This object must outlive it and its readers.
     HidTransport watch(HidTransport transport) {
-        const auto makeReader = transport.makeReader;
-        transport.makeReader = [this, makeReader](HidHandle handle) -> HidReader {
-            {
-                const std::lock_guard lock(mutex);
-                handles.insert(handle);
-            }
-            const std::shared_ptr<void> end(nullptr, [this](void*) { add("reader destroyed"); });
-            return [end, reader = makeReader(handle)](std::chrono::milliseconds limit) { return reader(limit); };
-        };
+        transport.makeReader = watched(transport.makeReader);
+        if (transport.makeSinglePendingReader) {
+            transport.makeSinglePendingReader = watched(transport.makeSinglePendingReader);
+        }
         const auto close = transport.close;
         transport.close = [this, close](HidHandle handle) {
             close(handle);
@@ -38,6 +33,19 @@ public:
     }
 
 private:
+    using ReaderMaker = std::function<HidReader(HidHandle handle)>;
+
+    ReaderMaker watched(const ReaderMaker& makeReader) {
+        return [this, makeReader](HidHandle handle) -> HidReader {
+            {
+                const std::lock_guard lock(mutex);
+                handles.insert(handle);
+            }
+            const std::shared_ptr<void> end(nullptr, [this](void*) { add("reader destroyed"); });
+            return [end, reader = makeReader(handle)](std::chrono::milliseconds limit) { return reader(limit); };
+        };
+    }
+
     bool hasReader(HidHandle handle) {
         const std::lock_guard lock(mutex);
         return handles.contains(handle);

@@ -6,6 +6,8 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
+#include <thread>
 
 namespace {
 
@@ -30,16 +32,22 @@ protected:
         transport.open = [openReal](const std::string& path, HidAccess access, HidMode mode) {
             return mode == HidMode::Overlapped ? openReal(path, access, mode) : madeUpHandle;
         };
-        makeReadersImpatient(transport);
+        transport.makeReader = impatient(transport.makeReader);
+        transport.makeSinglePendingReader = impatient(transport.makeSinglePendingReader);
         manager = std::make_unique<HidManager>(lifetimes.watch(transport), host.record());
     }
     ~HidManagerPendingReads() override { end(); }
 
-    /// Readers that leave another read pending with every millisecond instead of every second.
-    void makeReadersImpatient(HidTransport& transport) {
-        const auto makeReal = transport.makeReader;
-        transport.makeReader = [this, makeReal](HidHandle handle) -> HidReader {
+    using ReaderMaker = std::function<HidReader(HidHandle handle)>;
+
+    /// Makes readers whose reads time out every millisecond instead of every second, and which can be held up.
+    ReaderMaker impatient(const ReaderMaker& makeReal) {
+        return [this, makeReal](HidHandle handle) -> HidReader {
             return [this, reader = makeReal(handle)](std::chrono::milliseconds) {
+                while (held) {
+                    isHeld = true;
+                    std::this_thread::sleep_for(1ms);
+                }
                 const HidReadResult result = reader(1ms);
                 timeouts += result.status == HidReadStatus::Timeout ? 1 : 0;
                 failures += result.status == HidReadStatus::Failure ? 1 : 0;
@@ -48,9 +56,36 @@ protected:
         };
     }
 
-    void start() {
+    static std::string press(int control) {
+        std::string report(32, '\0');
+        report[0] = 0x01;
+        report[4] = static_cast<char>(control);
+        return report;
+    }
+
+    /// Sends presses of the controls 1 to `count`, all before the reader looks again.
+    void sendWhileNobodyReads(int count) {
+        held = true;
+        EXPECT_TRUE(waitUntil([this] { return isHeld.load(); }, 30s));
+        for (int control = 1; control <= count; ++control) {
+            EXPECT_TRUE(board.send(press(control)));
+        }
+        held = false;
+    }
+
+    std::vector<int> controls() {
+        std::vector<int> result;
+        for (const auto& received : events.events()) {
+            result.push_back(received.event.controlId);
+        }
+        return result;
+    }
+
+    void start(bool singlePendingRead = false) {
         std::string error;
-        ASSERT_TRUE(manager->start(HidFixture::settings(), events.callback(), error)) << error;
+        HidManagerSettings settings = HidFixture::settings();
+        settings.singlePendingRead = singlePendingRead;
+        ASSERT_TRUE(manager->start(settings, events.callback(), error)) << error;
         ASSERT_GE(host.waitForSleep(), 0);
         ASSERT_TRUE(waitUntil([this] { return timeouts >= 3; }));
     }
@@ -68,6 +103,8 @@ protected:
     std::atomic<bool> plugged{true};
     std::atomic<int> timeouts{0};
     std::atomic<int> failures{0};
+    std::atomic<bool> held{false};
+    std::atomic<bool> isHeld{false};
     std::unique_ptr<HidManager> manager;
 };
 
@@ -97,13 +134,22 @@ TEST_F(HidManagerPendingReads, KeepTheirMemoryWhileTheSessionIsStalled) {
     EXPECT_EQ(lifetimes.happenings(), (Lines{"handle closed", "reader destroyed"}));
 }
 
-TEST_F(HidManagerPendingReads, DoNotKeepTheReaderFromTheNextReports) {
+TEST_F(HidManagerPendingReads, SwallowAReportEachButNotTheNextOnes) {
     start();
-    std::string report(32, '\0');
-    report[0] = 0x01;
-    // Each pending read swallows one report; then the reader waits for the next.
-    EXPECT_TRUE(waitUntil([&] { return !board.send(report) || !events.events().empty(); }));
-    EXPECT_FALSE(events.events().empty());
+    sendWhileNobodyReads(2);
+    constexpr int later = 99;
+    EXPECT_TRUE(waitUntil([&] { return !board.send(press(later)) || !controls().empty(); }, 30s));
+    ASSERT_FALSE(controls().empty());
+    EXPECT_EQ(controls().front(), later);
+}
+
+TEST_F(HidManagerPendingReads, AreOneAtMostAndSwallowNothingIfAskedFor) {
+    start(true);
+    sendWhileNobodyReads(8);
+    EXPECT_TRUE(waitUntil([&] { return controls().size() >= 8; }, 30s));
+    EXPECT_EQ(controls(), (std::vector<int>{1, 2, 3, 4, 5, 6, 7, 8}));
+    end();
+    EXPECT_EQ(lifetimes.happenings(), (Lines{"handle closed", "reader destroyed"}));
 }
 
 } // namespace

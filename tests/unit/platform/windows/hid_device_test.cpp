@@ -56,6 +56,49 @@ TEST_F(HidDeviceOnWindows, ReadsThatTimedOutStayPendingAndTakeTheNextReports) {
     hid.close(handle);
 }
 
+TEST_F(HidDeviceOnWindows, SinglePendingReaderGivesEveryReportAfterTimeouts) {
+    const HidHandle handle = open();
+    const HidReader reader = hid.makeSinglePendingReader(handle);
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(reader(1ms).status, HidReadStatus::Timeout);
+    }
+    // As long as a read, since a pipe's read takes more than one message where there is room.
+    for (const char letter : {'a', 'b', 'c', 'd'}) {
+        ASSERT_TRUE(board.send(std::string(32, letter)));
+    }
+    for (const char letter : {'a', 'b', 'c', 'd'}) {
+        EXPECT_EQ(text(reader(30s)), std::string(32, letter));
+    }
+    EXPECT_EQ(reader(1ms).status, HidReadStatus::Timeout);
+    ASSERT_TRUE(board.send("e"));
+    EXPECT_EQ(text(reader(30s)), "e");
+    hid.cancelReads(handle);
+    hid.close(handle);
+}
+
+TEST_F(HidDeviceOnWindows, CancellingEndsTheSinglePendingReadThatIsWaitedForAgain) {
+    const HidHandle handle = open();
+    const HidReader reader = hid.makeSinglePendingReader(handle);
+    EXPECT_EQ(reader(1ms).status, HidReadStatus::Timeout);
+    std::optional<HidReadStatus> status;
+    std::thread thread([&] { status = reader(1h).status; });
+    hid.cancelReads(handle);
+    thread.join();
+    EXPECT_EQ(status, HidReadStatus::Failure);
+    EXPECT_EQ(reader(1h).status, HidReadStatus::Failure);
+    hid.close(handle);
+}
+
+TEST_F(HidDeviceOnWindows, SinglePendingReaderFailsWhenTheBoardIsPulledOrTheHandleClosed) {
+    const HidHandle handle = open();
+    const HidReader reader = hid.makeSinglePendingReader(handle);
+    EXPECT_EQ(reader(1ms).status, HidReadStatus::Timeout);
+    board.hangUp();
+    EXPECT_EQ(reader(1h).status, HidReadStatus::Failure);
+    hid.close(handle);
+    EXPECT_EQ(reader(1h).status, HidReadStatus::Failure);
+}
+
 TEST_F(HidDeviceOnWindows, AReportEndsTheWaitAfterEarlierTimeouts) {
     const HidHandle handle = open();
     const HidReader reader = hid.makeReader(handle);

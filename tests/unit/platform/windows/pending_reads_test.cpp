@@ -101,6 +101,21 @@ TEST_F(PendingReads, TouchNothingAfterClosingAlone) {
     EXPECT_TRUE(read.isUntouched());
 }
 
+TEST_F(PendingReads, TouchNothingAfterClosingWhenThereIsOneAlone) {
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(device->readSinglePending(*read, 1ms).status, HidReadStatus::Timeout);
+    }
+    // No second read was issued: one report completes the only one, and the next stays with the system.
+    EXPECT_TRUE(board.send("a"));
+    EXPECT_TRUE(board.send("b"));
+    EXPECT_EQ((*read).buffer[0], 'a');
+    EXPECT_EQ(device->readSinglePending(*read, 1h).status, HidReadStatus::Data);
+    EXPECT_EQ(device->readSinglePending(*read, 1h).data[0], 'b');
+    EXPECT_EQ(device->readSinglePending(*read, 1ms).status, HidReadStatus::Timeout);
+    endSession();
+    EXPECT_TRUE(read.isUntouched());
+}
+
 TEST_F(PendingReads, TouchNothingAfterAFailedReadBehindThem) {
     leavePending();
     failToRead();
