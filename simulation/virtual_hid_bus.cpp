@@ -38,19 +38,17 @@ std::string VirtualHidBus::plug(const std::shared_ptr<VirtualBoard>& board, std:
     if (const auto present = state->connectionOf(board)) {
         state->pull(present);
     }
-    const auto connection = std::make_shared<VirtualHidConnection>();
-    connection->path = numbered(port, ++state->lastPlug);
-    connection->board = board;
-    state->connections.push_back(connection);
-    board->powerOn(
-        [bus = std::weak_ptr(state), link = std::weak_ptr(connection)](std::span<const std::uint8_t> report) {
-            const auto lockedBus = bus.lock();
-            const auto lockedLink = link.lock();
-            if (lockedBus && lockedLink) {
-                lockedBus->deliverInput(*lockedLink, report);
-            }
-        });
-    return connection->path;
+    const auto path = numbered(port, ++state->lastPlug);
+    state->connect(board, path);
+    return path;
+}
+
+void VirtualHidBus::replug(const std::shared_ptr<VirtualBoard>& board) {
+    const std::lock_guard lock(state->mutex);
+    if (const auto present = state->connectionOf(board)) {
+        state->pull(present);
+        state->connect(board, present->path);
+    }
 }
 
 void VirtualHidBus::unplug(const std::shared_ptr<VirtualBoard>& board) {

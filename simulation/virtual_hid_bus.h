@@ -68,8 +68,9 @@ struct HidCallRecord {
 };
 
 /// A USB bus of virtual boards, seen by the host as a HidTransport. Each plugging gives a path of its own, so a board
-/// that is pulled and put back is a new connection. An input report goes to the queue of each overlapped handle that is
-/// open on its board, and is dropped when there is none. A board that is told to go to BOOTSEL mode leaves the bus.
+/// that is pulled and put back is a new connection, unless it is replugged under its old path. An input report goes to
+/// the queue of each overlapped handle that is open on its board, and is dropped when there is none. A board that is
+/// told to go to BOOTSEL mode leaves the bus.
 ///
 /// All operations may be called from any thread. The transport may outlive the bus.
 class VirtualHidBus {
@@ -84,6 +85,10 @@ public:
     /// Connects a board behind those present; one that is plugged already is pulled first. Gives its path: `port`,
     /// which says where the path sorts, and a running number.
     std::string plug(const std::shared_ptr<VirtualBoard>& board, std::string_view port = "port");
+
+    /// Pulls a plugged board and connects it again at once under the same path, as Windows does: no enumeration misses
+    /// it, but all handles that were open on it are dead. Does nothing to a board that isn't plugged.
+    void replug(const std::shared_ptr<VirtualBoard>& board);
 
     /// Pulls a board, if it is plugged. Reads pending on it end with a failure once their queue is empty.
     void unplug(const std::shared_ptr<VirtualBoard>& board);

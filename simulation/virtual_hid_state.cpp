@@ -49,6 +49,20 @@ const HidLinkFaults& VirtualHidBus::State::faultsOf(const VirtualHidConnection& 
     return found == faults.end() ? none : found->second;
 }
 
+void VirtualHidBus::State::connect(const std::shared_ptr<VirtualBoard>& board, const std::string& path) {
+    const auto connection = std::make_shared<VirtualHidConnection>();
+    connection->path = path;
+    connection->board = board;
+    connections.push_back(connection);
+    board->powerOn([bus = weak_from_this(), link = std::weak_ptr(connection)](std::span<const std::uint8_t> report) {
+        const auto lockedBus = bus.lock();
+        const auto lockedLink = link.lock();
+        if (lockedBus && lockedLink) {
+            lockedBus->deliverInput(*lockedLink, report);
+        }
+    });
+}
+
 void VirtualHidBus::State::pull(const std::shared_ptr<VirtualHidConnection>& connection) {
     connection->present = false;
     connection->board->powerOff();

@@ -28,7 +28,7 @@ struct VirtualHidOpenHandle {
     std::condition_variable wake;
 };
 
-struct VirtualHidBus::State {
+struct VirtualHidBus::State : std::enable_shared_from_this<VirtualHidBus::State> {
     // Guards all below, connections and handles included. Boards are called without it, but for being powered.
     mutable std::mutex mutex;
     std::vector<std::shared_ptr<VirtualHidConnection>> connections;
@@ -63,6 +63,7 @@ struct VirtualHidBus::State {
     std::shared_ptr<VirtualHidConnection> connectionOf(const std::shared_ptr<VirtualBoard>& board) const;
     std::shared_ptr<VirtualHidOpenHandle> find(HidHandle handle);
     const HidLinkFaults& faultsOf(const VirtualHidConnection& connection);
+    void connect(const std::shared_ptr<VirtualBoard>& board, const std::string& path);
     void pull(const std::shared_ptr<VirtualHidConnection>& connection);
     void wakeReaders(const VirtualHidConnection& connection);
     void record(HidCall call, const std::string& path, std::string text);

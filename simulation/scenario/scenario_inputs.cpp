@@ -43,6 +43,12 @@ Action parseUnplug(ScenarioLine& line, const Scenario& scenario) {
     return [name](ScenarioPlayer& player) { player.cockpit().unplug(name); };
 }
 
+Action parseReplug(ScenarioLine& line, const Scenario& scenario) {
+    const std::string name = needBoard(line, scenario, line.word("a board")).name;
+    line.end();
+    return [name](ScenarioPlayer& player) { player.cockpit().replug(name); };
+}
+
 /// A control's number, or its name as a "control" line gives it.
 std::uint16_t parseControl(ScenarioLine& line, const Scenario& scenario) {
     const std::string word = line.word("a control");
@@ -361,8 +367,9 @@ Action parseSay(ScenarioLine& line, const Scenario&) {
 
 constexpr std::string_view sayWord = "say ";
 
-constexpr std::array<Verb, 16> verbs{{{"plug", parsePlug},
+constexpr std::array<Verb, 17> verbs{{{"plug", parsePlug},
                                       {"unplug", parseUnplug},
+                                      {"replug", parseReplug},
                                       {"start", parseStart},
                                       {"stop", parseStop},
                                       {"connect", parseConnect},

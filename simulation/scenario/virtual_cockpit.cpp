@@ -215,6 +215,11 @@ void VirtualCockpit::unplug(const std::string& name) {
     tellNews();
 }
 
+void VirtualCockpit::replug(const std::string& name) {
+    bus.replug(seats.at(name).board);
+    tellNews();
+}
+
 bool VirtualCockpit::plugged(const std::string& name) const {
     return !bus.pathOf(seats.at(name).board).empty();
 }

@@ -70,6 +70,8 @@ public:
     // Boards, by their names.
     void plug(const std::string& name);
     void unplug(const std::string& name);
+    /// Pulls a plugged board and puts it back at once under its old path, which leaves its open handles dead.
+    void replug(const std::string& name);
     bool plugged(const std::string& name) const;
     VirtualBoard& board(const std::string& name) const;
     /// Whether the bridge waits for this board's next report, so that all before it are taken.

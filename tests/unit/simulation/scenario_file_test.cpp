@@ -210,9 +210,9 @@ TEST(ScenarioFile, EveryStepIsRead) {
                               "> sim delay 1.5s\n> sim raw 00\n> module silent on\n> module refuse off\n"
                               "> module says a b\n> module lvars c d\n> battery off\n> lvar NAME -1.5e3\n> wait 60ms\n"
                               "> avar LIGHT POTENTIOMETER:3 0.4\n> other-client MF.SimVars.Clear\n> module start\n"
-                              "> module stop\n> module answers measured\n> pause 2s\n> say Good bye.\n";
+                              "> module stop\n> module answers measured\n> pause 2s\n> replug PFD1\n> say Good bye.\n";
     const Scenario scenario = parsed("board PFD1\ncontrol 21 = HDG\nconsole\n" + lines);
-    EXPECT_EQ(scenario.steps.size(), 40U);
+    EXPECT_EQ(scenario.steps.size(), 41U);
     EXPECT_EQ(std::get<ScenarioInput>(scenario.steps.back()).remark, "Good bye.");
     EXPECT_EQ(std::get<ScenarioInput>(scenario.steps.front()).line, 4U);
 }

@@ -51,6 +51,27 @@ TEST_F(VirtualHidBusTest, EachPluggingHasAPathOfItsOwn) {
     EXPECT_EQ(hid.enumerate(), (Lines{"port#0003"}));
 }
 
+TEST_F(VirtualHidBusTest, ReplugKeepsThePathAndKillsTheOpenHandles) {
+    const auto oldHandle = openReader();
+    const auto oldReader = hid.makeReader(oldHandle);
+    const auto oldWriter = openWriter();
+    bus.replug(board);
+    EXPECT_EQ(hid.enumerate(), (Lines{"port#0001"}));
+    EXPECT_EQ(bus.pathOf(board), path);
+    const auto newReader = hid.makeReader(openReader());
+    board->sendRaw(Bytes{1, 2, 3});
+    EXPECT_EQ(oldReader(60s).status, HidReadStatus::Failure);
+    EXPECT_FALSE(hid.write(oldWriter, simReport).ok);
+    EXPECT_EQ(bytesOf(newReader(0ms)), (Bytes{1, 2, 3}));
+    EXPECT_TRUE(hid.write(openWriter(), simReport).ok);
+}
+
+TEST_F(VirtualHidBusTest, ReplugOfAnAbsentBoardDoesNothing) {
+    bus.unplug(board);
+    bus.replug(board);
+    EXPECT_TRUE(hid.enumerate().empty());
+}
+
 TEST_F(VirtualHidBusTest, UnpluggingAnAbsentBoardDoesNothing) {
     bus.unplug(board);
     bus.unplug(board);
