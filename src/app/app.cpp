@@ -99,7 +99,8 @@ bool App::startSubsystems(std::string& error) {
                                       config.hid.pid,
                                       config.hid.readIntervalMs,
                                       config.hid.scanIntervalMs,
-                                      config.extensions.singlePendingRead};
+                                      config.extensions.singlePendingRead,
+                                      config.extensions.reopenStoppedReaders};
     hid.setTraceEnabled(config.hid.trace);
     const auto onHidEvent = [this](const HidProtocol::HidEvent& event, const std::string& deviceName, int index) {
         mapping.submitEvent(event, deviceName, index);

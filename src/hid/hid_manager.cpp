@@ -50,6 +50,7 @@ bool HidManager::start(const HidManagerSettings& settings, HidEventCallback even
     readIntervalMs = settings.readIntervalMs;
     scanIntervalMs = settings.scanIntervalMs;
     singlePendingRead = settings.singlePendingRead;
+    reopenStoppedReaders = settings.reopenStoppedReaders;
     callback = std::move(eventCallback);
     running = true;
     scanDevices();
@@ -86,7 +87,7 @@ void HidManager::scanDevices() {
     }
     const auto paths = findMatchingPaths(vendorId, productId);
     const std::lock_guard lock(mutex);
-    disconnectMissing(paths);
+    disconnectEnded(paths);
     for (const auto& path : paths) {
         if (!sessions.contains(path)) {
             connectBoard(path);
@@ -131,15 +132,21 @@ bool HidManager::probe(const std::string& path, HidAttributes& attributes) {
     return told;
 }
 
-void HidManager::disconnectMissing(const std::vector<std::string>& paths) {
+void HidManager::disconnectEnded(const std::vector<std::string>& paths) {
     for (auto entry = sessions.begin(); entry != sessions.end();) {
-        if (std::find(paths.begin(), paths.end(), entry->first) != paths.end()) {
+        if (!hasEnded(*entry->second, paths)) {
             ++entry;
             continue;
         }
         disconnectBoard(*entry->second);
         entry = sessions.erase(entry);
     }
+}
+
+bool HidManager::hasEnded(const HidDeviceSession& session, const std::vector<std::string>& paths) const {
+    // A board that comes back under its old path between two passes was never missing, but its old handles are dead.
+    const bool reopen = reopenStoppedReaders && session.readerEnded;
+    return reopen || std::find(paths.begin(), paths.end(), session.path) == paths.end();
 }
 
 void HidManager::disconnectAll() {

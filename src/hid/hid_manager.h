@@ -24,6 +24,9 @@ struct HidManagerSettings {
     std::int32_t scanIntervalMs = 1000;
     /// Reads by the transport's `makeSinglePendingReader`, where it has one.
     bool singlePendingRead = false;
+    /// A pass also ends the session of a board that is still there but whose reader has ended, and connects the board
+    /// again. Otherwise such a session delivers nothing more until a pass misses the board.
+    bool reopenStoppedReaders = false;
 };
 
 /// Receives one decoded report, on the reader thread of its board, with no lock of the manager's held. The name is
@@ -55,6 +58,9 @@ struct HidDeviceSession {
     // Guarded by the manager's mutex.
     HidProtocol::Report ledCache{};
     bool ledCacheValid = false;
+
+    /// Set by the reader thread when a read fails, which ends it; seen by passes.
+    std::atomic<bool> readerEnded{false};
 };
 
 struct HidDeviceSummary {
@@ -83,8 +89,8 @@ public:
     /// Before `start` only.
     void setTraceEnabled(bool enabled);
 
-    /// One pass: disconnects the boards that have gone, connects those that have come. Blocks as long as their feature
-    /// reports and joins take.
+    /// One pass: disconnects the boards that have gone, connects those that have come. With `reopenStoppedReaders` a
+    /// board whose reader has ended counts as both. Blocks as long as their feature reports and joins take.
     void scanDevices();
 
     /// The connected boards, in the order of their paths.
@@ -115,6 +121,7 @@ private:
     std::int32_t readIntervalMs = 2;
     std::int32_t scanIntervalMs = 1000;
     bool singlePendingRead = false;
+    bool reopenStoppedReaders = false;
     HidEventCallback callback;
 
     std::atomic<bool> running{false};
@@ -134,14 +141,15 @@ private:
     bool traceEnabled = false;
 
     void scanLoop();
-    void readLoop(const HidDeviceSession& session);
+    void readLoop(HidDeviceSession& session);
     void handleRead(const HidDeviceSession& session, std::span<const std::uint8_t> data);
     std::vector<std::string> findMatchingPaths(std::uint32_t vendorId, std::uint32_t productId);
     bool probe(const std::string& path, HidAttributes& attributes);
     void disconnectAll();
 
     // These need the mutex held.
-    void disconnectMissing(const std::vector<std::string>& paths);
+    void disconnectEnded(const std::vector<std::string>& paths);
+    bool hasEnded(const HidDeviceSession& session, const std::vector<std::string>& paths) const;
     void connectBoard(const std::string& path);
     bool openHandles(HidDeviceSession& session);
     void closeHandles(HidDeviceSession& session);

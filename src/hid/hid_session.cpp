@@ -124,10 +124,11 @@ void HidManager::disconnectBoard(HidDeviceSession& session) {
     logInfo("HID device disconnected: " + session.deviceName);
 }
 
-void HidManager::readLoop(const HidDeviceSession& session) {
+void HidManager::readLoop(HidDeviceSession& session) {
     while (session.running) {
         const auto result = session.reader(readLimit);
         if (result.status == HidReadStatus::Failure) {
+            session.readerEnded = true;
             return;
         }
         if (result.status == HidReadStatus::Data && !result.data.empty()) {

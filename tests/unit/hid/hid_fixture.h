@@ -82,9 +82,9 @@ public:
     }
 
     /// Starts, and waits until the scan thread has made its pass.
-    void start() {
+    void start(const HidManagerSettings& used = settings()) {
         std::string error;
-        ASSERT_TRUE(manager->start(settings(), events.callback(), error));
+        ASSERT_TRUE(manager->start(used, events.callback(), error));
         ASSERT_GE(host.waitForSleep(), 0);
     }
 
