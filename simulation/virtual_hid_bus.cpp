@@ -38,7 +38,7 @@ std::string VirtualHidBus::plug(const std::shared_ptr<VirtualBoard>& board, std:
     if (const auto present = state->connectionOf(board)) {
         state->pull(present);
     }
-    const auto path = numbered(port, ++state->lastPlug);
+    auto path = numbered(port, ++state->lastPlug);
     state->connect(board, path);
     return path;
 }

@@ -50,6 +50,8 @@ BridgeFiles TestConfiguration::files() const {
   "hid": {"vid": "0x1234", "pid": "ABCD", "scanIntervalMs": )" +
                                std::to_string(scanIntervalMs) + R"(, "trace": 1},
   "mappings": {"buttonConfigPath": "buttons.json"},
+  "extensions": {)" + extensions +
+                               R"(},
   "mobiflight": {)" + mobiflight +
                                R"(},
   "logging": {"debug": 1},

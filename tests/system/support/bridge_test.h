@@ -31,7 +31,8 @@ constexpr std::uint16_t navSwap = 31;
 /// The texts of the configuration, with places to change.
 struct TestConfiguration {
     int scanIntervalMs = 100;
-    /// Members of "mobiflight", "outputs", and the elements of "devices".
+    /// Members of "extensions", "mobiflight", "outputs", and the elements of "devices".
+    std::string extensions;
     std::string mobiflight;
     std::string outputs;
     std::string devices;
