@@ -143,7 +143,7 @@ const std::array<Command, 19> commands{{
      [](VirtualSimulator& simulator, Words words, std::string_view) {
          return words.size() == 1 && setVariable(simulator, lightVariable, words[0]);
      }},
-    {"avar", "NAME VALUE", "sets a variable of the aircraft, such as LIGHT POTENTIOMETER:3",
+    {"avar", "NAME VALUE", "sets an aircraft variable, such as LIGHT POTENTIOMETER:3",
      [](VirtualSimulator& simulator, Words words, std::string_view rest) {
          return setAircraftVariable(simulator, words, rest);
      }},
@@ -155,7 +155,7 @@ const std::array<Command, 19> commands{{
      [](VirtualSimulator& simulator, Words, std::string_view rest) {
          return actOnText(rest, [&](std::string_view text) { simulator.respond(text); });
      }},
-    {"other-client", "TEXT", "another program sends the module this command over the same areas",
+    {"other-client", "TEXT", "another program sends the module a command over the same areas",
      [](VirtualSimulator& simulator, Words, std::string_view rest) {
          return actOnText(rest, [&](std::string_view text) { simulator.sendAsOtherClient(text); });
      }},
@@ -180,7 +180,7 @@ const std::array<Command, 19> commands{{
     {"late", "MILLISECONDS", "handles what new clients send only after this time",
      [](VirtualSimulator& simulator, Words words, std::string_view) { return delay(simulator, words); }},
     {"module", "start|stop|answers equal|different|measured",
-     "starts or ends the module, or says whether two answers with the same text are equal",
+     "starts or ends the module; makes answers with the same text equal or not",
      [](VirtualSimulator& simulator, Words words, std::string_view) { return changeModule(simulator, words); }},
     {"silent", "on|off", "the module neither answers nor delivers values",
      [](VirtualSimulator& simulator, Words words, std::string_view) {
@@ -286,7 +286,11 @@ std::string consoleHelp() {
     const auto addLine = [&](std::string_view name, std::string_view arguments, std::string_view effect) {
         constexpr std::size_t column = 22;
         std::string usage = "  " + std::string(name) + " " + std::string(arguments);
-        usage.resize(std::max(column, usage.size() + 1), ' ');
+        if (usage.size() < column) {
+            usage.resize(column, ' ');
+        } else {
+            usage += '\n' + std::string(column, ' ');
+        }
         help += usage + std::string(effect) + "\n";
     };
     for (const Command& command : commands) {

@@ -92,6 +92,7 @@ struct Scenario {
     bool consoleMode = false;
     /// Whether the bridge gets news of boards that come and go, beside its own scan.
     bool hotPlugNews = true;
+    /// False: the module runs only from a step that starts it on.
     bool moduleInstalled = true;
     ScenarioWatch watch;
     std::vector<ScenarioStep> steps;
