@@ -1,7 +1,9 @@
 // Boards that come, go and say who they are.
 
 #include "tests/system/support/bridge_test.h"
+#include "tests/system/support/hid_watch.h"
 
+#include <csignal>
 #include <filesystem>
 
 namespace {
@@ -16,6 +18,22 @@ protected:
 
     bool waitForConnection(const std::string& name, int index) {
         return bridge->waitForLog("HID device connected: " + name + " index=" + std::to_string(index) + "\n");
+    }
+};
+
+/// Under Wine, as on Windows, a board comes back under its old path.
+class WindowsBoards : public Boards {
+protected:
+    /// Pulls the board and puts it back while the bridge can't look.
+    void replugUnseen(UhidBoard& board) {
+        bridge->process().sendSignal(SIGSTOP);
+        const std::string before = HidWatch::ofThisRun().lastDevices();
+        board.unplug();
+        ASSERT_TRUE(HidWatch::ofThisRun().waitForDevices(0));
+        board.plug();
+        ASSERT_TRUE(HidWatch::ofThisRun().waitForDevices(1));
+        EXPECT_EQ(HidWatch::ofThisRun().lastDevices(), before);
+        bridge->process().sendSignal(SIGCONT);
     }
 };
 
@@ -96,6 +114,28 @@ TEST_F(Boards, PulledAndPutBackBetweenTwoScansAreANewConnection) {
     board.plug();
     EXPECT_TRUE(waitForConnection(nameOf(board), 1));
     EXPECT_EQ(bridge->countInLog("HID device disconnected: " + nameOf(board) + "\n"), 1U);
+    killBridge();
+}
+
+TEST_F(WindowsBoards, PutBackUnderTheirOldPathUnseenHaveADeadSession) {
+    UhidBoard& board = plugBoard(model());
+    startAlone();
+    ASSERT_NO_FATAL_FAILURE(replugUnseen(board));
+    board.panel.press(Controls::button);
+    EXPECT_EQ(bridge->countInLog("HID event from "), 0U);
+    EXPECT_EQ(bridge->countInLog("HID device disconnected: "), 0U);
+    killBridge();
+}
+
+TEST_F(WindowsBoards, PutBackUnderTheirOldPathUnseenAreReopenedIfAskedFor) {
+    configuration.extensions = R"("reopenStoppedReaders": 1)";
+    UhidBoard& board = plugBoard(model());
+    startAlone();
+    ASSERT_NO_FATAL_FAILURE(replugUnseen(board));
+    ASSERT_TRUE(waitForConnection(nameOf(board), 1));
+    EXPECT_EQ(bridge->countInLog("HID device disconnected: " + nameOf(board) + "\n"), 1U);
+    board.panel.press(Controls::button);
+    EXPECT_TRUE(bridge->waitForLog("HID event from " + nameOf(board) + " index=1 "));
     killBridge();
 }
 
