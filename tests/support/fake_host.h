@@ -63,7 +63,7 @@ public:
     /// Waits until a sleep is held, and gives its milliseconds; -1 when none comes.
     std::int64_t waitForSleep() {
         std::unique_lock lock(mutex);
-        const bool held = changed.wait_for(lock, std::chrono::seconds(10), [this] { return heldSleeps() > 0; });
+        const bool held = changed.wait_for(lock, std::chrono::seconds(30), [this] { return heldSleeps() > 0; });
         return held ? sleepRecord[sleepsEnded] : -1;
     }
 

@@ -29,7 +29,7 @@ public:
     }
     bool waitForArrival() {
         std::unique_lock lock(mutex);
-        return changed.wait_for(lock, std::chrono::seconds(10), [this] { return arrivals > 0; });
+        return changed.wait_for(lock, std::chrono::seconds(30), [this] { return arrivals > 0; });
     }
     void open() {
         const std::lock_guard lock(mutex);
@@ -202,7 +202,7 @@ protected:
     /// Waits until the worker has read the clock so many times from now on.
     bool waitForClockReads(Worker worker, std::size_t count) {
         const std::size_t end = reads[worker] + count;
-        return waitUntil([&] { return reads[worker] >= end; }, std::chrono::milliseconds(20000));
+        return waitUntil([&] { return reads[worker] >= end; });
     }
 
     LogCapture log;

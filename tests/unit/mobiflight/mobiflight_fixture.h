@@ -75,7 +75,7 @@ public:
     }
     bool waitForSomebody() {
         std::unique_lock lock(mutex);
-        return changed.wait_for(lock, std::chrono::seconds(10), [this] { return waiting > 0; });
+        return changed.wait_for(lock, std::chrono::seconds(30), [this] { return waiting > 0; });
     }
 
 private:

@@ -20,6 +20,15 @@ protected:
         ASSERT_EQ(host.waitForSleep(), 100);
     }
 
+    /// The worker sleeps over this command until the module confirms the registration, which was sent.
+    void holdInReadyWait(RpnKind kind, std::uint32_t amount = 1) {
+        ASSERT_TRUE(start());
+        openSession();
+        ASSERT_TRUE(waitForCommands({registration}));
+        ASSERT_TRUE(queue("a", kind, amount));
+        ASSERT_EQ(host.waitForSleep(), 50);
+    }
+
     void changeSession() {
         endSession();
         openSession();
@@ -45,6 +54,18 @@ protected:
         EXPECT_EQ(written(2), pairs({"b"}));
         EXPECT_EQ(sentCount("a"), 0);
         EXPECT_EQ(log.linesWith("send failed"), Lines());
+    }
+
+    void expectUnconfirmedCommandIsDropped(RpnKind kind, std::uint32_t amount = 1) {
+        holdInReadyWait(kind, amount);
+        changeSession();
+        host.letSleepsPass();
+        ASSERT_TRUE(waitForCommands({registration, registration}));
+        EXPECT_TRUE(idle());
+        registerClient();
+        ASSERT_TRUE(queue("b"));
+        EXPECT_EQ(written(2), pairs({"b"}));
+        EXPECT_EQ(sentCount("a"), 0);
     }
 
     void expectFailureWhileTheSessionStaysLost(RpnKind kind) {
@@ -95,6 +116,27 @@ TEST_F(SessionChange, HoldInTheRateLimitsWaitIsNotSentToTheNextSession) {
 
 TEST_F(SessionChange, EncoderInTheRateLimitsWaitIsNotSentToTheNextSession) {
     expectOldCommandIsDropped(RpnKind::Encoder);
+}
+
+TEST_F(SessionChange, NormalCommandInTheWaitForReadinessIsNotSentToTheNextSession) {
+    expectUnconfirmedCommandIsDropped(RpnKind::Normal);
+}
+
+TEST_F(SessionChange, HoldInTheWaitForReadinessIsNotSentToTheNextSession) {
+    expectUnconfirmedCommandIsDropped(RpnKind::Hold);
+}
+
+TEST_F(SessionChange, EncoderInTheWaitForReadinessIsNotSentToTheNextSession) {
+    expectUnconfirmedCommandIsDropped(RpnKind::Encoder, 3);
+}
+
+TEST_F(SessionChange, CommandInTheWaitForReadinessIsGoneWhenTheSessionIsLost) {
+    holdInReadyWait(RpnKind::Normal);
+    endSession();
+    ASSERT_TRUE(queue("b"));
+    // The worker has dropped the first and waits for a session with the second.
+    EXPECT_EQ(host.nextSleep(), 100);
+    EXPECT_EQ(Access::queued(client), Lines());
 }
 
 TEST_F(SessionChange, HoldOfTheNextSessionIsUntouchedByTheOneDropped) {
