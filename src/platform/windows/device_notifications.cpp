@@ -1,9 +1,12 @@
+#include "platform/windows/device_notifications.h"
+
 #include "platform/system_parts.h"
 #include "platform/windows/hid_api.h"
 
 #include <dbt.h>
 
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -14,18 +17,21 @@ constexpr char windowTitle[] = "Vantrel HID Notify";
 /// window's.
 class NotificationWindow {
 public:
+    explicit NotificationWindow(RegisterForDevices systemCall) : registerForDevices(std::move(systemCall)) {}
+
     bool setUp(std::string& error);
     void run(const std::function<void()>& onDeviceChange);
     void tearDown();
     void requestEnd() const { PostThreadMessageA(threadId, WM_QUIT, 0, 0); }
 
 private:
+    const RegisterForDevices registerForDevices;
     DWORD threadId = 0;
     HWND window = nullptr;
     HDEVNOTIFY registration = nullptr;
     const std::function<void()>* onChange = nullptr;
 
-    bool registerForDevices();
+    bool registerWindow();
     void handleDeviceChange(WPARAM event, LPARAM data) const;
     static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 };
@@ -45,7 +51,7 @@ bool NotificationWindow::setUp(std::string& error) {
         error = "Failed to create notification window";
         return false;
     }
-    if (!registerForDevices()) {
+    if (!registerWindow()) {
         error = "RegisterDeviceNotification failed";
         tearDown();
         return false;
@@ -53,13 +59,13 @@ bool NotificationWindow::setUp(std::string& error) {
     return true;
 }
 
-bool NotificationWindow::registerForDevices() {
+bool NotificationWindow::registerWindow() {
     DEV_BROADCAST_DEVICEINTERFACE_A filter{};
     static_assert(sizeof filter == 32);
     filter.dbcc_size = sizeof filter;
     filter.dbcc_devicetype = DBT_DEVTYP_DEVICEINTERFACE;
     HidD_GetHidGuid(&filter.dbcc_classguid);
-    registration = RegisterDeviceNotificationA(window, &filter, DEVICE_NOTIFY_WINDOW_HANDLE);
+    registration = registerForDevices(window, &filter, DEVICE_NOTIFY_WINDOW_HANDLE);
     return registration != nullptr;
 }
 
@@ -113,12 +119,16 @@ LRESULT CALLBACK NotificationWindow::procedure(HWND window, UINT message, WPARAM
 
 } // namespace
 
-DeviceNotificationSource systemDeviceNotifications() {
-    const auto window = std::make_shared<NotificationWindow>();
+DeviceNotificationSource windowNotifications(RegisterForDevices registerForDevices) {
+    const auto window = std::make_shared<NotificationWindow>(std::move(registerForDevices));
     DeviceNotificationSource source;
     source.setUp = [window](std::string& error) { return window->setUp(error); };
     source.run = [window](const std::function<void()>& onChange) { window->run(onChange); };
     source.tearDown = [window] { window->tearDown(); };
     source.requestEnd = [window] { window->requestEnd(); };
     return source;
+}
+
+DeviceNotificationSource systemDeviceNotifications() {
+    return windowNotifications(RegisterDeviceNotificationA);
 }

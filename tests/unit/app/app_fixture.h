@@ -11,10 +11,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 /// News of boards in memory: the test says when one came or went.
@@ -48,6 +51,18 @@ public:
         return recorded;
     }
 
+    /// Waits until so many announced changes have been handled to their end.
+    bool waitForChanges(int count) {
+        std::unique_lock lock(mutex);
+        return changed.wait_for(lock, std::chrono::seconds(30), [&] { return handledChanges >= count; });
+    }
+
+    /// The thread that listens.
+    std::thread::id thread() {
+        const std::lock_guard lock(mutex);
+        return listener;
+    }
+
     // Set before `init`.
     bool setUpSucceeds = true;
     std::string setUpError;
@@ -60,6 +75,7 @@ private:
 
     void run(const std::function<void()>& onChange) {
         std::unique_lock lock(mutex);
+        listener = std::this_thread::get_id();
         while (true) {
             changed.wait(lock, [this] { return ending || pendingChanges > 0; });
             if (pendingChanges == 0)
@@ -69,6 +85,8 @@ private:
             lock.unlock();
             onChange();
             lock.lock();
+            ++handledChanges;
+            changed.notify_all();
         }
     }
 
@@ -76,13 +94,17 @@ private:
     std::condition_variable changed;
     bool ending = false;
     int pendingChanges = 0;
+    int handledChanges = 0;
+    std::thread::id listener;
     std::vector<std::string> recorded;
 };
 
-/// Replaces standard input by these lines until it is destroyed.
+/// Replaces standard input by these lines until it is destroyed. The first read of them runs `onRead` before it
+/// returns.
 class ConsoleInput {
 public:
-    explicit ConsoleInput(const std::string& lines) : buffer(lines), before(std::cin.rdbuf(&buffer)) {}
+    explicit ConsoleInput(const std::string& lines, std::function<void()> onRead = nullptr)
+        : buffer(lines, std::move(onRead)), before(std::cin.rdbuf(&buffer)) {}
     ~ConsoleInput() {
         std::cin.rdbuf(before);
         std::cin.clear();
@@ -91,7 +113,27 @@ public:
     ConsoleInput& operator=(const ConsoleInput&) = delete;
 
 private:
-    std::stringbuf buffer;
+    class Lines : public std::streambuf {
+    public:
+        Lines(std::string lines, std::function<void()> whenRead)
+            : text(std::move(lines)), onRead(std::move(whenRead)) {}
+
+    private:
+        int_type underflow() override {
+            if (std::exchange(given, true))
+                return traits_type::eof();
+            if (onRead)
+                onRead();
+            setg(text.data(), text.data(), text.data() + text.size());
+            return text.empty() ? traits_type::eof() : traits_type::to_int_type(text.front());
+        }
+
+        std::string text;
+        std::function<void()> onRead;
+        bool given = false;
+    };
+
+    Lines buffer;
     std::streambuf* before;
 };
 

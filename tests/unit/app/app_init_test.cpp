@@ -57,6 +57,30 @@ TEST_F(AppInit, BrokenEventMapIsOnlyAWarning) {
     EXPECT_TRUE(logHas("[INFO] HID manager started"));
 }
 
+TEST_F(AppInit, MissingEventMapOfTheFileIsAWarningAndTheBridgeRunsOnWithoutNames) {
+    // One where an event map is looked for by default must not take the place of the one that the file names.
+    std::filesystem::rename(FileSystem::fromBytes(folder.path("config/map.json")),
+                            FileSystem::fromBytes(folder.path("config/hid_event_map.json")));
+    configPath = writeConfig(R"(,"logging":{"debug":1})");
+    bus.plug(board);
+    App app(platform());
+    ASSERT_TRUE(app.init(configPath, false, error)) << error;
+    EXPECT_EQ(error, "");
+    const Lines lines = log();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(),
+                         "[WARN] Failed to load HID event map: Event map not found: " +
+                             FileSystem::join(folder.path("config"), "map.json")),
+              1);
+    EXPECT_TRUE(logHas("[INFO] HID manager started"));
+    ASSERT_TRUE(waitUntil([this] { return bus.pendingReadCount(board) == 1; }));
+    board->press(21);
+    EXPECT_TRUE(waitUntil([this] {
+        return logHas("[DEBUG] HID event from 0000000000000001 index=0 type=1 action=BUTTON_PRESS role=PFD "
+                      "controlId=21 value=1 speed=0 mode=0");
+    }));
+    runAndStop(app);
+}
+
 TEST_F(AppInit, NoEventMapPathLoadsNothingAndSaysNothing) {
     std::filesystem::remove(FileSystem::fromBytes(folder.path("config/map.json")));
     folder.write("config/config.json", R"({"hid":{"vid":"1234","pid":"ABCD","scanIntervalMs":20},)"
@@ -148,7 +172,7 @@ TEST_F(AppInit, InvalidIdIsFatalAndItsTextAloneIsTheError) {
     EXPECT_EQ(log().back(), "[ERROR] Failed to start HID manager: Invalid VID/PID");
 }
 
-// The engine starts three threads, the HID manager one, and the two simulator clients one each.
+// The engine starts three threads, the HID manager one and one a board, and the two simulator clients one each.
 
 TEST_F(AppInit, MappingEngineWithoutThreadsIsFatalAndLeavesTheErrorEmpty) {
     host.refuseThreadsAfter(2);
@@ -185,7 +209,7 @@ TEST_F(AppInit, MobiFlightClientWithoutThreadStopsTheThreadsOfTheEngineAndTheBoa
     EXPECT_EQ(host.threadsEnded(), 4U);
 }
 
-TEST_F(AppInit, SimConnectClientWithoutThreadIsFatalAndDisconnectsTheBoards) {
+TEST_F(AppInit, SimConnectClientWithoutThreadIsFatalAndStopsAllThatRan) {
     host.refuseThreadsAfter(6);
     bus.plug(board);
     App app(platform());
@@ -195,6 +219,8 @@ TEST_F(AppInit, SimConnectClientWithoutThreadIsFatalAndDisconnectsTheBoards) {
                        FakeHost::refusalText()));
     EXPECT_EQ(log().back(), "[INFO] HID device disconnected: 0000000000000001");
     EXPECT_EQ(bus.openHandleCount(), 0U);
+    EXPECT_EQ(host.threadsStarted(), 6U);
+    EXPECT_EQ(host.threadsEnded(), 6U);
 }
 
 TEST_F(AppInit, FailedNotificationSetUpIsAWarningAndTheScanStillFindsBoards) {

@@ -126,21 +126,55 @@ TEST_F(AppRun, LastLineOfAStopIsTheRunLoops) {
     EXPECT_EQ(lines.back(), "[INFO] Application run loop stopped");
 }
 
-TEST_F(AppRun, ManyStopRequestsHaveTheEffectOfOne) {
+TEST_F(AppRun, TwoStopSourcesAtOnceHaveTheEffectOfOne) {
+    makeSessionPossible();
+    // The user's command and the simulator's end meet here and go on together.
+    std::atomic<int> arrivals{0};
+    const auto meet = [&arrivals] {
+        ++arrivals;
+        EXPECT_TRUE(waitUntil([&] { return arrivals == 2; }));
+    };
+    const ConsoleInput input("quit\n", meet);
     App app(platform());
-    start(app);
-    std::vector<std::thread> sources;
-    for (int i = 0; i < 4; ++i)
-        sources.emplace_back([&app] { app.requestStop(); });
-    for (std::thread& source : sources)
-        source.join();
-    app.run();
-    const Lines lines = log();
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "[INFO] Application run loop stopped"), 1);
+    testing::internal::CaptureStdout();
+    ASSERT_TRUE(app.init(configPath, true, error)) << error;
+    ASSERT_TRUE(waitUntil([this] { return logHas("[INFO] SimConnect connected", true); }));
+    board->clearOutputs();
+    std::atomic<bool> returned{false};
+    std::thread runner([&app, &returned] {
+        app.run();
+        returned = true;
+    });
+    EXPECT_TRUE(waitUntil([&] { return arrivals == 1; }));
+    sim.setHook([&](SimCall call) {
+        if (call == SimCall::CallDispatch && arrivals == 1) {
+            host.setProcesses({});
+            sim.deliverQuit();
+            meet();
+        }
+    });
+    const bool stopped = waitUntil([&] { return returned.load(); });
+    EXPECT_TRUE(stopped);
+    if (!stopped)
+        app.requestStop();
+    runner.join();
+    EXPECT_TRUE(allThreadsEnd());
+    testing::internal::GetCapturedStdout();
+    const Lines lines = log(true);
+    for (const char* line :
+         {"[INFO] Stop requested from console", "[INFO] Simulator closed; requesting application shutdown",
+          "[WARN] SimConnect disconnected: SimConnect quit", "[INFO] HID device disconnected: 0000000000000001",
+          "[INFO] Application run loop stopped"})
+        EXPECT_EQ(std::count(lines.begin(), lines.end(), line), 1) << line;
+    EXPECT_EQ(sim.count(SimCall::Close), 1U);
+    const HidProtocol::Report status = HidProtocol::encodeSimStatus(false);
+    const BoardOutput sessionEnd{OutputCall::Write, {status.begin(), status.end()}};
+    const std::vector<BoardOutput> outputs = board->outputs();
+    EXPECT_EQ(std::count(outputs.begin(), outputs.end(), sessionEnd), 1);
 }
 
-TEST_F(AppRun, ConsoleQuitWorksInAnyCaseAndOtherLinesDoNothing) {
-    const ConsoleInput input("\n quit\nquit \nhelp\nboot sel\nQuIt\nbootsel\n");
+TEST_F(AppRun, ConsoleQuitWorksInAnyCase) {
+    const ConsoleInput input("QuIt\nbootsel\n");
     App app(platform());
     testing::internal::CaptureStdout();
     ASSERT_TRUE(app.init(configPath, true, error)) << error;
@@ -149,6 +183,20 @@ TEST_F(AppRun, ConsoleQuitWorksInAnyCaseAndOtherLinesDoNothing) {
     EXPECT_TRUE(logHas("[INFO] Console commands: bootsel, quit", true));
     EXPECT_TRUE(logHas("[INFO] Stop requested from console", true));
     EXPECT_FALSE(logHas("[INFO] Sending BOOTSEL command to devices", true));
+}
+
+TEST_F(AppRun, ConsoleCommandsWithABlankAndOtherLinesDoNothing) {
+    // "boot" shows that the lines before it were all read, and none was taken for a command.
+    const ConsoleInput input("\n quit\nquit \n\tquit\nquit\r\n exit\nexit \n bootsel\nbootsel \nboot sel\n boot\nboot "
+                             "\nhelp\nboot\nquit\n");
+    App app(platform());
+    testing::internal::CaptureStdout();
+    ASSERT_TRUE(app.init(configPath, true, error)) << error;
+    app.run();
+    testing::internal::GetCapturedStdout();
+    const Lines lines = log(true);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "[INFO] Sending BOOTSEL command to devices"), 1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "[INFO] Stop requested from console"), 1);
 }
 
 TEST_F(AppRun, ConsoleExitStopsToo) {
@@ -234,19 +282,38 @@ TEST_F(AppRun, AStopBeforeTheRunLeavesAWaitingBootselUnsent) {
     EXPECT_FALSE(board->inBootsel());
 }
 
-TEST_F(AppRun, NewsOfABoardScansOnTheNotificationThread) {
-    folder.write("config/config.json", R"({"hid":{"vid":"1234","pid":"ABCD","scanIntervalMs":3600000},)"
-                                       R"("mappings":{"buttonConfigPath":"buttons.json"}})");
+TEST_F(AppRun, EachPlugAndUnplugIsOneScanOnTheNotificationThread) {
     host.holdSleeps();
-    App app(platform());
+    std::mutex mutex;
+    std::vector<std::thread::id> scans;
+    Platform records = platform();
+    records.hid.enumerate = [&, enumerate = records.hid.enumerate] {
+        const std::lock_guard lock(mutex);
+        scans.push_back(std::this_thread::get_id());
+        return enumerate();
+    };
+    const auto takeScans = [&] {
+        const std::lock_guard lock(mutex);
+        return std::exchange(scans, {});
+    };
+    App app(records);
     start(app);
-    ASSERT_GE(host.waitForSleep(), 0);
+    // The start's own scan and the scan thread's, which sleeps from then on.
+    ASSERT_TRUE(waitUntil([&] {
+        const std::lock_guard lock(mutex);
+        return scans.size() == 2;
+    }));
+    takeScans();
     bus.plug(board);
     notifications.announceChange();
-    EXPECT_TRUE(waitUntil([this] { return logHas("[INFO] HID device connected: 0000000000000001 index=0"); }));
+    EXPECT_TRUE(notifications.waitForChanges(1));
+    EXPECT_EQ(takeScans(), std::vector{notifications.thread()});
+    EXPECT_TRUE(logHas("[INFO] HID device connected: 0000000000000001 index=0"));
     bus.unplug(board);
     notifications.announceChange();
-    EXPECT_TRUE(waitUntil([this] { return logHas("[INFO] HID device disconnected: 0000000000000001"); }));
+    EXPECT_TRUE(notifications.waitForChanges(2));
+    EXPECT_EQ(takeScans(), std::vector{notifications.thread()});
+    EXPECT_TRUE(logHas("[INFO] HID device disconnected: 0000000000000001"));
     host.letSleepsPass();
     runAndStop(app);
     EXPECT_EQ(notifications.calls(), (Lines{"setUp", "change", "change", "tearDown"}));

@@ -200,8 +200,8 @@ TEST_F(ManagedHold, WithNeitherCommandNothingStarts) {
 }
 
 TEST_F(ManagedHold, LaterHoldRefreshesTheCommandOfItsKeyButNotItsTime) {
-    // One control of one role has one command as long as the engine runs. Only two boards whose texts add up to the same
-    // key, since a serial number and a role may hold the separator, bring another command to a hold that is there.
+    // One control of one role has one command as long as the engine runs. Only two boards whose texts add up to the
+    // same key, since a serial number and a role may hold the separator, bring another command to a hold that is there.
     config.outputs.devices = {{"", 0, "X|1|31|PFD", ""}};
     start();
     handle(button(30, 2, 7), "B", 0);

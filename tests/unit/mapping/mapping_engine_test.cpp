@@ -77,8 +77,8 @@ protected:
         withoutModule.mobiflight.enabled = false;
         SimConnectClient withoutSession{sim.library(), simHost.record()};
         string error;
-        EXPECT_TRUE(engine.start(&withoutModule, nullptr, &withoutSession, &mobiflight, &buttons, &eventMap, &simState,
-                                 error));
+        EXPECT_TRUE(
+            engine.start(&withoutModule, nullptr, &withoutSession, &mobiflight, &buttons, &eventMap, &simState, error));
         engine.submitEvent(button(2, 1), "B", 0);
         EXPECT_TRUE(waitUntil([this] { return lastEventLine().find("controlId=2 ") != string::npos; }));
         engine.stop();

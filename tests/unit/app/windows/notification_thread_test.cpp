@@ -7,7 +7,8 @@
 // Needs what windows.h declares.
 #include <dbt.h>
 
-#include <thread>
+#include <mutex>
+#include <utility>
 
 namespace {
 
@@ -25,9 +26,9 @@ protected:
         Platform records = platform();
         records.deviceNotifications = systemPlatform().deviceNotifications;
         records.hid.enumerate = [this, enumerate = records.hid.enumerate] {
-            lastScanThread = GetCurrentThreadId();
             const std::vector<std::string> paths = enumerate();
-            ++scans;
+            const std::lock_guard lock(mutex);
+            scans.push_back(GetCurrentThreadId());
             return paths;
         };
         return records;
@@ -37,7 +38,10 @@ protected:
     void start(App& app) {
         ASSERT_TRUE(app.init(configPath, false, error)) << error;
         // The start's own, and the scan thread's.
-        ASSERT_TRUE(waitUntil([this] { return scans >= 2; }));
+        ASSERT_TRUE(waitUntil([this] {
+            const std::lock_guard lock(mutex);
+            return scans.size() >= 2;
+        }));
     }
 
     void end(App& app) {
@@ -50,8 +54,15 @@ protected:
         return SendMessageA(notificationWindow(), WM_DEVICECHANGE, event, reinterpret_cast<LPARAM>(&header));
     }
 
-    std::atomic<DWORD> lastScanThread{0};
-    std::atomic<int> scans{0};
+    /// The threads of the scans since the last call, in order.
+    std::vector<DWORD> takeScans() {
+        const std::lock_guard lock(mutex);
+        return std::exchange(scans, {});
+    }
+
+private:
+    std::mutex mutex;
+    std::vector<DWORD> scans;
 };
 
 TEST_F(NotificationThread, ListensFromInitToTheEndOfRun) {
@@ -63,17 +74,20 @@ TEST_F(NotificationThread, ListensFromInitToTheEndOfRun) {
     EXPECT_EQ(notificationWindow(), nullptr);
 }
 
-TEST_F(NotificationThread, ScansOnArrivalAndOnRemoval) {
+TEST_F(NotificationThread, ScansOnceOnArrivalAndOnceOnRemoval) {
     App app(platformWithWindow());
     start(app);
+    const DWORD listener = GetWindowThreadProcessId(notificationWindow(), nullptr);
+    EXPECT_NE(listener, GetCurrentThreadId());
+    takeScans();
     bus.plug(board);
     EXPECT_EQ(tell(DBT_DEVICEARRIVAL), 0);
     // The message is answered when the scan is over.
+    EXPECT_EQ(takeScans(), std::vector{listener});
     EXPECT_TRUE(logHas("[INFO] HID device connected: 0000000000000001 index=0"));
-    EXPECT_EQ(lastScanThread, GetWindowThreadProcessId(notificationWindow(), nullptr));
-    EXPECT_NE(lastScanThread, GetCurrentThreadId());
     bus.unplug(board);
     EXPECT_EQ(tell(DBT_DEVICEREMOVECOMPLETE), 0);
+    EXPECT_EQ(takeScans(), std::vector{listener});
     EXPECT_TRUE(logHas("[INFO] HID device disconnected: 0000000000000001"));
     end(app);
 }
@@ -82,8 +96,10 @@ TEST_F(NotificationThread, DoesNotScanOnOtherNews) {
     App app(platformWithWindow());
     start(app);
     bus.plug(board);
+    takeScans();
     EXPECT_EQ(tell(DBT_DEVNODES_CHANGED), 0);
     EXPECT_EQ(SendMessageA(notificationWindow(), WM_DEVICECHANGE, DBT_DEVICEARRIVAL, 0), 0);
+    EXPECT_EQ(takeScans(), std::vector<DWORD>{});
     EXPECT_FALSE(logHas("[INFO] HID device connected: 0000000000000001 index=0"));
     end(app);
 }

@@ -1,4 +1,4 @@
-#include "platform/platform.h"
+#include "platform/windows/device_notifications.h"
 #include "platform/windows/hid_api.h"
 
 #include <dbt.h>
@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstring>
 #include <future>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -151,6 +152,44 @@ TEST(NotificationWindowSetUp, FailsWithItsTextWhenTheWindowCanNotBeMade) {
     error.clear();
     ASSERT_TRUE(source.setUp(error)) << error;
     source.tearDown();
+}
+
+TEST(NotificationWindowSetUp, AsksForTheHidInterfacesOfAllDevices) {
+    struct Asked {
+        HANDLE recipient = nullptr;
+        DEV_BROADCAST_DEVICEINTERFACE_A filter{};
+        DWORD flags = 0;
+    };
+    std::optional<Asked> asked;
+    const DeviceNotificationSource source = windowNotifications([&](HANDLE recipient, void* filter, DWORD flags) {
+        asked = Asked{recipient, *static_cast<DEV_BROADCAST_DEVICEINTERFACE_A*>(filter), flags};
+        return RegisterDeviceNotificationA(recipient, filter, flags);
+    });
+    std::string error;
+    ASSERT_TRUE(source.setUp(error)) << error;
+    ASSERT_TRUE(asked);
+    EXPECT_EQ(asked->recipient, FindWindowExA(HWND_MESSAGE, nullptr, className, nullptr));
+    EXPECT_EQ(asked->flags, static_cast<DWORD>(DEVICE_NOTIFY_WINDOW_HANDLE));
+    EXPECT_EQ(asked->filter.dbcc_size, 32U);
+    EXPECT_EQ(asked->filter.dbcc_devicetype, static_cast<DWORD>(DBT_DEVTYP_DEVICEINTERFACE));
+    EXPECT_STREQ(asked->filter.dbcc_name, "");
+    // GUID_DEVINTERFACE_HID, as a driver knows it.
+    constexpr GUID hidInterface{0x4D1E55B2, 0xF16F, 0x11CF, {0x88, 0xCB, 0x00, 0x11, 0x11, 0x00, 0x00, 0x30}};
+    EXPECT_TRUE(IsEqualGUID(asked->filter.dbcc_classguid, hidInterface));
+    source.tearDown();
+}
+
+TEST(NotificationWindowSetUp, FailsWithItsTextAndWithoutAWindowWhenTheRegistrationFails) {
+    HANDLE window = nullptr;
+    const DeviceNotificationSource source = windowNotifications([&](HANDLE recipient, void*, DWORD) {
+        window = recipient;
+        return HDEVNOTIFY{};
+    });
+    std::string error;
+    EXPECT_FALSE(source.setUp(error));
+    EXPECT_EQ(error, "RegisterDeviceNotification failed");
+    EXPECT_NE(window, nullptr);
+    EXPECT_FALSE(IsWindow(static_cast<HWND>(window)));
 }
 
 TEST(NotificationWindowSetUp, UsesAClassThatIsThereAlready) {
