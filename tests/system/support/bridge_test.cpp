@@ -94,8 +94,8 @@ void BridgeTest::killBridge() {
     EXPECT_EQ(bridge->process().waitForExit(), 128 + SIGKILL);
 }
 
-SimulatorProcess& BridgeTest::startSimulator() {
-    simulator = std::make_unique<SimulatorProcess>();
+SimulatorProcess& BridgeTest::startSimulator(const std::vector<std::string>& options) {
+    simulator = std::make_unique<SimulatorProcess>(options);
     return *simulator;
 }
 

@@ -49,7 +49,7 @@ class BridgeTest : public testing::Test {
 protected:
     void TearDown() override;
 
-    SimulatorProcess& startSimulator();
+    SimulatorProcess& startSimulator(const std::vector<std::string>& options = {});
     BridgeProcess& startBridge(const std::vector<std::string>& arguments = {"--console"});
     /// For a bridge whose orderly end would take seconds, since it waits for the simulator.
     void killBridge();

@@ -8,6 +8,7 @@
 #include <csignal>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -38,16 +39,17 @@ std::vector<std::string> textsOf(SimulatorRecordKind kind, const std::string& ou
 
 } // namespace
 
-SimulatorProcess::SimulatorProcess() {
+SimulatorProcess::SimulatorProcess(std::vector<std::string> givenOptions) : options(std::move(givenOptions)) {
     installProgram(TestedSystem::simulator(), folder.path("FlightSimulator.exe"));
     start();
 }
 
 void SimulatorProcess::start() {
     commandsGiven = 0;
-    const std::vector<std::string> arguments =
+    std::vector<std::string> arguments =
         TestedSystem::overPipe() ? std::vector<std::string>{"--pipe"}
                                  : std::vector<std::string>{"--port", std::to_string(listeningPort.value_or(0))};
+    arguments.insert(arguments.end(), options.begin(), options.end());
     child = std::make_unique<ChildProcess>(
         ChildProcessSettings{TestedSystem::command(folder.path("FlightSimulator.exe"), arguments), folder.path(), {}});
     child->waitForOutput([](const std::string& output) { return countOf(output, "\n") > 0; });

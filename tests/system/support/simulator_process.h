@@ -22,8 +22,8 @@ struct SimulatorLine {
 /// The virtual simulator as a process of the name that the bridge looks for.
 class SimulatorProcess {
 public:
-    /// Returns once it listens.
-    SimulatorProcess();
+    /// Returns once it listens. `options` are those of its command line, besides where it listens.
+    explicit SimulatorProcess(std::vector<std::string> options = {});
 
     /// None when it listens on its pipe.
     std::optional<std::uint16_t> port() const { return listeningPort; }
@@ -48,6 +48,7 @@ private:
     void start();
 
     TempFolder folder;
+    const std::vector<std::string> options;
     std::optional<std::uint16_t> listeningPort;
     /// Commands that the present process has been given.
     std::size_t commandsGiven = 0;
