@@ -46,7 +46,6 @@ App::~App() {
 }
 
 bool App::init(const std::string& configPath, bool inConsoleMode, std::string& error) {
-    // 1 to 5: the log, and whether there is a configuration at all.
     consoleMode = inConsoleMode;
     const std::string exeDir = exeDirectory(platform.host);
     const std::string commonAppData = commonAppDataDirectory(platform.host);
@@ -60,7 +59,8 @@ bool App::init(const std::string& configPath, bool inConsoleMode, std::string& e
     return loadConfiguration(configPath, error) && startSubsystems(error);
 }
 
-// 6 to 11. The event map is optional; the other two files are not.
+// The event map is optional; the other two files are not. Only config.json fills the caller's `error`, which has the
+// reason twice in the log then; what is wrong with the command file stands there once, and `main` adds nothing to it.
 bool App::loadConfiguration(const std::string& configPath, std::string& error) {
     if (!loadAppConfig(configPath, config, error)) {
         logError(error);
@@ -84,16 +84,17 @@ bool App::loadConfiguration(const std::string& configPath, std::string& error) {
     return true;
 }
 
-// 12 to 21. All wiring between the subsystems stands here.
+// All wiring between the subsystems is here and in startSimulatorClients. Of what can fail here only the boards fill the
+// caller's `error`, with their text alone. The others' text is in the log line, and `main` reports an empty reason:
+// whoever reads the log by its lines relies on these.
 bool App::startSubsystems(std::string& error) {
-    // 12: the mapping engine first, so that no event can find it not yet running.
+    // The mapping engine first, so that no event can find it not yet running.
     std::string reason;
     if (!mapping.start(&config, &hid, &simConnect, &mobiflight, &buttons, &eventMap, &simState, reason)) {
         logError("Failed to start mapping engine: " + reason);
         return false;
     }
 
-    // 13 to 15: the boards.
     mobiflight.setLVarHandler([this](const std::string& text) { mapping.onBacklightPayload(text); });
     const HidManagerSettings settings{config.hid.vid,
                                       config.hid.pid,
@@ -111,13 +112,12 @@ bool App::startSubsystems(std::string& error) {
         return false;
     }
 
-    // 16 to 18: the simulator.
     if (!startSimulatorClients()) {
         stopSubsystems();
         return false;
     }
 
-    // 19 to 21.
+    // A bridge without notifications still finds its boards, at its periodic scan.
     reason.clear();
     if (!startDeviceNotifications(reason)) {
         logWarn("Failed to register HID device notifications: " + reason);

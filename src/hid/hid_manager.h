@@ -135,6 +135,7 @@ private:
     HidProtocol::Report lastSimStatus{};
     HidProtocol::Report lastLedCtl{};
     bool simStatusValid = false;
+    /// Stays false: a light is one board's own, so there is none to give to every new board.
     bool ledCtlValid = false;
 
     // Written before `start`, read by every thread.

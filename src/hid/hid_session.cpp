@@ -37,6 +37,8 @@ void HidManager::connectBoard(const std::string& path) {
     if (simStatusValid) {
         replay(*session, "sim_status", lastSimStatus);
     }
+    // Never so: nothing sets the mark. One board's light isn't another's, and the output worker's next pass brings a
+    // new board its own within a second.
     if (ledCtlValid) {
         replay(*session, "led_ctl", lastLedCtl);
     }

@@ -23,7 +23,7 @@ std::string lightLabel(const AppConfig* config) {
     return isStandard ? std::string(backlightVariable) : config->extensions.lightVariable;
 }
 
-/// The state that the lights depend on, as it was at one moment.
+/// The state that the lights depend on: the battery and the backlight, each as it was at one moment.
 struct SimSnapshot {
     bool batteryKnown = false;
     bool batteryOn = false;
@@ -31,6 +31,8 @@ struct SimSnapshot {
     double backlightValue = 0.0;
 };
 
+// Two looks under the lock, not one: the simulator sends battery and backlight in messages of their own, so no pair of
+// them is more right than another, and what changes between the looks has asked for a pass of its own.
 SimSnapshot readState(SharedSimState& state) {
     SimSnapshot snapshot;
     {

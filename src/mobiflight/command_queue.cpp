@@ -137,6 +137,8 @@ bool MobiFlightClient::takeNext(MobiFlightCommand& command) {
     command = std::move(*next);
     commandQueue.erase(next);
     handIsStale = false;
+    // What is in flight is only kept: merging looks at what waits. A repeat that comes while its text is being sent
+    // must become an entry of its own, or a held button would lose it.
     if (command.kind == RpnKind::Hold)
         inFlightHolds.insert(pendingHolds.extract(command.text));
     const auto detents = encoderPending.find(command.text);
@@ -158,8 +160,8 @@ void MobiFlightClient::waitForWork(std::unique_lock<std::mutex>& lock) {
 }
 
 std::deque<MobiFlightCommand>::iterator MobiFlightClient::nextInQueue() {
-    // An RPN command that came in ahead of the registration must not keep it from being sent: the command would wait
-    // for the module's answer to it.
+    // Not the first in any case: an RPN command that came in ahead of the registration goes back to the front until the
+    // module answers the registration, which would then never be sent.
     const auto next = ready ? commandQueue.begin()
                             : std::find_if(commandQueue.begin(), commandQueue.end(),
                                            [](const MobiFlightCommand& command) { return !command.needsReady; });
@@ -178,6 +180,7 @@ void MobiFlightClient::serve(MobiFlightCommand& command) {
         return;
     }
     waitForRateLimit();
+    // Dropped, not sent late: nobody expects a press of minutes ago to act in the flight that is loaded now.
     if (handIsFromEarlierSession())
         return;
     // A command that fails is gone; the log has the cause already.
@@ -200,7 +203,7 @@ bool MobiFlightClient::handIsFromEarlierSession() {
 
 void MobiFlightClient::putBack(MobiFlightCommand& command) {
     const std::lock_guard lock(queueMutex);
-    // It belongs to a session that is over, like all that was in the queue.
+    // It belongs to a session that is over, and the queue was emptied then: put back it would reach the next one.
     if (handIsStale)
         return;
     if (command.kind == RpnKind::Hold) {
