@@ -84,8 +84,8 @@ bool App::loadConfiguration(const std::string& configPath, std::string& error) {
     return true;
 }
 
-// All wiring between the subsystems is here and in startSimulatorClients. Of what can fail here only the boards fill the
-// caller's `error`, with their text alone. The others' text is in the log line, and `main` reports an empty reason:
+// All wiring between the subsystems is here and in startSimulatorClients. Of what can fail here only the boards fill
+// the caller's `error`, with their text alone. The others' text is in the log line, and `main` reports an empty reason:
 // whoever reads the log by its lines relies on these.
 bool App::startSubsystems(std::string& error) {
     // The mapping engine first, so that no event can find it not yet running.
