@@ -59,8 +59,8 @@ bool App::init(const std::string& configPath, bool inConsoleMode, std::string& e
     return loadConfiguration(configPath, error) && startSubsystems(error);
 }
 
-// The event map is optional; the other two files are not. Only config.json fills the caller's `error`, which has the
-// reason twice in the log then; what is wrong with the command file stands there once, and `main` adds nothing to it.
+// The event map is optional; the other two files are not. A bad config.json fills the caller's `error`, a bad command
+// file doesn't: its reason is in the line that is logged here, and the one that `main` adds gives none.
 bool App::loadConfiguration(const std::string& configPath, std::string& error) {
     if (!loadAppConfig(configPath, config, error)) {
         logError(error);
@@ -84,9 +84,9 @@ bool App::loadConfiguration(const std::string& configPath, std::string& error) {
     return true;
 }
 
-// All wiring between the subsystems is here and in startSimulatorClients. Of what can fail here only the boards fill
-// the caller's `error`, with their text alone. The others' text is in the log line, and `main` reports an empty reason:
-// whoever reads the log by its lines relies on these.
+// All wiring between the subsystems is here and in startSimulatorClients. Only the boards' failure fills the caller's
+// `error`. The reason for every other failure is in the line logged here, and the line that `main` adds gives none.
+// People and tools rely on exactly these lines.
 bool App::startSubsystems(std::string& error) {
     // The mapping engine first, so that no event can find it not yet running.
     std::string reason;
