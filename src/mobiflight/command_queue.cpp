@@ -152,8 +152,10 @@ bool MobiFlightClient::takeNext(MobiFlightCommand& command) {
 }
 
 void MobiFlightClient::waitForWork(std::unique_lock<std::mutex>& lock) {
-    const auto hasWork = [this] { return !running || !commandQueue.empty(); };
-    if (const std::optional<std::int64_t> due = renewal.nextDue())
+    const std::optional<std::int64_t> due = renewal.nextDue();
+    // A renewal that begins meanwhile has another time to wait for.
+    const auto hasWork = [&] { return !running || !commandQueue.empty() || renewal.nextDue() != due; };
+    if (due)
         queueCondition.wait_for(lock, std::chrono::nanoseconds(std::max<std::int64_t>(0, *due - host.now())), hasWork);
     else
         queueCondition.wait(lock, hasWork);

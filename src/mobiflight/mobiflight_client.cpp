@@ -110,11 +110,11 @@ void MobiFlightClient::stop() {
 void MobiFlightClient::onSimConnectState(bool nowConnected) {
     if (!enabled || !running)
         return;
-    const std::lock_guard attachLock(attachMutex);
     simConnected = nowConnected;
     ready = false;
     {
         const std::lock_guard lock(queueMutex);
+        ++sessionNumber;
         clearQueue();
     }
     queueCondition.notify_all();

@@ -116,17 +116,16 @@ private:
     std::atomic<bool> simConnected{false};
     std::thread worker;
 
-    // Held while the client attaches to the areas or learns that the session changed, so that the two threads that
-    // attach can't mix two sessions. Guards `attachments`. Taken before the queue mutex and before the mutexes of the
-    // SimConnect client and the network client.
-    std::mutex attachMutex;
-    /// How many attachments this session has begun.
-    std::uint32_t attachments = 0;
-    /// The attachment whose command area takes the commands. Written under the attach mutex, read without it.
+    // No mutex is held while the client attaches: the simulator's library may have a lock of its own, and one of the
+    // two threads that attach is inside its dispatch.
+    /// The attachments besides the first of each session, which is number 0. Never reset: an attachment that was begun
+    /// in an earlier session can't take a number of this one's.
+    std::atomic<std::uint32_t> furtherAttachments{0};
+    /// The attachment whose command area takes the commands. Written under the queue mutex, read without it.
     std::atomic<std::uint32_t> commandAttachment{0};
 
     // Guards the queue, the three tables and `renewal`. May be taken under the send mutex, never the other way round;
-    // nothing is called under it.
+    // nothing but the clock is called under it.
     std::mutex queueMutex;
     std::condition_variable queueCondition;
     std::deque<MobiFlightCommand> commandQueue;
@@ -142,6 +141,8 @@ private:
     bool handIsStale = false;
     // Under the queue mutex: idle unless the extension is on.
     RegistrationRenewal renewal;
+    // Under the queue mutex: counts the changes of the session.
+    std::uint32_t sessionNumber = 0;
 
     // Written under the send mutex, read by the worker without it: a stale value only changes one delay.
     std::atomic<std::int64_t> lastSendAt{0};
@@ -165,15 +166,15 @@ private:
     void beginSession();
     void onConfirmation();
     void renewRegistrationIfDue();
-    void renewRegistration();
-    /// Needs the queue mutex held.
+    void renewRegistration(std::uint32_t session);
+    // False with `error` set when a call of the simulator's fails.
+    bool attachToSharedChannels(std::uint32_t attachment, std::string& error);
+    bool attachToOwnChannels(std::uint32_t attachment, std::string& error);
+    bool attach(const ChannelNames& names, std::uint32_t attachment, std::string& error);
+    // These need the queue mutex held.
     bool handshakeWaits() const;
-    void queueRegistration();
+    void queueRegistration(std::uint32_t attachment);
     void queueHandshake(const std::string& text, bool sendDummy = false);
-    // These need the attach mutex held. False with `error` set when a call of the simulator's fails.
-    bool attachToSharedChannels(std::string& error);
-    bool attachToOwnChannels(std::string& error);
-    bool attach(const ChannelNames& names, std::string& error);
 
     // The queue and its worker (command_queue.cpp).
     bool checkRunning(std::string& error) const;

@@ -19,55 +19,52 @@ std::string registrationText(const std::string& clientName) {
 } // namespace
 
 void MobiFlightClient::beginSession() {
-    attachments = 0;
-    std::string error;
-    const bool attached = attachToSharedChannels(error);
-    if (attached)
-        queueRegistration();
-    else
-        logWarn("MobiFlight channel initialization failed: " + error);
     if (extensions.renewRegistration) {
         const std::lock_guard lock(queueMutex);
         renewal.begin(host.now());
         queueCondition.notify_one();
     }
+    constexpr std::uint32_t firstAttachment = 0;
+    std::string error;
+    if (!attachToSharedChannels(firstAttachment, error)) {
+        logWarn("MobiFlight channel initialization failed: " + error);
+        return;
+    }
+    const std::lock_guard lock(queueMutex);
+    queueRegistration(firstAttachment);
 }
 
-bool MobiFlightClient::attachToSharedChannels(std::string& error) {
-    // With channels of our own, the shared values are nobody's business of ours: any program may change what they are.
+bool MobiFlightClient::attachToSharedChannels(std::uint32_t attachment, std::string& error) {
+    // A client with channels of its own doesn't ask for the shared values: any program may change what they are.
     return attach({commandChannel, responseChannel,
                    extensions.ownChannels ? std::nullopt : std::optional<std::string>(lvarsChannel)},
-                  error);
+                  attachment, error);
 }
 
-bool MobiFlightClient::attachToOwnChannels(std::string& error) {
-    return attach({clientName + ".Command", clientName + ".Response", clientName + ".LVars"}, error);
+bool MobiFlightClient::attachToOwnChannels(std::uint32_t attachment, std::string& error) {
+    return attach({clientName + ".Command", clientName + ".Response", clientName + ".LVars"}, attachment, error);
 }
 
-bool MobiFlightClient::attach(const ChannelNames& names, std::string& error) {
+bool MobiFlightClient::attach(const ChannelNames& names, std::uint32_t attachment, std::string& error) {
     if (simConnect == nullptr) {
         error = noSimConnectClient;
         return false;
     }
-    const std::uint32_t attachment = attachments++;
     const ChannelIds ids = channelIds(attachment);
     SimConnectClient& sim = *simConnect;
     const bool withLVars = names.lvars.has_value();
-    const bool attached =
-        sim.mapClientDataName(names.command, ids.commandArea, error) &&
-        sim.mapClientDataName(names.response, ids.responseArea, error) &&
-        (!withLVars || sim.mapClientDataName(*names.lvars, ids.lvarsArea, error)) &&
-        sim.addClientDataDefinition(ids.commandDefinition, 0, commandAreaSize, error) &&
-        sim.addClientDataDefinition(ids.responseDefinition, 0, responseAreaSize, error) &&
-        (!withLVars || sim.addClientDataDefinition(ids.lvarsDefinition, 0, lvarsAreaSize, error)) &&
-        sim.requestClientData(ids.responseArea, responseRequestId, ids.responseDefinition, error) &&
-        (!withLVars || sim.requestClientData(ids.lvarsArea, lvarsRequestId, ids.lvarsDefinition, error));
-    if (attached)
-        commandAttachment = attachment;
-    return attached;
+    return sim.mapClientDataName(names.command, ids.commandArea, error) &&
+           sim.mapClientDataName(names.response, ids.responseArea, error) &&
+           (!withLVars || sim.mapClientDataName(*names.lvars, ids.lvarsArea, error)) &&
+           sim.addClientDataDefinition(ids.commandDefinition, 0, commandAreaSize, error) &&
+           sim.addClientDataDefinition(ids.responseDefinition, 0, responseAreaSize, error) &&
+           (!withLVars || sim.addClientDataDefinition(ids.lvarsDefinition, 0, lvarsAreaSize, error)) &&
+           sim.requestClientData(ids.responseArea, responseRequestId, ids.responseDefinition, error) &&
+           (!withLVars || sim.requestClientData(ids.lvarsArea, lvarsRequestId, ids.lvarsDefinition, error));
 }
 
-void MobiFlightClient::queueRegistration() {
+void MobiFlightClient::queueRegistration(std::uint32_t attachment) {
+    commandAttachment = attachment;
     // The module's answer may equal what its area holds already, and the simulator then delivers nothing. The answer to
     // a ping comes in between and changes the area.
     if (extensions.renewRegistration)
@@ -78,7 +75,6 @@ void MobiFlightClient::queueRegistration() {
 }
 
 void MobiFlightClient::queueHandshake(const std::string& text, bool sendDummy) {
-    const std::lock_guard lock(queueMutex);
     commandQueue.push_back({.text = text, .sendDummy = sendDummy, .queuedAt = host.now()});
     queueCondition.notify_one();
 }
@@ -99,20 +95,24 @@ void MobiFlightClient::onResponse(const std::string& text) {
 }
 
 void MobiFlightClient::onConfirmation() {
-    const std::lock_guard attachLock(attachMutex);
     if (ready)
         return;
+    const std::uint32_t ownAttachment = extensions.ownChannels ? ++furtherAttachments : 0;
     std::string error;
-    if (extensions.ownChannels && !attachToOwnChannels(error)) {
-        logWarn("MobiFlight channel initialization failed: " + error);
-        return;
-    }
-    ready = true;
+    const bool attached = !extensions.ownChannels || attachToOwnChannels(ownAttachment, error);
     {
         const std::lock_guard lock(queueMutex);
         renewal.stop();
+        if (attached && extensions.ownChannels)
+            commandAttachment = ownAttachment;
+        ready = attached;
+    }
+    if (!attached) {
+        logWarn("MobiFlight channel initialization failed: " + error);
+        return;
     }
     logInfo("MobiFlight client registered");
+    const std::lock_guard lock(queueMutex);
     queueHandshake(clearVariables);
     queueHandshake(std::string(addVariable) + extensions.lightVariable);
 }
@@ -122,16 +122,18 @@ void MobiFlightClient::renewRegistrationIfDue() {
         return;
     bool moduleIsSilent = false;
     bool isDue = false;
+    std::uint32_t session = 0;
     {
         const std::lock_guard lock(queueMutex);
         const std::int64_t now = host.now();
         moduleIsSilent = renewal.takeWarning(now);
         isDue = renewal.takeDue(now) && !handshakeWaits();
+        session = sessionNumber;
     }
     if (moduleIsSilent)
         logWarn("MobiFlight module has not answered for 10 seconds; it may not be installed");
     if (isDue)
-        renewRegistration();
+        renewRegistration(session);
 }
 
 bool MobiFlightClient::handshakeWaits() const {
@@ -139,12 +141,14 @@ bool MobiFlightClient::handshakeWaits() const {
                        [](const MobiFlightCommand& command) { return !command.needsReady; });
 }
 
-void MobiFlightClient::renewRegistration() {
-    const std::lock_guard lock(attachMutex);
-    if (!simConnected || ready)
-        return;
+void MobiFlightClient::renewRegistration(std::uint32_t session) {
+    const std::uint32_t attachment = ++furtherAttachments;
     // The first attachment of the session has reported why it failed.
     std::string ignoredError;
-    if (attachToSharedChannels(ignoredError))
-        queueRegistration();
+    if (!attachToSharedChannels(attachment, ignoredError))
+        return;
+    const std::lock_guard lock(queueMutex);
+    // The answer may have come, or the session have ended, while the calls were made.
+    if (session == sessionNumber && !ready)
+        queueRegistration(attachment);
 }

@@ -18,7 +18,7 @@ public:
     /// Opens a session and takes the answer off the wire.
     explicit RawClient(const VirtualSimulator& simulator, std::uint32_t protocol = 4)
         : version(protocol),
-          socket(connectSocket("127.0.0.1", simulator.port(), AddressFamily::Ipv4, std::chrono::seconds(5))) {
+          socket(connectSocket("127.0.0.1", simulator.port(), AddressFamily::Ipv4, std::chrono::seconds(30))) {
         request(SimConnectWire::openRequest, PeerBytes(280));
         EXPECT_EQ(MessageLog::wordOf(next(), 8), simConnectRecvOpen);
     }
