@@ -7,6 +7,9 @@ export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='ms
 scripts/vm/make-wine-prefix.sh "$WINEPREFIX" || exit 1
 trap 'wineserver -k; wineserver -w' EXIT
 
+# One server for all programs: otherwise it ends with each, and a program that starts just then fails.
+wineserver -p
+
 mkdir -p build/test-logs
 failures=0
 for name in "$@"; do
