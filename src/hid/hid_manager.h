@@ -143,7 +143,7 @@ private:
 
     void scanLoop();
     void readLoop(HidDeviceSession& session);
-    void handleRead(const HidDeviceSession& session, std::span<const std::uint8_t> data);
+    void handleReport(const HidDeviceSession& session, std::span<const std::uint8_t> bytes);
     std::vector<std::string> findMatchingPaths(std::uint32_t vendorId, std::uint32_t productId);
     bool probe(const std::string& path, HidAttributes& attributes);
     void disconnectAll();

@@ -127,6 +127,9 @@ void HidManager::disconnectBoard(HidDeviceSession& session) {
 }
 
 void HidManager::readLoop(HidDeviceSession& session) {
+    // A read that is still pending may write to the reader's buffer at any moment: one copy, so that trace and event
+    // agree.
+    std::vector<std::uint8_t> report;
     while (session.running) {
         const auto result = session.reader(readLimit);
         if (result.status == HidReadStatus::Failure) {
@@ -134,15 +137,13 @@ void HidManager::readLoop(HidDeviceSession& session) {
             return;
         }
         if (result.status == HidReadStatus::Data && !result.data.empty()) {
-            handleRead(session, result.data);
+            report.assign(result.data.begin(), result.data.end());
+            handleReport(session, report);
         }
     }
 }
 
-void HidManager::handleRead(const HidDeviceSession& session, std::span<const std::uint8_t> data) {
-    // A read that is still pending may write to the reader's buffer at any moment: one copy, so that trace and event
-    // agree.
-    const std::vector<std::uint8_t> bytes(data.begin(), data.end());
+void HidManager::handleReport(const HidDeviceSession& session, std::span<const std::uint8_t> bytes) {
     if (traceEnabled) {
         Logger::instance().debug("HID IN device=" + session.deviceName + " bytes=" + std::to_string(bytes.size()) +
                                  " data=" + hexText(bytes));
