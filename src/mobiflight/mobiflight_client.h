@@ -12,6 +12,7 @@
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -165,6 +166,8 @@ private:
     // Attachment and registration (registration.cpp).
     void beginSession();
     void onConfirmation();
+    /// `ownAttachment`: to the client's own channels; none with the shared ones.
+    void becomeReady(std::optional<std::uint32_t> ownAttachment);
     void renewRegistrationIfDue();
     void renewRegistration(std::uint32_t session);
     // False with `error` set when a call of the simulator's fails.

@@ -4,6 +4,7 @@
 #include "mobiflight/mobiflight_client.h"
 
 #include <algorithm>
+#include <optional>
 #include <string_view>
 
 namespace {
@@ -97,19 +98,29 @@ void MobiFlightClient::onResponse(const std::string& text) {
 void MobiFlightClient::onConfirmation() {
     if (ready)
         return;
-    const std::uint32_t ownAttachment = extensions.ownChannels ? ++furtherAttachments : 0;
+    if (!extensions.ownChannels) {
+        becomeReady(std::nullopt);
+        return;
+    }
+    const std::uint32_t attachment = ++furtherAttachments;
     std::string error;
-    const bool attached = !extensions.ownChannels || attachToOwnChannels(ownAttachment, error);
+    if (attachToOwnChannels(attachment, error)) {
+        becomeReady(attachment);
+        return;
+    }
+    logWarn("MobiFlight channel initialization failed: " + error);
+    const std::lock_guard lock(queueMutex);
+    renewal.stop();
+}
+
+void MobiFlightClient::becomeReady(std::optional<std::uint32_t> ownAttachment) {
     {
         const std::lock_guard lock(queueMutex);
         renewal.stop();
-        if (attached && extensions.ownChannels)
-            commandAttachment = ownAttachment;
-        ready = attached;
-    }
-    if (!attached) {
-        logWarn("MobiFlight channel initialization failed: " + error);
-        return;
+        if (ownAttachment)
+            commandAttachment = *ownAttachment;
+        if (ready.exchange(true))
+            return;
     }
     logInfo("MobiFlight client registered");
     const std::lock_guard lock(queueMutex);

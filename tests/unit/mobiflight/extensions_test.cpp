@@ -4,7 +4,10 @@
 
 #include <bit>
 #include <cmath>
+#include <functional>
 #include <limits>
+#include <memory>
+#include <utility>
 
 namespace {
 
@@ -89,6 +92,15 @@ class RenewRegistration : public MobiFlightExtensions {
 protected:
     ~RenewRegistration() override { stop(); }
 
+    /// Does this on the worker, once, when it next asks the simulator for an area.
+    void onNextRequest(std::function<void()> action) {
+        auto once = std::make_shared<std::function<void()>>(std::move(action));
+        sim.setHook([once](SimCall call) {
+            if (call == SimCall::RequestClientData && *once)
+                std::exchange(*once, nullptr)();
+        });
+    }
+
     void openMuteSession() {
         startWith({.renewRegistration = true});
         openSession();
@@ -129,6 +141,28 @@ TEST_F(RenewRegistration, ConfirmationEndsIt) {
     ASSERT_TRUE(waitUntil([this] { return idle(); }));
     EXPECT_EQ(written(0), (Lines{ping, registration, set("waiting"), dummy, clearText, addText}));
     EXPECT_EQ(log.linesWith("has not answered"), Lines());
+}
+
+TEST_F(RenewRegistration, AnswerThatComesMeanwhileIsEnough) {
+    openMuteSession();
+    onNextRequest([this] { confirm(); });
+    host.setNow(begin + 2 * second);
+    host.letSleepsPass();
+    EXPECT_TRUE(waitForCommands({ping, registration, set("waiting"), dummy, clearText, addText}));
+}
+
+TEST_F(RenewRegistration, SessionThatEndsMeanwhileTakesItAlong) {
+    openMuteSession();
+    onNextRequest([this] {
+        client.onSimConnectState(false);
+        client.onSimConnectState(true);
+    });
+    host.setNow(begin + 2 * second);
+    host.letSleepsPass();
+    // What was begun in the old session doesn't register in the new one, which does so by itself.
+    ASSERT_TRUE(waitForCommands({ping, registration, ping, registration}));
+    confirm();
+    EXPECT_TRUE(waitForCommands({ping, registration, ping, registration, clearText, addText}));
 }
 
 TEST_F(RenewRegistration, RefusalEndsIt) {
@@ -236,6 +270,18 @@ TEST_F(MobiFlightExtensions, FailedAttachmentToOwnChannelsLeavesTheClientUnregis
     EXPECT_EQ(log.linesWith("failed"), (Lines{"[WARN] MobiFlight channel initialization failed: "
                                               "SimConnect_MapClientDataNameToID failed (0x80004005)"}));
     EXPECT_EQ(sim.commands(), (Lines{registration, dummy}));
+}
+
+TEST_F(RenewRegistration, FailedAttachmentToOwnChannelsEndsIt) {
+    startWith({.renewRegistration = true, .ownChannels = true});
+    openSession();
+    ASSERT_TRUE(waitForCommands({ping, registration, dummy}));
+    keepWorkerAwake();
+    sim.script(SimCall::MapClientDataNameToId, {simConnectFail});
+    confirm();
+    passTo(begin + 60 * second);
+    EXPECT_EQ(sim.commands(), (Lines{ping, registration, dummy}));
+    EXPECT_EQ(log.linesWith("channel initialization failed").size(), 1U);
 }
 
 TEST_F(MobiFlightExtensions, EachSessionRegistersOnTheSharedChannelsAgain) {
