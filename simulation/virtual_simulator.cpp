@@ -46,6 +46,12 @@ void VirtualSimulator::setLVar(std::string_view name, double value) {
     });
 }
 
+double VirtualSimulator::evaluate(std::string_view code) const {
+    double value = 0;
+    impl->control([&] { value = impl->world().variables.evaluate(code); });
+    return value;
+}
+
 void VirtualSimulator::setLVarsText(std::string_view text) {
     impl->control([&] { impl->module().setLVarsText(text); });
 }

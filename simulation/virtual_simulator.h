@@ -117,6 +117,8 @@ public:
     void setAircraftVariable(std::string_view name, double value);
     /// A local variable, without "L:", whose name's case doesn't matter. Goes to each client that added "(L:name)".
     void setLVar(std::string_view name, double value);
+    /// What the module reads by this code: a variable by itself, as VariableValues::evaluate has it.
+    double evaluate(std::string_view code) const;
     /// Fills the area "MobiFlight.LVars" with a zero-padded text, as a module that speaks text there does.
     void setLVarsText(std::string_view text);
     /// Writes a text into "MobiFlight.Response" as if the module said it. Nobody hears the same text twice in a row.

@@ -332,7 +332,7 @@ Action parseLVar(ScenarioLine& line, const Scenario&) {
     const std::string name = line.word("the variable's name");
     const double value = line.decimal("value");
     line.end();
-    return [name, value](ScenarioPlayer& player) { player.setLVar(name, value); };
+    return [name, value](ScenarioPlayer& player) { player.cockpit().simulator().setLVar(name, value); };
 }
 
 /// The name may have blanks; the value is the last word.
@@ -342,7 +342,7 @@ Action parseAircraftVariable(ScenarioLine& line, const Scenario&) {
         name += ' ' + line.word("the variable's name");
     }
     const double value = line.decimal("value");
-    return [name, value](ScenarioPlayer& player) { player.setAircraftVariable(name, value); };
+    return [name, value](ScenarioPlayer& player) { player.cockpit().simulator().setAircraftVariable(name, value); };
 }
 
 // Time and words.

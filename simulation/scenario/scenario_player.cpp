@@ -1,5 +1,6 @@
 #include "simulation/scenario/scenario_player.h"
 
+#include "config/app_config.h"
 #include "simulation/scenario/scenario_configuration.h"
 
 #include <algorithm>
@@ -28,7 +29,6 @@ constexpr std::chrono::milliseconds pollTime = 2ms;
 
 constexpr std::string_view registration = "command MF.Clients.Add.";
 constexpr std::string_view subscription = "command MF.SimVars.Add.";
-constexpr const char* usualLight = "(L:LIGHTING_POTENTIOMETER_5)";
 constexpr const char* refusedLine = "WARN Waiting for SimConnect connection: ";
 
 /// A setting of the scenario's configuration; `otherwise` when it has none.
@@ -50,7 +50,7 @@ std::chrono::milliseconds debounceOf(const Scenario& scenario) {
 std::string lightCode(const Scenario& scenario) {
     const JsonValue settings = scenarioSettings(scenario);
     const JsonValue* extensions = nullptr;
-    std::string code = usualLight;
+    std::string code = ExtensionsConfig().lightVariable;
     if (getObject(settings, "extensions", extensions)) {
         getString(*extensions, "lightVariable", code);
     }
@@ -212,7 +212,8 @@ void ScenarioPlayer::connect(bool withModule) {
     const std::string_view last = sessionEnd(scenario, virtualCockpit.simulator().moduleRunning(), withModule);
     const bool tellsState = setting(scenario, "logging", "debug", 0) != 0;
     // The module doesn't write a value that is 0 from the start.
-    const bool tellsLight = tellsState && last == subscription && variables.evaluate(lightCode(scenario)) != 0;
+    const bool tellsLight =
+        tellsState && last == subscription && virtualCockpit.simulator().evaluate(lightCode(scenario)) != 0;
     const auto up = [&] {
         return handshakeSeen(last) && (batteryTold || !tellsState) && (lightTold || !tellsLight) && boardsTold();
     };
@@ -234,16 +235,6 @@ void ScenarioPlayer::pause(std::chrono::milliseconds duration) {
     if (!playedFast) {
         wait(duration);
     }
-}
-
-void ScenarioPlayer::setLVar(const std::string& name, double value) {
-    variables.setLocal(name, value);
-    virtualCockpit.simulator().setLVar(name, value);
-}
-
-void ScenarioPlayer::setAircraftVariable(const std::string& name, double value) {
-    variables.setAircraft(name, value);
-    virtualCockpit.simulator().setAircraftVariable(name, value);
 }
 
 void ScenarioPlayer::fail(const std::string& reason) {

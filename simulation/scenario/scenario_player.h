@@ -3,7 +3,6 @@
 #include "simulation/scenario/scenario_file.h"
 #include "simulation/scenario/side_by_side.h"
 #include "simulation/scenario/virtual_cockpit.h"
-#include "simulation/variable_values.h"
 
 #include <chrono>
 #include <functional>
@@ -34,8 +33,6 @@ public:
     void wait(std::chrono::milliseconds duration);
     /// For someone who looks on: nothing when played fast.
     void pause(std::chrono::milliseconds duration);
-    void setLVar(const std::string& name, double value);
-    void setAircraftVariable(const std::string& name, double value);
     /// The reason why an input couldn't be done; ends the play.
     void fail(const std::string& reason);
 
@@ -53,8 +50,6 @@ private:
     // Since what came was last taken or compared: the log tells that the simulator gave the battery and the light.
     bool batteryTold = false;
     bool lightTold = false;
-    /// What the scenario has set.
-    VariableValues variables;
     std::string failure;
 
     bool playSteps();
