@@ -69,8 +69,8 @@ struct HidCallRecord {
 
 /// A USB bus of virtual boards, seen by the host as a HidTransport. Each plugging gives a path of its own, so a board
 /// that is pulled and put back is a new connection, unless it is replugged under its old path. An input report goes to
-/// the queue of each overlapped handle that is open on its board, and is dropped when there is none. A board that is
-/// told to go to BOOTSEL mode leaves the bus.
+/// the queue of each overlapped handle that is open on its board, and is dropped when there is none. A board that
+/// receives the BOOTSEL command leaves the bus.
 ///
 /// All operations may be called from any thread. The transport may outlive the bus.
 class VirtualHidBus {

@@ -3,8 +3,8 @@
 #include <string_view>
 
 /// What the simulator's public event lists say about the events and variables of a glass cockpit: the name, the unit of
-/// the value that goes before it in RPN, and what it does. The simulator ignores a misspelt name without a word, so
-/// whoever checks a command text looks here.
+/// the value that goes before it in RPN, and what it does. The simulator silently ignores a misspelt name, so whoever
+/// checks a command text looks here.
 ///
 /// Constant data; any thread may ask.
 namespace EventFacts {
@@ -29,7 +29,7 @@ struct Variable {
     std::string_view meaning;
 };
 
-/// Each takes the name as it stands in RPN and gives null for one that isn't listed.
+/// Each takes the name as RPN writes it and returns null for one that isn't listed.
 const KeyEvent* keyEvent(std::string_view name);
 const DisplayEvent* displayEvent(std::string_view name);
 const Variable* variable(std::string_view name);

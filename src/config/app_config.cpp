@@ -8,7 +8,7 @@ namespace {
 constexpr std::int32_t firstBattery = 1;
 constexpr std::int32_t lastBattery = 16;
 
-/// What a command of the module still carries behind the prefix that subscribes a variable.
+/// A command has at most 255 characters, and "MF.SimVars.Add." takes 15 of them.
 constexpr std::size_t longestLightVariable = 240;
 
 constexpr ConfigFileMessages messages{

@@ -26,7 +26,7 @@ protected:
     }
 
     std::vector<std::string> paths{"first", "second", "third"};
-    /// Interfaces whose size isn't told, and those that have gone between the two calls.
+    /// Interfaces whose size can't be had, and those that have gone between the two calls.
     std::set<ULONG_PTR> withoutSize;
     std::set<ULONG_PTR> withoutPath;
 
