@@ -23,18 +23,18 @@ formatting() { sources '*.cpp' '*.h' | xargs clang-format --dry-run -Werror; }
 
 tidy() {
   # Only what this machine's compile commands cover: the Windows sources are the cross compiler's.
-  sources 'src/*.cpp' 'simulation/*.cpp' | grep -vE '^src/(platform|simconnect)/windows/' |
+  sources 'src/*.cpp' 'simulation/*.cpp' | grep -vE '^src/(platform|wire)/windows/' |
     xargs -P2 -n4 clang-tidy -p build/linux --quiet 2>&1 | grep -E 'warning:|error:'
   [ "${PIPESTATUS[2]}" -ne 123 ]
 }
 
 no_system_ifdefs() {
-  ! grep -nE '#\s*(el)?if.*(_WIN32|__linux__|WIN32|__unix__)' $(sources 'src/*' 'simulation/*' | grep -vE '^src/(platform/(linux|windows)|simconnect)/')
+  ! grep -nE '#\s*(el)?if.*(_WIN32|__linux__|WIN32|__unix__)' $(sources 'src/*' 'simulation/*' | grep -vE '^src/(platform/(linux|windows)|wire)/')
 }
 
 # Includes point one way only; a folder may include itself and those to its left.
 include_directions() {
-  local order=(simconnect platform logging config hid sim mobiflight mapping app) allowed="" folder
+  local order=(simconnect wire platform logging config hid sim mobiflight mapping app) allowed="" folder
   for folder in "${order[@]}"; do
     allowed="$allowed|$folder"
     [ "$folder" != app ] || allowed="$allowed|registration"
@@ -42,8 +42,8 @@ include_directions() {
   done
   grep -HnE '#include "' $(sources 'src/registration/*') | grep -vE '#include "(platform|logging|registration)/'
   grep -HnE '#include "(simulation|tests)/' $(sources 'src/*')
-  grep -HnE '#include "' $(sources 'simulation/*' | grep -vE '^simulation/(scenario|cockpit)/') |
-    grep -vE '#include "(simulation/|platform/|simconnect/|hid/hid_protocol\.h|hid/hex_text\.h)'
+  grep -HnE '#include "' $(sources 'simulation/*' | grep -vE '^simulation/(rig|scenarios|cockpit)/') |
+    grep -vE '#include "(simulation/|platform/|simconnect/|wire/|hid/hid_protocol\.h|hid/hex_text\.h)'
   true
 }
 

@@ -2,7 +2,7 @@
 # Shows the whole bridge on virtual panels and a virtual simulator, without hardware: a page for the browser.
 #   demo.sh              builds what it needs, starts the page and prints its address; Ctrl+C ends it
 #   demo.sh ARGUMENT...  builds, and runs virtual-cockpit with these arguments; as an example, in a terminal:
-#                        demo.sh --script simulation/scenarios/demo-flight.scenario
+#                        demo.sh --script simulation/scenarios/stories/demo-flight.scenario
 #   demo.sh --help       this text, then virtual-cockpit's own
 set -euo pipefail
 cd "$(dirname "$0")/.."

@@ -10,7 +10,7 @@ if [ "${1:-}" = "--check" ]; then
   minimum=0.1 check=(--check)
 fi
 cmake --preset linux >/dev/null
-cmake --build --preset linux --target micro-bench --target road-bench --target road-bridge --target road-floor --target pace-bench
+cmake --build --preset linux --target micro-bench --target latency-bench --target latency-bridge --target latency-floor --target pace-bench
 bench=build/linux/tests/bench
 passed=0 failed=0
 
@@ -42,7 +42,7 @@ else
   failed=$((failed + 1))
 fi
 
-if "$bench/road-bench" --reports $flood "${check[@]}"; then
+if "$bench/latency-bench" --reports $flood "${check[@]}"; then
   passed=$((passed + 1))
 else
   failed=$((failed + 1))

@@ -1,6 +1,6 @@
 # The steps of test.sh, one function each, and what runs and counts them. Sourced, not run.
 
-unit_programs=(simconnect platform logging registration config hid sim mobiflight mapping app simulation cockpit)
+unit_programs=(wire platform logging registration config hid sim mobiflight mapping app simulation cockpit)
 
 # Runs one step with its output in a file; shows the file's end when it fails.
 run_step() {

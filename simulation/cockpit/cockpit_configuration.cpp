@@ -3,8 +3,8 @@
 #include "config/names.h"
 #include "platform/file_system.h"
 #include "simulation/cockpit/embedded_files.h"
-#include "simulation/scenario/json_text.h"
-#include "simulation/scenario/scenario_line.h"
+#include "simulation/rig/json_text.h"
+#include "simulation/scenarios/scenario_line.h"
 
 #include <algorithm>
 #include <charconv>

@@ -3,7 +3,7 @@
 #include "config/app_config.h"
 #include "config/button_config.h"
 #include "config/hid_event_map.h"
-#include "simulation/scenario/scenario_file.h"
+#include "simulation/scenarios/scenario_file.h"
 
 #include <map>
 #include <string>

@@ -1,6 +1,6 @@
 #include "simulation/cockpit/command_line.h"
 
-#include "simulation/scenario/scenario_line.h"
+#include "simulation/scenarios/scenario_line.h"
 
 #include <limits>
 

@@ -1,7 +1,7 @@
 #include "simulation/cockpit/hid_log.h"
 
 #include "hid/hid_protocol.h"
-#include "simulation/scenario/scenario_line.h"
+#include "simulation/scenarios/scenario_line.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
 #include "simulation/cockpit/page_mode.h"
 
 #include "simulation/cockpit/cockpit_configuration.h"
-#include "simulation/cockpit/cockpit_desk.h"
+#include "simulation/cockpit/cockpit_controller.h"
 #include "simulation/cockpit/open_browser.h"
-#include "simulation/cockpit/page_answers.h"
+#include "simulation/cockpit/page_request_handler.h"
 #include "simulation/cockpit/page_server.h"
 #include "simulation/cockpit/request_checks.h"
 
@@ -45,16 +45,16 @@ int runPage(const CockpitOptions& options, std::ostream& screen) {
     if (!loadCockpitConfiguration(options.configPath, configuration, error)) {
         return fail(screen, error);
     }
-    CockpitDesk desk(configuration, {options.realBoards, options.realSimulator});
+    CockpitController controller(configuration, {options.realBoards, options.realSimulator});
     const std::string token = randomToken();
-    PageAnswers answers(desk, token);
+    PageRequestHandler answers(controller, token);
     PageServer server([&answers](const PageRequest& request) { return answers.answer(request); });
     if (!server.bind(options.port)) {
         return fail(screen, portFailure(options));
     }
     answers.setPort(server.port());
     systemPlatform().host.installControlHandler(onInterrupt);
-    if (!desk.start(error)) {
+    if (!controller.start(error)) {
         return fail(screen, error);
     }
     server.start();
@@ -66,8 +66,8 @@ int runPage(const CockpitOptions& options, std::ostream& screen) {
     waitForInterrupt();
     screen << "\nThe cockpit ends.\n" << std::flush;
     // The streams of events end with the feed, and with them the last requests.
-    desk.feed().close();
+    controller.feed().close();
     server.stop();
-    desk.stop();
+    controller.stop();
     return 0;
 }

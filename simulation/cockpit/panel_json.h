@@ -1,8 +1,8 @@
 #pragma once
 
 #include "config/json.h"
+#include "simulation/boards/virtual_board.h"
 #include "simulation/cockpit/cockpit_configuration.h"
-#include "simulation/virtual_board.h"
 
 #include <string>
 

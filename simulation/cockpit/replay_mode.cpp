@@ -5,8 +5,8 @@
 #include "simulation/cockpit/cockpit_configuration.h"
 #include "simulation/cockpit/hid_log.h"
 #include "simulation/cockpit/report_text.h"
-#include "simulation/scenario/side_by_side.h"
-#include "simulation/scenario/virtual_cockpit.h"
+#include "simulation/rig/virtual_cockpit.h"
+#include "simulation/scenarios/side_by_side.h"
 
 #include <algorithm>
 #include <chrono>
@@ -58,7 +58,7 @@ public:
           columns(output),
           scenario(cockpitScenario(usedConfiguration, loggedBoards(usedConfiguration, playedLog))),
           cockpit(scenario, playedFast ? CockpitPace::fast() : CockpitPace::real()),
-          lastNews(Clock::now()) {}
+          lastActivity(Clock::now()) {}
 
     bool play() {
         if (!connect()) {
@@ -89,7 +89,7 @@ private:
     LiveColumns columns;
     const Scenario scenario;
     VirtualCockpit cockpit;
-    Clock::time_point lastNews;
+    Clock::time_point lastActivity;
     bool sessionReady = false;
     std::size_t commands = 0;
     /// Events that the bridge has worked off, and whether the last one made a command.
@@ -156,7 +156,7 @@ private:
         } else if (item.stream == "sim" || item.stream == "exit") {
             takeFromSimulator(item);
         } else if (sessionReady) {
-            lastNews = item.time;
+            lastActivity = item.time;
             columns.left(item.time, item.stream + ' ' + item.text);
         }
     }
@@ -175,7 +175,7 @@ private:
             sessionReady = item.text.starts_with(sessionEnd(configuration));
             return;
         }
-        lastNews = item.time;
+        lastActivity = item.time;
         const bool isCommand = item.text.starts_with("rpn ") || item.text.starts_with("event ");
         commands += isCommand ? 1 : 0;
         columns.right(item.time, item.stream + ' ' + item.text);
@@ -195,10 +195,10 @@ private:
     }
 
     void waitForQuiet() {
-        lastNews = Clock::now();
+        lastActivity = Clock::now();
         const std::chrono::milliseconds spacing(configuration.settings.mobiflight.rpnRateLimitMs);
         const auto quiet = quietTime + spacing;
-        pumpUntil([&] { return Clock::now() - lastNews >= quiet; }, std::max(quietLimit, 2 * quiet));
+        pumpUntil([&] { return Clock::now() - lastActivity >= quiet; }, std::max(quietLimit, 2 * quiet));
     }
 };
 

@@ -1,7 +1,7 @@
 #include "simulation/cockpit/script_mode.h"
 
-#include "simulation/scenario/scenario_file.h"
-#include "simulation/scenario/scenario_player.h"
+#include "simulation/scenarios/scenario_file.h"
+#include "simulation/scenarios/scenario_player.h"
 
 #include <chrono>
 #include <cmath>

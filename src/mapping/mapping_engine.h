@@ -108,9 +108,9 @@ private:
     bool outputDirty = false;
     std::int64_t lastOutputRequest = 0;
 
-    // Guards `outputHoldoff`: device key to the time until which the board gets no light command.
-    std::mutex holdoffMutex;
-    std::unordered_map<std::string, std::int64_t> outputHoldoff;
+    // Guards `ledPauses`: device key to the time until which the board gets no light command.
+    std::mutex ledPauseMutex;
+    std::unordered_map<std::string, std::int64_t> ledPauses;
 
     /// The working values of one event; see event_resolution.cpp.
     struct Resolution;

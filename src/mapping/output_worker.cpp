@@ -13,7 +13,7 @@ constexpr std::int64_t refreshNs = 1'000'000'000;
 /// How long a board keeps its lights to itself.
 constexpr std::int64_t pauseNs = 1'500'000'000;
 
-std::string holdoffKey(const std::string& deviceName, int index) {
+std::string ledPauseKey(const std::string& deviceName, int index) {
     return deviceName.empty() ? std::string("#").append(std::to_string(index)) : deviceName;
 }
 
@@ -126,8 +126,8 @@ void MappingEngine::pushOutputs() {
 void MappingEngine::pauseOutput(const std::string& deviceName, int index) {
     {
         const std::int64_t until = host.now() + pauseNs;
-        const std::lock_guard lock(holdoffMutex);
-        std::int64_t& entry = outputHoldoff[holdoffKey(deviceName, index)];
+        const std::lock_guard lock(ledPauseMutex);
+        std::int64_t& entry = ledPauses[ledPauseKey(deviceName, index)];
         entry = std::max(entry, until);
     }
     if (hid != nullptr) {
@@ -137,13 +137,13 @@ void MappingEngine::pauseOutput(const std::string& deviceName, int index) {
 
 bool MappingEngine::isHeldOff(const std::string& deviceName, int index) {
     const std::int64_t now = host.now();
-    const std::lock_guard lock(holdoffMutex);
-    const auto entry = outputHoldoff.find(holdoffKey(deviceName, index));
-    if (entry == outputHoldoff.end()) {
+    const std::lock_guard lock(ledPauseMutex);
+    const auto entry = ledPauses.find(ledPauseKey(deviceName, index));
+    if (entry == ledPauses.end()) {
         return false;
     }
     if (now >= entry->second) {
-        outputHoldoff.erase(entry);
+        ledPauses.erase(entry);
         return false;
     }
     return true;

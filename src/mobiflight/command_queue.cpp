@@ -136,7 +136,7 @@ bool MobiFlightClient::takeNext(MobiFlightCommand& command) {
     const auto next = nextInQueue();
     command = std::move(*next);
     commandQueue.erase(next);
-    handIsStale = false;
+    inFlightIsStale = false;
     // What is in flight is only kept: merging looks at what waits. A repeat that comes while its text is being sent
     // must become an entry of its own, or a held button would lose it.
     if (command.kind == RpnKind::Hold)
@@ -200,13 +200,13 @@ void MobiFlightClient::waitForRateLimit() {
 
 bool MobiFlightClient::handIsFromEarlierSession() {
     const std::lock_guard lock(queueMutex);
-    return handIsStale && simConnected;
+    return inFlightIsStale && simConnected;
 }
 
 void MobiFlightClient::putBack(MobiFlightCommand& command) {
     const std::lock_guard lock(queueMutex);
     // It belongs to a session that is over, and the queue was emptied then: put back it would reach the next one.
-    if (handIsStale)
+    if (inFlightIsStale)
         return;
     if (command.kind == RpnKind::Hold) {
         inFlightHolds.erase(command.text);
@@ -227,7 +227,7 @@ void MobiFlightClient::putBack(MobiFlightCommand& command) {
 void MobiFlightClient::finish(MobiFlightCommand& command) {
     const std::lock_guard lock(queueMutex);
     // The tables are another session's by now.
-    if (handIsStale)
+    if (inFlightIsStale)
         return;
     if (command.kind == RpnKind::Hold)
         inFlightHolds.erase(command.text);

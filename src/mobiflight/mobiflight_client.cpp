@@ -130,7 +130,7 @@ void MobiFlightClient::clearQueue() {
     inFlightHolds.clear();
     encoderPending.clear();
     renewal.stop();
-    handIsStale = true;
+    inFlightIsStale = true;
 }
 
 bool MobiFlightClient::isReady() const {

@@ -139,7 +139,7 @@ private:
     std::unordered_set<std::string> inFlightHolds;
     std::unordered_map<std::string, EncoderPending> encoderPending;
     // Under the queue mutex: the queue was emptied since the worker took its command out.
-    bool handIsStale = false;
+    bool inFlightIsStale = false;
     // Under the queue mutex: idle unless the extension is on.
     RegistrationRenewal renewal;
     // Under the queue mutex: counts the changes of the session.

@@ -2,7 +2,7 @@
 
 #include "hid/hid_manager.h"
 #include "hid/hid_protocol.h"
-#include "simulation/virtual_hid_bus.h"
+#include "simulation/boards/virtual_hid_bus.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,4 +1,4 @@
-// The hot road behind the decoder.
+// The hot path behind the decoder.
 
 #include "tests/bench/bench_bridge.h"
 

@@ -2,10 +2,10 @@
 // simulator, at its real pace.
 
 #include "app/app.h"
-#include "simconnect/simconnect_open.h"
-#include "simulation/virtual_hid_bus.h"
-#include "simulation/virtual_simulator.h"
-#include "tests/bench/road_measure.h"
+#include "simulation/boards/virtual_hid_bus.h"
+#include "simulation/simulator/virtual_simulator.h"
+#include "tests/bench/latency_measure.h"
+#include "wire/simconnect_open.h"
 
 #include <cmath>
 #include <condition_variable>

@@ -32,7 +32,7 @@ test('the cockpit’s light knob is the boards’ backlight', async () => {
   await waitFor(async () => await view.lightText('PFD') === 'steady at 80 %');
 });
 
-test('the panel’s light is the road’s last station', async () => {
+test('the panel’s light is the last station of the path', async () => {
   const {view} = shared;
   await view.page.locator('#cockpit-light').fill('60');
   await waitFor(async () => /60 %$/.test(await view.page.locator('[data-station="light"] .what').textContent()));

@@ -27,7 +27,7 @@ test('the boards are those that the configuration asks for', async () => {
   await view.press('MFD', 'Landing Light', '(>K:LANDING_LIGHTS_TOGGLE)');
 });
 
-test('a release with a command of its own is on the road', async () => {
+test('a release with a command of its own is on the path', async () => {
   const {view} = shared;
   await view.press('PFD', 'GEAR_UP', '(>K:GEAR_UP)');
   await view.waitForCommand('(>K:GEAR_SET)');

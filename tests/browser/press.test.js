@@ -19,7 +19,7 @@ test('the same button means something of its own on the other panel', async () =
   await view.press('MFD', 'SOFTKEY_3', '(>H:AS1000_MFD_SOFTKEYS_3)');
 });
 
-test('the road shows the press at each of its stations', async () => {
+test('the path shows the press at each of its stations', async () => {
   const {view} = shared;
   await view.press('MFD', 'FPL', '(>H:AS1000_MFD_FPL_Push)');
   const station = (name) => view.page.locator(`[data-station="${name}"] .what`);

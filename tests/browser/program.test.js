@@ -7,7 +7,8 @@ import {Cockpit, launchBrowser, runProgram, waitFor} from './support/cockpit.js'
 
 after(() => Cockpit.killLeftOvers());
 
-const scenarios = '../../tests/scenarios';
+const scenarios = '../../simulation/scenarios/stories';
+const failing = '../../tests/scenarios/failing';
 
 async function withBrowserAt(cockpit, use) {
   const browser = await launchBrowser();
@@ -95,7 +96,7 @@ test('a scenario is played without a browser, and its outcome is the exit code',
   const passed = await runProgram('--script', `${scenarios}/press-sends-its-command.scenario`, '--fast');
   assert.equal(passed.code, 0, passed.output);
   assert.match(passed.output, /passed, \d+ expectations met/);
-  const failed = await runProgram('--script', `${scenarios}/failing/wrong-command.scenario`, '--fast');
+  const failed = await runProgram('--script', `${failing}/wrong-command.scenario`, '--fast');
   assert.equal(failed.code, 1);
 });
 

@@ -1,10 +1,10 @@
 // Bytes from the simulator's side, in pieces of any size, through the framing and into a callback that looks at a
 // message as the bridge does.
 
-#include "simconnect/message_reader.h"
-#include "simconnect/session.h"
 #include "simconnect/simconnect_api.h"
 #include "tests/fuzz/fuzz_support.h"
+#include "wire/message_reader.h"
+#include "wire/session.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,8 +1,8 @@
 #include "tests/soak/soak_bridge.h"
 
-#include "simconnect/simconnect_open.h"
 #include "tests/support/numbered_controls.h"
 #include "tests/support/wait_until.h"
+#include "wire/simconnect_open.h"
 
 #include <algorithm>
 #include <filesystem>

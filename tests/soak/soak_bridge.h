@@ -1,8 +1,8 @@
 #pragma once
 
 #include "app/app.h"
-#include "simulation/virtual_hid_bus.h"
-#include "simulation/virtual_simulator.h"
+#include "simulation/boards/virtual_hid_bus.h"
+#include "simulation/simulator/virtual_simulator.h"
 
 #include <atomic>
 #include <memory>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "simconnect/simconnect_cfg.h"
-#include "simulation/simulator_listener.h"
+#include "simulation/simulator/simulator_listener.h"
 #include "tests/support/transport.h"
 #include "tests/support/wait_until.h"
+#include "wire/simconnect_cfg.h"
 
 #include <algorithm>
 #include <array>

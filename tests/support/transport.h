@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simconnect/pipe.h"
+#include "wire/pipe.h"
 
 #include <gtest/gtest.h>
 

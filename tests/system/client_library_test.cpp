@@ -20,7 +20,8 @@ protected:
     void expectToGoWithoutFor(const std::string& reason) {
         startBridge();
         ASSERT_TRUE(bridge->waitForLog("MobiFlight client registered"));
-        EXPECT_EQ(bridge->countInLog("[WARN] " + TestedSystem::asItCallsIt(dll()) + " can't be used: " + reason), 1U);
+        EXPECT_EQ(bridge->countInLog("[WARN] " + TestedSystem::pathSeenByBridge(dll()) + " can't be used: " + reason),
+                  1U);
         EXPECT_EQ(bridge->countInLog("; using the built-in SimConnect client\n"), 1U);
         boards[0]->panel.press(Controls::button);
         EXPECT_TRUE(waitForRpn("(>H:BUTTON_PRESS)"));

@@ -26,9 +26,9 @@ class LinuxProcess : public Process {};
 
 TEST_F(Process, WithoutAConfigurationEndsWithOneAndSaysWhereItLooked) {
     EXPECT_EQ(runWith({}, {"--console"}), 1);
-    const std::string beside = TestedSystem::asItCallsIt(installation->path("config/config.json"));
+    const std::string beside = TestedSystem::pathSeenByBridge(installation->path("config/config.json"));
     const std::string common =
-        TestedSystem::asItCallsIt(TestedSystem::machineDataFolder() + "/VantrelBridge/config.json");
+        TestedSystem::pathSeenByBridge(TestedSystem::machineDataFolder() + "/VantrelBridge/config.json");
     const std::string text =
         "Config file not found: " + common + " (default search order: " + beside + "; " + common + ")\n";
     EXPECT_EQ(bridge->countInLog("[ERROR] " + text), 1U);
@@ -46,7 +46,7 @@ TEST_F(Process, WithoutAConsoleLogsTheMissingConfigurationInThePerMachineFolderO
 TEST_F(Process, TakesTheConfigurationThatItIsGiven) {
     const TempFolder elsewhere;
     const std::string given = elsewhere.write("mine.json", "{}");
-    EXPECT_EQ(runWith(configuration.files(), {"--console", "--config", TestedSystem::asItCallsIt(given)}), 1);
+    EXPECT_EQ(runWith(configuration.files(), {"--console", "--config", TestedSystem::pathSeenByBridge(given)}), 1);
     EXPECT_EQ(bridge->countInLog("[ERROR] Missing 'hid' section\n"), 1U);
 }
 
@@ -63,7 +63,7 @@ TEST_F(Process, EndsWithOneWhenTheButtonsAreMissing) {
     files.buttons.clear();
     EXPECT_EQ(runWith(files, {"--console"}), 1);
     EXPECT_EQ(bridge->countInLog("[ERROR] Failed to load button config: Button config not found: " +
-                                 TestedSystem::asItCallsIt(installation->path("config/buttons.json")) + "\n"),
+                                 TestedSystem::pathSeenByBridge(installation->path("config/buttons.json")) + "\n"),
               1U);
     EXPECT_EQ(bridge->countInLog("[ERROR] Failed to initialize: \n"), 1U);
 }

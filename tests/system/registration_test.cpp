@@ -90,7 +90,7 @@ protected:
     }
 
     Addon bridge(const std::string& configuration) const {
-        return {"VantrelBridgeHID", "False", TestedSystem::asItCallsIt(executable),
+        return {"VantrelBridgeHID", "False", TestedSystem::pathSeenByBridge(executable),
                 "--config \"" + configuration + "\""};
     }
 
@@ -151,14 +151,14 @@ TEST_F(Registration, WithoutAConfigurationNamesTheOneBesideTheExecutable) {
     put(boxed, others);
     const std::string beside = folder.write("R&D panels/config/config.json", "{}");
     ASSERT_EQ(run({"--register"}), 0) << errorOutput;
-    EXPECT_EQ(addonsOf(boxed), (std::vector<Addon>{weather, bridge(TestedSystem::asItCallsIt(beside))}));
+    EXPECT_EQ(addonsOf(boxed), (std::vector<Addon>{weather, bridge(TestedSystem::pathSeenByBridge(beside))}));
 }
 
 TEST_F(Registration, ListsTheFilesOfTheInstallationsInOrder) {
     put(boxed, others);
     put(store2024, "");
     EXPECT_EQ(run({"--list-exe-xml", "--register"}), 0);
-    EXPECT_EQ(output, TestedSystem::asItCallsIt(store2024) + "\n" + TestedSystem::asItCallsIt(boxed) + "\n");
+    EXPECT_EQ(output, TestedSystem::pathSeenByBridge(store2024) + "\n" + TestedSystem::pathSeenByBridge(boxed) + "\n");
     EXPECT_EQ(contentOf(boxed), others);
 }
 
@@ -176,7 +176,7 @@ TEST_F(Registration, EndsWithOneAtAFileThatOpensButCannotBeRead) {
     EXPECT_EQ(run({"--register"}), 1);
     EXPECT_EQ(output, "");
     EXPECT_EQ(errorOutput, "EXE.xml update failed after 1 file(s): EXE.xml could not be read: " +
-                               TestedSystem::asItCallsIt(boxed2024) + "\n");
+                               TestedSystem::pathSeenByBridge(boxed2024) + "\n");
     EXPECT_FALSE(std::filesystem::exists(boxed2024 + ".bak"));
 }
 
@@ -186,5 +186,5 @@ TEST_F(Registration, EndsWithOneAtAFileThatCannotBeWritten) {
     EXPECT_EQ(run({"--register"}), 1);
     EXPECT_EQ(output, "");
     EXPECT_EQ(errorOutput, "EXE.xml update failed after 1 file(s): Failed to open for write: " +
-                               TestedSystem::asItCallsIt(boxed2024) + "\n");
+                               TestedSystem::pathSeenByBridge(boxed2024) + "\n");
 }

@@ -6,7 +6,7 @@ import {Bridge} from './bridge.js';
 import {Actions, fetchPanel, hasToken, listen} from './connection.js';
 import {element, setText} from './dom.js';
 import {lightWords} from './light.js';
-import {Road} from './road.js';
+import {PressPath} from './press_path.js';
 import {Simulator} from './simulator.js';
 import {wireThemes} from './theme.js';
 
@@ -29,7 +29,7 @@ class Page {
   #boards = new Map();
   #trouble = new Trouble();
   #actions = new Actions((reason) => this.#trouble.show(reason));
-  #road = new Road(document.querySelector('.road'));
+  #pressPath = new PressPath(document.querySelector('.press-path'));
   #bridge = new Bridge(byId('bridge'));
   #simulator;
   #state = null;
@@ -90,8 +90,8 @@ class Page {
   #take(kind, data) {
     switch (kind) {
       case 'state': this.#show(data); break;
-      case 'log': this.#bridge.add(data); this.#road.logged(data); break;
-      case 'sim': this.#road.received(this.#simulator.receive(data)); break;
+      case 'log': this.#bridge.add(data); this.#pressPath.logged(data); break;
+      case 'sim': this.#pressPath.received(this.#simulator.receive(data)); break;
       case 'sent': this.#takeReport(data); break;
       case 'board': this.#takeOutput(data); break;
       default: break;
@@ -108,15 +108,15 @@ class Page {
     this.#simulator.show(state.simulator);
     this.#bridge.show(state.bridge);
     if (before && before.battery !== state.simulator.battery) {
-      this.#road.aircraftChanged(`battery ${state.simulator.battery ? 'on' : 'off'}`);
+      this.#pressPath.aircraftChanged(`battery ${state.simulator.battery ? 'on' : 'off'}`);
     } else if (before && before.light !== state.simulator.light) {
-      this.#road.aircraftChanged(`cockpit light ${state.simulator.light} %`);
+      this.#pressPath.aircraftChanged(`cockpit light ${state.simulator.light} %`);
     }
   }
 
   #takeReport(report) {
     const board = this.#boards.get(report.board);
-    if (this.#road.sent(report, board.control(report.control))) {
+    if (this.#pressPath.sent(report, board.control(report.control))) {
       board.mark(report.control);
     }
   }
@@ -125,7 +125,7 @@ class Page {
     const {board, text} = output;
     const light = this.#state?.boards.find((one) => one.name === board)?.light;
     if (text.startsWith('led ')) {
-      this.#road.lit(output, light?.text === text.slice(4) ? lightWords(light) : text.slice(4));
+      this.#pressPath.lit(output, light?.text === text.slice(4) ? lightWords(light) : text.slice(4));
     }
   }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulation/virtual_simulator.h"
+#include "simulation/simulator/virtual_simulator.h"
 #include "tests/support/temp_folder.h"
 #include "tests/system/support/child_process.h"
 

@@ -76,7 +76,7 @@ std::string TestedSystem::machineDataFolder() {
     return isWindows() ? driveC() + "/ProgramData" : "/var/lib";
 }
 
-std::string TestedSystem::asItCallsIt(const std::string& path) {
+std::string TestedSystem::pathSeenByBridge(const std::string& path) {
     if (!isWindows())
         return path;
     std::string result = path.starts_with(driveC()) ? "C:" + path.substr(driveC().size()) : "Z:" + path;

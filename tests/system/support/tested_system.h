@@ -26,6 +26,6 @@ std::vector<std::string> command(const std::string& program, const std::vector<s
 std::string machineDataFolder();
 
 /// A path of this machine as a program of the tested build calls it.
-std::string asItCallsIt(const std::string& path);
+std::string pathSeenByBridge(const std::string& path);
 
 } // namespace TestedSystem

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulation/virtual_board.h"
+#include "simulation/boards/virtual_board.h"
 #include "tests/system/support/uhid_device.h"
 
 #include <atomic>

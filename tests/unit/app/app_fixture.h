@@ -2,7 +2,7 @@
 
 #include "app/app.h"
 #include "logging/logger.h"
-#include "simulation/virtual_hid_bus.h"
+#include "simulation/boards/virtual_hid_bus.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/fake_simconnect.h"
 #include "tests/support/temp_folder.h"

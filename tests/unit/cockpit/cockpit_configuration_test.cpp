@@ -1,7 +1,7 @@
 #include "simulation/cockpit/cockpit_configuration.h"
 
 #include "simulation/cockpit/panel_json.h"
-#include "simulation/scenario/json_text.h"
+#include "simulation/rig/json_text.h"
 #include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "platform/file_system.h"
 #include "simulation/cockpit/replay_mode.h"
-#include "simulation/scenario/virtual_cockpit.h"
+#include "simulation/rig/virtual_cockpit.h"
 #include "tests/support/temp_folder.h"
 #include "tests/support/wait_until.h"
 

@@ -8,7 +8,7 @@
 #include "config/names.h"
 #include "platform/file_system.h"
 #include "platform/platform.h"
-#include "simulation/facts/command_check.h"
+#include "simulation/simulator/command_check.h"
 
 #include <gtest/gtest.h>
 

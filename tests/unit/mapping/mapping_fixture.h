@@ -1,7 +1,7 @@
 #pragma once
 
 #include "mapping/mapping_engine.h"
-#include "simulation/virtual_hid_bus.h"
+#include "simulation/boards/virtual_hid_bus.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/fake_simconnect.h"
 #include "tests/support/log_capture.h"

@@ -2,9 +2,9 @@
 
 #include "platform/network_simconnect.h"
 #include "sim/simconnect_client.h"
-#include "simconnect/simconnect_open.h"
-#include "simulation/virtual_simulator.h"
+#include "simulation/simulator/virtual_simulator.h"
 #include "tests/support/fake_host.h"
+#include "wire/simconnect_open.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "simulation/client_data_areas.h"
+#include "simulation/simulator/client_data_areas.h"
 #include "tests/unit/simulation/simulator_client.h"
 
 namespace {

@@ -1,6 +1,6 @@
-#include "simulation/facts/command_check.h"
+#include "simulation/simulator/command_check.h"
 
-#include "simulation/facts/event_facts.h"
+#include "simulation/simulator/event_facts.h"
 
 #include <gtest/gtest.h>
 

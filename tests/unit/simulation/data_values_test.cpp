@@ -1,4 +1,4 @@
-#include "simulation/data_values.h"
+#include "simulation/simulator/data_values.h"
 
 #include "simconnect/simconnect_api.h"
 

@@ -1,4 +1,4 @@
-#include "simulation/mobiflight_module.h"
+#include "simulation/simulator/mobiflight_module.h"
 
 #include "tests/support/loopback_peer.h"
 #include "tests/unit/simulation/simulator_client.h"

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "simconnect/message_reader.h"
-#include "simconnect/wire.h"
-#include "simulation/virtual_simulator.h"
+#include "simulation/simulator/virtual_simulator.h"
 #include "tests/support/loopback_peer.h"
 #include "tests/support/message_log.h"
+#include "wire/message_reader.h"
+#include "wire/wire.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include "simulation/scenario/scenario_file.h"
+#include "simulation/scenarios/scenario_file.h"
 
 #include "platform/file_system.h"
-#include "simulation/scenario/json_text.h"
-#include "simulation/scenario/scenario_configuration.h"
+#include "simulation/rig/json_text.h"
+#include "simulation/scenarios/scenario_configuration.h"
 #include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
@@ -149,12 +149,12 @@ TEST(ScenarioFile, FileBlocksAreVerbatim) {
 TEST(ScenarioFile, SwitchesAreReadAndOffAtFirst) {
     const Scenario plain = parsed("");
     EXPECT_FALSE(plain.consoleMode);
-    EXPECT_TRUE(plain.hotPlugNews);
+    EXPECT_TRUE(plain.hotPlugNotifications);
     EXPECT_TRUE(plain.moduleInstalled);
     EXPECT_FALSE(plain.watch.dummies);
     const Scenario other = parsed("console\nhotplug off\nmodule missing\nwatch dummies\nwatch log debug HID event\n");
     EXPECT_TRUE(other.consoleMode);
-    EXPECT_FALSE(other.hotPlugNews);
+    EXPECT_FALSE(other.hotPlugNotifications);
     EXPECT_FALSE(other.moduleInstalled);
     EXPECT_TRUE(other.watch.dummies);
     EXPECT_EQ(other.watch.debugTexts, Texts{"HID event"});

@@ -1,4 +1,4 @@
-#include "simulation/scenario/side_by_side.h"
+#include "simulation/scenarios/side_by_side.h"
 
 #include <gtest/gtest.h>
 

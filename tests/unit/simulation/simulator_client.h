@@ -1,11 +1,11 @@
 #pragma once
 
 #include "simconnect/simconnect_api.h"
-#include "simconnect/simconnect_open.h"
-#include "simulation/virtual_simulator.h"
+#include "simulation/simulator/virtual_simulator.h"
 #include "tests/support/message_log.h"
 #include "tests/support/transport.h"
 #include "tests/support/wait_until.h"
+#include "wire/simconnect_open.h"
 
 #include <gtest/gtest.h>
 

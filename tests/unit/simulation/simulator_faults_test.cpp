@@ -1,4 +1,4 @@
-#include "simulation/virtual_simulator.h"
+#include "simulation/simulator/virtual_simulator.h"
 #include "tests/support/loopback_peer.h"
 #include "tests/unit/simulation/simulator_client.h"
 

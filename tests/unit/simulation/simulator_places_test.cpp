@@ -1,4 +1,4 @@
-#include "simulation/simulator_console.h"
+#include "simulation/simulator/simulator_console.h"
 #include "tests/unit/simulation/simulator_client.h"
 
 #include <memory>

@@ -1,7 +1,7 @@
 // Requests that the bridge's own client library doesn't make, as other clients do.
 
-#include "simulation/simulator_event_names.h"
-#include "simulation/simulator_exceptions.h"
+#include "simulation/simulator/simulator_event_names.h"
+#include "simulation/simulator/simulator_exceptions.h"
 #include "tests/unit/simulation/raw_client.h"
 #include "tests/unit/simulation/simulator_client.h"
 

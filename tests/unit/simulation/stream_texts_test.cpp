@@ -1,6 +1,6 @@
-#include "simulation/scenario/stream_texts.h"
+#include "simulation/scenarios/stream_texts.h"
 
-#include "simulation/scenario/log_follower.h"
+#include "simulation/rig/log_follower.h"
 #include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>

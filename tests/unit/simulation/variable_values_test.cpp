@@ -1,4 +1,4 @@
-#include "simulation/variable_values.h"
+#include "simulation/simulator/variable_values.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "simulation/virtual_board.h"
+#include "simulation/boards/virtual_board.h"
 
 #include <gtest/gtest.h>
 

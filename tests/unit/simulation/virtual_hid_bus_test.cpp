@@ -1,4 +1,4 @@
-#include "simulation/virtual_hid_bus.h"
+#include "simulation/boards/virtual_hid_bus.h"
 
 #include "tests/support/wait_until.h"
 

@@ -1,4 +1,4 @@
-#include "simulation/virtual_simulator.h"
+#include "simulation/simulator/virtual_simulator.h"
 
 #include <gtest/gtest.h>
 

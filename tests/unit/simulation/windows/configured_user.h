@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simconnect/simconnect_cfg.h"
 #include "tests/support/temp_folder.h"
+#include "wire/simconnect_cfg.h"
 
 #include <windows.h>
 

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "config/json.h"
+
+#include <cstdint>
+#include <string>
+
+enum class CockpitActionKind {
+    // On a board.
+    Press,
+    Release,
+    Turn,
+    Plug,
+    Unplug,
+    // On the simulator.
+    StartSimulator,
+    QuitSimulator,
+    CrashSimulator,
+    DropSessions,
+    RefuseSessions,
+    SilenceModule,
+    FailRegistrations,
+    SwitchBattery,
+    SetLight,
+    // On the bridge.
+    StartBridge,
+    StopBridge,
+};
+
+/// Something that the page asks for, with the members that its kind needs.
+struct CockpitAction {
+    CockpitActionKind kind = CockpitActionKind::Press;
+    std::string board;
+    std::uint16_t control = 0;
+    std::int8_t detents = 0;
+    std::uint8_t speed = 0;
+    bool on = false;
+    std::int32_t percent = 0;
+
+    bool operator==(const CockpitAction&) const = default;
+};
+
+bool concernsBoard(CockpitActionKind kind);
+bool concernsSimulator(CockpitActionKind kind);
+
+/// Reads {"do": "press", "board": "PFD", "control": 5} and its like. False with the reason in `error`.
+bool readCockpitAction(const JsonValue& json, CockpitAction& action, std::string& error);

@@ -1,0 +1,355 @@
+#include "simulation/cockpit/cockpit_controller.h"
+
+#include "simulation/cockpit/panel_json.h"
+#include "simulation/rig/json_text.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Below what an eye takes for a delay.
+constexpr std::chrono::milliseconds watchPeriod = 15ms;
+/// The cockpit's light at the start, in percent.
+constexpr std::int32_t firstLight = 80;
+/// How makeNextSessionHeard ends up in the records.
+constexpr std::string_view otherClientsPing = " MF.Ping";
+constexpr const char* lightVariable = "LIGHTING_POTENTIOMETER_5";
+
+/// Milliseconds since 1970, as pages count time.
+JsonValue timeNow() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return jsonNumber(static_cast<double>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count()));
+}
+
+JsonValue emptyArray() {
+    JsonValue array;
+    array.type = JsonType::Array;
+    return array;
+}
+
+std::uint8_t modeOf(const std::string& board) {
+    return board == "MFD" ? 1 : 0;
+}
+
+} // namespace
+
+CockpitController::CockpitController(const CockpitConfiguration& shown, CockpitSides usedSides)
+    : configuration(shown),
+      sides(usedSides),
+      scenario(cockpitScenario(shown, usedSides.realBoards ? std::vector<ScenarioBoard>() : configuredPanels(shown))),
+      cockpit(scenario, CockpitPace::real(), usedSides),
+      buttons([this](const HeldButtons::Button& button, std::string_view report) {
+          tellSent(button.mode == modeOf("PFD") ? "PFD" : "MFD", button.controlId, report, 0, 0);
+      }) {}
+
+CockpitController::~CockpitController() {
+    stop();
+}
+
+bool CockpitController::start(std::string& error) {
+    const std::lock_guard lock(mutex);
+    if (!cockpit.setUp(error)) {
+        return false;
+    }
+    for (const ScenarioBoard& board : scenario.boards) {
+        cockpit.plug(board.name);
+    }
+    if (!sides.realSimulator) {
+        setLight(firstLight);
+        cockpit.startSimulator();
+    }
+    startBridge();
+    watching = true;
+    watcher = std::thread([this] { watch(); });
+    return true;
+}
+
+void CockpitController::stop() {
+    events.close();
+    watching = false;
+    if (watcher.joinable()) {
+        watcher.join();
+        buttons.releaseAll();
+        const std::lock_guard lock(mutex);
+        cockpit.bridge().requestStop();
+    }
+}
+
+std::string CockpitController::panel() const {
+    JsonValue boards = emptyArray();
+    for (const ScenarioBoard& made : scenario.boards) {
+        JsonValue board = jsonObject();
+        board.object["name"] = jsonString(made.name);
+        board.object["controls"] = panelControls(configuration, made.name);
+        boards.array.push_back(std::move(board));
+    }
+    JsonValue root = jsonObject();
+    root.object["configuration"] = jsonString(configuration.title);
+    root.object["boards"] = std::move(boards);
+    return jsonText(root);
+}
+
+void CockpitController::releaseButtons() {
+    buttons.releaseAll();
+}
+
+void CockpitController::watch() {
+    while (watching) {
+        {
+            const std::lock_guard lock(mutex);
+            notify();
+        }
+        std::this_thread::sleep_for(watchPeriod);
+    }
+}
+
+void CockpitController::tellSent(const std::string& board, std::uint16_t control, std::string_view report, int detents,
+                                 int speed) {
+    JsonValue sent = jsonObject();
+    sent.object["board"] = jsonString(board);
+    sent.object["control"] = jsonNumber(control);
+    sent.object["report"] = jsonString(std::string(report));
+    sent.object["detents"] = jsonNumber(detents);
+    sent.object["speed"] = jsonNumber(speed);
+    sent.object["at"] = timeNow();
+    events.tell("sent", jsonText(sent));
+}
+
+void CockpitController::notify() {
+    std::vector<CockpitItem> items = cockpit.takeItems();
+    // The log's lines bear no time: within one look they stand before what they led to.
+    std::stable_partition(items.begin(), items.end(), [](const CockpitItem& item) { return item.stream == "log"; });
+    // First, so that whoever hears of a report finds it in the state.
+    events.setState(state());
+    for (const CockpitItem& item : items) {
+        tellItem(item);
+    }
+    if (!items.empty()) {
+        // Their own records would grow for as long as the page is open.
+        cockpit.simulator().clearRecords();
+        for (const ScenarioBoard& board : scenario.boards) {
+            cockpit.board(board.name).clearOutputs();
+        }
+    }
+}
+
+void CockpitController::tellItem(const CockpitItem& item) {
+    JsonValue told = jsonObject();
+    told.object["at"] = timeNow();
+    told.object["text"] = jsonString(item.text);
+    if (item.stream == "sim" && item.text.ends_with(otherClientsPing)) {
+        return;
+    }
+    if (item.stream == "sim" && item.text == "closed") {
+        makeNextSessionHeard();
+    }
+    if (item.stream == "log") {
+        const std::size_t blank = item.text.find(' ');
+        told.object["level"] = jsonString(item.text.substr(0, blank));
+        told.object["text"] = jsonString(blank == std::string::npos ? "" : item.text.substr(blank + 1));
+    } else if (item.stream == "exit") {
+        bridgeExitCode = item.text;
+    } else if (item.stream != "sim") {
+        told.object["board"] = jsonString(item.stream);
+        events.tell("board", jsonText(told));
+        return;
+    }
+    events.tell(item.stream, jsonText(told));
+}
+
+std::string CockpitController::state() const {
+    JsonValue root = jsonObject();
+    root.object["boards"] = boardStates();
+    root.object["simulator"] = simulatorState();
+    root.object["bridge"] = bridgeState();
+    return jsonText(root);
+}
+
+JsonValue CockpitController::boardStates() const {
+    JsonValue boards = emptyArray();
+    for (const ScenarioBoard& made : scenario.boards) {
+        const VirtualBoard& board = cockpit.board(made.name);
+        JsonValue told = boardState(board);
+        told.object["name"] = jsonString(made.name);
+        told.object["plugged"] = jsonBool(cockpit.plugged(made.name));
+        JsonValue held = emptyArray();
+        for (const std::uint16_t control : buttons.heldOn(board)) {
+            held.array.push_back(jsonNumber(control));
+        }
+        told.object["held"] = std::move(held);
+        boards.array.push_back(std::move(told));
+    }
+    return boards;
+}
+
+/// All that a real simulator's session shows here.
+bool CockpitController::boardsKnowASimulator() const {
+    return std::ranges::any_of(scenario.boards, [this](const ScenarioBoard& made) {
+        return cockpit.board(made.name).simConnected().value_or(false);
+    });
+}
+
+JsonValue CockpitController::simulatorState() const {
+    JsonValue simulator = jsonObject();
+    simulator.object["real"] = jsonBool(sides.realSimulator);
+    simulator.object["running"] = jsonBool(cockpit.simulatorRunning());
+    simulator.object["connected"] =
+        jsonBool(sides.realSimulator ? boardsKnowASimulator() : cockpit.simulator().sessionCount() > 0);
+    simulator.object["battery"] = jsonBool(battery);
+    simulator.object["light"] = jsonNumber(light);
+    simulator.object["refusing"] = jsonBool(refusing);
+    simulator.object["silent"] = jsonBool(moduleSilent);
+    simulator.object["failing"] = jsonBool(moduleFailing);
+    return simulator;
+}
+
+JsonValue CockpitController::bridgeState() const {
+    JsonValue bridge = jsonObject();
+    bridge.object["running"] = jsonBool(cockpit.bridge().running());
+    bridge.object["exitCode"] = bridgeExitCode ? jsonString(*bridgeExitCode) : JsonValue();
+    return bridge;
+}
+
+/// A bridge that is about to end is waited for.
+void CockpitController::startBridge() {
+    if (cockpit.bridge().running() && !bridgeEnding) {
+        return;
+    }
+    bridgeEnding = false;
+    makeNextSessionHeard();
+    cockpit.startBridge();
+    notify();
+    bridgeExitCode.reset();
+}
+
+/// Whole percents travel as numbers whose last byte is zero, which the bridge doesn't take for text.
+void CockpitController::setLight(std::int32_t percent) {
+    light = percent;
+    cockpit.simulator().setLVar(lightVariable, percent);
+}
+
+/// A command or an answer that equals the one before is no news for the module or its clients, and the next session
+/// begins as the last one did. A busy simulator has other clients whose commands come in between.
+void CockpitController::makeNextSessionHeard() {
+    cockpit.simulator().pingModule();
+}
+
+bool CockpitController::act(const JsonValue& json, std::string& error) {
+    CockpitAction action;
+    if (!readCockpitAction(json, action, error)) {
+        return false;
+    }
+    if (concernsSimulator(action.kind) && sides.realSimulator) {
+        error = "the simulator is this machine's own";
+        return false;
+    }
+    if (concernsBoard(action.kind)) {
+        return actOnBoard(action, error);
+    }
+    const std::lock_guard lock(mutex);
+    if (concernsSimulator(action.kind)) {
+        actOnSimulator(action);
+    } else {
+        actOnBridge(action.kind);
+    }
+    notify();
+    return true;
+}
+
+/// Without the cockpit's mutex where a finger waits: another action may take its time.
+bool CockpitController::actOnBoard(const CockpitAction& action, std::string& error) {
+    if (std::ranges::find(scenario.boards, action.board, &ScenarioBoard::name) == scenario.boards.end()) {
+        error = "there is no board " + action.board;
+        return false;
+    }
+    VirtualBoard& board = cockpit.board(action.board);
+    const HeldButtons::Button button{&board, action.control, modeOf(action.board)};
+    switch (action.kind) {
+    case CockpitActionKind::Press:
+        buttons.press(button);
+        break;
+    case CockpitActionKind::Release:
+        buttons.release(button);
+        break;
+    case CockpitActionKind::Turn:
+        tellSent(action.board, action.control, "turn", action.detents, action.speed);
+        board.turn(action.control, action.detents, action.speed, button.mode);
+        break;
+    default:
+        plug(action);
+        break;
+    }
+    return true;
+}
+
+void CockpitController::plug(const CockpitAction& action) {
+    {
+        const std::lock_guard lock(mutex);
+        if (action.kind == CockpitActionKind::Unplug) {
+            cockpit.unplug(action.board);
+        } else if (!cockpit.plugged(action.board)) {
+            cockpit.plug(action.board);
+        }
+        notify();
+    }
+    // A board without power tells nobody that a finger has left it.
+    if (action.kind == CockpitActionKind::Unplug) {
+        buttons.releaseAllOn(cockpit.board(action.board));
+    }
+}
+
+void CockpitController::actOnSimulator(const CockpitAction& action) {
+    VirtualSimulator& simulator = cockpit.simulator();
+    switch (action.kind) {
+    case CockpitActionKind::StartSimulator:
+        cockpit.startSimulator();
+        // As the simulator itself does it.
+        startBridge();
+        break;
+    case CockpitActionKind::QuitSimulator:
+        bridgeEnding = true;
+        cockpit.quitSimulator();
+        break;
+    case CockpitActionKind::CrashSimulator:
+        bridgeEnding = true;
+        cockpit.crashSimulator();
+        break;
+    case CockpitActionKind::DropSessions:
+        makeNextSessionHeard();
+        simulator.dropSessions();
+        break;
+    case CockpitActionKind::RefuseSessions:
+        refusing = action.on;
+        cockpit.refuseSessions(action.on);
+        break;
+    case CockpitActionKind::SilenceModule:
+        moduleSilent = action.on;
+        simulator.silenceModule(action.on);
+        break;
+    case CockpitActionKind::FailRegistrations:
+        moduleFailing = action.on;
+        simulator.failRegistrations(action.on);
+        break;
+    case CockpitActionKind::SwitchBattery:
+        battery = action.on;
+        simulator.setBattery(action.on);
+        break;
+    default:
+        setLight(action.percent);
+        break;
+    }
+}
+
+void CockpitController::actOnBridge(CockpitActionKind kind) {
+    if (kind == CockpitActionKind::StartBridge) {
+        startBridge();
+    } else {
+        bridgeEnding = true;
+        cockpit.bridge().requestStop();
+    }
+}

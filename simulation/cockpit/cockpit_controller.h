@@ -1,0 +1,82 @@
+#pragma once
+
+#include "config/json.h"
+#include "simulation/cockpit/cockpit_action.h"
+#include "simulation/cockpit/cockpit_configuration.h"
+#include "simulation/cockpit/event_feed.h"
+#include "simulation/cockpit/held_buttons.h"
+#include "simulation/rig/virtual_cockpit.h"
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+
+/// The cockpit as a person operates it: carries out what the page asks for and tells what happens. All operations but
+/// `start` and `stop` may be called from any thread.
+class CockpitController {
+public:
+    /// The configuration must outlive this.
+    CockpitController(const CockpitConfiguration& shown, CockpitSides usedSides);
+    ~CockpitController();
+    CockpitController(const CockpitController&) = delete;
+    CockpitController& operator=(const CockpitController&) = delete;
+
+    /// Plugs the boards in and starts simulator and bridge. False with the reason in `error`.
+    bool start(std::string& error);
+    /// Ends the feed and asks the bridge to end. Nothing else may be called afterwards.
+    void stop();
+
+    /// What doesn't change: the configuration's name, the boards and their controls.
+    std::string panel() const;
+    EventFeed& feed() { return events; }
+
+    /// Carries out one action, an object whose member "do" names it. False with the reason in `error`.
+    bool act(const JsonValue& json, std::string& error);
+    /// For when nobody is left whose finger could be on one.
+    void releaseButtons();
+
+private:
+    const CockpitConfiguration& configuration;
+    const CockpitSides sides;
+    const Scenario scenario;
+    EventFeed events;
+
+    // Guards the cockpit, which one thread at a time drives, and what follows it.
+    std::mutex mutex;
+    VirtualCockpit cockpit;
+    bool battery = true;
+    std::int32_t light = 0;
+    bool refusing = false;
+    bool moduleSilent = false;
+    bool moduleFailing = false;
+    /// Something was done at which the bridge ends.
+    bool bridgeEnding = false;
+    std::optional<std::string> bridgeExitCode;
+
+    HeldButtons buttons;
+    std::atomic<bool> watching{false};
+    std::thread watcher;
+
+    void watch();
+    bool actOnBoard(const CockpitAction& action, std::string& error);
+    void plug(const CockpitAction& action);
+    void tellSent(const std::string& board, std::uint16_t control, std::string_view report, int detents, int speed);
+
+    // These need the mutex held.
+    void notify();
+    void tellItem(const CockpitItem& item);
+    std::string state() const;
+    JsonValue boardStates() const;
+    JsonValue simulatorState() const;
+    bool boardsKnowASimulator() const;
+    JsonValue bridgeState() const;
+    void actOnSimulator(const CockpitAction& action);
+    void actOnBridge(CockpitActionKind kind);
+    void startBridge();
+    void makeNextSessionHeard();
+    void setLight(std::int32_t percent);
+};

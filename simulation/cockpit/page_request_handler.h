@@ -1,0 +1,30 @@
+#pragma once
+
+#include "simulation/cockpit/cockpit_controller.h"
+#include "simulation/cockpit/page_server.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+/// What the server answers: the page's files, what the controller has, and the page's actions. Any thread.
+class PageRequestHandler {
+public:
+    PageRequestHandler(CockpitController& cockpitController, std::string sessionToken);
+
+    /// The port that the server has taken; before the first request.
+    void setPort(std::uint16_t taken) { port = taken; }
+
+    PageReply answer(const PageRequest& request) const;
+
+private:
+    CockpitController& controller;
+    const std::string token;
+    std::uint16_t port = 0;
+    /// How many pages listen.
+    std::shared_ptr<std::atomic<int>> listeners = std::make_shared<std::atomic<int>>(0);
+
+    PageReply action(const PageRequest& request) const;
+    PageReply events() const;
+};

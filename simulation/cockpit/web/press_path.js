@@ -1,0 +1,80 @@
+// The path of the latest press: panel, bridge, simulator, and back to the panel's light.
+
+import {setText} from './dom.js';
+
+/// The path takes less time than an eye sees; its stations light up one after the other.
+const stationDelayMs = {panel: 0, bridge: 140, simulator: 280, light: 420};
+const eventPattern = /^HID event from .* action=(\w+).* controlId=\d+(?:\(([^)]*)\))?.* mode=\d+(.*)$/;
+const commandPrefix = 'MobiFlight command: MF.SimVars.Set.';
+
+/// What is older happened before the page was opened.
+const freshMs = 3000;
+
+const reportWords = {press: 'pressed', hold: 'held', release: 'released'};
+
+export class PressPath {
+  #stations;
+  #held = 0;
+
+  constructor(root) {
+    this.#stations = Object.fromEntries([...root.querySelectorAll('.station')].map((station) => [station.dataset.station, station]));
+  }
+
+  // Gives whether it is a report to follow: the end of a press is none, unless it does something.
+  sent({at, board, report, detents, speed}, control) {
+    if (report === 'release' && !control.commands.RELEASE) {
+      return false;
+    }
+    this.#held = report === 'hold' ? this.#held + 1 : 0;
+    const clicks = Math.abs(detents);
+    const turned = `turned ${detents > 0 ? 'right' : 'left'}${clicks > 1 ? ` ×${clicks}` : ''}${speed >= 4 ? ', fast' : ''}`;
+    const done = report === 'turn' ? turned : reportWords[report] + (this.#held > 1 ? ` ×${this.#held}` : '');
+    this.#tell('panel', at, `${control.name} ${done}`, `${board} · control ${control.id}`);
+    return true;
+  }
+
+  logged({at, text}) {
+    if (text.startsWith(commandPrefix)) {
+      this.#tell('bridge', at, text.slice(commandPrefix.length).replace(/^1 /, ''), 'the command from the configuration');
+      return;
+    }
+    const found = eventPattern.exec(text);
+    if (!found || found[1] === 'BUTTON_RELEASE') {
+      return;
+    }
+    const name = found[2] ?? 'a control without a name';
+    if (found[3].includes('simEvent=sent')) {
+      this.#tell('bridge', at, `${name}: the built-in event`, 'not listed in the configuration');
+    } else if (!found[3].includes('rpn=queued') && found[1] !== 'HOLD' && !name.startsWith('MAP_')) {
+      this.#tell('bridge', at, `${name}: nothing to send`, 'no command for it, or the module isn’t ready');
+    }
+  }
+
+  received({at, kind, text, count}) {
+    if (kind === 'command' || kind === 'event') {
+      this.#tell('simulator', at, count > 1 ? `${text} ×${count}` : text, kind === 'event' ? 'received as an event' : 'received and run');
+    }
+  }
+
+  aircraftChanged(text) {
+    const at = Date.now();
+    this.#tell('simulator', at, text, 'the aircraft’s state');
+    this.#tell('bridge', at, 'works out the panels’ light', 'from the simulator’s state');
+  }
+
+  lit({at, board}, words) { this.#tell('light', at, words, `${board} · light report`); }
+
+  #tell(name, at, what, more) {
+    const station = this.#stations[name];
+    setText(station.querySelector('.what'), what);
+    setText(station.querySelector('.more'), more);
+    if (Date.now() - at > freshMs) {
+      return;
+    }
+    setTimeout(() => {
+      station.classList.remove('fresh');
+      void station.offsetWidth;
+      station.classList.add('fresh');
+    }, stationDelayMs[name]);
+  }
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "platform/platform.h"
+#include "simulation/rig/console_streams.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+
+class App;
+
+/// One run of the bridge, on a thread that stands for its process's main thread. Driven by one thread.
+class BridgeRun {
+public:
+    /// Called once, when the process would have ended.
+    using ExitCallback = std::function<void(int exitCode)>;
+
+    explicit BridgeRun(Platform systemRecords, ExitCallback onExit);
+    /// Stops the bridge and waits for its end.
+    ~BridgeRun();
+    BridgeRun(const BridgeRun&) = delete;
+    BridgeRun& operator=(const BridgeRun&) = delete;
+
+    /// Returns when the bridge has started, or has failed to.
+    void start(const std::string& configPath, bool consoleMode);
+    bool started() const { return thread.joinable(); }
+    /// Between a successful start and the end.
+    bool running() const;
+    /// As its user's interrupt does it. Nothing when it isn't running.
+    void requestStop();
+    /// Types a line at its console.
+    void typeLine(const std::string& line);
+
+private:
+    Platform platform;
+    const ExitCallback exitCallback;
+    std::thread thread;
+    std::optional<ConsoleStreams> console;
+
+    /// The bridge's threads that are still alive. Its console thread is detached, so nobody else knows of its end.
+    struct LiveThreads {
+        std::mutex mutex;
+        std::condition_variable changed;
+        int count = 0;
+    };
+    std::shared_ptr<LiveThreads> liveThreads = std::make_shared<LiveThreads>();
+
+    // Guards the three below.
+    mutable std::mutex mutex;
+    std::condition_variable changed;
+    App* app = nullptr;
+    bool startDone = false;
+
+    void countThreads();
+    void waitForThreads();
+    void mainThread(const std::string& configPath, bool consoleMode);
+    int runApp(const std::string& configPath, bool consoleMode);
+    void setApp(App* current);
+};

@@ -1,0 +1,105 @@
+#pragma once
+
+// A scenario: boards, configuration, simulator events and time in; commands, board reports and log lines out. The
+// format is told in docs/scenarios.md.
+
+#include "config/json.h"
+#include "simulation/boards/virtual_board.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+class ScenarioPlayer;
+
+struct ScenarioBoard {
+    std::string name;
+    VirtualBoardModel model;
+    /// Where its path sorts among the boards'.
+    std::string port = "port";
+};
+
+/// A control's number and its name in the event map.
+struct ScenarioControl {
+    std::uint16_t id = 0;
+    std::string name;
+};
+
+/// A row of the command table. Without an action it only lists the control.
+struct ScenarioCommand {
+    std::string control;
+    std::string action;
+    std::string role;
+    std::string text;
+};
+
+/// What is compared beside the commands, the boards' reports and the log's warnings and errors.
+struct ScenarioWatch {
+    bool dummies = false;
+    /// Which INFO and DEBUG lines: those that contain one of the texts, which may be empty.
+    std::vector<std::string> infoTexts;
+    std::vector<std::string> debugTexts;
+};
+
+/// Something done to the boards, the simulator or the bridge.
+struct ScenarioInput {
+    std::size_t line = 0;
+    /// As it is written, without the ">".
+    std::string text;
+    /// Words for those who look on; empty for all but "say".
+    std::string remark;
+    std::function<void(ScenarioPlayer& player)> apply;
+};
+
+/// One line of what is to come in a stream: "sim", "log", "exit" or a board's name.
+struct ScenarioExpectation {
+    std::size_t line = 0;
+    std::string stream;
+    std::string text;
+    std::size_t least = 1;
+    std::size_t most = 1;
+};
+
+/// Expectations that are met together, in order within each stream. None at all: nothing may have come.
+struct ScenarioBlock {
+    std::size_t line = 0;
+    std::vector<ScenarioExpectation> expected;
+};
+
+using ScenarioStep = std::variant<ScenarioInput, ScenarioBlock>;
+
+struct Scenario {
+    /// Of the file, for messages.
+    std::string path;
+    /// The first comment: what behaviour it shows.
+    std::string title;
+    std::vector<ScenarioBoard> boards;
+    std::vector<ScenarioControl> controls;
+    std::vector<ScenarioCommand> commands;
+    /// Laid over the default configuration, one after the other.
+    std::vector<JsonValue> settings;
+    /// Configuration files by name, verbatim, instead of those made of the rest.
+    std::map<std::string, std::string> files;
+    /// Configuration files that don't exist.
+    std::set<std::string> missingFiles;
+    bool consoleMode = false;
+    /// Whether the bridge gets news of boards that come and go, beside its own scan.
+    bool hotPlugNotifications = true;
+    /// False: the module runs only from a step that starts it on.
+    bool moduleInstalled = true;
+    ScenarioWatch watch;
+    std::vector<ScenarioStep> steps;
+};
+
+/// False with "path:line:column: what is wrong" in `error`; `scenario` is then half read.
+bool parseScenario(const std::string& path, std::string_view text, Scenario& scenario, std::string& error);
+
+/// The same from a file.
+bool loadScenario(const std::string& path, Scenario& scenario, std::string& error);

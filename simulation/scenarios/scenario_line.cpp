@@ -1,0 +1,242 @@
+#include "simulation/scenarios/scenario_line.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <numeric>
+
+namespace {
+
+constexpr std::string_view blanks = " \t";
+
+/// How many letters must change to make one word of the other.
+std::size_t distance(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        std::size_t diagonal = row[0]++;
+        for (std::size_t j = 0; j < b.size(); ++j) {
+            const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
+std::string quoted(std::string_view text) {
+    return '"' + std::string(text) + '"';
+}
+
+std::optional<double> decimalNumber(const std::string& text) {
+    char* end = nullptr;
+    const double value = std::strtod(text.c_str(), &end);
+    if (text.empty() || *end != '\0' || !std::isfinite(value)) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+} // namespace
+
+ScenarioLine::ScenarioLine(std::string_view lineText, std::size_t number) : text(lineText), lineNumber(number) {
+    // npos + 1 is 0: a line of blanks alone is empty.
+    text.erase(text.find_last_not_of(" \t\r") + 1);
+    skipBlanks();
+}
+
+std::string ScenarioLine::whole() const {
+    const std::size_t first = text.find_first_not_of(blanks);
+    return first == std::string::npos ? "" : text.substr(first);
+}
+
+bool ScenarioLine::atEnd() const {
+    return next >= text.size();
+}
+
+std::string_view ScenarioLine::peek() const {
+    return std::string_view(text).substr(next, text.find_first_of(blanks, next) - next);
+}
+
+std::string_view ScenarioLine::lastWordOfAll() const {
+    const std::size_t blank = text.find_last_of(blanks);
+    return std::string_view(text).substr(std::max(blank + 1, next));
+}
+
+void ScenarioLine::dropLastWord() {
+    text.resize(text.size() - lastWordOfAll().size());
+    text.erase(text.find_last_not_of(blanks) + 1);
+    next = std::min(next, text.size());
+}
+
+bool ScenarioLine::atLastWord() const {
+    return text.find_first_of(blanks, next) == std::string::npos;
+}
+
+std::string ScenarioLine::word(std::string_view what) {
+    if (atEnd()) {
+        failAtEnd("expected " + std::string(what));
+    }
+    std::string found(peek());
+    lastWord = next;
+    next += found.size();
+    skipBlanks();
+    return found;
+}
+
+std::string ScenarioLine::rest(std::string_view what) {
+    if (atEnd()) {
+        failAtEnd("expected " + std::string(what));
+    }
+    lastWord = next;
+    next = text.size();
+    return text.substr(lastWord);
+}
+
+void ScenarioLine::end() {
+    if (!atEnd()) {
+        lastWord = next;
+        fail("didn't expect " + quoted(peek()) + " here: the line is complete before it");
+    }
+}
+
+std::size_t ScenarioLine::choice(std::string_view what, std::span<const std::string_view> known) {
+    const std::string found = word(what);
+    const auto place = std::find(known.begin(), known.end(), found);
+    if (place == known.end()) {
+        fail(unknownWord(what, found, known));
+    }
+    return static_cast<std::size_t>(place - known.begin());
+}
+
+bool ScenarioLine::onOff() {
+    static constexpr std::array<std::string_view, 2> known{"off", "on"};
+    return choice("on or off", known) == 1;
+}
+
+long ScenarioLine::number(std::string_view what, long least, long most) {
+    const std::string found = word(what);
+    const std::optional<long> value = wholeNumber(found, least, most);
+    if (!value) {
+        fail(quoted(found) + " is no " + std::string(what) + ": a whole number from " + std::to_string(least) + " to " +
+             std::to_string(most) + " was meant to stand here");
+    }
+    return *value;
+}
+
+double ScenarioLine::decimal(std::string_view what) {
+    const std::string found = word(what);
+    const std::optional<double> value = decimalNumber(found);
+    if (!value) {
+        fail(quoted(found) + " is no " + std::string(what) + ": a number such as 0.5 was meant to stand here");
+    }
+    return *value;
+}
+
+std::chrono::milliseconds ScenarioLine::duration() {
+    const std::string found = word("a time such as 60ms or 2s");
+    const std::size_t unit = found.find_first_not_of("0123456789.");
+    const std::optional<double> value = decimalNumber(found.substr(0, unit));
+    const std::string_view unitText = unit == std::string::npos ? "" : std::string_view(found).substr(unit);
+    if (!value || (unitText != "ms" && unitText != "s")) {
+        fail(quoted(found) + " is no time: write it as 60ms, 2s or 1.5s");
+    }
+    return std::chrono::milliseconds(std::llround(unitText == "s" ? *value * 1000 : *value));
+}
+
+std::vector<std::uint8_t> ScenarioLine::hexBytes() {
+    std::vector<std::uint8_t> bytes;
+    do {
+        const std::string digits = word("bytes as pairs of hexadecimal digits");
+        const auto group = bytesFromHex(digits);
+        if (!group) {
+            fail(quoted(digits) + " is no row of bytes: pairs of hexadecimal digits were meant to stand here");
+        }
+        bytes.insert(bytes.end(), group->begin(), group->end());
+    } while (!atEnd());
+    return bytes;
+}
+
+std::pair<std::string, std::string> ScenarioLine::option(std::string_view what) {
+    const std::string found = word(what);
+    const std::size_t equals = found.find('=');
+    if (equals == std::string::npos || equals == 0) {
+        fail("expected " + std::string(what) + ", written as name=value, and not " + quoted(found));
+    }
+    return {found.substr(0, equals), found.substr(equals + 1)};
+}
+
+void ScenarioLine::numberOptions(std::span<NumberOption> options) {
+    while (!atEnd()) {
+        const auto [name, value] = option("an option");
+        const auto rule =
+            std::find_if(options.begin(), options.end(), [&name = name](const auto& one) { return one.name == name; });
+        if (rule == options.end()) {
+            std::vector<std::string_view> known(options.size());
+            std::transform(options.begin(), options.end(), known.begin(), [](const auto& one) { return one.name; });
+            fail(unknownWord("option", name, known));
+        }
+        const std::optional<long> number = wholeNumber(value, rule->least, rule->most);
+        if (!number) {
+            fail(quoted(value) + " is no value for " + name + ": a whole number from " + std::to_string(rule->least) +
+                 " to " + std::to_string(rule->most) + " was meant to stand here");
+        }
+        rule->value = *number;
+    }
+}
+
+void ScenarioLine::fail(const std::string& message) const {
+    throw ScenarioFault{lineNumber, lastWord + 1, message};
+}
+
+void ScenarioLine::failAtEnd(const std::string& message) const {
+    throw ScenarioFault{lineNumber, text.size() + 1, message};
+}
+
+void ScenarioLine::skipBlanks() {
+    next = std::min(text.find_first_not_of(blanks, next), text.size());
+}
+
+std::string unknownWord(std::string_view what, std::string_view word, std::span<const std::string_view> known) {
+    std::string message = "unknown " + std::string(what) + ' ' + quoted(word);
+    const auto nearest = std::min_element(known.begin(), known.end(), [word](auto left, auto right) {
+        return distance(word, left) < distance(word, right);
+    });
+    // Further off than this, a word is no misspelling.
+    if (nearest != known.end() && distance(word, *nearest) <= std::max<std::size_t>(1, nearest->size() / 3)) {
+        return message + "; did you mean " + quoted(*nearest) + '?';
+    }
+    std::string list;
+    for (const std::string_view one : known) {
+        list += (list.empty() ? "" : ", ") + std::string(one);
+    }
+    return message + "; known: " + list;
+}
+
+std::optional<long> wholeNumber(std::string_view text, long least, long most) {
+    if (text.starts_with('+')) {
+        text.remove_prefix(1);
+    }
+    long value = 0;
+    const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (code != std::errc() || end != text.data() + text.size() || value < least || value > most) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+std::optional<std::vector<std::uint8_t>> bytesFromHex(std::string_view digits) {
+    std::vector<std::uint8_t> bytes;
+    for (std::size_t i = 0; i < digits.size(); i += 2) {
+        std::uint8_t byte = 0;
+        const std::string_view pair = digits.substr(i, 2);
+        const auto [end, code] = std::from_chars(pair.data(), pair.data() + pair.size(), byte, 16);
+        if (code != std::errc() || pair.size() != 2 || end != pair.data() + 2) {
+            return std::nullopt;
+        }
+        bytes.push_back(byte);
+    }
+    return bytes;
+}

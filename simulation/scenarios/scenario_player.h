@@ -1,0 +1,74 @@
+#pragma once
+
+#include "simulation/rig/virtual_cockpit.h"
+#include "simulation/scenarios/scenario_file.h"
+#include "simulation/scenarios/side_by_side.h"
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Plays one scenario: does its inputs in order and compares what comes with what it expects. What happens is printed
+/// in two columns while it happens.
+class ScenarioPlayer {
+public:
+    /// The scenario must outlive the player.
+    ScenarioPlayer(const Scenario& played, bool fast, std::ostream& output);
+
+    /// True when all came as expected. Otherwise the difference is printed, and the rest isn't played.
+    bool play();
+    /// Expectations met so far.
+    std::size_t metCount() const { return met; }
+
+    // For the inputs.
+    VirtualCockpit& cockpit() { return virtualCockpit; }
+    void sendEvent(const std::string& board, const HidProtocol::HidEvent& event);
+    /// Brings everything up as far as it isn't, waits for a new session with its handshake, or without the module's
+    /// part of it, and takes what came on the way as read.
+    void connect(bool withModule);
+    void wait(std::chrono::milliseconds duration);
+    /// For someone who looks on: nothing when played fast.
+    void pause(std::chrono::milliseconds duration);
+    /// The reason why an input couldn't be done; ends the play.
+    void fail(const std::string& reason);
+
+private:
+    const Scenario& scenario;
+    const bool playedFast;
+    std::ostream& out;
+    LiveColumns columns;
+    VirtualCockpit virtualCockpit;
+    std::map<std::string, std::vector<std::string>> pending;
+    std::chrono::steady_clock::time_point lastItem;
+    std::size_t met = 0;
+    std::size_t eventsSent = 0;
+    std::size_t eventsHandled = 0;
+    // Since what came was last taken or compared: the log tells that the simulator gave the battery and the light.
+    bool batteryTold = false;
+    bool lightTold = false;
+    std::string failure;
+
+    bool playSteps();
+    bool doInput(const ScenarioInput& input);
+    bool meetBlock(const ScenarioBlock& block);
+    bool isMet(const ScenarioBlock& block);
+    bool isWrong(const ScenarioBlock& block);
+    bool meetEnd();
+    void pump();
+    void take(const CockpitItem& item);
+    void takeLogLine(const CockpitItem& item);
+    bool watchesLogLine(const std::string& line) const;
+    bool pumpUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit);
+    void waitForEvents();
+    void waitForQuiet(std::chrono::milliseconds quiet, const std::vector<std::string>& openStreams);
+    bool handshakeSeen(std::string_view lastLine) const;
+    bool boardsTold() const;
+    void takeAsRead();
+    bool compare(const ScenarioBlock& block);
+    void printDifference(std::size_t line, const std::string& stream,
+                         const std::vector<ScenarioExpectation>& expected) const;
+};

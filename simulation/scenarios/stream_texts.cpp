@@ -1,0 +1,98 @@
+#include "simulation/scenarios/stream_texts.h"
+
+#include <array>
+#include <cstdio>
+
+namespace {
+
+/// What the bridge puts in front of each command's own text.
+constexpr std::string_view commandPrefix = "1 ";
+
+std::string hexText(const std::vector<std::uint8_t>& bytes) {
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        std::array<char, 4> pair{};
+        std::snprintf(pair.data(), pair.size(), "%02X", byte);
+        text += pair.data();
+    }
+    return text;
+}
+
+std::string patternText(const char* name, const LedCommand& command) {
+    return name + (" count=" + std::to_string(command.count)) + " period=" + std::to_string(command.periodMs) +
+           " level=" + std::to_string(command.level);
+}
+
+LedCommand ledCommand(const std::vector<std::uint8_t>& bytes) {
+    LedCommand command;
+    command.effect = bytes[1];
+    command.brightness = bytes[2];
+    command.count = bytes[3];
+    command.periodMs = static_cast<std::uint16_t>(bytes[4] | bytes[5] << 8);
+    command.level = bytes[6];
+    return command;
+}
+
+std::string executedText(const std::string& code) {
+    return code.starts_with(commandPrefix) ? "rpn " + code.substr(commandPrefix.size()) : "code " + code;
+}
+
+} // namespace
+
+std::string ledText(const LedCommand& command) {
+    switch (command.effect) {
+    case 0:
+        return "none";
+    case 1:
+        return "steady " + std::to_string(command.brightness);
+    case 2:
+        return patternText("breathe", command);
+    case 3:
+        return patternText("flash", command);
+    default:
+        return "effect " + std::to_string(command.effect);
+    }
+}
+
+std::string outputText(const BoardOutput& output) {
+    const std::vector<std::uint8_t>& bytes = output.bytes;
+    if (bytes.size() < HidProtocol::reportSize) {
+        return "output " + hexText(bytes);
+    }
+    switch (bytes[0]) {
+    case HidProtocol::ledCtlReportId:
+        return "led " + ledText(ledCommand(bytes));
+    case HidProtocol::simStatusReportId:
+        return bytes[1] == 0 ? "status disconnected" : "status connected";
+    case HidProtocol::deviceCtlReportId:
+        return bytes[1] == HidProtocol::deviceActionBootsel ? "bootsel" : "output " + hexText(bytes);
+    default:
+        return "output " + hexText(bytes);
+    }
+}
+
+std::optional<std::string> recordText(const SimulatorRecord& record) {
+    switch (record.kind) {
+    case SimulatorRecordKind::Connected:
+        return std::nullopt;
+    case SimulatorRecordKind::Opened:
+        return "opened " + record.text;
+    case SimulatorRecordKind::Closed:
+        return "closed";
+    case SimulatorRecordKind::Subscribed:
+        return "subscribed " + record.text;
+    case SimulatorRecordKind::ClientEvent:
+        return "event " + record.text + (record.value == 0 ? "" : " value=" + std::to_string(record.value));
+    case SimulatorRecordKind::Executed:
+        return executedText(record.text);
+    case SimulatorRecordKind::Dummy:
+        return "dummy";
+    case SimulatorRecordKind::Command:
+        return "command " + record.text;
+    case SimulatorRecordKind::Unchanged:
+        return "unchanged " + record.text;
+    case SimulatorRecordKind::Exception:
+        return "exception " + std::to_string(record.value);
+    }
+    return std::nullopt;
+}

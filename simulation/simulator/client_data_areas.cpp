@@ -1,0 +1,43 @@
+#include "simulation/simulator/client_data_areas.h"
+
+#include <algorithm>
+
+std::string lowerCaseName(std::string_view name) {
+    std::string lower(name);
+    std::transform(lower.begin(), lower.end(), lower.begin(), [](char letter) {
+        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
+    });
+    return lower;
+}
+
+std::vector<std::uint8_t> bytesOf(std::span<const std::uint8_t> block, std::size_t offset, std::size_t size) {
+    std::vector<std::uint8_t> part(size);
+    if (offset < block.size()) {
+        const auto present = block.subspan(offset, std::min(size, block.size() - offset));
+        std::copy(present.begin(), present.end(), part.begin());
+    }
+    return part;
+}
+
+AreaCreation ClientDataAreas::create(std::string_view name, std::size_t size, std::uint32_t onlyWriter) {
+    if (size == 0 || size > largestArea) {
+        return AreaCreation::BadSize;
+    }
+    if (find(name) != nullptr) {
+        return AreaCreation::Exists;
+    }
+    std::size_t total = size;
+    for (const auto& [key, area] : areas) {
+        total += area.bytes.size();
+    }
+    if (total > largestTotal) {
+        return AreaCreation::NoRoom;
+    }
+    areas[lowerCaseName(name)] = {std::string(name), std::vector<std::uint8_t>(size), onlyWriter};
+    return AreaCreation::Created;
+}
+
+ClientDataArea* ClientDataAreas::find(std::string_view name) {
+    const auto found = areas.find(lowerCaseName(name));
+    return found == areas.end() ? nullptr : &found->second;
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "simulation/simulator/virtual_simulator.h"
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <vector>
+
+/// What the virtual simulator received, and who waits for it. Has a lock of its own, under which nothing else is
+/// locked, so that it may be used with or without the simulator's.
+class SimulatorRecords {
+public:
+    /// Stamps and keeps a record.
+    void add(SimulatorRecord record);
+    void setSessionCount(std::size_t count);
+
+    std::vector<SimulatorRecord> all() const;
+    void clear();
+    std::size_t sessionCount() const;
+
+    void setCallback(VirtualSimulator::RecordCallback newCallback);
+    /// Calls the callback, with no lock held, with all records added since the last call. One thread only.
+    void deliver();
+
+    bool waitFor(const VirtualSimulator::RecordPredicate& predicate, std::chrono::milliseconds timeout) const;
+    bool waitForSessionCount(std::size_t count, std::chrono::milliseconds timeout) const;
+
+private:
+    mutable std::mutex mutex;
+    mutable std::condition_variable changed;
+    std::vector<SimulatorRecord> records;
+    /// Kept only while there is a callback to have them.
+    std::deque<SimulatorRecord> undelivered;
+    VirtualSimulator::RecordCallback callback;
+    std::size_t sessions = 0;
+};

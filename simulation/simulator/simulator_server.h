@@ -1,0 +1,117 @@
+#pragma once
+
+#include "simulation/simulator/mobiflight_module.h"
+#include "simulation/simulator/simulator_listener.h"
+#include "simulation/simulator/simulator_records.h"
+#include "simulation/simulator/simulator_session.h"
+#include "simulation/simulator/virtual_simulator.h"
+#include "wire/socket.h"
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+/// How the simulator treats its clients; each told at the control of VirtualSimulator that sets it.
+struct SimulatorFaults {
+    bool refusing = false;
+    bool stalled = false;
+    bool byteByByte = false;
+    std::chrono::milliseconds openDelay{0};
+};
+
+/// The virtual simulator's thread, its connections and what they share. One mutex guards all of it but the records,
+/// which have their own below it.
+class SimulatorServer {
+public:
+    explicit SimulatorServer(const VirtualSimulatorOptions& simulatorOptions);
+    ~SimulatorServer() { stop(); }
+    SimulatorServer(const SimulatorServer&) = delete;
+    SimulatorServer& operator=(const SimulatorServer&) = delete;
+
+    bool start(SimulatorListener where, std::string& error);
+    void stop();
+    SimConnectEndpoint endpoint() const;
+    const VirtualSimulatorOptions& startOptions() const { return options; }
+
+    /// Runs `action` under the lock while the thread waits for no socket: what a wait holds is closed only when the
+    /// wait ends, and until then clients would still reach it.
+    template <typename Action>
+    void control(const Action& action) {
+        std::unique_lock lock(mutex);
+        ++controls;
+        wake();
+        turned.wait(lock, [this] { return !polling; });
+        action();
+        noteEnds();
+        --controls;
+        lock.unlock();
+        turned.notify_all();
+        // The thread delivers the records.
+        wake();
+    }
+
+    // Only inside `control`.
+
+    /// Calls `action` with each session whose connection lives.
+    template <typename Action>
+    void forEachSession(const Action& action) {
+        for (const auto& session : sessions) {
+            if (session->link().live()) {
+                action(*session);
+            }
+        }
+    }
+    void setRefusing(bool refuse);
+    void setAircraftVariable(std::string_view name, double value);
+    /// What a simulator's end leaves behind for the next run: no areas and no module clients but its own.
+    void reset();
+    SimulatorFaults& conduct() { return behaviour; }
+    SimulatorWorld& world() { return shared; }
+    MobiFlightModule& module() { return mobiflight; }
+
+    SimulatorRecords& records() { return received; }
+    const SimulatorRecords& records() const { return received; }
+
+private:
+    using Clock = SimulatorSession::Clock;
+
+    void run();
+    void turn();
+    std::chrono::milliseconds interests(std::vector<SocketInterest>& wanted);
+    void wake();
+
+    // These need the mutex.
+    void listenAgain();
+    void acceptAll();
+    void serve(SimulatorSession& session, Clock::time_point now);
+    void noteEnds();
+    void areaWritten(const ClientDataArea& area, std::span<const std::uint8_t> before, std::uint32_t session);
+
+    const VirtualSimulatorOptions options;
+    SimulatorRecords received;
+    std::thread thread;
+    std::atomic<bool> running{false};
+    /// Ends the thread's wait. Never replaced, so that any thread may send on it.
+    const Socket wakeSocket;
+
+    /// Guards the members below.
+    mutable std::mutex mutex;
+    std::condition_variable turned;
+    /// The thread waits for sockets, or is about to.
+    bool polling = false;
+    /// Controls that want the thread to let them in before it waits again.
+    std::size_t controls = 0;
+    SimulatorListener listener;
+    SimulatorFaults behaviour;
+    SimulatorWorld shared{received, {}, {}};
+    MobiFlightModule mobiflight{shared.areas, shared.variables, received};
+    std::vector<std::unique_ptr<SimulatorSession>> sessions;
+    std::uint32_t lastSession = 0;
+};

@@ -1,0 +1,13 @@
+#include "wire/outbound_buffer.h"
+
+void OutboundBuffer::consume(std::size_t count) {
+    sent += count;
+    if (sent == bytes.size()) {
+        bytes.clear();
+        sent = 0;
+    } else if (sent > bytes.size() / 2) {
+        // At most as many bytes move as have gone since the last time.
+        bytes.erase(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(sent));
+        sent = 0;
+    }
+}

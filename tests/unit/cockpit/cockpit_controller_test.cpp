@@ -1,0 +1,133 @@
+#include "simulation/cockpit/cockpit_controller.h"
+
+#include "tests/support/wait_until.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+/// A controller with the sample set, whose feed is read to the end by each question.
+class CockpitControllerTest : public testing::Test {
+protected:
+    void SetUp() override {
+        std::string error;
+        ASSERT_TRUE(loadCockpitConfiguration("", configuration, error)) << error;
+        controller.emplace(configuration, CockpitSides{});
+        ASSERT_TRUE(controller->start(error)) << error;
+        ASSERT_TRUE(comes("MF.SimVars.Add."));
+        ASSERT_TRUE(comes(R"("text": "steady 80"})"));
+    }
+
+    bool act(const std::string& action) {
+        failure.clear();
+        return controller->act(JsonParser::parse(action).value, failure);
+    }
+
+    /// Whether the feed tells that text, behind what was found before.
+    bool comes(const std::string& text) {
+        const auto found = [&] {
+            std::string events;
+            controller->feed().next(cursor, std::chrono::milliseconds(0), events);
+            heard += events;
+            return heard.find(text) != std::string::npos;
+        };
+        const bool came = waitUntil(found, std::chrono::seconds(15));
+        if (came) {
+            heard.erase(0, heard.find(text) + text.size());
+        }
+        return came;
+    }
+
+    CockpitConfiguration configuration;
+    std::optional<CockpitController> controller;
+    EventFeed::Cursor cursor;
+    std::string heard;
+    std::string failure;
+};
+
+} // namespace
+
+TEST_F(CockpitControllerTest, SendsAPressThroughTheBridgeToTheSimulator) {
+    EXPECT_TRUE(act(R"({"do":"press","board":"PFD","control":5})"));
+    EXPECT_TRUE(comes(R"("board": "PFD", "control": 5, "detents": 0, "report": "press")"));
+    EXPECT_TRUE(comes("rpn (>K:AP_MASTER)"));
+    EXPECT_TRUE(act(R"({"do":"release","board":"PFD","control":5})"));
+    EXPECT_TRUE(comes("action=BUTTON_RELEASE role=PFD(BUTTON) controlId=5(AP)"));
+}
+
+TEST_F(CockpitControllerTest, TurnsAKnobInTheRoleOfItsBoard) {
+    EXPECT_TRUE(act(R"({"do":"turn","board":"MFD","control":51,"detents":-1,"speed":1})"));
+    EXPECT_TRUE(comes("rpn (>H:AS1000_MFD_FMS_Lower_DEC)"));
+}
+
+TEST_F(CockpitControllerTest, ReleasesButtonsThatNobodyHoldsAnyMore) {
+    EXPECT_TRUE(act(R"({"do":"press","board":"MFD","control":45})"));
+    EXPECT_TRUE(comes(R"("held": [45])"));
+    controller->releaseButtons();
+    EXPECT_TRUE(comes("action=BUTTON_RELEASE role=MFD(BUTTON) controlId=45(CLR)"));
+}
+
+TEST_F(CockpitControllerTest, ShowsBatteryAndLightOnTheBoards) {
+    EXPECT_TRUE(act(R"({"do":"battery","on":false})"));
+    EXPECT_TRUE(comes(R"("board": "MFD", "text": "led breathe count=5 period=1000 level=50")"));
+    EXPECT_TRUE(act(R"({"do":"battery","on":true})"));
+    EXPECT_TRUE(act(R"({"do":"light","percent":35})"));
+    EXPECT_TRUE(comes(R"("board": "PFD", "text": "led steady 35")"));
+}
+
+TEST_F(CockpitControllerTest, PullsAPlugAndPutsItBack) {
+    EXPECT_TRUE(act(R"({"do":"unplug","board":"PFD"})"));
+    EXPECT_TRUE(comes("HID device disconnected: E66138A1B2C3D4E5"));
+    EXPECT_TRUE(act(R"({"do":"plug","board":"PFD"})"));
+    EXPECT_TRUE(act(R"({"do":"plug","board":"PFD"})"));
+    EXPECT_TRUE(comes("HID device connected: E66138A1B2C3D4E5 index=2"));
+}
+
+TEST_F(CockpitControllerTest, WorksAgainAfterADroppedSession) {
+    EXPECT_TRUE(act(R"({"do":"drop-sessions"})"));
+    EXPECT_TRUE(comes("SimConnect disconnected"));
+    EXPECT_TRUE(comes("MF.SimVars.Add."));
+    EXPECT_TRUE(act(R"({"do":"press","board":"PFD","control":6})"));
+    EXPECT_TRUE(comes("rpn (>K:TOGGLE_FLIGHT_DIRECTOR)"));
+}
+
+TEST_F(CockpitControllerTest, WorksAgainAfterTheModuleWasSilent) {
+    EXPECT_TRUE(act(R"({"do":"silence-module","on":true})"));
+    EXPECT_TRUE(act(R"({"do":"drop-sessions"})"));
+    EXPECT_TRUE(comes("MF.Clients.Add."));
+    EXPECT_TRUE(act(R"({"do":"silence-module","on":false})"));
+    EXPECT_TRUE(act(R"({"do":"drop-sessions"})"));
+    EXPECT_TRUE(comes("MF.SimVars.Add."));
+}
+
+TEST_F(CockpitControllerTest, StartsTheBridgeWithTheSimulatorAfterBothHaveEnded) {
+    EXPECT_TRUE(act(R"({"do":"quit-simulator"})"));
+    EXPECT_TRUE(comes("event: exit"));
+    EXPECT_TRUE(comes(R"("exitCode": "0", "running": false)"));
+    EXPECT_TRUE(act(R"({"do":"start-simulator"})"));
+    EXPECT_TRUE(comes(R"("exitCode": null, "running": true)"));
+    EXPECT_TRUE(comes("MF.SimVars.Add."));
+}
+
+TEST_F(CockpitControllerTest, WaitsForABridgeThatIsEnding) {
+    EXPECT_TRUE(act(R"({"do":"stop-bridge"})"));
+    EXPECT_TRUE(act(R"({"do":"start-bridge"})"));
+    EXPECT_TRUE(comes("Application run loop stopped"));
+    EXPECT_TRUE(comes("MF.SimVars.Add."));
+}
+
+TEST_F(CockpitControllerTest, RefusesWhatIsNotThere) {
+    EXPECT_FALSE(act(R"({"do":"press","board":"AUDIO","control":5})"));
+    EXPECT_EQ(failure, "there is no board AUDIO");
+    EXPECT_FALSE(act(R"({"do":"sing"})"));
+    EXPECT_EQ(failure, "unknown action \"sing\"");
+}
+
+TEST(CockpitControllerSides, LeaveARealSimulatorAlone) {
+    CockpitConfiguration configuration;
+    std::string error;
+    ASSERT_TRUE(loadCockpitConfiguration("", configuration, error)) << error;
+    CockpitController controller(configuration, {false, true});
+    EXPECT_FALSE(controller.act(JsonParser::parse(R"({"do":"battery","on":false})").value, error));
+    EXPECT_EQ(error, "the simulator is this machine's own");
+}

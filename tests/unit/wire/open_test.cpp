@@ -1,0 +1,295 @@
+// SimConnect_Open: whom it connects to, and what it makes of the simulator's first answer.
+
+#include "tests/support/loopback_peer.h"
+#include "tests/support/message_log.h"
+#include "wire/simconnect_open.h"
+#include "wire/wire.h"
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <functional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using SimConnectWire::Bytes;
+
+// Of peers that never answer, and of those that do: no run that is healthy waits so long.
+constexpr SimConnectOpenLimits noWait{std::chrono::milliseconds(0)};
+constexpr SimConnectOpenLimits longWait{std::chrono::seconds(60)};
+
+constexpr std::size_t openSize = 296;
+constexpr std::uint32_t anyError = 1;
+constexpr std::uint32_t versionMismatch = 5;
+
+PeerBytes openAnswer() {
+    return simulatorMessage(simConnectRecvOpen, PeerBytes(296));
+}
+
+PeerBytes exceptionMessage(std::uint32_t code) {
+    return simulatorMessage(simConnectRecvException, wireWords({code, 1, 4}));
+}
+
+double threadCpuSeconds() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+class SimConnectOpen : public testing::TestWithParam<Transport> {};
+
+INSTANTIATE_TEST_SUITE_P(Transports, SimConnectOpen, testing::ValuesIn(transports()), transportName);
+
+TEST_P(SimConnectOpen, FailsAtOnceWhenNobodyListens) {
+    LoopbackPeer peer(GetParam());
+    peer.stopListening();
+    auto handle = reinterpret_cast<SimConnectHandle>(&peer);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(simConnectOpenAt(&handle, "test", peer.endpoint()), simConnectFail);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(900));
+    EXPECT_EQ(handle, nullptr);
+}
+
+TEST(SimConnectOpenByTcp, FailsWithAnAddressThatIsNone) {
+    SimConnectHandle handle = nullptr;
+    EXPECT_EQ(simConnectOpenAt(&handle, "test", {"999.999.999.999", 5, AddressFamily::Ipv4}), simConnectFail);
+    EXPECT_EQ(simConnectOpenAt(&handle, "test", {"", 0, AddressFamily::Ipv4}), simConnectFail);
+}
+
+TEST(SimConnectOpenByTcp, FailsWhenTheAddressIsOfAnotherFamily) {
+    LoopbackPeer peer;
+    SimConnectHandle handle = nullptr;
+    EXPECT_EQ(simConnectOpenAt(&handle, "test", {"127.0.0.1", peer.endpoint().port, AddressFamily::Ipv6}),
+              simConnectFail);
+}
+
+TEST(SimConnectOpenByTcp, FindsALocalSimulatorByName) {
+    LoopbackPeer peer;
+    SimConnectHandle handle = nullptr;
+    ASSERT_EQ(simConnectOpenAt(&handle, "test", {"localhost", peer.endpoint().port, AddressFamily::Ipv4}, noWait),
+              simConnectOk);
+    EXPECT_TRUE(peer.accept());
+    SimConnect_Close(handle);
+}
+
+TEST_P(SimConnectOpen, RefusesMissingArgumentsAndNamesTooLong) {
+    LoopbackPeer peer(GetParam());
+    const SimConnectEndpoint endpoint = peer.endpoint();
+    SimConnectHandle handle = nullptr;
+    EXPECT_EQ(simConnectOpenAt(nullptr, "test", endpoint), simConnectInvalidArgument);
+    EXPECT_EQ(simConnectOpenAt(&handle, nullptr, endpoint), simConnectInvalidArgument);
+    EXPECT_EQ(simConnectOpenAt(&handle, std::string(256, 'x').c_str(), endpoint), simConnectInvalidArgument);
+    EXPECT_EQ(handle, nullptr);
+}
+
+TEST_P(SimConnectOpen, SilenceIsASuccessAfterTheLimit) {
+    LoopbackPeer peer(GetParam());
+    SimConnectHandle handle = nullptr;
+    MessageLog log;
+    constexpr std::chrono::milliseconds limit{200};
+    const auto begin = std::chrono::steady_clock::now();
+    const double busyBefore = threadCpuSeconds();
+    ASSERT_EQ(simConnectOpenAt(&handle, "slow", peer.endpoint(), {limit}), simConnectOk);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, limit);
+    // It sleeps meanwhile.
+    EXPECT_LT(threadCpuSeconds() - busyBefore, 0.1);
+    // Nobody has even accepted yet; requests go out nevertheless.
+    EXPECT_EQ(SimConnect_CallDispatch(handle, &MessageLog::dispatchProc, &log), simConnectOk);
+    EXPECT_EQ(SimConnect_MapClientDataNameToID(handle, "MobiFlight.Command", 0x1000), simConnectOk);
+    ASSERT_TRUE(peer.accept());
+    Bytes expected;
+    SimConnectWire::appendOpen(expected, {1}, "slow");
+    SimConnectWire::appendMapClientDataNameToId(expected, {2}, "MobiFlight.Command", 0x1000);
+    EXPECT_EQ(peer.read(expected.size()), expected);
+    ASSERT_TRUE(peer.send(openAnswer()));
+    EXPECT_TRUE(waitUntil([&] {
+        EXPECT_EQ(SimConnect_CallDispatch(handle, &MessageLog::dispatchProc, &log), simConnectOk);
+        return !log.messages.empty();
+    }));
+    EXPECT_EQ(log.ids(), std::vector<std::uint32_t>{simConnectRecvOpen});
+    EXPECT_EQ(SimConnect_Close(handle), simConnectOk);
+}
+
+TEST_P(SimConnectOpen, TakesTheFirstEndpointWhereSomebodyListens) {
+    LoopbackPeer absent(GetParam());
+    LoopbackPeer first(GetParam());
+    LoopbackPeer second(GetParam());
+    absent.stopListening();
+    SimConnectHandle handle = nullptr;
+    const SimConnectEndpoints endpoints{absent.endpoint(), first.endpoint(), second.endpoint()};
+    ASSERT_EQ(simConnectOpenAtFirst(&handle, "test", endpoints, noWait), simConnectOk);
+    EXPECT_TRUE(first.accept());
+    EXPECT_EQ(SimConnect_Close(handle), simConnectOk);
+    EXPECT_EQ(simConnectOpenAtFirst(&handle, "test", {absent.endpoint(), absent.endpoint()}), simConnectFail);
+    EXPECT_EQ(simConnectOpenAtFirst(&handle, "test", {}), simConnectFail);
+    EXPECT_EQ(simConnectOpenAtFirst(&handle, nullptr, endpoints), simConnectInvalidArgument);
+}
+
+/// A simulator that answers OPEN, on a thread of its own, since the open waits for it.
+class SimConnectAnsweredOpen : public testing::TestWithParam<Transport> {
+protected:
+    ~SimConnectAnsweredOpen() override {
+        finish();
+        SimConnect_Close(handle);
+    }
+
+    /// Takes as many connections as there are answers, one behind the other, and gives each its answer.
+    void answerWith(std::vector<std::function<void()>> answers) {
+        simulator = std::thread([this, answers = std::move(answers)] {
+            for (const auto& answer : answers) {
+                EXPECT_TRUE(peer.accept());
+                opens.push_back(peer.read(openSize));
+                answer();
+            }
+        });
+    }
+    std::function<void()> sending(PeerBytes message) {
+        return [this, message = std::move(message)] { EXPECT_TRUE(peer.send(message)); };
+    }
+    std::function<void()> refusing(std::uint32_t exception) {
+        return [this, exception] {
+            EXPECT_TRUE(peer.send(exceptionMessage(exception)));
+            peer.close();
+        };
+    }
+    void finish() {
+        if (simulator.joinable()) {
+            simulator.join();
+        }
+    }
+    SimConnectResult open() {
+        const SimConnectResult result = simConnectOpenAt(&handle, "test", peer.endpoint(), longWait);
+        finish();
+        return result;
+    }
+    SimConnectResult dispatch() { return SimConnect_CallDispatch(handle, &MessageLog::dispatchProc, &log); }
+
+    static Bytes openIn(std::uint32_t protocol) {
+        Bytes request;
+        SimConnectWire::appendOpen(request, {1, protocol}, "test");
+        return request;
+    }
+
+    LoopbackPeer peer{GetParam()};
+    SimConnectHandle handle = nullptr;
+    MessageLog log;
+    /// What each connection began with.
+    std::vector<PeerBytes> opens;
+
+private:
+    std::thread simulator;
+};
+
+INSTANTIATE_TEST_SUITE_P(Transports, SimConnectAnsweredOpen, testing::ValuesIn(transports()), transportName);
+
+TEST_P(SimConnectAnsweredOpen, AgreementEndsTheWaitAndGoesToTheFirstDispatch) {
+    PeerBytes two = openAnswer();
+    const PeerBytes second = simulatorMessage(simConnectRecvSimobjectData, PeerBytes(32));
+    two.insert(two.end(), second.begin(), second.end());
+    answerWith({sending(two)});
+    const auto begin = std::chrono::steady_clock::now();
+    ASSERT_EQ(open(), simConnectOk);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, longWait.answer);
+    EXPECT_EQ(opens, std::vector<PeerBytes>{openIn(4)});
+    EXPECT_TRUE(waitUntil([&] {
+        EXPECT_EQ(dispatch(), simConnectOk);
+        // The second may come a moment later than the answer.
+        EXPECT_FALSE(log.messages.empty());
+        return log.messages.size() == 2;
+    }));
+    EXPECT_EQ(log.messages, (std::vector<PeerBytes>{openAnswer(), second}));
+}
+
+TEST_P(SimConnectAnsweredOpen, AgreementInPiecesIsUnderstood) {
+    answerWith({[this] {
+        const PeerBytes message = openAnswer();
+        for (std::size_t i = 0; i < message.size(); ++i) {
+            ASSERT_TRUE(peer.send(std::span(message).subspan(i, 1)));
+        }
+    }});
+    ASSERT_EQ(open(), simConnectOk);
+    EXPECT_EQ(dispatch(), simConnectOk);
+    EXPECT_EQ(log.messages, std::vector<PeerBytes>{openAnswer()});
+}
+
+TEST_P(SimConnectAnsweredOpen, ConnectionThatEndsBehindTheAgreementIsASessionThatIsLost) {
+    answerWith({[this] {
+        EXPECT_TRUE(peer.send(openAnswer()));
+        peer.close();
+    }});
+    ASSERT_EQ(open(), simConnectOk);
+    EXPECT_EQ(dispatch(), simConnectOk);
+    EXPECT_EQ(log.ids(), std::vector<std::uint32_t>{simConnectRecvOpen});
+    EXPECT_TRUE(waitUntil([&] { return dispatch() == simConnectRemoteDisconnect; }));
+}
+
+TEST_P(SimConnectAnsweredOpen, ConnectionThatEndsWithoutAnAnswerIsAFailure) {
+    answerWith({[this] { peer.close(); }});
+    EXPECT_EQ(open(), simConnectFail);
+    EXPECT_EQ(handle, nullptr);
+}
+
+TEST_P(SimConnectAnsweredOpen, ResetIsAFailure) {
+    answerWith({[this] { peer.reset(); }});
+    EXPECT_EQ(open(), simConnectFail);
+}
+
+TEST_P(SimConnectAnsweredOpen, BytesThatAreNoMessageAreAFailure) {
+    answerWith({sending(wireWords({5, 4, 2}))});
+    EXPECT_EQ(open(), simConnectFail);
+}
+
+TEST_P(SimConnectAnsweredOpen, ExceptionIsAFailureWithoutAnotherConnection) {
+    answerWith({refusing(anyError)});
+    EXPECT_EQ(open(), simConnectFail);
+    EXPECT_EQ(handle, nullptr);
+    // The next connection is this one.
+    ASSERT_EQ(simConnectOpenAt(&handle, "next", peer.endpoint(), noWait), simConnectOk);
+    ASSERT_TRUE(peer.accept());
+    EXPECT_EQ(peer.read(openSize).at(16), 'n');
+}
+
+TEST_P(SimConnectAnsweredOpen, ExceptionWithoutACodeIsAFailure) {
+    answerWith({sending(simulatorMessage(simConnectRecvException))});
+    EXPECT_EQ(open(), simConnectFail);
+}
+
+TEST_P(SimConnectAnsweredOpen, VersionMismatchIsFollowedByTheNextVersion) {
+    answerWith({refusing(versionMismatch), refusing(versionMismatch), sending(openAnswer())});
+    ASSERT_EQ(open(), simConnectOk);
+    EXPECT_EQ(opens, (std::vector<PeerBytes>{openIn(4), openIn(5), openIn(6)}));
+    // The session keeps to the version that was taken.
+    ASSERT_EQ(SimConnect_MapClientEventToSimEvent(handle, 1, "AP_MASTER"), simConnectOk);
+    Bytes expected;
+    SimConnectWire::appendMapClientEventToSimEvent(expected, {2, 6}, 1, "AP_MASTER");
+    EXPECT_EQ(peer.read(expected.size()), expected);
+}
+
+TEST_P(SimConnectAnsweredOpen, VersionMismatchOfAllVersionsIsAFailure) {
+    answerWith({refusing(versionMismatch), refusing(versionMismatch), refusing(versionMismatch)});
+    EXPECT_EQ(open(), simConnectFail);
+    EXPECT_EQ(handle, nullptr);
+}
+
+TEST_P(SimConnectAnsweredOpen, EndpointThatGivesNoSessionIsPassedOver) {
+    LoopbackPeer second(GetParam());
+    answerWith({[this] {
+        peer.close();
+        peer.stopListening();
+    }});
+    std::thread agreeing([&] {
+        EXPECT_TRUE(second.accept());
+        EXPECT_EQ(second.read(openSize), openIn(4));
+        EXPECT_TRUE(second.send(openAnswer()));
+    });
+    EXPECT_EQ(simConnectOpenAtFirst(&handle, "test", {peer.endpoint(), second.endpoint()}, longWait), simConnectOk);
+    agreeing.join();
+    EXPECT_EQ(dispatch(), simConnectOk);
+    EXPECT_EQ(log.ids(), std::vector<std::uint32_t>{simConnectRecvOpen});
+}
+
+} // namespace
