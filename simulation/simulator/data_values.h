@@ -3,7 +3,7 @@
 // The values of a definition's data, as they travel in messages and requests: in the definition's order, or tagged,
 // each behind the id that the client gave it.
 
-#include "wire/wire.h"
+#include "wire/requests.h"
 
 #include <cstddef>
 #include <cstdint>

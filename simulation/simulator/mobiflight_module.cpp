@@ -1,6 +1,6 @@
 #include "simulation/simulator/mobiflight_module.h"
 
-#include "wire/wire.h"
+#include "wire/requests.h"
 
 #include <algorithm>
 #include <bit>

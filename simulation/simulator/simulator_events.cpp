@@ -5,7 +5,7 @@
 #include "simulation/simulator/simulator_event_names.h"
 #include "simulation/simulator/simulator_exceptions.h"
 #include "simulation/simulator/simulator_session.h"
-#include "wire/wire.h"
+#include "wire/requests.h"
 
 #include <algorithm>
 #include <array>

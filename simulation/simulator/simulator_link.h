@@ -3,7 +3,7 @@
 #include "wire/byte_stream.h"
 #include "wire/message_reader.h"
 #include "wire/outbound_buffer.h"
-#include "wire/wire.h"
+#include "wire/requests.h"
 
 #include <chrono>
 #include <cstddef>

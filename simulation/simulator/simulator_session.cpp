@@ -2,7 +2,7 @@
 
 #include "simconnect/simconnect_api.h"
 #include "simulation/simulator/simulator_exceptions.h"
-#include "wire/wire.h"
+#include "wire/requests.h"
 
 #include <algorithm>
 #include <array>

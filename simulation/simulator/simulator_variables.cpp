@@ -3,7 +3,7 @@
 #include "simconnect/simconnect_api.h"
 #include "simulation/simulator/simulator_exceptions.h"
 #include "simulation/simulator/simulator_session.h"
-#include "wire/wire.h"
+#include "wire/requests.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,6 +1,6 @@
 #include "wire/message_reader.h"
 
-#include "wire/wire.h"
+#include "wire/requests.h"
 
 #include <algorithm>
 

@@ -10,7 +10,7 @@ std::uintptr_t numberOf(SimConnectHandle handle) {
 
 } // namespace
 
-SimConnectHandle SessionRegistry::add(std::shared_ptr<SimConnectSession> session) {
+SimConnectHandle SessionRegistry::add(std::shared_ptr<WireSession> session) {
     const std::lock_guard lock(mutex);
     ++lastHandle;
     sessions.emplace(lastHandle, std::move(session));
@@ -18,19 +18,19 @@ SimConnectHandle SessionRegistry::add(std::shared_ptr<SimConnectSession> session
     return reinterpret_cast<SimConnectHandle>(lastHandle); // NOLINT(performance-no-int-to-ptr)
 }
 
-std::shared_ptr<SimConnectSession> SessionRegistry::find(SimConnectHandle handle) const {
+std::shared_ptr<WireSession> SessionRegistry::find(SimConnectHandle handle) const {
     const std::lock_guard lock(mutex);
     const auto found = sessions.find(numberOf(handle));
     return found == sessions.end() ? nullptr : found->second;
 }
 
-std::shared_ptr<SimConnectSession> SessionRegistry::remove(SimConnectHandle handle) {
+std::shared_ptr<WireSession> SessionRegistry::remove(SimConnectHandle handle) {
     const std::lock_guard lock(mutex);
     const auto found = sessions.find(numberOf(handle));
     if (found == sessions.end()) {
         return nullptr;
     }
-    std::shared_ptr<SimConnectSession> session = std::move(found->second);
+    std::shared_ptr<WireSession> session = std::move(found->second);
     sessions.erase(found);
     return session;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "simconnect/simconnect_api.h"
-#include "wire/session.h"
+#include "wire/wire_session.h"
 
 #include <cstdint>
 #include <memory>
@@ -12,13 +12,13 @@
 /// finds nothing, and a call under way keeps the session that it found.
 class SessionRegistry {
 public:
-    SimConnectHandle add(std::shared_ptr<SimConnectSession> session);
+    SimConnectHandle add(std::shared_ptr<WireSession> session);
     /// Null: no such handle.
-    std::shared_ptr<SimConnectSession> find(SimConnectHandle handle) const;
-    std::shared_ptr<SimConnectSession> remove(SimConnectHandle handle);
+    std::shared_ptr<WireSession> find(SimConnectHandle handle) const;
+    std::shared_ptr<WireSession> remove(SimConnectHandle handle);
 
 private:
     mutable std::mutex mutex;
-    std::unordered_map<std::uintptr_t, std::shared_ptr<SimConnectSession>> sessions;
+    std::unordered_map<std::uintptr_t, std::shared_ptr<WireSession>> sessions;
     std::uintptr_t lastHandle = 0;
 };

@@ -1,9 +1,9 @@
 #include "simconnect/simconnect_api.h"
 
-#include "wire/session.h"
+#include "wire/requests.h"
 #include "wire/session_registry.h"
 #include "wire/simconnect_open.h"
-#include "wire/wire.h"
+#include "wire/wire_session.h"
 
 #include <memory>
 #include <utility>
@@ -26,7 +26,7 @@ bool isName(const char* text) {
 
 template <typename Encode>
 SimConnectResult request(SimConnectHandle handle, const Encode& encode) {
-    const std::shared_ptr<SimConnectSession> session = registry().find(handle);
+    const std::shared_ptr<WireSession> session = registry().find(handle);
     return session == nullptr ? simConnectInvalidArgument : session->request(encode);
 }
 
@@ -50,7 +50,7 @@ SimConnectResult simConnectOpenAt(SimConnectHandle* handle, const char* name, co
         if (!stream.valid()) {
             break;
         }
-        auto session = std::make_shared<SimConnectSession>(std::move(stream), SessionLimits{}, protocol);
+        auto session = std::make_shared<WireSession>(std::move(stream), SessionLimits{}, protocol);
         const OpenOutcome outcome = session->open(name, limits.answer);
         if (outcome == OpenOutcome::Usable) {
             *handle = registry().add(std::move(session));
@@ -84,7 +84,7 @@ SimConnectResult SimConnect_Open(SimConnectHandle* handle, const char* name, voi
 }
 
 SimConnectResult SimConnect_Close(SimConnectHandle handle) {
-    const std::shared_ptr<SimConnectSession> session = registry().remove(handle);
+    const std::shared_ptr<WireSession> session = registry().remove(handle);
     if (session == nullptr) {
         return simConnectInvalidArgument;
     }
@@ -93,7 +93,7 @@ SimConnectResult SimConnect_Close(SimConnectHandle handle) {
 }
 
 SimConnectResult SimConnect_CallDispatch(SimConnectHandle handle, SimConnectDispatchProc proc, void* context) {
-    const std::shared_ptr<SimConnectSession> session = registry().find(handle);
+    const std::shared_ptr<WireSession> session = registry().find(handle);
     if (session == nullptr || proc == nullptr) {
         return simConnectInvalidArgument;
     }

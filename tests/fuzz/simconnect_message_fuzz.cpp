@@ -4,7 +4,7 @@
 #include "simconnect/simconnect_api.h"
 #include "tests/fuzz/fuzz_support.h"
 #include "wire/message_reader.h"
-#include "wire/session.h"
+#include "wire/wire_session.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -4,7 +4,7 @@
 #include "tests/support/loopback_peer.h"
 #include "tests/support/message_log.h"
 #include "wire/message_reader.h"
-#include "wire/wire.h"
+#include "wire/requests.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 
 #include "tests/support/loopback_peer.h"
 #include "tests/support/message_log.h"
+#include "wire/requests.h"
 #include "wire/simconnect_open.h"
-#include "wire/wire.h"
 
 #include <gtest/gtest.h>
 

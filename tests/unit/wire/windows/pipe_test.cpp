@@ -2,9 +2,9 @@
 
 #include "tests/support/loopback_peer.h"
 #include "tests/support/message_log.h"
-#include "wire/session.h"
+#include "wire/requests.h"
 #include "wire/simconnect_open.h"
-#include "wire/wire.h"
+#include "wire/wire_session.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -72,7 +72,7 @@ class PipeSession : public testing::Test {
 protected:
     void connect(DWORD kind = PIPE_TYPE_BYTE, DWORD buffer = 4096, SessionLimits limits = {}) {
         server = std::make_unique<PipeServer>(kind, buffer);
-        session = std::make_unique<SimConnectSession>(connectPipe(".", server->pipeName(), milliseconds(0)), limits);
+        session = std::make_unique<WireSession>(connectPipe(".", server->pipeName(), milliseconds(0)), limits);
     }
     SimConnectResult dispatch() { return session->dispatch(&MessageLog::dispatchProc, &log); }
     SimConnectResult setData(std::size_t size) {
@@ -91,7 +91,7 @@ protected:
     }
 
     std::unique_ptr<PipeServer> server;
-    std::unique_ptr<SimConnectSession> session;
+    std::unique_ptr<WireSession> session;
     MessageLog log;
 };
 

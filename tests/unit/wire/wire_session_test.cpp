@@ -1,4 +1,4 @@
-#include "tests/unit/wire/session_fixture.h"
+#include "tests/unit/wire/wire_session_fixture.h"
 
 #include <algorithm>
 #include <numeric>

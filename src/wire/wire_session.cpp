@@ -1,4 +1,4 @@
-#include "wire/session.h"
+#include "wire/wire_session.h"
 
 #include "wire/deadline.h"
 
@@ -51,17 +51,17 @@ private:
 
 } // namespace
 
-SimConnectSession::SimConnectSession(ByteStream connected, SessionLimits sessionLimits, std::uint32_t protocol)
+WireSession::WireSession(ByteStream connected, SessionLimits sessionLimits, std::uint32_t protocol)
     : limits(sessionLimits), protocolVersion(protocol), stream(std::move(connected)) {
     outbound.tail().reserve(initialBacklog);
 }
 
-OpenOutcome SimConnectSession::open(const char* name, std::chrono::milliseconds answerLimit) {
+OpenOutcome WireSession::open(const char* name, std::chrono::milliseconds answerLimit) {
     const SimConnectResult sent = request([&](auto& out, auto head) { SimConnectWire::appendOpen(out, head, name); });
     return sent == simConnectOk ? awaitAnswer(answerLimit) : OpenOutcome::Refused;
 }
 
-OpenOutcome SimConnectSession::awaitAnswer(std::chrono::milliseconds limit) {
+OpenOutcome WireSession::awaitAnswer(std::chrono::milliseconds limit) {
     const Clock::time_point deadline = Clock::now() + limit;
     const std::lock_guard lock(mutex);
     for (;;) {
@@ -81,7 +81,7 @@ OpenOutcome SimConnectSession::awaitAnswer(std::chrono::milliseconds limit) {
     }
 }
 
-SimConnectResult SimConnectSession::stateResult() const {
+SimConnectResult WireSession::stateResult() const {
     switch (state.load()) {
     case State::Open:
         return simConnectOk;
@@ -95,14 +95,14 @@ SimConnectResult SimConnectSession::stateResult() const {
 }
 
 // A simulator may read its pipe by messages, of which each send makes one.
-std::span<const std::uint8_t> SimConnectSession::nextPiece() const {
+std::span<const std::uint8_t> WireSession::nextPiece() const {
     const auto pending = outbound.pending();
     return stream.keepsSendsApart()
                ? pending.first(std::min<std::size_t>(SimConnectWire::numberAt(pending, 0), pending.size()))
                : pending;
 }
 
-void SimConnectSession::flush() {
+void WireSession::flush() {
     while (state == State::Open && !outbound.pending().empty()) {
         const Transfer transfer = stream.send(nextPiece());
         if (transfer.status == TransferStatus::WouldBlock) {
@@ -119,7 +119,7 @@ void SimConnectSession::flush() {
 }
 
 // Counts the wait from the first flush that was refused: when the flow before it stood still isn't known.
-void SimConnectSession::checkBacklog() {
+void WireSession::checkBacklog() {
     const Clock::time_point now = Clock::now();
     if (!waiting) {
         waiting = true;
@@ -130,7 +130,7 @@ void SimConnectSession::checkBacklog() {
     }
 }
 
-void SimConnectSession::receive() {
+void WireSession::receive() {
     for (std::size_t reads = 0; reads < readsPerDispatch; ++reads) {
         const Transfer transfer = stream.receive(inbound.prepare(readPiece));
         switch (transfer.status) {
@@ -150,17 +150,17 @@ void SimConnectSession::receive() {
     }
 }
 
-void SimConnectSession::lose() {
+void WireSession::lose() {
     state = State::Lost;
     stream.close();
 }
 
-SimConnectResult SimConnectSession::dispatch(SimConnectDispatchProc proc, void* context) {
+SimConnectResult WireSession::dispatch(SimConnectDispatchProc proc, void* context) {
     const DispatchTurn turn(dispatching);
     return turn.isMine() ? dispatchExclusively(proc, context) : simConnectOk;
 }
 
-SimConnectResult SimConnectSession::dispatchExclusively(SimConnectDispatchProc proc, void* context) {
+SimConnectResult WireSession::dispatchExclusively(SimConnectDispatchProc proc, void* context) {
     {
         const std::lock_guard lock(mutex);
         flush();
@@ -180,7 +180,7 @@ SimConnectResult SimConnectSession::dispatchExclusively(SimConnectDispatchProc p
     return stateResult();
 }
 
-void SimConnectSession::close() {
+void WireSession::close() {
     const std::lock_guard lock(mutex);
     flush();
     if (state == State::Open && stream.endSending()) {

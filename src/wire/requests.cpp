@@ -1,4 +1,4 @@
-#include "wire/wire.h"
+#include "wire/requests.h"
 
 #include <algorithm>
 #include <array>

@@ -2,8 +2,8 @@
 
 #include "tests/support/loopback_peer.h"
 #include "tests/support/message_log.h"
-#include "wire/session.h"
-#include "wire/wire.h"
+#include "wire/requests.h"
+#include "wire/wire_session.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ protected:
         peer = std::make_unique<LoopbackPeer>(GetParam(), peerReceiveBuffer);
         ByteStream stream = connectToPeer(sendBuffer);
         ASSERT_TRUE(stream.valid());
-        session = std::make_unique<SimConnectSession>(std::move(stream), limits);
+        session = std::make_unique<WireSession>(std::move(stream), limits);
         ASSERT_TRUE(peer->accept());
     }
 
@@ -68,6 +68,6 @@ protected:
     }
 
     std::unique_ptr<LoopbackPeer> peer;
-    std::unique_ptr<SimConnectSession> session;
+    std::unique_ptr<WireSession> session;
     MessageLog log;
 };

@@ -4,7 +4,7 @@
 #include "wire/byte_stream.h"
 #include "wire/message_reader.h"
 #include "wire/outbound_buffer.h"
-#include "wire/wire.h"
+#include "wire/requests.h"
 
 #include <atomic>
 #include <chrono>
@@ -47,11 +47,11 @@ std::size_t handOutMessages(MessageReader& reader, SimConnectDispatchProc proc, 
 
 /// One connection to a simulator. Has no thread: it moves bytes when it is called, as far as the connection takes them,
 /// and never blocks. Any thread may call any member.
-class SimConnectSession {
+class WireSession {
 public:
     /// All requests are made in this version of the protocol.
-    explicit SimConnectSession(ByteStream connected, SessionLimits sessionLimits = {},
-                               std::uint32_t protocol = SimConnectWire::protocolVersions.front());
+    explicit WireSession(ByteStream connected, SessionLimits sessionLimits = {},
+                         std::uint32_t protocol = SimConnectWire::protocolVersions.front());
 
     /// Sends OPEN under this name, which fits its field, and waits up to the limit for the first message. Whatever
     /// arrived meanwhile is handed out by the first dispatch. Only as the first call, before other threads have the
