@@ -1,5 +1,7 @@
 #include "simulation/simulator/simulator_link.h"
 
+#include "simulation/simulator/stream_reset.h"
+
 #include <array>
 
 namespace {
@@ -91,7 +93,7 @@ void SimulatorLink::continueFinish(Clock::time_point now) {
 }
 
 void SimulatorLink::reset() {
-    stream.reset();
+    resetStream(stream);
     state = State::Over;
 }
 
@@ -102,5 +104,5 @@ void SimulatorLink::close() {
 
 std::optional<SocketInterest> SimulatorLink::interest(bool reading) const {
     const Socket* const socket = stream.socket();
-    return socket == nullptr ? std::nullopt : std::optional<SocketInterest>({socket->number(), reading, backlogged()});
+    return socket == nullptr ? std::nullopt : std::optional<SocketInterest>({socket->handle(), reading, backlogged()});
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulation/simulator/socket_wait.h"
 #include "wire/byte_stream.h"
 #include "wire/message_reader.h"
 #include "wire/outbound_buffer.h"
@@ -17,7 +18,7 @@ class SimulatorLink {
 public:
     using Clock = std::chrono::steady_clock;
 
-    explicit SimulatorLink(ByteStream accepted) : stream(std::move(accepted)) {}
+    explicit SimulatorLink(ByteStream stream) : stream(std::move(stream)) {}
 
     /// Neither side has ended it.
     bool live() const { return state == State::Live; }

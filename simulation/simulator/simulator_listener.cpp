@@ -1,14 +1,7 @@
 #include "simulation/simulator/simulator_listener.h"
 
 bool SimulatorListener::listen(std::string& error) {
-    if (isPipe()) {
-        return pipe.listen(error);
-    }
-    socket = listenOnLoopback(wantedPort, receiveBuffer, error);
-    if (socket.valid()) {
-        wantedPort = socket.localPort();
-    }
-    return socket.valid();
+    return isPipe() ? pipe.listen(error) : socket.listen(error);
 }
 
 void SimulatorListener::close() {
@@ -27,12 +20,12 @@ std::optional<SocketInterest> SimulatorListener::interest() const {
     if (isPipe()) {
         return std::nullopt;
     }
-    return SocketInterest{socket.number(), true, false};
+    return SocketInterest{socket.handle(), true, false};
 }
 
 SimConnectEndpoint SimulatorListener::endpoint() const {
     if (isPipe()) {
         return {.address = ".", .port = 0, .family = AddressFamily::Any, .pipe = pipeName};
     }
-    return {.address = "127.0.0.1", .port = wantedPort, .family = AddressFamily::Ipv4};
+    return {.address = "127.0.0.1", .port = socket.port(), .family = AddressFamily::Ipv4};
 }

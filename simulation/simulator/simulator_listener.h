@@ -1,24 +1,24 @@
 #pragma once
 
+#include "simulation/simulator/pipe_listener.h"
+#include "simulation/simulator/socket_listener.h"
+#include "simulation/simulator/socket_wait.h"
 #include "wire/byte_stream.h"
-#include "wire/pipe.h"
 #include "wire/simconnect_cfg.h"
-#include "wire/socket.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
 
-/// Where the virtual simulator listens: a port of 127.0.0.1 or a local pipe. Can stop and begin again there. Not
+/// Where the virtual simulator listens: a port of 127.0.0.1 or a local pipe. It can close and listen there again. Not
 /// synchronised.
 class SimulatorListener {
 public:
     SimulatorListener() = default;
     /// A port, 0 for any free one.
-    SimulatorListener(std::uint16_t port, int receiveBufferBytes)
-        : wantedPort(port), receiveBuffer(receiveBufferBytes) {}
-    SimulatorListener(const std::string& name, int receiveBufferBytes)
-        : pipeName(name), pipe(name, receiveBufferBytes) {}
+    SimulatorListener(std::uint16_t port, int receiveBufferBytes) : socket(port, receiveBufferBytes) {}
+    SimulatorListener(const std::string& pipeName, int receiveBufferBytes)
+        : pipeName(pipeName), pipe(pipeName, receiveBufferBytes) {}
 
     bool listening() const { return isPipe() ? pipe.valid() : socket.valid(); }
     /// False with the reason in `error`. Later calls listen where the first one did.
@@ -29,15 +29,13 @@ public:
 
     /// Where clients reach it, once it has listened.
     SimConnectEndpoint endpoint() const;
-    /// What to wait for; none: it has to be looked at from time to time.
+    /// What to wait for. None: nothing ends a wait, so `accept` must be called from time to time.
     std::optional<SocketInterest> interest() const;
 
 private:
     bool isPipe() const { return !pipeName.empty(); }
 
     std::string pipeName;
-    std::uint16_t wantedPort = 0;
-    int receiveBuffer = 0;
-    Socket socket;
+    SocketListener socket;
     PipeListener pipe;
 };

@@ -1,7 +1,6 @@
 #include "simulation/simulator/simulator_server.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace {
@@ -13,8 +12,7 @@ constexpr std::chrono::milliseconds longWait{1000};
 
 } // namespace
 
-SimulatorServer::SimulatorServer(const VirtualSimulatorOptions& simulatorOptions)
-    : options(simulatorOptions), wakeSocket(makeWakeSocket()) {
+SimulatorServer::SimulatorServer(const VirtualSimulatorOptions& simulatorOptions) : options(simulatorOptions) {
     shared.areas.setListener([this](const ClientDataArea& area, std::span<const std::uint8_t> before,
                                     std::uint32_t session) { areaWritten(area, before, session); });
     shared.setAircraftVariable = [this](std::string_view name, double value) { setAircraftVariable(name, value); };
@@ -50,7 +48,7 @@ void SimulatorServer::stop() {
     if (!running.exchange(false)) {
         return;
     }
-    wake();
+    wakeSocket.wake();
     thread.join();
     control([this] {
         forEachSession([](SimulatorSession& session) { session.link().reset(); });
@@ -66,11 +64,6 @@ void SimulatorServer::stop() {
 SimConnectEndpoint SimulatorServer::endpoint() const {
     const std::lock_guard lock(mutex);
     return listener.endpoint();
-}
-
-void SimulatorServer::wake() {
-    const std::array<std::uint8_t, 1> byte{};
-    wakeSocket.send(byte);
 }
 
 void SimulatorServer::setRefusing(bool refuse) {
@@ -126,7 +119,7 @@ std::chrono::milliseconds SimulatorServer::interests(std::vector<SocketInterest>
     std::unique_lock lock(mutex);
     turned.wait(lock, [this] { return controls == 0; });
     polling = true;
-    wanted.assign(1, {wakeSocket.number(), true, false});
+    wanted.assign(1, {wakeSocket.handle(), true, false});
     bool flowing = false;
     bool timed = !behaviour.refusing && !listener.listening();
     const auto want = [&](const std::optional<SocketInterest>& interest) {
@@ -158,9 +151,7 @@ std::chrono::milliseconds SimulatorServer::interests(std::vector<SocketInterest>
 }
 
 void SimulatorServer::turn() {
-    std::array<std::uint8_t, 64> wakes{};
-    while (wakeSocket.receive(wakes).status == TransferStatus::Done) {
-    }
+    wakeSocket.drain();
     const std::lock_guard lock(mutex);
     polling = false;
     turned.notify_all();

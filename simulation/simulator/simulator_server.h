@@ -4,8 +4,9 @@
 #include "simulation/simulator/simulator_listener.h"
 #include "simulation/simulator/simulator_records.h"
 #include "simulation/simulator/simulator_session.h"
+#include "simulation/simulator/socket_wait.h"
 #include "simulation/simulator/virtual_simulator.h"
-#include "wire/socket.h"
+#include "simulation/simulator/wake_socket.h"
 
 #include <atomic>
 #include <chrono>
@@ -46,7 +47,7 @@ public:
     void control(const Action& action) {
         std::unique_lock lock(mutex);
         ++controls;
-        wake();
+        wakeSocket.wake();
         turned.wait(lock, [this] { return !polling; });
         action();
         noteEnds();
@@ -54,7 +55,7 @@ public:
         lock.unlock();
         turned.notify_all();
         // The thread delivers the records.
-        wake();
+        wakeSocket.wake();
     }
 
     // Only inside `control`.
@@ -85,7 +86,6 @@ private:
     void run();
     void turn();
     std::chrono::milliseconds interests(std::vector<SocketInterest>& wanted);
-    void wake();
 
     // These need the mutex.
     void listenAgain();
@@ -99,7 +99,7 @@ private:
     std::thread thread;
     std::atomic<bool> running{false};
     /// Ends the thread's wait. Never replaced, so that any thread may send on it.
-    const Socket wakeSocket;
+    const WakeSocket wakeSocket;
 
     /// Guards the members below.
     mutable std::mutex mutex;

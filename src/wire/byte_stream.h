@@ -20,34 +20,30 @@ public:
     bool valid() const {
         return std::visit([](const auto& kind) { return kind.valid(); }, end);
     }
-    /// Hands over as many bytes as the system takes. A send that would block may have begun: its bytes must be the
-    /// first of the next.
+    /// Sends as many bytes as the system takes. WouldBlock may mean that the send has begun: the next send must start
+    /// with the same bytes.
     Transfer send(std::span<const std::uint8_t> bytes) {
         return std::visit([&](auto& kind) { return kind.send(bytes); }, end);
     }
     Transfer receive(std::span<std::uint8_t> bytes) {
         return std::visit([&](auto& kind) { return kind.receive(bytes); }, end);
     }
-    /// Waits until a receive would find something, be it the end, or the limit has passed. It may return earlier. Only
-    /// behind a receive that would block.
+    /// Waits until a receive would find something, the end included, or the limit has passed. May return earlier. Call
+    /// it only after a receive that returned WouldBlock.
     void awaitData(std::chrono::milliseconds limit) {
         std::visit([&](auto& kind) { kind.awaitData(limit); }, end);
     }
-    /// Tells the peer that nothing more will come; receiving goes on. False: only `close` can tell it, and what was
-    /// sent is then still received.
+    /// Ends this direction of the connection; receiving continues. False: it can't end alone. `close` ends both, and
+    /// the peer still receives what was sent before.
     bool endSending() {
         return std::visit([](auto& kind) { return kind.endSending(); }, end);
     }
     void close() {
         std::visit([](auto& kind) { kind.close(); }, end);
     }
-    /// Ends it as the death of a process does.
-    void reset() {
-        std::visit([](auto& kind) { kind.reset(); }, end);
-    }
     /// Whether the peer may see where each send begins and ends.
     bool keepsSendsApart() const { return std::holds_alternative<Pipe>(end); }
-    /// The socket to wait for; null when it is none.
+    /// Null when this isn't a socket.
     const Socket* socket() const { return std::get_if<Socket>(&end); }
 
 private:

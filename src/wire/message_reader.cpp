@@ -23,7 +23,7 @@ std::optional<std::span<std::uint8_t>> MessageReader::next() {
         return std::nullopt;
     }
     const std::size_t size = SimConnectWire::numberAt(waiting, 0);
-    if (size < smallest || size > largestMessage) {
+    if (size < smallestMessage || size > largestMessage) {
         isBroken = true;
         return std::nullopt;
     }

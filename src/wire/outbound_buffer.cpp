@@ -6,7 +6,7 @@ void OutboundBuffer::consume(std::size_t count) {
         bytes.clear();
         sent = 0;
     } else if (sent > bytes.size() / 2) {
-        // At most as many bytes move as have gone since the last time.
+        // Moves fewer bytes than were sent since the last move, so sending stays linear.
         bytes.erase(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(sent));
         sent = 0;
     }

@@ -5,10 +5,10 @@
 #include <span>
 #include <vector>
 
-/// Bytes that wait for a socket. Keeps its memory, so that a steady flow allocates nothing. One thread at a time.
+/// Bytes that wait to be sent. Keeps its memory, so a steady flow allocates nothing. Not synchronised.
 class OutboundBuffer {
 public:
-    /// New bytes are appended here.
+    /// Append new bytes here.
     std::vector<std::uint8_t>& tail() { return bytes; }
     std::span<const std::uint8_t> pending() const { return std::span(bytes).subspan(sent); }
     void consume(std::size_t count);

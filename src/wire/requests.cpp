@@ -8,8 +8,8 @@
 namespace SimConnectWire {
 namespace {
 
-// What a client of a protocol version says of itself in OPEN: the generation's name, back to front ("FSX", "KH", "SR"),
-// and the version and build of its library. Simulators check them against the protocol version.
+// What a client of a protocol version sends about itself in OPEN: the generation's name spelled backwards ("FSX", "KH",
+// "SR"), and the version and build of its library. Simulators check them against the protocol version.
 struct ClientLibrary {
     std::uint32_t protocol;
     std::uint32_t tag;
@@ -27,7 +27,7 @@ const ClientLibrary& clientLibraryOf(std::uint32_t protocol) {
     return found == clientLibraries.end() ? clientLibraries.front() : *found;
 }
 
-// Client data of one block is an array of one element, in the field that the C function calls reserved.
+// A block of client data is an array of one element. The count is in the field that the C function calls reserved.
 constexpr std::uint32_t singleElement = 1;
 
 void appendNumbers(Bytes& out, std::initializer_list<std::uint32_t> values) {
@@ -48,8 +48,8 @@ void appendName(Bytes& out, std::string_view name) {
 
 } // namespace
 
-bool fitsNameField(std::string_view name) {
-    return name.size() < nameFieldSize;
+bool isName(const char* text) {
+    return text != nullptr && std::string_view(text).size() < nameFieldSize;
 }
 
 void appendNumber(Bytes& out, std::uint32_t value) {

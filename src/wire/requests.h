@@ -1,7 +1,7 @@
 #pragma once
 
-// The requests of the simulator's network protocol, byte by byte. Each function appends one whole request to `out`. All
-// numbers are little-endian; names lie in fixed, zero-padded fields.
+// The requests of the simulator's network protocol, byte by byte. Each function appends one whole request to `out`.
+// Numbers are little-endian; names are in fixed, zero-padded fields. A name must satisfy `isName`.
 
 #include <array>
 #include <cstddef>
@@ -12,14 +12,14 @@
 
 namespace SimConnectWire {
 
-/// The versions of the protocol that a client can open a session with, in the order in which it tries them. Every
-/// simulator known takes the first; its requests and messages are the same in all of them.
+/// The protocol versions that a client opens a session with, in the order in which it tries them. Every known simulator
+/// takes the first. Requests and messages are the same in all of them.
 constexpr std::array<std::uint32_t, 3> protocolVersions{4, 5, 6};
 /// Size, protocol version, type and send id.
 constexpr std::size_t requestHeadSize = 16;
-/// A name's field. A name must be shorter, so that its field ends in a zero byte.
+/// The size of a name's field, its final zero byte included.
 constexpr std::size_t nameFieldSize = 256;
-/// The largest client data area, so no block of client data is longer.
+/// The size of the largest client data area, so no block of client data is longer.
 constexpr std::size_t maximumClientData = 8192;
 /// Every request's type has these bits set.
 constexpr std::uint32_t requestTypeMark = 0xF0000000U;
@@ -53,7 +53,7 @@ enum RequestType : std::uint32_t {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// What a request's head holds besides its size and type.
+/// What a request's head has besides size and type.
 struct RequestHead {
     /// Counts a session's requests.
     std::uint32_t sendId = 0;
@@ -61,8 +61,8 @@ struct RequestHead {
     std::uint32_t protocol = protocolVersions.front();
 };
 
-/// Whether a name fits its field.
-bool fitsNameField(std::string_view name);
+/// Whether a text can be sent as a name: it isn't null and fits its field.
+bool isName(const char* text);
 
 void appendOpen(Bytes& out, RequestHead head, std::string_view applicationName);
 void appendAddToDataDefinition(Bytes& out, RequestHead head, std::uint32_t definitionId, std::string_view datumName,
@@ -83,9 +83,9 @@ void appendRequestClientData(Bytes& out, RequestHead head, std::uint32_t clientD
 void appendSetClientData(Bytes& out, RequestHead head, std::uint32_t clientDataId, std::uint32_t definitionId,
                          std::uint32_t flags, std::span<const std::uint8_t> data);
 
-/// Appends a number in the wire's order.
+/// Appends a little-endian number.
 void appendNumber(Bytes& out, std::uint32_t value);
-/// Reads one back; the bytes must be there.
+/// Reads one back. `bytes` must have all four of its bytes.
 std::uint32_t numberAt(std::span<const std::uint8_t> bytes, std::size_t offset);
 
 } // namespace SimConnectWire

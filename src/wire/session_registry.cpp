@@ -14,7 +14,7 @@ SimConnectHandle SessionRegistry::add(std::shared_ptr<WireSession> session) {
     const std::lock_guard lock(mutex);
     ++lastHandle;
     sessions.emplace(lastHandle, std::move(session));
-    // The number only looks like a pointer, as the interface wants it; nobody follows it.
+    // The interface wants a pointer. It is only a number, which nobody dereferences.
     return reinterpret_cast<SimConnectHandle>(lastHandle); // NOLINT(performance-no-int-to-ptr)
 }
 
@@ -33,4 +33,9 @@ std::shared_ptr<WireSession> SessionRegistry::remove(SimConnectHandle handle) {
     std::shared_ptr<WireSession> session = std::move(found->second);
     sessions.erase(found);
     return session;
+}
+
+SessionRegistry& openSessions() {
+    static SessionRegistry sessions;
+    return sessions;
 }

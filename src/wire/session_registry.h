@@ -8,8 +8,8 @@
 #include <mutex>
 #include <unordered_map>
 
-/// The open sessions by handle. A handle is a number that is given once and never again, so that a call on a closed one
-/// finds nothing, and a call under way keeps the session that it found.
+/// The open sessions by handle. No number is given twice, so a call on a closed handle finds nothing. A call under way
+/// keeps the session that it found. Any thread may call any member.
 class SessionRegistry {
 public:
     SimConnectHandle add(std::shared_ptr<WireSession> session);
@@ -18,7 +18,11 @@ public:
     std::shared_ptr<WireSession> remove(SimConnectHandle handle);
 
 private:
+    /// Guards the members below.
     mutable std::mutex mutex;
     std::unordered_map<std::uintptr_t, std::shared_ptr<WireSession>> sessions;
     std::uintptr_t lastHandle = 0;
 };
+
+/// The process's sessions. The C interface has only handles to free functions, so its sessions are global.
+SessionRegistry& openSessions();

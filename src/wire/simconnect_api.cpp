@@ -1,90 +1,32 @@
 #include "simconnect/simconnect_api.h"
 
+#include "wire/cfg_folders.h"
 #include "wire/requests.h"
 #include "wire/session_registry.h"
 #include "wire/simconnect_open.h"
-#include "wire/wire_session.h"
 
 #include <memory>
-#include <utility>
 
 namespace {
 
-constexpr std::chrono::seconds connectLimit{5};
-// A simulator makes room for its next client at once; a pipe that is taken for longer has all the clients it wants.
-constexpr std::chrono::seconds busyPipeLimit{1};
-
-// The interface is one of free functions on handles, so what they stand for has to live somewhere.
-SessionRegistry& registry() {
-    static SessionRegistry sessions;
-    return sessions;
-}
-
-bool isName(const char* text) {
-    return text != nullptr && SimConnectWire::fitsNameField(text);
-}
-
 template <typename Encode>
 SimConnectResult request(SimConnectHandle handle, const Encode& encode) {
-    const std::shared_ptr<WireSession> session = registry().find(handle);
+    const std::shared_ptr<WireSession> session = openSessions().find(handle);
     return session == nullptr ? simConnectInvalidArgument : session->request(encode);
-}
-
-ByteStream connectTo(const SimConnectEndpoint& endpoint) {
-    if (!endpoint.pipe.empty()) {
-        return connectPipe(endpoint.address, endpoint.pipe, busyPipeLimit);
-    }
-    return connectSocket(endpoint.address, endpoint.port, endpoint.family, connectLimit);
 }
 
 } // namespace
 
-SimConnectResult simConnectOpenAt(SimConnectHandle* handle, const char* name, const SimConnectEndpoint& endpoint,
-                                  SimConnectOpenLimits limits) {
-    if (handle == nullptr || !isName(name)) {
-        return simConnectInvalidArgument;
-    }
-    *handle = nullptr;
-    for (const std::uint32_t protocol : SimConnectWire::protocolVersions) {
-        ByteStream stream = connectTo(endpoint);
-        if (!stream.valid()) {
-            break;
-        }
-        auto session = std::make_shared<WireSession>(std::move(stream), SessionLimits{}, protocol);
-        const OpenOutcome outcome = session->open(name, limits.answer);
-        if (outcome == OpenOutcome::Usable) {
-            *handle = registry().add(std::move(session));
-            return simConnectOk;
-        }
-        if (outcome == OpenOutcome::Refused) {
-            break;
-        }
-    }
-    return simConnectFail;
-}
-
-SimConnectResult simConnectOpenAtFirst(SimConnectHandle* handle, const char* name, const SimConnectEndpoints& endpoints,
-                                       SimConnectOpenLimits limits) {
-    SimConnectResult result = simConnectFail;
-    for (const SimConnectEndpoint& endpoint : endpoints) {
-        result = simConnectOpenAt(handle, name, endpoint, limits);
-        if (result != simConnectFail) {
-            break;
-        }
-    }
-    return result;
-}
-
-// The window and the event object are for clients that want to be woken; this library is polled.
+// Clients that want to be woken pass a window or an event object; this library is polled.
 SimConnectResult SimConnect_Open(SimConnectHandle* handle, const char* name, void* /*window*/,
                                  std::uint32_t /*userEvent*/, void* /*eventHandle*/, std::uint32_t configIndex) {
     SimConnectEndpoints endpoints;
-    const SimConnectResult found = findSimConnectEndpoints({executableFolder(), homeFolder()}, configIndex, endpoints);
+    const SimConnectResult found = findSimConnectEndpoints(simConnectCfgFolders(), configIndex, endpoints);
     return found == simConnectOk ? simConnectOpenAtFirst(handle, name, endpoints) : found;
 }
 
 SimConnectResult SimConnect_Close(SimConnectHandle handle) {
-    const std::shared_ptr<WireSession> session = registry().remove(handle);
+    const std::shared_ptr<WireSession> session = openSessions().remove(handle);
     if (session == nullptr) {
         return simConnectInvalidArgument;
     }
@@ -93,7 +35,7 @@ SimConnectResult SimConnect_Close(SimConnectHandle handle) {
 }
 
 SimConnectResult SimConnect_CallDispatch(SimConnectHandle handle, SimConnectDispatchProc proc, void* context) {
-    const std::shared_ptr<WireSession> session = registry().find(handle);
+    const std::shared_ptr<WireSession> session = openSessions().find(handle);
     if (session == nullptr || proc == nullptr) {
         return simConnectInvalidArgument;
     }
@@ -103,9 +45,9 @@ SimConnectResult SimConnect_CallDispatch(SimConnectHandle handle, SimConnectDisp
 SimConnectResult SimConnect_AddToDataDefinition(SimConnectHandle handle, std::uint32_t definitionId,
                                                 const char* datumName, const char* unitsName, std::uint32_t datumType,
                                                 float epsilon, std::uint32_t datumId) {
-    // Variables without a unit are told with none.
+    // A variable without a unit, such as a text, is requested with none.
     const char* const units = unitsName == nullptr ? "" : unitsName;
-    if (!isName(datumName) || !isName(units)) {
+    if (!SimConnectWire::isName(datumName) || !SimConnectWire::isName(units)) {
         return simConnectInvalidArgument;
     }
     return request(handle, [&](auto& out, auto head) {
@@ -128,7 +70,7 @@ SimConnectResult SimConnect_MapClientEventToSimEvent(SimConnectHandle handle, st
                                                      const char* eventName) {
     // An event without a name is the client's own.
     const char* const name = eventName == nullptr ? "" : eventName;
-    if (!isName(name)) {
+    if (!SimConnectWire::isName(name)) {
         return simConnectInvalidArgument;
     }
     return request(handle, [&](auto& out, auto head) {
@@ -145,7 +87,7 @@ SimConnectResult SimConnect_TransmitClientEvent(SimConnectHandle handle, std::ui
 
 SimConnectResult SimConnect_MapClientDataNameToID(SimConnectHandle handle, const char* name,
                                                   std::uint32_t clientDataId) {
-    if (!isName(name)) {
+    if (!SimConnectWire::isName(name)) {
         return simConnectInvalidArgument;
     }
     return request(handle, [&](auto& out, auto head) {

@@ -45,7 +45,7 @@ std::optional<Number> wholeNumber(std::string_view text) {
     return number;
 }
 
-// The configuration index of a section's name without its brackets; none for the sections of others.
+// The configuration index in a section's name without its brackets. None: not one of SimConnect's sections.
 std::optional<std::uint32_t> sectionIndex(std::string_view name) {
     const std::string lower = lowered(trimmed(name));
     if (lower == sectionName) {
@@ -78,7 +78,7 @@ void readKey(std::string_view line, Keys& keys) {
     }
 }
 
-// The keys of a configuration index; none when there is no such section.
+// The keys of a configuration index. None: no such section.
 std::optional<Keys> sectionKeys(std::string_view text, std::uint32_t configIndex) {
     std::optional<Keys> keys;
     bool inside = false;
@@ -100,12 +100,12 @@ std::string valueOf(const Keys& keys, std::string_view name) {
     return found == keys.end() ? std::string() : found->second;
 }
 
-// A dot is the local machine in the notation of pipes.
+// In a pipe's path a dot is the local machine.
 bool isLocal(std::string_view address) {
     return address.empty() || address == ".";
 }
 
-// What is told of an endpoint besides its protocol.
+// What a section says about an endpoint besides its protocol.
 struct Place {
     std::string address;
     std::string port;
@@ -129,7 +129,7 @@ Endpoint tcpEndpoint(const Place& place, AddressFamily family) {
     return endpoint.port == 0 ? std::nullopt : Endpoint(endpoint);
 }
 
-// This machine by the names of TCP, which would send a pipe's opening round through the network.
+// TCP's names for this machine. In a pipe's path they would send the opening of a local pipe through the network.
 bool isLoopback(std::string_view address) {
     return address == "127.0.0.1" || address == "::1" || lowered(address) == "localhost";
 }
@@ -139,7 +139,7 @@ bool isThisMachine(std::string_view address) {
 }
 
 Endpoint pipeEndpoint(const Place& place) {
-    // With a separator it would be another kind of path, and maybe a file's.
+    // A separator in the host would make it a different path, maybe that of a file.
     if (place.address.find_first_of("/\\") != std::string::npos) {
         return std::nullopt;
     }
@@ -159,7 +159,7 @@ SimConnectEndpoints endpointsOf(std::string_view protocol, const Place& place) {
             endpoints.push_back(*endpoint);
         }
     };
-    // Another machine's pipe is waited for as long as the system likes, so it is tried only when asked for by name.
+    // Opening another machine's pipe may take as long as the system likes, so only an explicit Protocol=Pipe tries it.
     if (lower == "pipe" || (all && isThisMachine(place.address))) {
         add(pipeEndpoint(place));
     }
@@ -200,7 +200,7 @@ SimConnectResult findSimConnectEndpoints(const std::vector<std::string>& folders
         return simConnectOk;
     }
     for (const std::string& folder : folders) {
-        // No folder is one that couldn't be told; the root must not stand in for it.
+        // An unknown folder is empty. Its file name must not become one in the root.
         std::ifstream file(folder + "/SimConnect.cfg", std::ios::binary);
         if (!folder.empty() && file) {
             const std::string text{std::istreambuf_iterator<char>(file), {}};

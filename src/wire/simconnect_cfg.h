@@ -19,27 +19,29 @@ struct SimConnectEndpoint {
     std::string pipe = {};
 };
 
-/// One or more, in the order in which they are tried.
+/// One or more, in the order in which a client tries them.
 using SimConnectEndpoints = std::vector<SimConnectEndpoint>;
 
 /// The pipe that the simulator makes for local clients.
 inline constexpr std::string_view simConnectPipe = R"(Microsoft Flight Simulator\SimConnect)";
 
-/// The configuration index that asks for the local simulator, whatever SimConnect.cfg says.
+/// The configuration index that means the local simulator, whatever SimConnect.cfg says.
 constexpr std::uint32_t simConnectLocalIndex = 0xFFFFFFFFU;
 
-/// The simulator of this machine: on its pipe where there are pipes, else by TCP.
+/// This machine's simulator: on its pipe where the system has pipes, else by TCP.
 SimConnectEndpoints localSimConnectEndpoints();
 
-/// Reads the endpoints of a configuration index from the text of a SimConnect.cfg: an INI file whose section
-/// [SimConnect] is index 0 and [SimConnect.N] index N, with the keys Protocol (Pipe, Ipv4, Ipv6, Auto), Address and
-/// Port, of which each may be missing. A pipe's Port is its name. Auto, also when Protocol is missing, is the pipe,
-/// if the address is this machine's, then IPv6, then IPv4; a Port that is no number leaves only the pipe. Sections and
-/// keys are found in any case; of two the first counts. simConnectInvalidArgument: there is no such section.
-/// simConnectFail: there is one, but it tells nothing that can be reached (an unknown protocol, a port or a pipe's host
-/// that is none). `endpoints` is then unchanged.
+/// Reads the endpoints of a configuration index from the text of a SimConnect.cfg. It is an INI file whose section
+/// [SimConnect] is index 0 and [SimConnect.N] index N. Each of the keys may be missing: Protocol (Pipe, Ipv4, Ipv6,
+/// Auto), Address, and Port, which for a pipe is its name. Auto, the default, is the pipe if the address is this
+/// machine's, then IPv6, then IPv4; with a Port that is no number it is the pipe alone. Sections and keys match in any
+/// case, and the first of two counts.
+///
+/// simConnectInvalidArgument: there is no such section. simConnectFail: there is one, but no endpoint comes of it,
+/// because of an unknown protocol or an invalid port or pipe host. Both leave `endpoints` unchanged.
 SimConnectResult parseSimConnectCfg(std::string_view text, std::uint32_t configIndex, SimConnectEndpoints& endpoints);
 
-/// Reads them from the first SimConnect.cfg in these folders. None there, or simConnectLocalIndex: the local simulator.
+/// Reads them from the first SimConnect.cfg in these folders. Without one, or with simConnectLocalIndex, they are the
+/// local simulator's.
 SimConnectResult findSimConnectEndpoints(const std::vector<std::string>& folders, std::uint32_t configIndex,
                                          SimConnectEndpoints& endpoints);

@@ -6,28 +6,28 @@
 #include <chrono>
 
 struct SimConnectOpenLimits {
-    /// How long to wait for the first answer. A simulator that refuses a session does so at once. One that starts up
-    /// may take 20 seconds to agree, so silence counts as success and the wait needn't be longer.
+    /// How long to wait for the first answer. A simulator that refuses a session does so at once, but one that is
+    /// starting up may take 20 seconds to agree. So silence counts as success, and a longer wait would gain nothing.
     std::chrono::milliseconds answer{250};
 };
 
-/// SimConnect_Open at a given endpoint, with no look at SimConnect.cfg. Waits up to 5 seconds for a TCP connection, or
-/// 1 second for a pipe that is taken by others, and then for the simulator's first answer: an exception or the
-/// connection's end within the limit is a failure, silence is not. What arrived meanwhile, the answer too, is handed
-/// out by the first dispatch. On VERSION_MISMATCH it connects again with the next version of the protocol.
+/// SimConnect_Open at a given endpoint, whatever SimConnect.cfg says. Waits up to 5 seconds for a TCP connection, or
+/// 1 second for a pipe that is busy, and then for the simulator's first answer: an exception or the connection's end
+/// within the limit is a failure, silence is not. The first dispatch hands out whatever arrived meanwhile, the answer
+/// included. On VERSION_MISMATCH it connects again with the next protocol version.
 ///
-/// A simulator that answers VERSION_MISMATCH later than the limit leaves a session that is open and mute until the
-/// simulator ends it: the requests sent meanwhile can't be taken back, so no other version is tried.
+/// When VERSION_MISMATCH comes after the limit, the session stays open and mute until the simulator ends it. No other
+/// version is tried then, since the requests sent meanwhile can't be taken back.
 ///
-/// simConnectFail: nobody listens there, or no session was given.
+/// simConnectFail: nobody listens there, or the simulator gave no session.
 ///
-/// No later call ever waits for the simulator, except that the loss of a pipe may take up to a second: requests that it
-/// doesn't take wait in memory, and a stall of some seconds costs none of them. One that takes no byte for 30 seconds,
-/// or leaves more than 16 MiB waiting, is given up; from then on calls fail with simConnectRemoteDisconnect. A call on
-/// a handle that is closed, or never was one, fails with simConnectInvalidArgument.
+/// No later call waits for the simulator, except that the loss of a pipe may take up to a second. Requests that the
+/// simulator doesn't take wait in memory, so a stall of some seconds loses none of them. When it takes no byte for
+/// 30 seconds, or more than 16 MiB are waiting, the session gives up, and calls fail with simConnectRemoteDisconnect. A
+/// call on a closed or invalid handle fails with simConnectInvalidArgument.
 SimConnectResult simConnectOpenAt(SimConnectHandle* handle, const char* name, const SimConnectEndpoint& endpoint,
                                   SimConnectOpenLimits limits = {});
 
-/// The same at the first of these endpoints that gives a session.
+/// Tries the endpoints in turn and opens the session at the first one that gives one.
 SimConnectResult simConnectOpenAtFirst(SimConnectHandle* handle, const char* name, const SimConnectEndpoints& endpoints,
                                        SimConnectOpenLimits limits = {});

@@ -3,11 +3,11 @@
 #include <cstddef>
 
 enum class TransferStatus {
-    /// `count` bytes went or came, at least one.
+    /// Moved `count` bytes, at least one.
     Done,
-    /// Nothing can go or come just now.
+    /// Nothing can be moved now.
     WouldBlock,
-    /// The peer closed its side in order; only a receive says so.
+    /// The peer ended its side in order. Only a receive reports it.
     Ended,
     /// The connection is broken.
     Failed,

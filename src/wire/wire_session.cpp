@@ -13,12 +13,12 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t initialBacklog = 64UL * 1024UL;
 constexpr std::size_t readPiece = 64UL * 1024UL;
-// Keeps one dispatch finite however fast a simulator sends; the rest comes with the next.
+// Ends a dispatch however fast the simulator sends. The next one reads on.
 constexpr std::size_t readsPerDispatch = 16;
 
 constexpr std::uint32_t versionMismatch = 5;
 
-// Nothing but OPEN has been sent, so an exception is about it. Anything else comes from a simulator that has agreed.
+// OPEN is the only request so far, so an exception is about it. A simulator sends anything else only once it agrees.
 OpenOutcome outcomeOf(std::span<const std::uint8_t> firstMessage) {
     if (SimConnectWire::numberAt(firstMessage, offsetof(SimConnectRecv, dwID)) != simConnectRecvException) {
         return OpenOutcome::Usable;
@@ -29,11 +29,11 @@ OpenOutcome outcomeOf(std::span<const std::uint8_t> firstMessage) {
                : OpenOutcome::Refused;
 }
 
-// The session whose dispatch this is, left also when the callback throws.
+// Lets one dispatch at a time into a session. Lets the next one in even when the callback throws.
 class DispatchTurn {
 public:
-    explicit DispatchTurn(std::atomic<bool>& dispatchFlag)
-        : flag(dispatchFlag), taken(!flag.exchange(true, std::memory_order_acquire)) {}
+    explicit DispatchTurn(std::atomic<bool>& flag)
+        : flag(flag), taken(!flag.exchange(true, std::memory_order_acquire)) {}
     ~DispatchTurn() {
         if (taken) {
             flag.store(false, std::memory_order_release);
@@ -51,8 +51,8 @@ private:
 
 } // namespace
 
-WireSession::WireSession(ByteStream connected, SessionLimits sessionLimits, std::uint32_t protocol)
-    : limits(sessionLimits), protocolVersion(protocol), stream(std::move(connected)) {
+WireSession::WireSession(ByteStream stream, SessionLimits limits, std::uint32_t protocolVersion)
+    : limits(limits), protocolVersion(protocolVersion), stream(std::move(stream)) {
     outbound.tail().reserve(initialBacklog);
 }
 
@@ -94,7 +94,7 @@ SimConnectResult WireSession::stateResult() const {
     return simConnectRemoteDisconnect;
 }
 
-// A simulator may read its pipe by messages, of which each send makes one.
+// A simulator may read its pipe message by message, and each send makes one message. So a pipe gets one request a send.
 std::span<const std::uint8_t> WireSession::nextPiece() const {
     const auto pending = outbound.pending();
     return stream.keepsSendsApart()
@@ -118,7 +118,7 @@ void WireSession::flush() {
     }
 }
 
-// Counts the wait from the first flush that was refused: when the flow before it stood still isn't known.
+// Measures the stall from the first send that would block. Nothing shows when the simulator really stopped reading.
 void WireSession::checkBacklog() {
     const Clock::time_point now = Clock::now();
     if (!waiting) {
@@ -173,7 +173,7 @@ SimConnectResult WireSession::dispatchExclusively(SimConnectDispatchProc proc, v
     if (inbound.broken() && state != State::Closed) {
         lose();
     }
-    // What the simulator sent just before it went is a success of its own.
+    // The simulator's last messages are a success, also when the link is already lost. The next call reports that.
     if (count > 0 || state == State::SendingFailed) {
         return simConnectOk;
     }
@@ -184,7 +184,7 @@ void WireSession::close() {
     const std::lock_guard lock(mutex);
     flush();
     if (state == State::Open && stream.endSending()) {
-        // Closing over unread bytes would reset the connection, and the last requests could be lost with it.
+        // Closing a socket with unread bytes resets the connection, which may lose the last requests.
         std::array<std::uint8_t, 4096> unread{};
         for (std::size_t reads = 0; reads < readsPerDispatch; ++reads) {
             if (stream.receive(unread).status != TransferStatus::Done) {

@@ -12,25 +12,25 @@
 #include <cstdint>
 #include <mutex>
 
-/// When a simulator that stops reading is given up. A stall below both costs nothing: what was sent meanwhile waits.
+/// When a session gives up a simulator that stops reading. A stall below both limits loses nothing: requests wait.
 struct SessionLimits {
-    /// It took no byte for so long although some were waiting. A simulator that loads an aircraft stalls for seconds.
+    /// How long it may take no byte while some are waiting. A simulator that loads an aircraft stalls for seconds.
     std::chrono::milliseconds stall{30000};
-    /// So many bytes are waiting: hours of a busy cockpit.
+    /// How many bytes may wait. This many are hours of a busy cockpit.
     std::size_t backlog = 16UL * 1024UL * 1024UL;
 };
 
-/// What a simulator made of the request to open a session.
+/// What a simulator answered to the request to open a session.
 enum class OpenOutcome {
-    /// It agreed, or has said nothing yet.
+    /// It agreed, or hasn't answered yet.
     Usable,
-    /// It doesn't speak the session's version of the protocol; it may speak another.
+    /// It doesn't speak the session's protocol version. It may speak another.
     VersionMismatch,
     /// It refused with another exception, or ended the connection.
     Refused,
 };
 
-/// Hands the reader's whole messages to `proc` in order, for as long as `proceed` holds. Returns how many.
+/// Hands the reader's whole messages to `proc` in order while `proceed()` is true. Returns how many.
 template <typename Proceed>
 std::size_t handOutMessages(MessageReader& reader, SimConnectDispatchProc proc, void* context, const Proceed& proceed) {
     std::size_t count = 0;
@@ -45,21 +45,20 @@ std::size_t handOutMessages(MessageReader& reader, SimConnectDispatchProc proc, 
     return count;
 }
 
-/// One connection to a simulator. Has no thread: it moves bytes when it is called, as far as the connection takes them,
-/// and never blocks. Any thread may call any member.
+/// One connection to a simulator. It has no thread and never blocks: each call moves as many bytes as the connection
+/// takes. Any thread may call any member.
 class WireSession {
 public:
-    /// All requests are made in this version of the protocol.
-    explicit WireSession(ByteStream connected, SessionLimits sessionLimits = {},
-                         std::uint32_t protocol = SimConnectWire::protocolVersions.front());
+    /// All requests carry this protocol version.
+    explicit WireSession(ByteStream stream, SessionLimits limits = {},
+                         std::uint32_t protocolVersion = SimConnectWire::protocolVersions.front());
 
-    /// Sends OPEN under this name, which fits its field, and waits up to the limit for the first message. Whatever
-    /// arrived meanwhile is handed out by the first dispatch. Only as the first call, before other threads have the
-    /// session.
+    /// Sends OPEN with this name, which satisfies `isName`, and waits up to the limit for the first message. The first
+    /// dispatch hands out whatever arrived meanwhile. Must be the first call, before other threads have the session.
     OpenOutcome open(const char* name, std::chrono::milliseconds answerLimit);
 
-    /// Appends a request, made by `encode(bytes, head)`, and sends what the connection takes.
-    /// simConnectRemoteDisconnect: the link is lost. simConnectInvalidArgument: the session is closed.
+    /// Appends the request that `encode(bytes, head)` makes, and sends as much as the connection takes. Returns
+    /// simConnectRemoteDisconnect when the link is lost, simConnectInvalidArgument when the session is closed.
     template <typename Encode>
     SimConnectResult request(const Encode& encode) {
         const std::lock_guard lock(mutex);
@@ -71,19 +70,19 @@ public:
         return stateResult();
     }
 
-    /// Sends what waits, reads what has come, and hands it to `proc` with no lock held. What came before the link's end
-    /// is handed out first, with success; only a call that finds nothing more reports the loss. A call from inside
-    /// `proc`, or from another thread meanwhile, does nothing and succeeds.
+    /// Sends what waits, reads what has come, and hands it to `proc` with no lock held. Messages from before the link's
+    /// end come first, with success; only a call that finds none reports the loss. A call from inside `proc`, or from
+    /// another thread meanwhile, does nothing and succeeds.
     SimConnectResult dispatch(SimConnectDispatchProc proc, void* context);
 
-    /// Sends what the connection still takes and ends the connection in order. Messages not yet handed out are dropped;
-    /// only a call of `proc` that another thread is in goes on to its end.
+    /// Sends what the connection still takes, then ends it in order. Drops the messages not yet handed out. A call of
+    /// `proc` that another thread is in still runs to its end.
     void close();
 
 private:
     enum class State {
         Open,
-        /// The simulator takes nothing more, but what it sent before may still be waiting.
+        /// The simulator takes nothing more, but its last messages may still be waiting.
         SendingFailed,
         Lost,
         Closed,
@@ -106,14 +105,14 @@ private:
     std::atomic<bool> dispatching{false};
     MessageReader inbound{sizeof(SimConnectRecv)};
 
-    /// Guards the members below. Held for one send or for the reads of one dispatch, which never wait; only the loss of
-    /// a pipe may take up to a second. `open` holds it while it waits, when nobody else has the session.
+    /// Guards the members below. Held for one send or for the reads of one dispatch, which don't wait; only the loss of
+    /// a pipe may take up to a second. `open` holds it while it waits, but then no other thread has the session.
     std::mutex mutex;
     ByteStream stream;
     std::atomic<State> state{State::Open};
     OutboundBuffer outbound;
     std::uint32_t nextSendId = 1;
-    /// When the waiting bytes began to wait, or some last went.
+    /// When bytes began to wait, or the simulator last took some.
     std::chrono::steady_clock::time_point lastProgress{};
     bool waiting = false;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "simulation/simulator/simulator_listener.h"
+#include "simulation/simulator/stream_reset.h"
 #include "tests/support/transport.h"
 #include "tests/support/wait_until.h"
 #include "wire/simconnect_cfg.h"
@@ -16,7 +17,7 @@
 
 using PeerBytes = std::vector<std::uint8_t>;
 
-/// A listener on loopback or a pipe that knows no protocol: the test sends and reads each byte itself.
+/// A listener on loopback or a pipe that knows no protocol: the test sends and reads every byte itself.
 class LoopbackPeer {
 public:
     explicit LoopbackPeer(Transport transport = Transport::Tcp, int receiveBuffer = 0)
@@ -35,7 +36,7 @@ public:
         });
     }
 
-    /// The next `size` bytes; fewer when the connection ends before, or they don't come.
+    /// The next `size` bytes; fewer when the connection ends before them, or they don't come.
     PeerBytes read(std::size_t size) {
         PeerBytes bytes;
         waitUntil([&] { return readSome(bytes, size) || bytes.size() == size; });
@@ -58,11 +59,11 @@ public:
     }
 
     void close() { connection.close(); }
-    void reset() { connection.reset(); }
+    void reset() { resetStream(connection); }
     void stopListening() { listener.close(); }
 
 private:
-    // Reads what is there, up to a whole of `size`; true at the connection's end.
+    // Reads what is there until `bytes` has `size`; true at the connection's end.
     bool readSome(PeerBytes& bytes, std::size_t size) {
         while (bytes.size() < size) {
             std::array<std::uint8_t, 4096> piece{};
@@ -81,7 +82,7 @@ private:
     ByteStream connection;
 };
 
-/// Words in the wire's order.
+/// Little-endian 32-bit words.
 inline PeerBytes wireWords(std::initializer_list<std::uint32_t> words) {
     PeerBytes bytes;
     for (const std::uint32_t word : words) {
@@ -92,9 +93,25 @@ inline PeerBytes wireWords(std::initializer_list<std::uint32_t> words) {
     return bytes;
 }
 
-/// A message of the simulator's, with its head.
+/// A name in its field of 256 bytes.
+inline PeerBytes nameField(const std::string& name) {
+    PeerBytes field(name.begin(), name.end());
+    field.resize(256);
+    return field;
+}
+
+/// A message of the simulator, with its head.
 inline PeerBytes simulatorMessage(std::uint32_t id, const PeerBytes& body = {}) {
     PeerBytes message = wireWords({static_cast<std::uint32_t>(12 + body.size()), 4, id});
     message.insert(message.end(), body.begin(), body.end());
     return message;
+}
+
+/// The bytes of all of them, one behind the other.
+inline PeerBytes joined(std::initializer_list<PeerBytes> parts) {
+    PeerBytes bytes;
+    for (const PeerBytes& part : parts) {
+        bytes.insert(bytes.end(), part.begin(), part.end());
+    }
+    return bytes;
 }

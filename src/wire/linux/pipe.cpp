@@ -1,13 +1,13 @@
-// Systems whose pipes don't reach a simulator: a simulator runs in a Windows of its own, whose pipes end there.
+// A simulator's pipes exist only in the Windows that it runs in, so no pipe reaches it from here.
 
 #include "wire/pipe.h"
 
 #include <utility>
 
-struct Pipe::Native {};
+class NativePipe {};
 
 Pipe::Pipe() = default;
-Pipe::Pipe(std::unique_ptr<Native> opened) : native(std::move(opened)) {}
+Pipe::Pipe(std::unique_ptr<NativePipe> native) : native(std::move(native)) {}
 Pipe::~Pipe() = default;
 Pipe::Pipe(Pipe&& other) noexcept = default;
 Pipe& Pipe::operator=(Pipe&& other) noexcept = default;
@@ -24,18 +24,6 @@ void Pipe::awaitData(std::chrono::milliseconds /*limit*/) {}
 
 void Pipe::close() {
     native.reset();
-}
-
-PipeListener::PipeListener(std::string pipeName, int receiveBufferBytes)
-    : name(std::move(pipeName)), receiveBuffer(receiveBufferBytes) {}
-
-bool PipeListener::listen(std::string& error) {
-    error = "Failed to listen on pipe " + name + ": this system has no such pipes";
-    return false;
-}
-
-Pipe PipeListener::accept() {
-    return {};
 }
 
 bool havePipes() {

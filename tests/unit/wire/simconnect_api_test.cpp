@@ -2,13 +2,13 @@
 
 #include "tests/support/loopback_peer.h"
 #include "tests/support/message_log.h"
-#include "wire/requests.h"
 #include "wire/simconnect_open.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <atomic>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -27,15 +27,12 @@ protected:
     }
     void TearDown() override { SimConnect_Close(handle); }
 
-    // The next request's type and send id, and the request.
+    // Empty when none comes.
     PeerBytes nextRequest() {
-        PeerBytes request = peer.read(4);
-        if (request.size() == 4) {
-            const PeerBytes rest = peer.read(MessageLog::wordOf(request, 0) - 4);
-            request.insert(request.end(), rest.begin(), rest.end());
-        }
-        return request;
+        const PeerBytes size = peer.read(4);
+        return size.size() < 4 ? PeerBytes() : joined({size, peer.read(MessageLog::wordOf(size, 0) - 4)});
     }
+    SimConnectResult dispatch() { return SimConnect_CallDispatch(handle, &MessageLog::dispatchProc, &log); }
 
     LoopbackPeer peer{GetParam()};
     SimConnectHandle handle = nullptr;
@@ -44,90 +41,96 @@ protected:
 
 INSTANTIATE_TEST_SUITE_P(Transports, SimConnectApi, testing::ValuesIn(transports()), transportName);
 
-using SimConnectWire::Bytes;
+/// A function of the interface, and the bytes that it must send.
+struct RequestCall {
+    std::function<SimConnectResult(SimConnectHandle handle)> call;
+    PeerBytes expected;
+};
+
+std::array<std::uint8_t, 5> command{'M', 'F', 0xFF, 0x00, 0x80};
+std::array<std::uint8_t, 1024> longCommand{};
+const std::string longestName(255, 'x');
+
+// In a session's first requests after OPEN.
+const std::vector<RequestCall> requestCalls{
+    {[](auto handle) { return SimConnect_AddToDataDefinition(handle, 1, "BATTERY:2", "Bool", 4, 0.5F, 0xFFFFFFFF); },
+     joined({wireWords({544, 4, 0xF000000C, 2, 1}), nameField("BATTERY:2"), nameField("Bool"),
+             wireWords({4, 0x3F000000, 0xFFFFFFFF})})},
+    // A text has no unit.
+    {[](auto handle) { return SimConnect_AddToDataDefinition(handle, 2, "TITLE", nullptr, 1, 0, 5); },
+     joined({wireWords({544, 4, 0xF000000C, 3, 2}), nameField("TITLE"), nameField(""), wireWords({1, 0, 5})})},
+    {[](auto handle) { return SimConnect_RequestDataOnSimObject(handle, 11, 12, 13, 14, 15, 16, 17, 18); },
+     wireWords({48, 4, 0xF000000E, 4, 11, 12, 13, 14, 15, 16, 17, 18})},
+    {[](auto handle) { return SimConnect_MapClientEventToSimEvent(handle, 0x01020304, longestName.c_str()); },
+     joined({wireWords({276, 4, 0xF0000004, 5, 0x01020304}), nameField(longestName)})},
+    // An event of the client's own has no name.
+    {[](auto handle) { return SimConnect_MapClientEventToSimEvent(handle, 1, nullptr); },
+     joined({wireWords({276, 4, 0xF0000004, 6, 1}), nameField("")})},
+    {[](auto handle) { return SimConnect_TransmitClientEvent(handle, 6, 7, 8, 9, 0x10); },
+     wireWords({36, 4, 0xF0000005, 7, 6, 7, 8, 9, 0x10})},
+    // The name comes first.
+    {[](auto handle) { return SimConnect_MapClientDataNameToID(handle, "MobiFlight.LVars", 0x1002); },
+     joined({wireWords({276, 4, 0xF0000037, 8}), nameField("MobiFlight.LVars"), wireWords({0x1002})})},
+    {[](auto handle) { return SimConnect_AddToClientDataDefinition(handle, 0x1100, 4, 256, 0.5F, 0xFFFFFFFF); },
+     wireWords({36, 4, 0xF0000039, 9, 0x1100, 4, 256, 0x3F000000, 0xFFFFFFFF})},
+    // The area comes before the request.
+    {[](auto handle) { return SimConnect_RequestClientData(handle, 0x1001, 0x1200, 0x1101, 3, 1, 21, 22, 23); },
+     wireWords({48, 4, 0xF000003B, 10, 0x1001, 0x1200, 0x1101, 3, 1, 21, 22, 23})},
+    // An array of one block.
+    {[](auto handle) { return SimConnect_SetClientData(handle, 0x1000, 0x1100, 2, 0, 5, command.data()); },
+     joined({wireWords({41, 4, 0xF000003C, 11, 0x1000, 0x1100, 2, 1, 5}), {'M', 'F', 0xFF, 0x00, 0x80}})},
+    {[](auto handle) { return SimConnect_SetClientData(handle, 1, 2, 0, 0, 1024, longCommand.data()); },
+     joined({wireWords({1060, 4, 0xF000003C, 12, 1, 2, 0, 1, 1024}), PeerBytes(1024)})},
+};
 
 TEST_P(SimConnectApi, EachFunctionSendsItsRequest) {
-    Bytes expected;
-    std::array<std::uint8_t, 3> block{7, 8, 9};
-    EXPECT_EQ(SimConnect_AddToDataDefinition(handle, 1, "ELECTRICAL MASTER BATTERY:2", "Bool", 1, 0, 0xFFFFFFFF),
-              simConnectOk);
-    SimConnectWire::appendAddToDataDefinition(expected, {2}, 1, "ELECTRICAL MASTER BATTERY:2", "Bool", 1, 0,
-                                              0xFFFFFFFF);
-    EXPECT_EQ(SimConnect_RequestDataOnSimObject(handle, 1, 2, 3, 4, 5, 6, 7, 8), simConnectOk);
-    SimConnectWire::appendRequestDataOnSimObject(expected, {3}, 1, 2, 3, 4, 5, 6, 7, 8);
-    EXPECT_EQ(SimConnect_MapClientEventToSimEvent(handle, 1, "BEACON"), simConnectOk);
-    SimConnectWire::appendMapClientEventToSimEvent(expected, {4}, 1, "BEACON");
-    EXPECT_EQ(SimConnect_TransmitClientEvent(handle, 0, 1, 2, 3, 0x10), simConnectOk);
-    SimConnectWire::appendTransmitClientEvent(expected, {5}, 0, 1, 2, 3, 0x10);
-    EXPECT_EQ(SimConnect_MapClientDataNameToID(handle, "MobiFlight.LVars", 0x1002), simConnectOk);
-    SimConnectWire::appendMapClientDataNameToId(expected, {6}, "MobiFlight.LVars", 0x1002);
-    EXPECT_EQ(SimConnect_AddToClientDataDefinition(handle, 1, 2, 3, 0.25F, 5), simConnectOk);
-    SimConnectWire::appendAddToClientDataDefinition(expected, {7}, 1, 2, 3, 0.25F, 5);
-    EXPECT_EQ(SimConnect_RequestClientData(handle, 1, 2, 3, 4, 5, 6, 7, 8), simConnectOk);
-    SimConnectWire::appendRequestClientData(expected, {8}, 1, 2, 3, 4, 5, 6, 7, 8);
-    EXPECT_EQ(SimConnect_SetClientData(handle, 1, 2, 0, 0, 3, block.data()), simConnectOk);
-    SimConnectWire::appendSetClientData(expected, {9}, 1, 2, 0, block);
-    EXPECT_EQ(peer.read(expected.size()), expected);
-}
-
-TEST_P(SimConnectApi, MissingUnitAndEventNameAreEmptyFields) {
-    EXPECT_EQ(SimConnect_AddToDataDefinition(handle, 1, "TITLE", nullptr, 1, 0, 0), simConnectOk);
-    EXPECT_EQ(SimConnect_MapClientEventToSimEvent(handle, 1, nullptr), simConnectOk);
-    EXPECT_EQ(nextRequest().at(276), 0);
-    EXPECT_EQ(nextRequest().at(20), 0);
+    for (const RequestCall& request : requestCalls) {
+        EXPECT_EQ(request.call(handle), simConnectOk);
+        EXPECT_EQ(peer.read(request.expected.size()), request.expected);
+    }
 }
 
 TEST_P(SimConnectApi, RefusesArgumentsThatNoRequestCanHold) {
-    const std::string tooLong(256, 'x');
-    std::array<std::uint8_t, 1> byte{};
-    std::vector<std::uint8_t> block(8193);
-    EXPECT_EQ(SimConnect_AddToDataDefinition(handle, 1, nullptr, "", 1, 0, 0), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_AddToDataDefinition(handle, 1, tooLong.c_str(), "", 1, 0, 0), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_AddToDataDefinition(handle, 1, "X", tooLong.c_str(), 1, 0, 0), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_MapClientEventToSimEvent(handle, 1, tooLong.c_str()), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_MapClientDataNameToID(handle, nullptr, 1), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_MapClientDataNameToID(handle, tooLong.c_str(), 1), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_SetClientData(handle, 1, 1, 0, 0, 1, nullptr), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_SetClientData(handle, 1, 1, 0, 0, 0, byte.data()), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_SetClientData(handle, 1, 1, 0, 0, 8193, block.data()), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_CallDispatch(handle, nullptr, nullptr), simConnectInvalidArgument);
+    const std::string longName(256, 'x');
+    const char* const tooLong = longName.c_str();
+    std::vector<std::uint8_t> data(8193);
+    const std::vector<SimConnectResult> results{
+        SimConnect_AddToDataDefinition(handle, 1, nullptr, "", 1, 0, 0),
+        SimConnect_AddToDataDefinition(handle, 1, tooLong, "", 1, 0, 0),
+        SimConnect_AddToDataDefinition(handle, 1, "X", tooLong, 1, 0, 0),
+        SimConnect_MapClientEventToSimEvent(handle, 1, tooLong),
+        SimConnect_MapClientDataNameToID(handle, nullptr, 1),
+        SimConnect_MapClientDataNameToID(handle, tooLong, 1),
+        SimConnect_SetClientData(handle, 1, 1, 0, 0, 1, nullptr),
+        SimConnect_SetClientData(handle, 1, 1, 0, 0, 0, data.data()),
+        SimConnect_SetClientData(handle, 1, 1, 0, 0, 8193, data.data()),
+        SimConnect_CallDispatch(handle, nullptr, nullptr),
+    };
+    EXPECT_EQ(results, std::vector<SimConnectResult>(results.size(), simConnectInvalidArgument));
     // None of them spent a send id or a byte.
-    EXPECT_EQ(SimConnect_SetClientData(handle, 1, 1, 0, 0, 8192, block.data()), simConnectOk);
+    EXPECT_EQ(SimConnect_SetClientData(handle, 1, 1, 0, 0, 8192, data.data()), simConnectOk);
     EXPECT_EQ(MessageLog::wordOf(nextRequest(), 12), 2U);
 }
 
 void expectDead(SimConnectHandle handle) {
-    std::array<std::uint8_t, 4> data{};
     MessageLog log;
     EXPECT_EQ(SimConnect_Close(handle), simConnectInvalidArgument);
     EXPECT_EQ(SimConnect_CallDispatch(handle, &MessageLog::dispatchProc, &log), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_AddToDataDefinition(handle, 1, "X", "", 1, 0, 0), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_RequestDataOnSimObject(handle, 1, 1, 0, 3, 1, 0, 0, 0), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_MapClientEventToSimEvent(handle, 1, "X"), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_TransmitClientEvent(handle, 0, 1, 0, 1, 16), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_MapClientDataNameToID(handle, "X", 1), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_AddToClientDataDefinition(handle, 1, 0, 4, 0, 0), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_RequestClientData(handle, 1, 1, 1, 3, 1, 0, 0, 0), simConnectInvalidArgument);
-    EXPECT_EQ(SimConnect_SetClientData(handle, 1, 1, 0, 0, 4, data.data()), simConnectInvalidArgument);
+    for (const RequestCall& request : requestCalls) {
+        EXPECT_EQ(request.call(handle), simConnectInvalidArgument);
+    }
 }
 
-TEST(SimConnectHandles, NullIsNoSession) {
-    expectDead(nullptr);
-}
-
-TEST(SimConnectHandles, InventedHandleIsNoSession) {
+TEST(SimConnectHandles, NullAndInventedHandlesAreNoSession) {
     int something = 0;
+    expectDead(nullptr);
     expectDead(&something);
 }
 
-TEST_P(SimConnectApi, ClosedHandleIsNoSession) {
-    ASSERT_EQ(SimConnect_Close(handle), simConnectOk);
-    expectDead(handle);
-}
-
-TEST_P(SimConnectApi, HandlesAreNeverGivenTwice) {
+TEST_P(SimConnectApi, ClosedHandleIsNoSessionAndIsNeverGivenAgain) {
     const SimConnectHandle first = handle;
     ASSERT_EQ(SimConnect_Close(first), simConnectOk);
+    expectDead(first);
     ASSERT_EQ(simConnectOpenAt(&handle, "again", peer.endpoint(), noWait), simConnectOk);
     EXPECT_NE(handle, first);
     expectDead(first);
@@ -141,18 +144,15 @@ TEST_P(SimConnectApi, SessionsAreIndependent) {
     otherPeer.close();
     EXPECT_TRUE(waitUntil(
         [&] { return SimConnect_CallDispatch(other, &MessageLog::dispatchProc, &log) == simConnectRemoteDisconnect; }));
-    EXPECT_EQ(SimConnect_CallDispatch(handle, &MessageLog::dispatchProc, &log), simConnectOk);
+    EXPECT_EQ(dispatch(), simConnectOk);
     EXPECT_EQ(SimConnect_Close(other), simConnectOk);
 }
 
 TEST_P(SimConnectApi, CloseInsideTheCallbackIsSafe) {
     log.onMessage = [&](const auto&) { EXPECT_EQ(SimConnect_Close(handle), simConnectOk); };
-    PeerBytes two = simulatorMessage(3);
-    const PeerBytes second = simulatorMessage(8);
-    two.insert(two.end(), second.begin(), second.end());
-    ASSERT_TRUE(peer.send(two));
+    ASSERT_TRUE(peer.send(joined({simulatorMessage(3), simulatorMessage(8)})));
     EXPECT_TRUE(waitUntil([&] {
-        SimConnect_CallDispatch(handle, &MessageLog::dispatchProc, &log);
+        dispatch();
         return !log.messages.empty();
     }));
     EXPECT_EQ(log.messages.size(), 1U);
@@ -167,7 +167,7 @@ TEST_P(SimConnectApi, CallbackMayOpenTheNextSession) {
     };
     ASSERT_TRUE(peer.send(simulatorMessage(2)));
     EXPECT_TRUE(waitUntil([&] {
-        SimConnect_CallDispatch(handle, &MessageLog::dispatchProc, &log);
+        dispatch();
         return next != nullptr;
     }));
     EXPECT_EQ(SimConnect_Close(next), simConnectOk);
@@ -180,9 +180,9 @@ TEST_P(SimConnectApi, RequestsOfManyThreadsArriveWholeWithRisingIds) {
     senders.reserve(threads);
     for (std::uint32_t sender = 0; sender < threads; ++sender) {
         senders.emplace_back([this, sender] {
-            std::vector<std::uint8_t> block(256, static_cast<std::uint8_t>(sender));
+            std::vector<std::uint8_t> own(256, static_cast<std::uint8_t>(sender));
             for (std::uint32_t i = 0; i < each; ++i) {
-                EXPECT_EQ(SimConnect_SetClientData(handle, sender, i, 0, 0, 256, block.data()), simConnectOk);
+                EXPECT_EQ(SimConnect_SetClientData(handle, sender, i, 0, 0, 256, own.data()), simConnectOk);
             }
         });
     }
@@ -205,13 +205,13 @@ TEST_P(SimConnectApi, RequestsOfManyThreadsArriveWholeWithRisingIds) {
 TEST_P(SimConnectApi, CloseUnderOtherThreadsCallsIsSafe) {
     std::atomic<bool> sawClosed{false};
     std::thread sender([&] {
-        std::array<std::uint8_t, 256> block{};
-        while (SimConnect_SetClientData(handle, 1, 1, 0, 0, 256, block.data()) == simConnectOk) {
+        std::array<std::uint8_t, 256> data{};
+        while (SimConnect_SetClientData(handle, 1, 1, 0, 0, 256, data.data()) == simConnectOk) {
         }
         sawClosed = true;
     });
     std::thread dispatcher([&] {
-        while (SimConnect_CallDispatch(handle, &MessageLog::dispatchProc, &log) == simConnectOk) {
+        while (dispatch() == simConnectOk) {
         }
     });
     ASSERT_TRUE(peer.send(simulatorMessage(2)));
@@ -223,12 +223,10 @@ TEST_P(SimConnectApi, CloseUnderOtherThreadsCallsIsSafe) {
 }
 
 TEST_P(SimConnectApi, DispatchesOfManyThreadsHandOutEachMessageOnce) {
-    std::atomic<std::uint32_t> count{0};
-    std::atomic<bool> inside{false};
     struct Context {
-        std::atomic<std::uint32_t>& count;
-        std::atomic<bool>& inside;
-    } context{count, inside};
+        std::atomic<std::uint32_t> count{0};
+        std::atomic<bool> inside{false};
+    } context;
     const auto proc = [](SimConnectRecv*, std::uint32_t, void* given) {
         auto& shared = *static_cast<Context*>(given);
         EXPECT_FALSE(shared.inside.exchange(true));
@@ -243,7 +241,7 @@ TEST_P(SimConnectApi, DispatchesOfManyThreadsHandOutEachMessageOnce) {
         dispatchers.emplace_back([&] {
             waitUntil([&] {
                 EXPECT_EQ(SimConnect_CallDispatch(handle, proc, &context), simConnectOk);
-                return count >= total;
+                return context.count >= total;
             });
         });
     }
@@ -253,7 +251,7 @@ TEST_P(SimConnectApi, DispatchesOfManyThreadsHandOutEachMessageOnce) {
     for (std::thread& dispatcher : dispatchers) {
         dispatcher.join();
     }
-    EXPECT_EQ(count, total);
+    EXPECT_EQ(context.count, total);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "native_socket.h"
 #include "tests/support/loopback_peer.h"
 #include "tests/support/message_log.h"
 #include "wire/requests.h"
@@ -10,38 +11,15 @@
 #include <cstdint>
 #include <memory>
 
-/// A session connected over each transport to a peer whose bytes the test sends and reads itself.
-class SessionTest : public testing::TestWithParam<Transport> {
-protected:
-    void connect(SessionLimits limits = {}, int sendBuffer = 0, int peerReceiveBuffer = 0) {
-        peer = std::make_unique<LoopbackPeer>(GetParam(), peerReceiveBuffer);
-        ByteStream stream = connectToPeer(sendBuffer);
-        ASSERT_TRUE(stream.valid());
-        session = std::make_unique<WireSession>(std::move(stream), limits);
-        ASSERT_TRUE(peer->accept());
-    }
-
-    /// A pipe has no send buffer of its own: what was sent lies in the peer's receive buffer.
-    ByteStream connectToPeer(int sendBuffer) const {
-        const SimConnectEndpoint endpoint = peer->endpoint();
-        constexpr std::chrono::seconds limit{5};
-        if (GetParam() == Transport::Pipe) {
-            return connectPipe(endpoint.address, endpoint.pipe, limit);
-        }
-        Socket socket = connectSocket(endpoint.address, endpoint.port, endpoint.family, limit);
-        if (sendBuffer > 0) {
-            socket.setSendBuffer(sendBuffer);
-        }
-        return socket;
-    }
-
-    SimConnectResult transmit(std::uint32_t event) {
+/// The calls of a session, and what it hands out.
+struct SessionCalls {
+    SimConnectResult transmit(std::uint32_t event) const {
         return session->request(
             [&](auto& out, auto head) { SimConnectWire::appendTransmitClientEvent(out, head, 0, event, 0, 1, 0x10); });
     }
 
-    /// A block of client data, filled with a byte that tells its number.
-    SimConnectResult setData(std::uint32_t number, std::size_t size) {
+    /// A block of client data whose bytes are its number.
+    SimConnectResult setData(std::uint32_t number, std::size_t size) const {
         const std::vector<std::uint8_t> data(size, static_cast<std::uint8_t>(number));
         return session->request(
             [&](auto& out, auto head) { SimConnectWire::appendSetClientData(out, head, 1, 1, 0, data); });
@@ -57,7 +35,7 @@ protected:
         });
     }
 
-    /// Dispatches until the link's loss is told; gives the failure, or success when it isn't told.
+    /// Dispatches until one fails. Returns its failure, or success when none fails.
     SimConnectResult dispatchUntilLost() {
         SimConnectResult result = simConnectOk;
         waitUntil([&] {
@@ -67,7 +45,37 @@ protected:
         return result;
     }
 
-    std::unique_ptr<LoopbackPeer> peer;
     std::unique_ptr<WireSession> session;
     MessageLog log;
+};
+
+/// A session connected over each transport to a peer whose bytes the test sends and reads itself.
+class SessionTest : public testing::TestWithParam<Transport>, protected SessionCalls {
+protected:
+    /// `bufferBytes`: of the session's send buffer and the peer's receive buffer; 0 for the system's own.
+    void connect(SessionLimits limits = {}, int bufferBytes = 0) {
+        peer = std::make_unique<LoopbackPeer>(GetParam(), bufferBytes);
+        ByteStream stream = connectToPeer(bufferBytes);
+        ASSERT_TRUE(stream.valid());
+        session = std::make_unique<WireSession>(std::move(stream), limits);
+        ASSERT_TRUE(peer->accept());
+    }
+
+    std::unique_ptr<LoopbackPeer> peer;
+
+private:
+    // A pipe has no send buffer of its own: what was sent is in the peer's receive buffer.
+    ByteStream connectToPeer(int sendBuffer) const {
+        const SimConnectEndpoint endpoint = peer->endpoint();
+        constexpr std::chrono::seconds limit{30};
+        if (GetParam() == Transport::Pipe) {
+            return connectPipe(endpoint.address, endpoint.pipe, limit);
+        }
+        Socket socket = connectSocket(endpoint.address, endpoint.port, endpoint.family, limit);
+        if (sendBuffer > 0) {
+            NativeSocket::setOption(static_cast<NativeSocket::Handle>(socket.handle()), SOL_SOCKET, SO_SNDBUF,
+                                    sendBuffer);
+        }
+        return socket;
+    }
 };
