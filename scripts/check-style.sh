@@ -29,22 +29,13 @@ tidy() {
 }
 
 no_system_ifdefs() {
-  ! grep -nE '#\s*(el)?if.*(_WIN32|__linux__|WIN32|__unix__)' $(sources 'src/*' 'simulation/*' | grep -vE '^src/(platform/(linux|windows)|wire)/')
+  ! grep -nE '#\s*(el)?if.*(_WIN32|__linux__|WIN32|__unix__)' $(sources 'src/*' 'simulation/*' | grep -vE '^src/(platform|wire)/(linux|windows)/')
 }
 
-# Includes point one way only; a folder may include itself and those to its left.
-include_directions() {
-  local order=(simconnect wire platform logging config hid sim mobiflight mapping app) allowed="" folder
-  for folder in "${order[@]}"; do
-    allowed="$allowed|$folder"
-    [ "$folder" != app ] || allowed="$allowed|registration"
-    grep -HnE '#include "' $(sources "src/$folder/*") | grep -vE "#include \"(${allowed#|})/"
-  done
-  grep -HnE '#include "' $(sources 'src/registration/*') | grep -vE '#include "(platform|logging|registration)/'
-  grep -HnE '#include "(simulation|tests)/' $(sources 'src/*')
-  grep -HnE '#include "' $(sources 'simulation/*' | grep -vE '^simulation/(rig|scenarios|cockpit)/') |
-    grep -vE '#include "(simulation/|platform/|simconnect/|wire/|hid/hid_protocol\.h|hid/hex_text\.h)'
-  true
+# Of the subsystem that the virtual boards stand in for, they know only what is on the wire.
+boards_know_only_reports() {
+  ! grep -nE '#include "hid/' $(sources 'simulation/boards/*' 'simulation/simulator/*') |
+    grep -vE '#include "hid/(hid_protocol|hex_text)\.h"'
 }
 
 # On Windows a path's bytes must be converted first, and std::filesystem gives an open file's old size.
@@ -58,8 +49,9 @@ no_switched_off_tests() { ! grep -nE 'DISABLED_|GTEST_SKIP' $(sources 'tests/*' 
 
 check "clang-format" formatting
 check "clang-tidy" tidy
-check "no system #ifdef outside the platform folders and the socket file" no_system_ifdefs
-check "includes point one way" include_directions
+check "no system #ifdef" no_system_ifdefs
+check "each library links what it includes" scripts/check-layers.py
+check "virtual boards know only the report protocol" boards_know_only_reports
 check "only the file system's own files use std::filesystem" paths_go_through_file_system
 check "no test is switched off" no_switched_off_tests
 echo "check: $passed passed, $failed failed"
