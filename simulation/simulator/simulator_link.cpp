@@ -7,9 +7,9 @@
 namespace {
 
 constexpr std::size_t readPiece = 64UL * 1024UL;
-// Keeps a client that never stops sending from holding up the others.
+// Keeps a client that sends without pause from holding up the others.
 constexpr std::size_t readsPerTurn = 16;
-// A client that reads nothing would else make the simulator's memory grow for ever.
+// A client that reads nothing would otherwise make the simulator's memory grow forever.
 constexpr std::size_t largestBacklog = 64UL * 1024UL * 1024UL;
 // How long a client may take to read the last messages before the connection is cut.
 constexpr std::chrono::seconds finishTime{2};
@@ -66,8 +66,8 @@ void SimulatorLink::finish() {
     continueFinish(Clock::now());
 }
 
-// Closing a socket over unread requests would reset the connection, and the client could lose the last messages with
-// it. So the simulator ends its own side and reads on until the client has ended, too.
+// Closing a socket with unread requests resets the connection, which may lose the last messages. So the simulator ends
+// its own side and reads on until the client has ended, too.
 void SimulatorLink::continueFinish(Clock::time_point now) {
     flush();
     if (over() || now >= finishLimit) {

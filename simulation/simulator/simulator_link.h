@@ -13,38 +13,38 @@
 #include <span>
 #include <utility>
 
-/// The simulator's end of one connection. Never blocks: what the client doesn't take waits here. Not synchronised.
+/// The simulator's end of one connection. It never blocks: what the client doesn't take waits here. Not synchronised.
 class SimulatorLink {
 public:
     using Clock = std::chrono::steady_clock;
 
     explicit SimulatorLink(ByteStream stream) : stream(std::move(stream)) {}
 
-    /// Neither side has ended it.
+    /// Neither side has begun to end it.
     bool live() const { return state == State::Live; }
     /// Nothing is left to do for it.
     bool over() const { return state == State::Over; }
 
     void send(std::span<const std::uint8_t> bytes);
-    /// Sends what waits, as far as it goes.
+    /// Sends as much of what waits as the client takes.
     void flush();
     bool backlogged() const { return !outbound.pending().empty(); }
-    /// Reads what has come, a bounded piece of it. Messages are then in `reader`.
+    /// Reads a bounded piece of what has come. Its messages are then in `reader`.
     void read();
     MessageReader& reader() { return inbound; }
 
-    /// Ends in order: what waits is still sent.
+    /// Ends the connection in order, after sending what waits.
     void finish();
-    /// Ends with a reset.
+    /// Ends it with a reset.
     void reset();
-    /// Moves an end in order on. Only while neither live nor over.
+    /// Continues an end in order. Only while neither live nor over.
     void continueFinish(Clock::time_point now);
 
-    /// The last read brought something, so that more may be there.
+    /// The last read got something, so more may be there.
     bool flowing() const { return readSomething; }
-    /// What to wait for; none: it has to be looked at from time to time.
+    /// What to wait for. None: nothing ends a wait, so it must be served from time to time.
     std::optional<SocketInterest> interest(bool reading) const;
-    /// Whether each byte is a send of its own.
+    /// Whether to send each byte by itself.
     void sendByteByByte(bool on) { byteByByte = on; }
 
 private:
