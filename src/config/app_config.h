@@ -1,5 +1,6 @@
 #pragma once
 
+#include "config/names.h"
 #include "config/output_profiles.h"
 
 #include <cstdint>
@@ -56,7 +57,7 @@ struct ExtensionsConfig {
     /// Which of the aircraft's batteries decides that it has no power: 1 to 16.
     std::int32_t batteryIndex = 2;
     /// The RPN expression that the cockpit light follows.
-    std::string lightVariable = "(L:LIGHTING_POTENTIOMETER_5)";
+    std::string lightVariable = "(L:" + std::string(backlightVariable) + ")";
 };
 
 /// All settings. Filled once at start, before any worker runs, and read without locks afterwards.

@@ -102,6 +102,16 @@ std::size_t findVariable(const std::string& text) {
 
 } // namespace
 
+std::optional<LedCommand> boardLedCommand(const AppConfig& config, const std::string& deviceName, int index,
+                                          const LightState& state) {
+    const OutputProfile* profile = resolveProfile(config, findDeviceEntry(config, deviceName, index));
+    if (profile == nullptr) {
+        return std::nullopt;
+    }
+    return computeLedCommand(*profile, state.simConnected, state.batteryKnown, state.batteryOn, state.backlightKnown,
+                             state.backlightValue);
+}
+
 LedCommand computeLedCommand(const OutputProfile& profile, bool simConnected, bool batteryKnown, bool batteryOn,
                              bool backlightKnown, double backlightValue) {
     if (!simConnected) {

@@ -1,13 +1,25 @@
 #pragma once
 
+#include "config/app_config.h"
+#include "config/names.h"
 #include "config/output_profiles.h"
 #include "hid/hid_protocol.h"
 
+#include <optional>
 #include <string>
-#include <string_view>
 
-/// The simulator's local variable that the cockpit light follows.
-constexpr std::string_view backlightVariable = "LIGHTING_POTENTIOMETER_5";
+/// The state of the simulator that the lights depend on.
+struct LightState {
+    bool simConnected = false;
+    bool batteryKnown = false;
+    bool batteryOn = false;
+    bool backlightKnown = false;
+    double backlightValue = 0.0;
+};
+
+/// What one board shows, by the profile that the configuration gives it; none without any profile. Pure.
+std::optional<LedCommand> boardLedCommand(const AppConfig& config, const std::string& deviceName, int index,
+                                          const LightState& state);
 
 /// What a board's light shows for a state of the simulator: the disconnection effect, the battery effect, or the
 /// backlight. An unknown battery counts as on. Pure.

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "config/app_config.h"
+#include "config/button_config.h"
+#include "config/hid_event_map.h"
+#include "hid/hid_protocol.h"
+#include "mobiflight/mobiflight_client.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// What an event is and what the bridge does about it, as far as the configuration decides that. Whether the simulator
+/// and the module can be reached is the router's business. Views and pointers reach into the configuration, the event
+/// map and constants, and live as long as those.
+struct EventDecision {
+    // What it is.
+
+    /// The board's entry in the configuration, or null.
+    const DeviceEntry* device = nullptr;
+    /// The role that commands are looked up for; may be empty.
+    std::string role;
+    // Names from the event map, as it writes them; may be empty.
+    std::string_view typeName;
+    std::string_view controlName;
+    HidProtocol::HidEventAction action = HidProtocol::HidEventAction::None;
+
+    // What to do about it.
+
+    /// The board's lights are the firmware's own for a moment.
+    bool pausesLights = false;
+    /// A map button with MobiFlight enabled: its press goes out past the queue, its hold is repeated by the bridge.
+    bool isMapButton = false;
+    /// Commands to take out of MobiFlight's queue, in this order.
+    std::vector<std::string> cancelled;
+    /// The RPN command; empty for none. Of a map button's press to be sent at once, of its hold to be repeated, of any
+    /// other event to be queued as `kind`, `amount` times.
+    std::string command;
+    RpnKind kind = RpnKind::Normal;
+    std::uint32_t amount = 1;
+    /// `command` is the one for fast turns.
+    bool fast = false;
+    /// The simulator's event for the press of a control that the command file doesn't list; empty for none. An event
+    /// has this or a command, never both.
+    std::string_view simEvent;
+};
+
+/// Decides what an event means. Pure.
+EventDecision decideEvent(const AppConfig& config, const ButtonConfig& buttons, const HidEventMap& eventMap,
+                          const HidProtocol::HidEvent& event, const std::string& deviceName, int index);
