@@ -6,14 +6,13 @@
 #include "tests/support/fake_simconnect.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/wait_until.h"
+#include "tests/unit/mapping/mapping_settings.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <atomic>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,41 +21,28 @@
 class Gate {
 public:
     void pass() {
-        std::unique_lock lock(mutex);
         ++arrivals;
-        changed.notify_all();
-        changed.wait(lock, [this] { return isOpen; });
+        isOpen.wait(false);
     }
-    bool waitForArrival() {
-        std::unique_lock lock(mutex);
-        return changed.wait_for(lock, std::chrono::seconds(30), [this] { return arrivals > 0; });
+    bool waitForArrival() const {
+        return waitUntil([this] { return arrivals > 0; });
     }
     void open() {
-        const std::lock_guard lock(mutex);
         isOpen = true;
-        changed.notify_all();
+        isOpen.notify_all();
     }
 
 private:
-    std::mutex mutex;
-    std::condition_variable changed;
-    int arrivals = 0;
-    bool isOpen = false;
+    std::atomic<int> arrivals{0};
+    std::atomic<bool> isOpen{false};
 };
 
 /// An engine between real clients on a simulator in memory and a real HID manager on a virtual bus.
-class MappingTest : public testing::Test {
+class MappingTest : public testing::Test, protected MappingSettings {
 protected:
-    enum Worker : std::size_t { EventWorker, HoldWorker, OutputWorker };
+    enum WorkerNumber : std::size_t { EventWorker, HoldWorker, OutputWorker };
 
-    MappingTest() {
-        hidHost.holdSleeps();
-        config.hid.vid = "1234";
-        config.hid.pid = "ABCD";
-        config.outputs.debounceMs = 0;
-        ensureDefaultProfile(config.outputs);
-        eventMap.eventTypes = {{1, "BUTTON"}, {2, "ENCODER"}};
-    }
+    MappingTest() { hidHost.holdSleeps(); }
 
     ~MappingTest() override {
         engine.stop();
@@ -68,14 +54,6 @@ protected:
     }
 
     // Set-up.
-
-    /// Names a control and gives it commands, in the command file's form: `"PRESS":{"":"X"}`.
-    void addControl(std::int32_t controlId, const std::string& name, const std::string& commands) {
-        eventMap.controlIds[controlId] = name;
-        elements += (elements.empty() ? "" : ",") + (R"({"name":")" + name + R"(","commands":{)" + commands + "}}");
-        std::string error;
-        EXPECT_TRUE(buttons.parse(R"({"buttons":[)" + elements + "]}", error)) << error;
-    }
 
     bool startEngine() {
         std::string error;
@@ -107,6 +85,23 @@ protected:
         baseline = 3;
     }
 
+    void connectModuleAndStartEngine() {
+        connectModule();
+        ASSERT_TRUE(startEngine());
+    }
+
+    /// Has the client take the command of the next event in hand and sleep for the rate limit with it, so that what is
+    /// queued behind it stays queued until its host's sleeps pass. Before the module is connected.
+    void limitRate() {
+        config.mobiflight.rpnRateLimitMs = 100;
+        mobiflightHost.setNow(1);
+    }
+    void fillHand(const HidProtocol::HidEvent& event) {
+        mobiflightHost.holdSleeps();
+        handle(event);
+        ASSERT_EQ(mobiflightHost.waitForSleep(), 100);
+    }
+
     void startHid() {
         std::string error;
         const auto onEvent = [this](const HidProtocol::HidEvent& event, const std::string& name, int index) {
@@ -127,15 +122,6 @@ protected:
     }
 
     // Events.
-
-    static HidProtocol::HidEvent button(std::uint16_t controlId, int value, std::uint8_t mode = 0) {
-        return {.type = 1, .controlId = controlId, .value = static_cast<std::int8_t>(value), .mode = mode};
-    }
-    static HidProtocol::HidEvent encoder(std::uint16_t controlId, int value, std::uint8_t speed = 0,
-                                         std::uint8_t mode = 0) {
-        return {
-            .type = 2, .controlId = controlId, .value = static_cast<std::int8_t>(value), .speed = speed, .mode = mode};
-    }
 
     void submit(const HidProtocol::HidEvent& event, const std::string& deviceName = "B", int index = 0) {
         engine.submitEvent(event, deviceName, index);
@@ -162,29 +148,19 @@ protected:
 
     // What the simulator got.
 
-    /// All texts that the command area got since the set-up, none of those queued left out.
-    std::vector<std::string> commandTexts() {
+    /// The RPN commands that the command area got since the set-up, none of those queued left out.
+    std::vector<std::string> rpnSent() {
         flushCommands();
-        std::vector<std::string> texts = sim.commands();
-        texts.erase(texts.begin(), texts.begin() + static_cast<std::ptrdiff_t>(std::min(baseline, texts.size())));
-        for (auto mark = findMark(texts); mark != texts.end(); mark = findMark(texts)) {
-            texts.erase(mark, mark + 2);
+        std::vector<std::string> commands;
+        for (const std::string& text : sim.commands()) {
+            if (text.starts_with(rpnPrefix) && text != rpnPrefix + "MARK")
+                commands.push_back(text.substr(rpnPrefix.size()));
         }
-        return texts;
+        return commands;
     }
 
-    /// The same without waiting for the queue: what was written so far.
+    /// How many texts, each command's dummy among them, the area got since the set-up without waiting for the queue.
     std::size_t writtenCount() { return sim.commands().size() - baseline; }
-
-    /// What the area gets for these commands.
-    static std::vector<std::string> sent(const std::vector<std::string>& commands) {
-        std::vector<std::string> texts;
-        for (const std::string& command : commands) {
-            texts.push_back("MF.SimVars.Set.1 " + command);
-            texts.emplace_back("MF.DummyCmd");
-        }
-        return texts;
-    }
 
     /// The names of the simulator events that went out, each as it was mapped.
     std::vector<std::string> simEvents() {
@@ -197,10 +173,10 @@ protected:
 
     // The engine's clock and workers.
 
-    std::size_t clockReads(Worker worker) const { return reads[worker]; }
+    std::size_t clockReads(WorkerNumber worker) const { return reads[worker]; }
 
     /// Waits until the worker has read the clock so many times from now on.
-    bool waitForClockReads(Worker worker, std::size_t count) {
+    bool waitForClockReads(WorkerNumber worker, std::size_t count) {
         const std::size_t end = reads[worker] + count;
         return waitUntil([&] { return reads[worker] >= end; });
     }
@@ -212,9 +188,6 @@ protected:
     FakeHost hidHost;
     FakeSimConnect sim;
     VirtualHidBus bus;
-    AppConfig config;
-    ButtonConfig buttons;
-    HidEventMap eventMap;
     SharedSimState simState;
     std::atomic<int> workersEnded{0};
     HidManager hid{bus.transport(), hidHost.record()};
@@ -245,10 +218,6 @@ private:
         return host;
     }
 
-    static std::vector<std::string>::iterator findMark(std::vector<std::string>& texts) {
-        return std::find(texts.begin(), texts.end(), "MF.SimVars.Set.1 MARK");
-    }
-
     /// Sends a mark behind all that is queued, twice: detents that come in while theirs are being sent go to the back
     /// of the queue, behind the first.
     void flushCommands() {
@@ -258,13 +227,13 @@ private:
             EXPECT_TRUE(mobiflight.queueRpn("MARK", RpnKind::Normal, 1, error)) << error;
             EXPECT_TRUE(waitUntil([this] {
                 const auto texts = sim.commands();
-                return std::count(texts.begin(), texts.end(), "MF.SimVars.Set.1 MARK") == marks &&
+                return std::count(texts.begin(), texts.end(), rpnPrefix + "MARK") == marks &&
                        texts.back() == "MF.DummyCmd";
             }));
         }
     }
 
-    std::string elements;
+    const std::string rpnPrefix = "MF.SimVars.Set.1 ";
     std::size_t baseline = 0;
     std::ptrdiff_t marks = 0;
     std::size_t threadsStarted = 0;

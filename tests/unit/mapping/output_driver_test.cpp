@@ -1,0 +1,275 @@
+#include "tests/unit/mapping/mapping_fixture.h"
+
+using std::string;
+using std::vector;
+
+/// The output worker, from requests to what the boards get. Requests act at once unless a test sets a debounce.
+class OutputDriverTest : public MappingTest {
+protected:
+    void start() {
+        startHid();
+        ASSERT_TRUE(startEngine());
+    }
+
+    std::shared_ptr<VirtualBoard> connectBoard(std::uint8_t number) {
+        auto board = plugBoard(number);
+        hid.scanDevices();
+        return board;
+    }
+
+    static string boardName(int number) { return "000000000000000" + std::to_string(number); }
+
+    void setBattery(bool on) {
+        {
+            const std::lock_guard lock(simState.mutex);
+            simState.batteryKnown = true;
+            simState.batteryOn = on;
+        }
+        engine.requestOutputUpdate();
+    }
+
+    void setConnected(bool connected) {
+        engine.simConnected = connected;
+        engine.requestOutputUpdate();
+    }
+
+    /// The lights that a board was sent, in order.
+    static vector<LedCommand> lights(const VirtualBoard& board) {
+        vector<LedCommand> result;
+        for (const BoardOutput& output : board.outputs()) {
+            const auto& bytes = output.bytes;
+            if (bytes.size() < 7 || bytes[0] != HidProtocol::ledCtlReportId)
+                continue;
+            result.push_back(
+                {bytes[1], bytes[2], bytes[3], static_cast<std::uint16_t>(bytes[4] | (bytes[5] << 8)), bytes[6]});
+        }
+        return result;
+    }
+
+    static bool waitForLights(const VirtualBoard& board, const vector<LedCommand>& expected) {
+        waitUntil([&] { return lights(board).size() >= expected.size(); });
+        EXPECT_EQ(lights(board), expected);
+        return lights(board) == expected;
+    }
+
+    const string unreadable = "[WARN] Backlight LVar payload received but could not be parsed: ";
+};
+
+using OutputRefresh = OutputDriverTest;
+using OutputDebounce = OutputDriverTest;
+using OutputPush = OutputDriverTest;
+using OutputPause = OutputDriverTest;
+using BacklightText = OutputDriverTest;
+
+TEST_F(OutputRefresh, BringsBoardsUpToDateOnceASecondWithoutARequest) {
+    // A request would wait for this; the refresh doesn't.
+    config.outputs.debounceMs = 3600 * 1000;
+    const auto before = std::chrono::steady_clock::now();
+    start();
+    auto board = connectBoard(1);
+    EXPECT_TRUE(waitForLights(*board, {disconnectedFlash}));
+    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(900));
+    auto late = connectBoard(2);
+    engine.simConnected = true;
+    EXPECT_TRUE(waitUntil([&] { return !lights(*late).empty() && lights(*late).back() == steady(80); }));
+    EXPECT_EQ(lights(*board), (vector<LedCommand>{disconnectedFlash, steady(80)}));
+}
+
+TEST_F(OutputDebounce, EachRequestPostponesThePushUntilAllHasBeenQuiet) {
+    config.outputs.debounceMs = 10;
+    engineHost.setNow(0);
+    start();
+    auto board = connectBoard(1);
+    engine.simConnected = true;
+    for (int step = 0; step < 100; ++step) {
+        engineHost.setNow(step * 9 * msNs);
+        engine.onBacklightPayload(std::to_string(step / 100.0));
+    }
+    engineHost.setNow((99 * 9 + 10) * msNs - 1);
+    ASSERT_TRUE(waitForClockReads(OutputWorker, 4));
+    EXPECT_EQ(lights(*board), vector<LedCommand>{});
+    engineHost.setNow((99 * 9 + 10) * msNs);
+    EXPECT_TRUE(waitForLights(*board, {steady(99)}));
+}
+
+TEST_F(OutputDebounce, OfZeroOrBelowPushesAtOnce) {
+    engineHost.setNow(7);
+    startHid();
+    std::uint8_t number = 0;
+    for (const std::int32_t debounce : {0, -50}) {
+        config.outputs.debounceMs = debounce;
+        ASSERT_TRUE(startEngine());
+        auto board = connectBoard(++number);
+        engine.requestOutputUpdate();
+        EXPECT_TRUE(waitForLights(*board, {disconnectedFlash})) << debounce;
+        engine.stop();
+    }
+}
+
+TEST_F(OutputDebounce, StopDuringItStillPushesOnce) {
+    config.outputs.debounceMs = 3600 * 1000;
+    start();
+    auto board = connectBoard(1);
+    const std::size_t before = clockReads(OutputWorker);
+    engine.requestOutputUpdate();
+    ASSERT_TRUE(waitUntil([&] { return clockReads(OutputWorker) > before; }));
+    engine.stop();
+    EXPECT_EQ(lights(*board), vector<LedCommand>{disconnectedFlash});
+}
+
+TEST_F(OutputDebounce, StopWithoutARequestPushesNothing) {
+    start();
+    auto board = connectBoard(1);
+    ASSERT_TRUE(waitUntil([this] { return clockReads(OutputWorker) > 0; }));
+    engine.stop();
+    EXPECT_EQ(lights(*board), vector<LedCommand>{});
+}
+
+TEST_F(OutputDebounce, RequestOfAStoppedEngineIsServedByTheNextStart) {
+    // The clock stands still, so there is no refresh.
+    engineHost.setNow(0);
+    startHid();
+    auto board = connectBoard(1);
+    engine.requestOutputUpdate();
+    ASSERT_TRUE(startEngine());
+    EXPECT_TRUE(waitForLights(*board, {disconnectedFlash}));
+}
+
+TEST_F(OutputPush, FollowsSessionBatteryAndBacklight) {
+    start();
+    auto board = connectBoard(1);
+    vector<LedCommand> expected;
+    const auto expectNext = [&](const LedCommand& next) {
+        expected.push_back(next);
+        EXPECT_TRUE(waitForLights(*board, expected));
+    };
+    setBattery(true);
+    expectNext(disconnectedFlash);
+    setConnected(true);
+    expectNext(steady(80));
+    engine.onBacklightPayload("0.5");
+    expectNext(steady(50));
+    setBattery(false);
+    expectNext(batteryBreathe);
+    setBattery(true);
+    expectNext(steady(50));
+    setConnected(false);
+    expectNext(disconnectedFlash);
+    // What was known survives the session.
+    setConnected(true);
+    expectNext(steady(50));
+}
+
+TEST_F(OutputPush, GivesEachBoardItsOwnLightAndWritesItOnce) {
+    OutputProfile dim = makeDefaultProfile();
+    dim.simDisconnected = {"STEADY", 10, 0, 0, 0};
+    config.outputs.profiles["DIM"] = dim;
+    config.outputs.devices = {{boardName(1), -1, "", "DIM"}};
+    start();
+    auto first = connectBoard(1);
+    auto last = connectBoard(2);
+    for (int count = 0; count < 20; ++count)
+        engine.requestOutputUpdate();
+    EXPECT_TRUE(waitForLights(*last, {disconnectedFlash}));
+    EXPECT_EQ(lights(*first), vector<LedCommand>{steady(10)});
+}
+
+TEST_F(OutputPush, SkipsBoardsWithoutAnyProfile) {
+    config.outputs.profiles.clear();
+    start();
+    auto board = connectBoard(1);
+    const std::size_t before = clockReads(OutputWorker);
+    engine.requestOutputUpdate();
+    // It came past the board, whose pause it looked for, and to its next wait.
+    ASSERT_TRUE(waitUntil([&] { return clockReads(OutputWorker) >= before + 2; }));
+    engine.stop();
+    EXPECT_EQ(lights(*board), vector<LedCommand>{});
+    EXPECT_EQ(warnings(), vector<string>{});
+}
+
+TEST_F(OutputPause, KeepsTheWorkerOffItsBoardAloneForAWhile) {
+    engineHost.setNow(0);
+    start();
+    auto board = connectBoard(1);
+    auto other = connectBoard(2);
+    engine.requestOutputUpdate();
+    ASSERT_TRUE(waitForLights(*other, {disconnectedFlash}));
+    board->notice();
+    ++submitted;
+    ASSERT_TRUE(drain());
+    engineHost.setNow(1500 * msNs - 1);
+    setConnected(true);
+    ASSERT_TRUE(waitForLights(*other, {disconnectedFlash, steady(80)}));
+    EXPECT_EQ(lights(*board), vector<LedCommand>{disconnectedFlash});
+    engineHost.setNow(1500 * msNs);
+    engine.requestOutputUpdate();
+    EXPECT_TRUE(waitForLights(*board, {disconnectedFlash, steady(80)}));
+}
+
+TEST_F(OutputPause, IsFollowedByTheStateThoughThatNeverChanged) {
+    engineHost.setNow(0);
+    start();
+    auto board = connectBoard(1);
+    engine.requestOutputUpdate();
+    ASSERT_TRUE(waitForLights(*board, {disconnectedFlash}));
+    handle(notice(), boardName(1), 0);
+    engineHost.setNow(1500 * msNs);
+    // No request: the refresh does it.
+    EXPECT_TRUE(waitForLights(*board, {disconnectedFlash, disconnectedFlash}));
+    // A notice without a name pauses the number, and has the board of that number written anew.
+    handle(notice(), "", 0);
+    engine.requestOutputUpdate();
+    EXPECT_TRUE(waitForLights(*board, {disconnectedFlash, disconnectedFlash, disconnectedFlash}));
+}
+
+TEST_F(OutputPause, SurvivesAStopOfTheEngine) {
+    engineHost.setNow(0);
+    start();
+    auto board = connectBoard(1);
+    auto witness = connectBoard(2);
+    handle(notice(), boardName(1), 0);
+    engine.stop();
+    ASSERT_TRUE(startEngine());
+    engine.requestOutputUpdate();
+    ASSERT_TRUE(waitForLights(*witness, {disconnectedFlash}));
+    EXPECT_EQ(lights(*board), vector<LedCommand>{});
+}
+
+TEST_F(BacklightText, IsStoredAndLoggedWithSixDecimals) {
+    ASSERT_TRUE(startEngine());
+    const vector<std::pair<string, string>> rows = {
+        {"(L:LIGHTING_POTENTIOMETER_5)=0.75;", "0.750000"}, {"-0.5", "-0.500000"},     {"1e-9", "0.000000"},
+        {"1e20", "100000000000000000000.000000"},           {"0.1234567", "0.123457"}, {"inf", "inf"},
+    };
+    for (const auto& [text, shown] : rows) {
+        engine.onBacklightPayload(text);
+        EXPECT_EQ(log.lines().back(), "[DEBUG] State update: backlight LIGHTING_POTENTIOMETER_5=" + shown);
+    }
+    engine.onBacklightPayload("0.25");
+    const std::lock_guard lock(simState.mutex);
+    EXPECT_TRUE(simState.backlightKnown);
+    EXPECT_EQ(simState.backlightValue, 0.25);
+}
+
+TEST_F(BacklightText, IsLoggedUnderTheConfiguredVariable) {
+    config.extensions.lightVariable = "(A:LIGHT POTENTIOMETER:3, percent)";
+    ASSERT_TRUE(startEngine());
+    engine.onBacklightPayload("1");
+    EXPECT_TRUE(log.has("[DEBUG] State update: backlight (A:LIGHT POTENTIOMETER:3, percent)=1.000000"));
+}
+
+TEST_F(BacklightText, UnreadableOneIsAWarningIfItHasTheName) {
+    ASSERT_TRUE(startEngine());
+    vector<string> expected;
+    for (const string text :
+         {"LIGHTING_POTENTIOMETER_5=abc", "LIGHTING_POTENTIOMETER_5", "(L:LIGHTING_POTENTIOMETER_5)=1e999;"}) {
+        engine.onBacklightPayload(text);
+        expected.push_back(unreadable + text);
+    }
+    for (const char* text : {"", "abc", "LIGHTING_POTENTIOMETER_", "lighting_potentiometer_5=abc",
+                             "A very long text that names no variable at all=1"})
+        engine.onBacklightPayload(text);
+    EXPECT_EQ(log.lines(), expected);
+    const std::lock_guard lock(simState.mutex);
+    EXPECT_FALSE(simState.backlightKnown);
+}
