@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -26,8 +27,7 @@ bool parseIds(const std::string& vendorText, const std::string& productText, std
 
 } // namespace
 
-HidManager::HidManager(HidTransport hidTransport, Host hostRecord)
-    : transport(std::move(hidTransport)), host(std::move(hostRecord)) {}
+HidManager::HidManager(HidTransport transport, Host host) : transport(std::move(transport)), host(std::move(host)) {}
 
 HidManager::~HidManager() {
     stop();
@@ -35,7 +35,7 @@ HidManager::~HidManager() {
     disconnectAll();
 }
 
-bool HidManager::start(const HidManagerSettings& settings, HidEventCallback eventCallback, std::string& error) {
+bool HidManager::start(const HidManagerSettings& settings, HidEventCallback callback, std::string& error) {
     if (running) {
         return true;
     }
@@ -51,7 +51,7 @@ bool HidManager::start(const HidManagerSettings& settings, HidEventCallback even
     scanIntervalMs = settings.scanIntervalMs;
     singlePendingRead = settings.singlePendingRead;
     reopenStoppedReaders = settings.reopenStoppedReaders;
-    callback = std::move(eventCallback);
+    this->callback = std::move(callback);
     running = true;
     scanDevices();
     scanThread = host.startThread([this] { scanLoop(); });
@@ -68,8 +68,8 @@ void HidManager::stop() {
     disconnectAll();
 }
 
-void HidManager::setTraceEnabled(bool enabled) {
-    traceEnabled = enabled;
+void HidManager::setTraceEnabled(bool traceEnabled) {
+    this->traceEnabled = traceEnabled;
 }
 
 void HidManager::scanLoop() {
@@ -120,26 +120,13 @@ std::vector<std::string> HidManager::findMatchingPaths(std::uint32_t vendorId, s
 }
 
 bool HidManager::probe(const std::string& path, HidAttributes& attributes) {
-    auto handle = transport.open(path, HidAccess::ReadWrite, HidMode::Synchronous);
-    if (handle == invalidHidHandle) {
-        handle = transport.open(path, HidAccess::ReadOnly, HidMode::Synchronous);
-    }
-    if (handle == invalidHidHandle) {
-        return false;
-    }
-    const bool told = transport.attributes(handle, attributes);
-    transport.close(handle);
-    return told;
+    const auto handle = openForReading(transport, path, HidMode::Synchronous);
+    return handle.isOpen() && transport.attributes(handle, attributes);
 }
 
 void HidManager::disconnectEnded(const std::vector<std::string>& paths) {
     for (auto entry = sessions.begin(); entry != sessions.end();) {
-        if (!hasEnded(*entry->second, paths)) {
-            ++entry;
-            continue;
-        }
-        disconnectBoard(*entry->second);
-        entry = sessions.erase(entry);
+        entry = hasEnded(*entry->second, paths) ? disconnectBoard(entry) : std::next(entry);
     }
 }
 
@@ -151,8 +138,7 @@ bool HidManager::hasEnded(const HidDeviceSession& session, const std::vector<std
 
 void HidManager::disconnectAll() {
     const std::lock_guard lock(mutex);
-    for (const auto& [path, session] : sessions) {
-        disconnectBoard(*session);
+    for (auto entry = sessions.begin(); entry != sessions.end();) {
+        entry = disconnectBoard(entry);
     }
-    sessions.clear();
 }

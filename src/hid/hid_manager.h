@@ -1,5 +1,6 @@
 #pragma once
 
+#include "hid/hid_handle_owner.h"
 #include "hid/hid_protocol.h"
 #include "platform/platform.h"
 
@@ -34,9 +35,10 @@ struct HidManagerSettings {
 using HidEventCallback =
     std::function<void(const HidProtocol::HidEvent& event, const std::string& deviceName, int index)>;
 
-/// One connected board. Made and destroyed under the manager's mutex.
+/// One connected board. Made and destroyed under the manager's mutex. Its destruction closes the read handle, then the
+/// write handle, then frees the reader.
 struct HidDeviceSession {
-    /// Outlives `readHandle`: what a pending read writes to lies in it.
+    /// Holds the memory that pending reads write to, so it is declared before `readHandle` and outlives it.
     HidReader reader;
 
     // Fixed while the reader thread lives.
@@ -47,9 +49,9 @@ struct HidDeviceSession {
     HidProtocol::ProtocolInfo protocolInfo;
     bool protocolInfoValid = false;
     int index = -1;
-    HidHandle readHandle = invalidHidHandle;
-    /// Stays invalid when output is disabled for this board.
-    HidHandle writeHandle = invalidHidHandle;
+    /// Owns nothing when output is disabled for this board.
+    HidHandleOwner writeHandle;
+    HidHandleOwner readHandle;
 
     /// Cleared by the disconnecting thread, polled by the reader thread.
     std::atomic<bool> running{false};
@@ -79,15 +81,15 @@ public:
     HidManager& operator=(const HidManager&) = delete;
 
     /// Connects the boards that are present, then goes on scanning. True if the manager is running on return; when it
-    /// was running before, `eventCallback` is dropped. False with `error` set when an id text is invalid. Throws
+    /// was running before, `callback` is dropped. False with `error` set when an id text is invalid. Throws
     /// std::system_error when no thread can be had.
-    bool start(const HidManagerSettings& settings, HidEventCallback eventCallback, std::string& error);
+    bool start(const HidManagerSettings& settings, HidEventCallback callback, std::string& error);
 
     /// Idempotent. Waits out the scan thread's sleep, then disconnects every board.
     void stop();
 
     /// Before `start` only.
-    void setTraceEnabled(bool enabled);
+    void setTraceEnabled(bool traceEnabled);
 
     /// One pass: disconnects the boards that have gone, connects those that have come. With `reopenStoppedReaders` a
     /// board whose reader has ended counts as both. Blocks as long as their feature reports and joins take.
@@ -112,6 +114,9 @@ public:
     void sendBootselCommand();
 
 private:
+    /// By path, which gives the order in which all boards are written to, listed and disconnected.
+    using Sessions = std::map<std::string, std::unique_ptr<HidDeviceSession>>;
+
     const HidTransport transport;
     const Host host;
 
@@ -130,7 +135,7 @@ private:
     // Held through every connection, disconnection and write. Guards the sessions, their LED caches and the last
     // reports; only Logger's mutex is taken under it.
     std::mutex mutex;
-    std::map<std::string, std::unique_ptr<HidDeviceSession>> sessions;
+    Sessions sessions;
     std::atomic<int> nextIndex{0};
     HidProtocol::Report lastSimStatus{};
     HidProtocol::Report lastLedCtl{};
@@ -153,12 +158,12 @@ private:
     bool hasEnded(const HidDeviceSession& session, const std::vector<std::string>& paths) const;
     void connectBoard(const std::string& path);
     bool openHandles(HidDeviceSession& session);
-    void closeHandles(HidDeviceSession& session);
     void identify(HidDeviceSession& session);
     void announce(const HidDeviceSession& session);
     void replay(const HidDeviceSession& session, const char* reportName, const HidProtocol::Report& report);
     void startReader(HidDeviceSession& session);
-    void disconnectBoard(HidDeviceSession& session);
+    /// Gives the session after the one that it ends.
+    Sessions::iterator disconnectBoard(Sessions::iterator ended);
     HidDeviceSession* findBoard(const std::string& deviceName, int index);
     void sendReport(const HidDeviceSession& session, const char* reportName, const HidProtocol::Report& report);
     bool sendBootsel(const HidDeviceSession& session, const HidProtocol::Report& report);

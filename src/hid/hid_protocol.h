@@ -3,6 +3,8 @@
 // The reports that boards and host exchange, as pure data. Every report has 32 bytes, its id in byte 0; fields of more
 // than one byte are little-endian; bytes that no field names are zero.
 
+#include "platform/hid_report_size.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -24,7 +26,7 @@ struct LedCommand {
 
 namespace HidProtocol {
 
-constexpr std::size_t reportSize = 32;
+constexpr std::size_t reportSize = hidReportSize;
 using Report = std::array<std::uint8_t, reportSize>;
 
 constexpr std::uint8_t inputEventReportId = 0x01;

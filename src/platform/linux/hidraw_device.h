@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/hid_report_size.h"
 #include "platform/linux/file_descriptor.h"
 #include "platform/linux/wake_event.h"
 #include "platform/platform.h"
@@ -9,7 +10,7 @@
 #include <string>
 
 /// What a reader reads into: the longest report of a board.
-using HidrawReadBuffer = std::array<std::uint8_t, 32>;
+using HidrawReadBuffer = std::array<std::uint8_t, hidReportSize>;
 
 /// One open hidraw node. Everything may be called from any thread, `read` on one at a time for the same buffer.
 class HidrawDevice {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/hid_report_size.h"
 #include "platform/platform.h"
 
 #include <windows.h>
@@ -19,7 +20,7 @@ struct HidRead {
     HANDLE event = nullptr;
     OVERLAPPED overlapped{};
     /// The longest report of a board.
-    std::array<std::uint8_t, 32> buffer{};
+    std::array<std::uint8_t, hidReportSize> buffer{};
     /// `readSinglePending` has left a read pending.
     bool isPending = false;
 };
@@ -29,7 +30,7 @@ class HidDevice {
 public:
     /// Null when the device can't be opened.
     static std::unique_ptr<HidDevice> open(const std::string& path, HidAccess access, HidMode mode);
-    explicit HidDevice(HANDLE opened) : handle(opened) {}
+    explicit HidDevice(HANDLE handle) : handle(handle) {}
     ~HidDevice() { CloseHandle(handle); }
     HidDevice(const HidDevice&) = delete;
     HidDevice& operator=(const HidDevice&) = delete;

@@ -47,28 +47,16 @@ void HidManager::connectBoard(const std::string& path) {
 }
 
 bool HidManager::openHandles(HidDeviceSession& session) {
-    session.readHandle = transport.open(session.path, HidAccess::ReadWrite, HidMode::Overlapped);
-    if (session.readHandle == invalidHidHandle) {
-        session.readHandle = transport.open(session.path, HidAccess::ReadOnly, HidMode::Overlapped);
-    }
-    if (session.readHandle == invalidHidHandle) {
+    session.readHandle = openForReading(transport, session.path, HidMode::Overlapped);
+    if (!session.readHandle.isOpen()) {
         logWarn("Failed to open HID device: " + session.path);
         return false;
     }
-    session.writeHandle = transport.open(session.path, HidAccess::ReadWrite, HidMode::Synchronous);
-    if (session.writeHandle == invalidHidHandle) {
+    session.writeHandle = {transport, transport.open(session.path, HidAccess::ReadWrite, HidMode::Synchronous)};
+    if (!session.writeHandle.isOpen()) {
         logWarn("Failed to open HID write handle; output disabled for: " + session.path);
     }
     return true;
-}
-
-void HidManager::closeHandles(HidDeviceSession& session) {
-    for (auto* handle : {&session.readHandle, &session.writeHandle}) {
-        if (*handle != invalidHidHandle) {
-            transport.close(*handle);
-            *handle = invalidHidHandle;
-        }
-    }
 }
 
 void HidManager::identify(HidDeviceSession& session) {
@@ -96,7 +84,7 @@ void HidManager::announce(const HidDeviceSession& session) {
 }
 
 void HidManager::replay(const HidDeviceSession& session, const char* reportName, const HidProtocol::Report& report) {
-    if (session.writeHandle != invalidHidHandle) {
+    if (session.writeHandle.isOpen()) {
         const auto result = transport.write(session.writeHandle, report);
         traceOutput(session, reportName, report, result.count);
     }
@@ -106,24 +94,18 @@ void HidManager::startReader(HidDeviceSession& session) {
     const bool single = singlePendingRead && transport.makeSinglePendingReader;
     session.reader = (single ? transport.makeSinglePendingReader : transport.makeReader)(session.readHandle);
     session.running = true;
-    try {
-        session.readerThread = host.startThread([this, &session] { readLoop(session); });
-    } catch (...) {
-        closeHandles(session);
-        throw;
-    }
+    session.readerThread = host.startThread([this, &session] { readLoop(session); });
 }
 
-void HidManager::disconnectBoard(HidDeviceSession& session) {
+HidManager::Sessions::iterator HidManager::disconnectBoard(Sessions::iterator ended) {
+    HidDeviceSession& session = *ended->second;
+    const std::string deviceName = session.deviceName;
     session.running = false;
-    if (session.readHandle != invalidHidHandle) {
-        transport.cancelReads(session.readHandle);
-    }
-    if (session.readerThread.joinable()) {
-        session.readerThread.join();
-    }
-    closeHandles(session);
-    logInfo("HID device disconnected: " + session.deviceName);
+    transport.cancelReads(session.readHandle);
+    session.readerThread.join();
+    const auto next = sessions.erase(ended);
+    logInfo("HID device disconnected: " + deviceName);
+    return next;
 }
 
 void HidManager::readLoop(HidDeviceSession& session) {

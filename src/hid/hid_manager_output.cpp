@@ -16,7 +16,7 @@ void HidManager::sendSimStatus(bool connected) {
     lastSimStatus = report;
     simStatusValid = true;
     for (const auto& [path, session] : sessions) {
-        if (session->writeHandle != invalidHidHandle) {
+        if (session->writeHandle.isOpen()) {
             sendReport(*session, "sim_status", report);
         }
     }
@@ -25,7 +25,7 @@ void HidManager::sendSimStatus(bool connected) {
 bool HidManager::sendLedControl(const std::string& deviceName, int index, const LedCommand& command) {
     const std::lock_guard lock(mutex);
     auto* const session = findBoard(deviceName, index);
-    if (session == nullptr || session->writeHandle == invalidHidHandle) {
+    if (session == nullptr || !session->writeHandle.isOpen()) {
         return false;
     }
     const auto report = HidProtocol::encodeLedCtl(command);
@@ -55,7 +55,7 @@ void HidManager::sendBootselCommand() {
     }
     bool accepted = false;
     for (const auto& [path, session] : sessions) {
-        if (session->writeHandle != invalidHidHandle) {
+        if (session->writeHandle.isOpen()) {
             accepted = sendBootsel(*session, report) || accepted;
         }
     }

@@ -1,0 +1,7 @@
+#pragma once
+
+#include <cstddef>
+
+/// The length of every report between boards and host, the report id included. The system must know it before it reads,
+/// so it stands below the report protocol.
+constexpr std::size_t hidReportSize = 32;
