@@ -27,13 +27,13 @@ std::string notFoundError(const Host& host, const std::string& configPath) {
 
 } // namespace
 
-App::App(Platform systemRecords)
-    : platform(std::move(systemRecords)),
-      hid(platform.hid, platform.host),
-      mobiflight(platform.simConnect, platform.host),
-      simConnect(platform.simConnect, platform.host),
-      mapping(platform.host),
-      cdcReader(platform.hid) {}
+// The parameter is empty once it has been moved from, so the subsystems get their records from the member.
+App::App(Platform platform)
+    : platform(std::move(platform)),
+      hid(this->platform.hid, this->platform.host),
+      mobiflight(this->platform.simConnect, this->platform.host),
+      simConnect(this->platform.simConnect, this->platform.host),
+      mapping(this->platform.host) {}
 
 App::~App() {
     if (notifyThread.joinable()) {
@@ -45,8 +45,8 @@ App::~App() {
     }
 }
 
-bool App::init(const std::string& configPath, bool inConsoleMode, std::string& error) {
-    consoleMode = inConsoleMode;
+bool App::init(const std::string& configPath, bool consoleMode, std::string& error) {
+    this->consoleMode = consoleMode;
     const std::string exeDir = exeDirectory(platform.host);
     const std::string commonAppData = commonAppDataDirectory(platform.host);
     Logger::instance().configure(logDirectory(consoleMode, commonAppData, exeDir), programName, consoleMode);

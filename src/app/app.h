@@ -20,14 +20,14 @@
 /// `init`, and if that gave true `run`; each once, there is no restart.
 class App {
 public:
-    explicit App(Platform systemRecords = systemPlatform());
+    explicit App(Platform platform = systemPlatform());
     ~App();
     App(const App&) = delete;
     App& operator=(const App&) = delete;
 
     /// Brings the system up. On false no thread of the system is left running; `error` may be empty when the cause is
     /// in the log already. Throws what the file system throws when it can't say whether a file exists.
-    bool init(const std::string& configPath, bool inConsoleMode, std::string& error);
+    bool init(const std::string& configPath, bool consoleMode, std::string& error);
 
     /// Blocks until a stop is requested, then stops everything.
     void run();
@@ -67,7 +67,7 @@ private:
     void onBattery(bool on);
     void consoleLoop();
 
-    // Device notification thread (device_notifications.cpp).
+    // Device notification thread (app_device_notifications.cpp).
     struct NotifyStartState;
     bool startDeviceNotifications(std::string& error);
     void notifyLoop(NotifyStartState& state);

@@ -1,21 +1,17 @@
 #include "app/cdc_debug_reader.h"
 
-#include <utility>
-
-CdcDebugReader::CdcDebugReader(HidTransport systemTransport) : transport(std::move(systemTransport)) {}
-
 void CdcDebugReader::stop() {
     if (!running.exchange(false)) {
         return;
     }
-    if (handle != invalidHidHandle) {
-        transport.cancelReads(handle);
+    if (port) {
+        port->cancelReads();
     }
     if (thread.joinable()) {
         thread.join();
     }
-    if (handle != invalidHidHandle) {
-        transport.close(handle);
-        handle = invalidHidHandle;
+    if (port) {
+        port->close();
+        port.reset();
     }
 }

@@ -53,13 +53,13 @@ Logger& Logger::instance() {
     return logger;
 }
 
-void Logger::configure(const std::string& newDirectory, const std::string& newBaseName, bool echo) {
+void Logger::configure(const std::string& directory, const std::string& baseName, bool consoleEcho) {
     const std::lock_guard lock(mutex);
-    directory = newDirectory;
-    baseName = newBaseName;
+    this->directory = directory;
+    this->baseName = baseName;
     maxBytes = rotationSizeBytes;
     maxBackups = keptBackups;
-    consoleEcho = echo;
+    this->consoleEcho = consoleEcho;
 
     const std::string fileName = baseName + ".log";
     if (directory.empty()) {
@@ -89,9 +89,9 @@ bool Logger::debugEnabledNow() {
     return debugEnabled;
 }
 
-void Logger::setDebugEnabled(bool enabled) {
+void Logger::setDebugEnabled(bool debugEnabled) {
     const std::lock_guard lock(mutex);
-    debugEnabled = enabled;
+    this->debugEnabled = debugEnabled;
 }
 
 void Logger::close() {

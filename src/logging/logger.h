@@ -30,7 +30,7 @@ public:
     /// Whether `debug` writes. For callers whose message costs something to build.
     bool debugEnabledNow();
 
-    void setDebugEnabled(bool enabled);
+    void setDebugEnabled(bool debugEnabled);
 
     /// Flushes and closes the file; the next line opens it again.
     void close();

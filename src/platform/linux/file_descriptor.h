@@ -9,7 +9,7 @@
 class FileDescriptor {
 public:
     FileDescriptor() = default;
-    explicit FileDescriptor(int owned) : number(owned) {}
+    explicit FileDescriptor(int number) : number(number) {}
     FileDescriptor(FileDescriptor&& other) noexcept : number(std::exchange(other.number, -1)) {}
     FileDescriptor& operator=(FileDescriptor&& other) noexcept {
         std::swap(number, other.number);

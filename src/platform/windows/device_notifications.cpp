@@ -17,7 +17,8 @@ constexpr char windowTitle[] = "Vantrel HID Notify";
 /// window's.
 class NotificationWindow {
 public:
-    explicit NotificationWindow(RegisterForDevices systemCall) : registerForDevices(std::move(systemCall)) {}
+    explicit NotificationWindow(RegisterForDevices registerForDevices)
+        : registerForDevices(std::move(registerForDevices)) {}
 
     bool setUp(std::string& error);
     void run(const std::function<void()>& onDeviceChange);

@@ -9,7 +9,7 @@ namespace {
 /// Binds one export after the other, and remembers the first that isn't there.
 class Exports {
 public:
-    explicit Exports(HMODULE library) : dll(library) {}
+    explicit Exports(HMODULE dll) : dll(dll) {}
 
     template <typename Operation>
     void bind(const char* name, std::function<Operation>& operation) {
