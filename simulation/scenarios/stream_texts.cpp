@@ -1,22 +1,11 @@
 #include "simulation/scenarios/stream_texts.h"
 
-#include <array>
-#include <cstdio>
+#include "hid/hex_text.h"
 
 namespace {
 
 /// What the bridge puts in front of each command's own text.
 constexpr std::string_view commandPrefix = "1 ";
-
-std::string hexText(const std::vector<std::uint8_t>& bytes) {
-    std::string text;
-    for (const std::uint8_t byte : bytes) {
-        std::array<char, 4> pair{};
-        std::snprintf(pair.data(), pair.size(), "%02X", byte);
-        text += pair.data();
-    }
-    return text;
-}
 
 std::string patternText(const char* name, const LedCommand& command) {
     return name + (" count=" + std::to_string(command.count)) + " period=" + std::to_string(command.periodMs) +

@@ -1,14 +1,8 @@
 #include "simulation/simulator/client_data_areas.h"
 
-#include <algorithm>
+#include "text/ascii.h"
 
-std::string lowerCaseName(std::string_view name) {
-    std::string lower(name);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
-    });
-    return lower;
-}
+#include <algorithm>
 
 std::vector<std::uint8_t> bytesOf(std::span<const std::uint8_t> block, std::size_t offset, std::size_t size) {
     std::vector<std::uint8_t> part(size);
@@ -33,11 +27,11 @@ AreaCreation ClientDataAreas::create(std::string_view name, std::size_t size, st
     if (total > largestTotal) {
         return AreaCreation::NoRoom;
     }
-    areas[lowerCaseName(name)] = {std::string(name), std::vector<std::uint8_t>(size), onlyWriter};
+    areas[lowerCased(name)] = {std::string(name), std::vector<std::uint8_t>(size), onlyWriter};
     return AreaCreation::Created;
 }
 
 ClientDataArea* ClientDataAreas::find(std::string_view name) {
-    const auto found = areas.find(lowerCaseName(name));
+    const auto found = areas.find(lowerCased(name));
     return found == areas.end() ? nullptr : &found->second;
 }

@@ -59,8 +59,5 @@ private:
     AreaListener listener;
 };
 
-/// A text in lower case, for names whose case doesn't matter.
-std::string lowerCaseName(std::string_view name);
-
 /// The part of a block of memory from `offset` on, zeros where the block ends before it.
 std::vector<std::uint8_t> bytesOf(std::span<const std::uint8_t> block, std::size_t offset, std::size_t size);

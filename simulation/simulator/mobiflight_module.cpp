@@ -1,5 +1,6 @@
 #include "simulation/simulator/mobiflight_module.h"
 
+#include "text/ascii.h"
 #include "wire/requests.h"
 
 #include <algorithm>
@@ -78,9 +79,9 @@ void MobiFlightModule::createClient(std::string_view name) {
 }
 
 MobiFlightModule::Client* MobiFlightModule::clientOfCommandArea(std::string_view name) {
-    const std::string wanted = lowerCaseName(name);
+    const std::string wanted = lowerCased(name);
     const auto found = std::find_if(clients.begin(), clients.end(), [&](const Client& client) {
-        return lowerCaseName(areaName(client.name, commandSuffix)) == wanted;
+        return lowerCased(areaName(client.name, commandSuffix)) == wanted;
     });
     return found == clients.end() ? nullptr : &*found;
 }

@@ -3,6 +3,7 @@
 #include "simconnect/simconnect_api.h"
 #include "simulation/simulator/simulator_exceptions.h"
 #include "simulation/simulator/simulator_session.h"
+#include "text/ascii.h"
 #include "wire/requests.h"
 
 #include <algorithm>
@@ -134,7 +135,7 @@ void SimulatorSession::beginAreaRequest(std::uint32_t requestId, AreaRequest wan
 void SimulatorSession::areaWritten(const ClientDataArea& area, std::span<const std::uint8_t> before) {
     for (auto& [requestId, request] : areaRequests) {
         const auto definition = areaDefinitions.find(request.definition);
-        if (definition == areaDefinitions.end() || lowerCaseName(request.area) != lowerCaseName(area.name)) {
+        if (definition == areaDefinitions.end() || lowerCased(request.area) != lowerCased(area.name)) {
             continue;
         }
         const bool onSet = request.period == simConnectClientDataPeriodOnSet;

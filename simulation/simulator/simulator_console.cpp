@@ -1,5 +1,7 @@
 #include "simulation/simulator/simulator_console.h"
 
+#include "text/ascii.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -212,11 +214,7 @@ std::vector<std::string> wordsOf(std::string_view line) {
 // The text behind the first word, blanks around it left out.
 std::string_view restOf(std::string_view line, std::string_view firstWord) {
     line.remove_prefix(line.find(firstWord) + firstWord.size());
-    const std::size_t first = line.find_first_not_of(blanks);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return line.substr(first, line.find_last_not_of(blanks) - first + 1);
+    return trimmed(line, blanks);
 }
 
 // Bytes above 127 are told by number: nothing says that they are UTF-8.

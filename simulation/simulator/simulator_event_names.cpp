@@ -1,5 +1,7 @@
 #include "simulation/simulator/simulator_event_names.h"
 
+#include "text/ascii.h"
+
 #include <algorithm>
 #include <array>
 #include <string>
@@ -771,9 +773,5 @@ static_assert(std::ranges::is_sorted(names));
 } // namespace
 
 bool isSimulatorEvent(std::string_view name) {
-    std::string upper(name);
-    std::ranges::transform(upper, upper.begin(), [](char letter) {
-        return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 32) : letter;
-    });
-    return std::ranges::binary_search(names, std::string_view(upper));
+    return std::ranges::binary_search(names, upperCased(name));
 }

@@ -5,6 +5,7 @@
 #include "simulation/simulator/simulator_event_names.h"
 #include "simulation/simulator/simulator_exceptions.h"
 #include "simulation/simulator/simulator_session.h"
+#include "text/ascii.h"
 #include "wire/requests.h"
 
 #include <algorithm>
@@ -70,7 +71,7 @@ constexpr std::array<SystemState, 5> systemStates{{
 }};
 
 bool sameName(std::string_view one, std::string_view other) {
-    return lowerCaseName(one) == lowerCaseName(other);
+    return lowerCased(one) == lowerCased(other);
 }
 
 // With a dot, a name is a client's own and any will do; with a number sign it is an event's number; without anything it

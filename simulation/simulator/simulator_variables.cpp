@@ -3,6 +3,7 @@
 #include "simconnect/simconnect_api.h"
 #include "simulation/simulator/simulator_exceptions.h"
 #include "simulation/simulator/simulator_session.h"
+#include "text/ascii.h"
 #include "wire/requests.h"
 
 #include <algorithm>
@@ -32,7 +33,7 @@ constexpr std::uint32_t simobjectDataByTypeMessage = 9;
 constexpr std::size_t mostRequests = 1000;
 
 bool isBooleanUnit(std::string_view unit) {
-    const std::string lower = lowerCaseName(unit);
+    const std::string lower = lowerCased(unit);
     return lower == "bool" || lower == "boolean" || lower == "number" || lower.empty();
 }
 
@@ -70,7 +71,7 @@ bool isTrue(std::span<const std::uint8_t> bytes) {
 void SimulatorSession::addToDataDefinition(const Request& request) {
     const std::string name = request.name(20);
     const std::uint32_t type = request.number(532);
-    if (!lowerCaseName(name).starts_with(batteryName)) {
+    if (!lowerCased(name).starts_with(batteryName)) {
         refuse(request, SimulatorExceptions::nameUnrecognized, 2);
     } else if (!isBooleanUnit(request.name(276))) {
         refuse(request, SimulatorExceptions::nameUnrecognized, 3);

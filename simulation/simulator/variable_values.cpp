@@ -1,17 +1,17 @@
 #include "simulation/simulator/variable_values.h"
 
-#include "simulation/simulator/client_data_areas.h"
+#include "text/ascii.h"
 
 void VariableValues::setLocal(std::string_view name, double value) {
-    locals[lowerCaseName(name)] = {std::string(name), value};
+    locals[lowerCased(name)] = {std::string(name), value};
 }
 
 void VariableValues::setAircraft(std::string_view name, double value) {
-    ofAircraft[lowerCaseName(name)] = value;
+    ofAircraft[lowerCased(name)] = value;
 }
 
 double VariableValues::aircraft(std::string_view name) const {
-    const auto found = ofAircraft.find(lowerCaseName(name));
+    const auto found = ofAircraft.find(lowerCased(name));
     return found == ofAircraft.end() ? 0 : found->second;
 }
 
@@ -26,7 +26,7 @@ std::vector<std::string> VariableValues::localNames() const {
 
 double VariableValues::evaluate(std::string_view code) const {
     constexpr std::size_t nameBegin = 3;
-    const std::string lower = lowerCaseName(code);
+    const std::string lower = lowerCased(code);
     if (lower.find(')') != lower.size() - 1) {
         return 0;
     }

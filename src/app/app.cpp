@@ -4,9 +4,8 @@
 #include "app/program_names.h"
 #include "logging/logger.h"
 #include "platform/file_system.h"
+#include "text/ascii.h"
 
-#include <algorithm>
-#include <cctype>
 #include <chrono>
 #include <exception>
 #include <iostream>
@@ -35,6 +34,7 @@ App::App(Platform platform)
       simConnect(this->platform.simConnect, this->platform.host),
       mapping(this->platform.host) {}
 
+// A thread that is still running would go on in members that no longer exist. Ending the process is the lesser evil.
 App::~App() {
     if (notifyThread.joinable()) {
         std::terminate();
@@ -125,6 +125,7 @@ bool App::startSubsystems(std::string& error) {
     if (config.cdc.enabled) {
         logWarn("CDC debug requested but this build does not include CDC support");
     }
+    // Comes last, when everything is up and not only the boards: people and tools wait for this line.
     logInfo("HID manager started");
     return true;
 }
@@ -153,6 +154,7 @@ void App::run() {
     if (consoleMode) {
         platform.host.startThread([this] { consoleLoop(); }).detach();
     }
+    // Polled, because the control handler may run in a signal frame, where it can set a flag but wake nobody.
     while (!stopRequested.load()) {
         std::this_thread::sleep_for(stopPollInterval);
     }
@@ -207,8 +209,8 @@ void App::consoleLoop() {
     logInfo("Console commands: bootsel, quit");
     std::string line;
     while (!stopRequested.load() && std::getline(std::cin, line)) {
-        std::transform(line.begin(), line.end(), line.begin(),
-                       [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+        // Not trimmed: a line with a blank in it is no command.
+        line = lowerCased(line);
         if (line == "bootsel" || line == "boot") {
             logInfo("Sending BOOTSEL command to devices");
             hid.sendBootselCommand();

@@ -53,7 +53,8 @@ private:
     MappingEngine mapping;
     CdcDebugReader cdcReader;
     std::thread notifyThread;
-    // Guards `notifyActive`: the notification thread listens.
+    // Guards setting `notifyActive`: the notification thread listens. The starter reads it and the thread clears it
+    // without the mutex: the hand-over at the start and the join at the end put these in order.
     std::mutex notifyMutex;
     bool notifyActive = false;
     bool hidTraceOverrideSet = false;

@@ -40,6 +40,7 @@ std::string defaultConfigPath(const Host& host) {
     if (commonAppData.empty()) {
         return first;
     }
+    // Not asked whether it exists: the message about a missing file then names the place where users keep theirs.
     return inDataFolder(commonAppData);
 }
 

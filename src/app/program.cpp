@@ -12,7 +12,8 @@ constexpr const char* singleInstanceName = "Local\\VantrelBridgeHID.singleton";
 /// Interrupt, break and close are handled; log-off and shutdown are not.
 constexpr unsigned lastHandledControlEvent = 2;
 
-/// The way of the control handler, a plain function, to the application. Set once, never cleared.
+/// How the control handler, a plain function, reaches the application. Set once and never cleared: the process ends
+/// with the application, and clearing it couldn't stop a handler that runs at that moment.
 App* controlledApp = nullptr;
 
 int runBridge(const Platform& platform, const CommandLine& options, const std::string& configPath) {
@@ -58,6 +59,8 @@ int runProgram(const Platform& platform, int argc, const char* const* argv) {
     if (options.unregisterProgram) {
         return unregisterProgram(platform.host);
     }
+    // A second start is no error, since the simulator starts the bridge although the user may have done so already. A
+    // lock that can't be had at all doesn't keep the bridge from running.
     if (platform.host.acquireSingleInstance(singleInstanceName) == SingleInstance::AlreadyRunning) {
         return 0;
     }

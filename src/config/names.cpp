@@ -1,17 +1,6 @@
 #include "config/names.h"
 
-namespace {
-
-// The classes of the C locale, spelled out so that no locale set elsewhere in the process can change a name.
-bool isSpace(char byte) {
-    return byte == ' ' || (byte >= '\t' && byte <= '\r');
-}
-
-char toUpper(char byte) {
-    return byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
-}
-
-} // namespace
+#include "text/ascii.h"
 
 std::string normalizeName(std::string_view text) {
     std::string name;

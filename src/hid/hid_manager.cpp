@@ -11,6 +11,7 @@ namespace {
 /// Ids of USB devices have 16 bits.
 constexpr unsigned idLimit = 0x10000;
 
+/// As lenient as sscanf: a leading 0x and stray characters behind the digits pass. Files that work must go on working.
 bool parseId(const std::string& text, std::uint32_t& id) {
     unsigned value = 0;
     if (text.empty() || std::sscanf(text.c_str(), "%x", &value) != 1 || value >= idLimit) {
@@ -53,6 +54,8 @@ bool HidManager::start(const HidManagerSettings& settings, HidEventCallback call
     reopenStoppedReaders = settings.reopenStoppedReaders;
     this->callback = std::move(callback);
     running = true;
+    // The scan thread begins with a pass too. This one is for the caller: boards that are present have sessions on
+    // return.
     scanDevices();
     scanThread = host.startThread([this] { scanLoop(); });
     return true;
@@ -85,6 +88,9 @@ void HidManager::scanDevices() {
     if (!parseIds(vendorIdText, productIdText, vendorId, productId)) {
         return;
     }
+    // Outside the mutex, because every HID device on the machine is opened: one that hangs stalls this pass, not the
+    // boards at work. Of two passes at once the one with the older list may end a session that the other has just made;
+    // the next pass makes it again.
     const auto paths = findMatchingPaths(vendorId, productId);
     const std::lock_guard lock(mutex);
     disconnectEnded(paths);

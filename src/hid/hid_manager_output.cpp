@@ -12,7 +12,8 @@ void HidManager::sendSimStatus(bool connected) {
     if (simStatusValid && report == lastSimStatus) {
         return;
     }
-    // Kept before any write and with no board at all: boards that come later are told it at connection.
+    // Kept before any write and with no board at all, because boards that come later get it at connection. A board
+    // whose write fails learns the state at the next change.
     lastSimStatus = report;
     simStatusValid = true;
     for (const auto& [path, session] : sessions) {
@@ -33,7 +34,8 @@ bool HidManager::sendLedControl(const std::string& deviceName, int index, const 
         return true;
     }
     sendReport(*session, "led_ctl", report);
-    // A failed report is kept as well: a board that refuses it isn't written to again with each periodic push.
+    // A failed report is kept as well. Otherwise each periodic push would write to a board that refuses it and log
+    // another warning.
     session->ledCache = report;
     session->ledCacheValid = true;
     return true;
@@ -64,6 +66,7 @@ void HidManager::sendBootselCommand() {
     }
 }
 
+// The name first: a replugged board keeps its name, while its index is another's or nobody's by then.
 HidDeviceSession* HidManager::findBoard(const std::string& deviceName, int index) {
     const auto first = [this](auto matches) -> HidDeviceSession* {
         const auto found = std::find_if(sessions.begin(), sessions.end(), matches);
@@ -89,6 +92,8 @@ void HidManager::sendReport(const HidDeviceSession& session, const char* reportN
     traceOutput(session, reportName, report, result.count);
 }
 
+// Nothing sends this report again, unlike a status or a light. So a short write counts as a failure here, and a failure
+// has the report sent another way.
 bool HidManager::sendBootsel(const HidDeviceSession& session, const HidProtocol::Report& report) {
     const auto written = transport.write(session.writeHandle, report);
     if (written.ok && written.count == report.size()) {

@@ -32,6 +32,7 @@ void HidManager::connectBoard(const std::string& path) {
         return;
     }
     identify(*session);
+    // Never used again, so that an index from before a replug doesn't reach another board.
     session->index = nextIndex++;
     announce(*session);
     if (simStatusValid) {
@@ -69,6 +70,7 @@ void HidManager::identify(HidDeviceSession& session) {
         HidProtocol::decodeDeviceInfo(report, session.deviceInfo, ignoredError)) {
         session.deviceName = HidProtocol::boardIdText(session.deviceInfo);
     } else {
+        // Without a message: a board of another firmware works as well, by a name that isn't as good.
         session.deviceName = session.serial.empty() ? session.path : session.serial;
     }
     session.protocolInfoValid = readFeature(transport, session.readHandle, HidProtocol::protocolInfoReportId, report) &&
@@ -85,6 +87,7 @@ void HidManager::announce(const HidDeviceSession& session) {
 
 void HidManager::replay(const HidDeviceSession& session, const char* reportName, const HidProtocol::Report& report) {
     if (session.writeHandle.isOpen()) {
+        // No warning on a failure: the board has just been plugged in, and the next change is written to it anyway.
         const auto result = transport.write(session.writeHandle, report);
         traceOutput(session, reportName, report, result.count);
     }
@@ -103,6 +106,7 @@ HidManager::Sessions::iterator HidManager::disconnectBoard(Sessions::iterator en
     session.running = false;
     transport.cancelReads(session.readHandle);
     session.readerThread.join();
+    // Closes the handles, now that no thread reads by them.
     const auto next = sessions.erase(ended);
     logInfo("HID device disconnected: " + deviceName);
     return next;
@@ -115,6 +119,8 @@ void HidManager::readLoop(HidDeviceSession& session) {
     while (session.running) {
         const auto result = session.reader(readLimit);
         if (result.status == HidReadStatus::Failure) {
+            // Silently, and the session stays: a board that is pulled fails its read first, and the next pass, which
+            // finds its path gone, logs the disconnection once.
             session.readerEnded = true;
             return;
         }

@@ -19,6 +19,7 @@ HidProtocol::HidEvent decodePayload(const std::uint8_t* payload) {
     HidProtocol::HidEvent event;
     event.headerByte = payload[0];
     event.type = payload[1];
+    // Byte 2 belongs to no field.
     event.controlId = readWord(payload + 3);
     event.value = static_cast<std::int8_t>(payload[5]);
     event.speed = payload[6];
@@ -32,6 +33,7 @@ HidProtocol::HidEvent decodePayload(const std::uint8_t* payload) {
 namespace HidProtocol {
 
 bool decodeInputReport(const std::uint8_t* bytes, std::size_t length, HidEvent& event, std::string& error) {
+    // First, because such a read has no id to check: its first byte is the board's own, whatever it holds.
     if (length == sizeWithoutReportId) {
         event = decodePayload(bytes);
         return true;

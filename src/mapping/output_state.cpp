@@ -1,6 +1,6 @@
 #include "mapping/output_state.h"
 
-#include "config/names.h"
+#include "text/ascii.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -82,15 +82,6 @@ double readNumber(const std::string& text, std::size_t& end) {
     const double number = std::strtod(text.c_str(), &stop);
     end = errno == ERANGE ? 0 : static_cast<std::size_t>(stop - text.c_str());
     return number;
-}
-
-std::string upperCased(std::string text) {
-    for (char& letter : text) {
-        if (letter >= 'a' && letter <= 'z') {
-            letter = static_cast<char>(letter - 'a' + 'A');
-        }
-    }
-    return text;
 }
 
 /// Where the variable's name stands in the text, best with its "L:"; npos for nowhere.

@@ -1,6 +1,7 @@
 // The edit itself: texts in, texts out.
 
 #include "registration/exe_xml_registrar.h"
+#include "text/ascii.h"
 
 #include <algorithm>
 
@@ -21,36 +22,11 @@ constexpr std::string_view emptyDocument = "<?xml version=\"1.0\" encoding=\"Win
                                            "    <Launch.ManualLoad>False</Launch.ManualLoad>\r\n"
                                            "</SimBase.Document>\r\n";
 
-// The classes of the C locale, spelled out so that no locale set elsewhere in the process can change an edit.
-bool isSpace(char byte) {
-    return byte == ' ' || (byte >= '\t' && byte <= '\r');
-}
-
-char toLower(char byte) {
-    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
-}
-
-bool sameLetter(char a, char b) {
-    return toLower(a) == toLower(b);
-}
-
-bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), sameLetter);
-}
-
 /// The lowest index from `from` on, which is at most the text's length; npos when there is none.
 std::size_t findIgnoringCase(std::string_view text, std::string_view needle, std::size_t from) {
     const std::string_view rest = text.substr(from);
     const auto found = std::search(rest.begin(), rest.end(), needle.begin(), needle.end(), sameLetter);
     return found == rest.end() ? std::string_view::npos : from + static_cast<std::size_t>(found - rest.begin());
-}
-
-std::string_view trimmed(std::string_view text) {
-    const auto first = std::find_if_not(text.begin(), text.end(), isSpace);
-    text.remove_prefix(static_cast<std::size_t>(first - text.begin()));
-    const auto last = std::find_if_not(text.rbegin(), text.rend(), isSpace);
-    text.remove_suffix(static_cast<std::size_t>(last - text.rbegin()));
-    return text;
 }
 
 /// The name in an entry that reaches from its first tag to its last; empty when it has none. Looks at nothing behind

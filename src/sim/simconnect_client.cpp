@@ -2,6 +2,7 @@
 
 #include "logging/logger.h"
 #include "sim/hresult_text.h"
+#include "text/ascii.h"
 
 #include <algorithm>
 #include <array>
@@ -24,15 +25,6 @@ constexpr std::int32_t backoffLimitMs = 30000;
 
 // Both generations of the simulator.
 constexpr std::array<std::string_view, 2> simulatorProcesses{"FlightSimulator.exe", "FlightSimulator2024.exe"};
-
-constexpr char lowerAscii(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-bool equalsIgnoringCase(std::string_view left, std::string_view right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char a, char b) { return lowerAscii(a) == lowerAscii(b); });
-}
 
 bool isSimulatorProcess(std::string_view name) {
     return std::any_of(simulatorProcesses.begin(), simulatorProcesses.end(),

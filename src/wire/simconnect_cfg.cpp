@@ -1,5 +1,6 @@
 #include "wire/simconnect_cfg.h"
 
+#include "text/ascii.h"
 #include "wire/pipe.h"
 
 #include <algorithm>
@@ -15,25 +16,9 @@ namespace {
 // The simulator gives its IPv6 entry the next port.
 constexpr std::uint16_t defaultIpv6Port = 501;
 constexpr std::string_view sectionName = "simconnect";
+constexpr std::string_view blanks = " \t\r";
 
 using Keys = std::map<std::string, std::string, std::less<>>;
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
-std::string lowered(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char letter) {
-        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
-    });
-    return lower;
-}
 
 template <typename Number>
 std::optional<Number> wholeNumber(std::string_view text) {
@@ -47,7 +32,7 @@ std::optional<Number> wholeNumber(std::string_view text) {
 
 // The configuration index in a section's name without its brackets. None: not one of SimConnect's sections.
 std::optional<std::uint32_t> sectionIndex(std::string_view name) {
-    const std::string lower = lowered(trimmed(name));
+    const std::string lower = lowerCased(trimmed(name, blanks));
     if (lower == sectionName) {
         return 0;
     }
@@ -66,7 +51,7 @@ void forEachLine(std::string_view text, const Visit& visit) {
     }
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
-        visit(trimmed(text.substr(0, end)));
+        visit(trimmed(text.substr(0, end), blanks));
         text.remove_prefix(std::min(end + 1, text.size()));
     }
 }
@@ -74,7 +59,7 @@ void forEachLine(std::string_view text, const Visit& visit) {
 void readKey(std::string_view line, Keys& keys) {
     const std::size_t equals = line.find('=');
     if (!line.starts_with(';') && equals != std::string_view::npos) {
-        keys.try_emplace(lowered(trimmed(line.substr(0, equals))), trimmed(line.substr(equals + 1)));
+        keys.try_emplace(lowerCased(trimmed(line.substr(0, equals), blanks)), trimmed(line.substr(equals + 1), blanks));
     }
 }
 
@@ -131,7 +116,7 @@ Endpoint tcpEndpoint(const Place& place, AddressFamily family) {
 
 // TCP's names for this machine. In a pipe's path they would send the opening of a local pipe through the network.
 bool isLoopback(std::string_view address) {
-    return address == "127.0.0.1" || address == "::1" || lowered(address) == "localhost";
+    return address == "127.0.0.1" || address == "::1" || lowerCased(address) == "localhost";
 }
 
 bool isThisMachine(std::string_view address) {
@@ -151,7 +136,7 @@ Endpoint pipeEndpoint(const Place& place) {
 }
 
 SimConnectEndpoints endpointsOf(std::string_view protocol, const Place& place) {
-    const std::string lower = lowered(protocol);
+    const std::string lower = lowerCased(protocol);
     const bool all = lower.empty() || lower == "auto";
     SimConnectEndpoints endpoints;
     const auto add = [&](const Endpoint& endpoint) {

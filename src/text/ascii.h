@@ -1,0 +1,50 @@
+#pragma once
+
+// Questions about ASCII letters and white space, as the C locale answers them: spelled out, because a locale that is
+// set elsewhere in the process must not change what a name or a file means. Other bytes are neither letters nor white
+// space.
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+constexpr std::string_view asciiSpace = " \t\n\v\f\r";
+
+constexpr bool isSpace(char byte) {
+    return asciiSpace.find(byte) != std::string_view::npos;
+}
+
+constexpr char toLower(char byte) {
+    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+}
+
+constexpr char toUpper(char byte) {
+    return byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
+}
+
+constexpr bool sameLetter(char left, char right) {
+    return toLower(left) == toLower(right);
+}
+
+constexpr bool equalsIgnoringCase(std::string_view left, std::string_view right) {
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(), sameLetter);
+}
+
+inline std::string lowerCased(std::string_view text) {
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(), toLower);
+    return lower;
+}
+
+inline std::string upperCased(std::string_view text) {
+    std::string upper(text);
+    std::transform(upper.begin(), upper.end(), upper.begin(), toUpper);
+    return upper;
+}
+
+/// The text without the blanks at its ends.
+constexpr std::string_view trimmed(std::string_view text, std::string_view blanks = asciiSpace) {
+    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+    // npos + 1 is 0: a text of blanks alone is empty by now.
+    return text.substr(0, text.find_last_not_of(blanks) + 1);
+}
