@@ -17,6 +17,18 @@
 
 using Lines = std::vector<std::string>;
 
+// The names of the boards that makeBoard makes.
+constexpr char firstName[] = "0000000000000001";
+constexpr char secondName[] = "0000000000000002";
+
+/// What keeps a board from being opened for probing and writing, or for reading. Its writes alone are refused by
+/// `noWriteHandle`: the probe falls back to reading.
+inline const HidLinkFaults noProbe{
+    .refusedOpens = {{HidAccess::ReadWrite, HidMode::Synchronous}, {HidAccess::ReadOnly, HidMode::Synchronous}}};
+inline const HidLinkFaults noReadHandle{
+    .refusedOpens = {{HidAccess::ReadWrite, HidMode::Overlapped}, {HidAccess::ReadOnly, HidMode::Overlapped}}};
+inline const HidLinkFaults noWriteHandle{.refusedOpens = {{HidAccess::ReadWrite, HidMode::Synchronous}}};
+
 struct ReceivedEvent {
     HidProtocol::HidEvent event;
     std::string deviceName;
@@ -42,6 +54,15 @@ public:
 
     bool waitForCount(std::size_t count) {
         return waitUntil([&] { return events().size() >= count; });
+    }
+
+    /// The events' control numbers, in the order of their coming.
+    std::vector<int> controls() {
+        std::vector<int> result;
+        for (const auto& event : events()) {
+            result.push_back(event.event.controlId);
+        }
+        return result;
     }
 
 private:
@@ -75,6 +96,14 @@ public:
         return std::make_shared<VirtualBoard>(model);
     }
 
+    /// Plugs a board of these faults.
+    std::shared_ptr<VirtualBoard> plugFaulty(std::uint8_t number, const HidLinkFaults& faults) {
+        auto board = makeBoard(number);
+        bus.setFaults(board, faults);
+        bus.plug(board);
+        return board;
+    }
+
     std::shared_ptr<VirtualBoard> plugNew(std::uint8_t number, std::string_view port = "port") {
         auto board = makeBoard(number);
         bus.plug(board, port);
@@ -86,6 +115,13 @@ public:
         std::string error;
         ASSERT_TRUE(manager->start(used, events.callback(), error));
         ASSERT_GE(host.waitForSleep(), 0);
+    }
+
+    /// Starts, and forgets what was called and logged until now.
+    void startClean(const HidManagerSettings& used = settings()) {
+        start(used);
+        bus.clearCalls();
+        log.clear();
     }
 
     void stop() {
@@ -119,13 +155,17 @@ public:
         });
     }
 
-    /// The texts of the recorded calls of that kind.
-    Lines callsOf(HidCall call) {
-        Lines result;
-        for (const auto& record : bus.calls()) {
-            if (record.call == call) {
-                result.push_back(record.text);
-            }
+    std::size_t countCalls(HidCall call) {
+        const auto calls = bus.calls();
+        return static_cast<std::size_t>(
+            std::count_if(calls.begin(), calls.end(), [&](const auto& record) { return record.call == call; }));
+    }
+
+    /// Names and indexes, in the order of the list.
+    std::vector<std::pair<std::string, int>> devices() {
+        std::vector<std::pair<std::string, int>> result;
+        for (const auto& device : manager->listDevices()) {
+            result.emplace_back(device.deviceName, device.index);
         }
         return result;
     }
@@ -142,15 +182,15 @@ inline std::string reportText(const std::string& begin) {
     return begin + std::string(64 - begin.size(), '0');
 }
 
+using Devices = std::vector<std::pair<std::string, int>>;
+
 /// Two boards, whose connection isn't part of what a test looks at.
 class HidTwoBoards : public HidFixture {
 public:
     void startWithBoards() {
         bus.plug(first);
         bus.plug(second);
-        start();
-        log.clear();
-        bus.clearCalls();
+        startClean();
     }
 
     std::shared_ptr<VirtualBoard> first = makeBoard(1);

@@ -9,32 +9,26 @@
 
 namespace {
 
-constexpr char boardName[] = "0000000000000001";
-
 class HidManagerRead : public HidFixture {
 public:
     HidManagerRead() { manager->setTraceEnabled(true); }
 
     void startWithBoard() {
         bus.plug(board);
-        start();
-        log.clear();
+        startClean();
     }
 
-    /// The events' control numbers, in the order of their coming.
-    std::vector<int> controls() {
-        std::vector<int> result;
-        for (const auto& received : events.events()) {
-            result.push_back(received.event.controlId);
-        }
-        return result;
+    /// Has the reader meet a failure, after which the board is sound again.
+    void stallReader() {
+        bus.setFaults(board, {.readsFail = true});
+        ASSERT_TRUE(waitForFailedRead(bus.pathOf(board)));
+        bus.setFaults(board, {});
     }
 
     std::shared_ptr<VirtualBoard> board = makeBoard(1);
 };
 
-/// Takes the place of std::cout, and calls back once a trace line of an input report has come there, on the thread that
-/// logs.
+/// Takes the place of std::cout, and calls back on the logging thread for each trace line of an input report.
 class TraceWatch : public std::streambuf {
 public:
     explicit TraceWatch(std::function<void()> onTrace) : callback(std::move(onTrace)), before(std::cout.rdbuf(this)) {}
@@ -57,65 +51,54 @@ private:
 
 } // namespace
 
-TEST_F(HidManagerRead, DeliversEventWithNameAndIndex) {
-    startWithBoard();
-    const HidProtocol::HidEvent event{0x05, 2, 0x1234, -3, 4, 1, 0xBEEF};
-    board->sendEvent(event);
-    ASSERT_TRUE(events.waitForCount(1));
-    EXPECT_EQ(events.events(), (std::vector<ReceivedEvent>{{event, boardName, 0}}));
-}
-
-TEST_F(HidManagerRead, DeliversInOrder) {
-    startWithBoard();
-    for (std::uint16_t control = 1; control <= 40; ++control) {
-        board->press(control);
-    }
-    ASSERT_TRUE(events.waitForCount(40));
-    const auto received = controls();
-    for (std::size_t i = 0; i < received.size(); ++i) {
-        EXPECT_EQ(received[i], static_cast<int>(i + 1));
-    }
-}
-
-TEST_F(HidManagerRead, ReadOf31BytesDeliversTheSameEvent) {
+TEST_F(HidManagerRead, DeliversTheSameEventWithNameAndIndexFrom32And31Bytes) {
     startWithBoard();
     const HidProtocol::HidEvent event{0x05, 2, 0x1234, -3, 4, 1, 0xBEEF};
     board->sendEvent(event);
     bus.setFaults(board, {.readsLackReportId = true});
     board->sendEvent(event);
     ASSERT_TRUE(events.waitForCount(2));
-    EXPECT_EQ(events.events()[0], events.events()[1]);
-    EXPECT_EQ(log.linesWith(" bytes=31 ").size(), 1U);
+    const ReceivedEvent expected{event, firstName, 0};
+    EXPECT_EQ(events.events(), (std::vector<ReceivedEvent>{expected, expected}));
     EXPECT_EQ(log.linesWith(" bytes=32 ").size(), 1U);
+    EXPECT_EQ(log.linesWith(" bytes=31 ").size(), 1U);
 }
 
-TEST_F(HidManagerRead, UndecodableReportsAreDroppedSilentlyAndTheReaderGoesOn) {
-    manager->setTraceEnabled(false);
+TEST_F(HidManagerRead, DeliversInOrderAndTheLastReportsOfAPulledBoardToo) {
     startWithBoard();
-    board->sendRaw(std::vector<std::uint8_t>(32, 0x02));
-    board->sendRaw(std::vector<std::uint8_t>(30, 0x01));
-    board->sendRaw(std::vector<std::uint8_t>(1, 0x01));
-    board->press(9);
-    ASSERT_TRUE(events.waitForCount(1));
-    EXPECT_EQ(controls(), (std::vector<int>{9}));
-    EXPECT_EQ(log.lines(), Lines());
+    for (std::uint16_t control = 1; control <= 40; ++control) {
+        board->press(control);
+    }
+    bus.unplug(board);
+    ASSERT_TRUE(events.waitForCount(40));
+    const auto received = events.controls();
+    for (std::size_t i = 0; i < received.size(); ++i) {
+        EXPECT_EQ(received[i], static_cast<int>(i + 1));
+    }
 }
 
-TEST_F(HidManagerRead, EmptyReadIsNeitherTracedNorDecoded) {
+TEST_F(HidManagerRead, DropsWhatDoesNotDecodeAndTracesAllButAnEmptyRead) {
     startWithBoard();
     board->sendRaw({});
-    board->press(9);
-    ASSERT_TRUE(events.waitForCount(1));
-    EXPECT_EQ(log.lines().size(), 1U);
-    EXPECT_EQ(controls(), (std::vector<int>{9}));
-}
-
-TEST_F(HidManagerRead, TraceLineHoldsTheBytesRead) {
-    startWithBoard();
+    board->sendRaw(std::vector<std::uint8_t>{0xFF, 0x0A});
+    board->sendRaw(std::vector<std::uint8_t>(30, 0x01));
+    board->sendRaw(std::vector<std::uint8_t>(32, 0x02));
     board->press(0x1234, 1);
     ASSERT_TRUE(events.waitForCount(1));
-    EXPECT_EQ(log.lines(),
-              (Lines{"[DEBUG] HID IN device=0000000000000001 bytes=32 data=" + reportText("010001003412010001")}));
+    EXPECT_EQ(events.controls(), (std::vector<int>{0x1234}));
+    const auto lines = log.lines();
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines.front(), "[DEBUG] HID IN device=0000000000000001 bytes=2 data=FF0A");
+    EXPECT_EQ(lines.back(), "[DEBUG] HID IN device=0000000000000001 bytes=32 data=" + reportText("010001003412010001"));
+}
+
+TEST_F(HidManagerRead, IsSilentUnlessTraced) {
+    manager->setTraceEnabled(false);
+    startWithBoard();
+    board->sendRaw(std::vector<std::uint8_t>(30, 0x01));
+    board->press(9);
+    ASSERT_TRUE(events.waitForCount(1));
+    EXPECT_EQ(log.lines(), Lines());
 }
 
 TEST_F(HidManagerRead, TraceAndEventAgreeThoughTheReadersBufferChanges) {
@@ -137,24 +120,8 @@ TEST_F(HidManagerRead, TraceAndEventAgreeThoughTheReadersBufferChanges) {
     EXPECT_EQ(buffer[4], 9);
     EXPECT_EQ(log.linesWith("HID IN"),
               (Lines{"[DEBUG] HID IN device=0000000000000001 bytes=32 data=" + reportText("01000100070001")}));
-    EXPECT_EQ(controls(), (std::vector<int>{7}));
+    EXPECT_EQ(events.controls(), (std::vector<int>{7}));
     end();
-}
-
-TEST_F(HidManagerRead, TraceShowsAnUndecodableReportToo) {
-    startWithBoard();
-    board->sendRaw(std::vector<std::uint8_t>{0xFF, 0x0A});
-    board->press(1);
-    ASSERT_TRUE(events.waitForCount(1));
-    EXPECT_EQ(log.lines()[0], "[DEBUG] HID IN device=0000000000000001 bytes=2 data=FF0A");
-}
-
-TEST_F(HidManagerRead, IsNotTracedUnlessTold) {
-    manager->setTraceEnabled(false);
-    startWithBoard();
-    board->press(1);
-    ASSERT_TRUE(events.waitForCount(1));
-    EXPECT_EQ(log.lines(), Lines());
 }
 
 TEST_F(HidManagerRead, ReportsBeforeTheConnectionAreLost) {
@@ -163,7 +130,7 @@ TEST_F(HidManagerRead, ReportsBeforeTheConnectionAreLost) {
     start();
     board->press(2);
     ASSERT_TRUE(events.waitForCount(1));
-    EXPECT_EQ(controls(), (std::vector<int>{2}));
+    EXPECT_EQ(events.controls(), (std::vector<int>{2}));
 }
 
 TEST_F(HidManagerRead, PulledBoardEndsTheReaderSilentlyAndKeepsTheSession) {
@@ -177,42 +144,31 @@ TEST_F(HidManagerRead, PulledBoardEndsTheReaderSilentlyAndKeepsTheSession) {
     EXPECT_EQ(log.lines(), (Lines{"[INFO] HID device disconnected: 0000000000000001"}));
 }
 
-TEST_F(HidManagerRead, StalledSessionStaysWritesAndDeliversNoMore) {
+TEST_F(HidManagerRead, StalledSessionStillWritesDeliversNoMoreAndRecoversByReplugging) {
     startWithBoard();
-    bus.setFaults(board, {.readsFail = true});
-    ASSERT_TRUE(waitForFailedRead(bus.pathOf(board)));
-    bus.setFaults(board, {});
+    stallReader();
     manager->scanDevices();
-    EXPECT_TRUE(waitUntil([&] { return bus.pendingReadCount(board) == 0; }));
     board->press(1);
-    EXPECT_TRUE(manager->sendLedControl(boardName, 0, {1, 9, 0, 0, 0}));
+    EXPECT_TRUE(manager->sendLedControl(firstName, 0, {1, 9, 0, 0, 0}));
     EXPECT_EQ(board->led(), (LedCommand{1, 9, 0, 0, 0}));
-    EXPECT_TRUE(manager->hasDevices());
-    EXPECT_EQ(manager->listDevices().size(), 1U);
-    EXPECT_TRUE(events.events().empty());
+    EXPECT_EQ(devices(), (Devices{{firstName, 0}}));
+    EXPECT_TRUE(waitUntil([&] { return bus.pendingReadCount(board) == 0; }));
     EXPECT_EQ(host.threadsStarted(), 2U);
-}
-
-TEST_F(HidManagerRead, StalledSessionRecoversByReplugging) {
-    startWithBoard();
-    bus.setFaults(board, {.readsFail = true});
-    ASSERT_TRUE(waitForFailedRead(bus.pathOf(board)));
-    bus.setFaults(board, {});
     bus.plug(board);
     manager->scanDevices();
-    board->press(1);
+    board->press(2);
     ASSERT_TRUE(events.waitForCount(1));
+    EXPECT_EQ(events.controls(), (std::vector<int>{2}));
     EXPECT_EQ(events.events()[0].index, 1);
 }
 
 TEST_F(HidManagerRead, OneStalledBoardLeavesTheOtherAlone) {
     const auto other = plugNew(2);
     startWithBoard();
-    bus.setFaults(board, {.readsFail = true});
-    ASSERT_TRUE(waitForFailedRead(bus.pathOf(board)));
+    stallReader();
     other->press(4);
     ASSERT_TRUE(events.waitForCount(1));
-    EXPECT_EQ(events.events()[0].deviceName, "0000000000000002");
+    EXPECT_EQ(events.events()[0].deviceName, secondName);
 }
 
 TEST_F(HidManagerRead, IdleReaderGoesOnAfterATimeout) {
@@ -225,17 +181,14 @@ TEST_F(HidManagerRead, IdleReaderGoesOnAfterATimeout) {
             return ++turns < 3 ? HidReadResult{HidReadStatus::Timeout, {}} : reader(limit);
         };
     };
-    HidManager patient(transport, host.record());
-    bus.plug(board);
-    std::string error;
-    ASSERT_TRUE(patient.start(settings(), events.callback(), error));
+    manager = std::make_unique<HidManager>(transport, host.record());
+    startWithBoard();
     ASSERT_TRUE(waitForReader(board));
     EXPECT_EQ(turns, 3);
     EXPECT_EQ(limitMs, 1000);
     board->press(1);
     EXPECT_TRUE(events.waitForCount(1));
-    host.letSleepsPass();
-    patient.stop();
+    end();
 }
 
 TEST_F(HidManagerRead, SinglePendingReaderIsUsedOnlyIfAskedForAndThere) {
@@ -278,18 +231,6 @@ TEST_F(HidManagerRead, CallbackMayCallIntoTheManager) {
     EXPECT_EQ(board->led(), (LedCommand{1, 5, 0, 0, 0}));
 }
 
-TEST_F(HidManagerRead, InputIsDeliveredWhileAWriteBlocks) {
-    startWithBoard();
-    bus.setFaults(board, {.writeDelay = std::chrono::seconds(60)});
-    std::thread writer([&] { manager->sendSimStatus(true); });
-    for (std::uint16_t control = 1; control <= 5; ++control) {
-        board->press(control);
-    }
-    EXPECT_TRUE(events.waitForCount(5));
-    bus.unplug(board);
-    writer.join();
-}
-
 TEST_F(HidManagerRead, DisconnectionWaitsForTheCallback) {
     bus.plug(board);
     std::atomic<bool> entered{false};
@@ -312,18 +253,9 @@ TEST_F(HidManagerRead, DisconnectionWaitsForTheCallback) {
         manager->scanDevices();
         leftAtDisconnect = left.load();
     });
-    EXPECT_TRUE(waitUntil([&] { return !callsOf(HidCall::CancelReads).empty(); }));
+    EXPECT_TRUE(waitUntil([&] { return countCalls(HidCall::CancelReads) > 0; }));
     mayLeave = true;
     pass.join();
     EXPECT_TRUE(leftAtDisconnect);
     EXPECT_FALSE(manager->hasDevices());
-}
-
-TEST_F(HidManagerRead, LastReportsOfAPulledBoardAreStillDelivered) {
-    startWithBoard();
-    for (std::uint16_t control = 1; control <= 10; ++control) {
-        board->press(control);
-    }
-    bus.unplug(board);
-    EXPECT_TRUE(events.waitForCount(10));
 }

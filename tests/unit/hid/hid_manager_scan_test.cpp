@@ -2,28 +2,10 @@
 
 namespace {
 
-class HidManagerScan : public HidFixture {
-public:
-    std::vector<std::pair<std::string, int>> devices() {
-        std::vector<std::pair<std::string, int>> result;
-        for (const auto& device : manager->listDevices()) {
-            result.emplace_back(device.deviceName, device.index);
-        }
-        return result;
-    }
+using HidManagerScan = HidFixture;
 
-    /// Starts with no board, so that the calls of the next pass can be compared in full.
-    void startEmpty() {
-        start();
-        bus.clearCalls();
-        log.clear();
-    }
-};
-
-using Devices = std::vector<std::pair<std::string, int>>;
-
-constexpr char firstName[] = "0000000000000001";
-constexpr char secondName[] = "0000000000000002";
+const Lines probeCalls{"enumerate", "open port#0001 read-write synchronous: ok", "attributes port#0001: ok",
+                       "close port#0001"};
 
 } // namespace
 
@@ -32,155 +14,112 @@ TEST_F(HidManagerScan, DoesNothingBeforeStart) {
     manager->scanDevices();
     EXPECT_EQ(bus.callTexts(), Lines());
     EXPECT_EQ(log.lines(), Lines());
-}
-
-TEST_F(HidManagerScan, ListOfNoBoardsIsEmpty) {
-    start();
-    EXPECT_TRUE(manager->listDevices().empty());
-    EXPECT_FALSE(manager->hasDevices());
+    EXPECT_EQ(devices(), Devices());
 }
 
 TEST_F(HidManagerScan, ConnectsWithTheseCallsInThisOrder) {
-    startEmpty();
+    startClean();
     plugNew(1);
     manager->scanDevices();
-    EXPECT_EQ(bus.callTexts(), (Lines{
-                                   "enumerate",
-                                   "open port#0001 read-write synchronous: ok",
-                                   "attributes port#0001: ok",
-                                   "close port#0001",
-                                   "open port#0001 read-write overlapped: ok",
-                                   "open port#0001 read-write synchronous: ok",
-                                   "serial port#0001: failed",
-                                   "feature port#0001 20: ok",
-                                   "feature port#0001 21: failed",
-                                   "reader port#0001: ok",
-                               }));
+    Lines expected = probeCalls;
+    expected.insert(expected.end(), {
+                                        "open port#0001 read-write overlapped: ok",
+                                        "open port#0001 read-write synchronous: ok",
+                                        "serial port#0001: failed",
+                                        "feature port#0001 20: ok",
+                                        "feature port#0001 21: failed",
+                                        "reader port#0001: ok",
+                                    });
+    EXPECT_EQ(bus.callTexts(), expected);
     EXPECT_EQ(log.lines(), (Lines{"[INFO] HID device connected: 0000000000000001 index=0"}));
 }
 
 TEST_F(HidManagerScan, PassOverAConnectedBoardOnlyProbesIt) {
     plugNew(1);
-    startEmpty();
+    startClean();
     manager->scanDevices();
-    EXPECT_EQ(bus.callTexts(), (Lines{
-                                   "enumerate",
-                                   "open port#0001 read-write synchronous: ok",
-                                   "attributes port#0001: ok",
-                                   "close port#0001",
-                               }));
+    EXPECT_EQ(bus.callTexts(), probeCalls);
     EXPECT_EQ(log.lines(), Lines());
 }
 
 TEST_F(HidManagerScan, DisconnectsWithCancelThenBothCloses) {
     const auto board = plugNew(1);
-    startEmpty();
+    startClean();
     ASSERT_TRUE(waitForReader(board));
     bus.unplug(board);
     manager->scanDevices();
     EXPECT_EQ(bus.callTexts(), (Lines{"enumerate", "cancel port#0001", "close port#0001", "close port#0001"}));
     EXPECT_EQ(log.lines(), (Lines{"[INFO] HID device disconnected: 0000000000000001"}));
-    EXPECT_TRUE(manager->listDevices().empty());
+    EXPECT_FALSE(manager->hasDevices());
 }
 
 TEST_F(HidManagerScan, ForeignDeviceIsProbedAndNothingElse) {
-    VirtualBoardModel model;
-    model.vendorId = 0x046D;
-    const auto otherVendor = std::make_shared<VirtualBoard>(model);
-    model = {};
-    model.productId = 0x0001;
-    const auto otherProduct = std::make_shared<VirtualBoard>(model);
-    startEmpty();
-    bus.plug(otherVendor);
-    bus.plug(otherProduct);
-    manager->scanDevices();
-    manager->sendSimStatus(true);
-    manager->sendBootselCommand();
-    EXPECT_EQ(bus.callTexts(), (Lines{
-                                   "enumerate",
-                                   "open port#0001 read-write synchronous: ok",
-                                   "attributes port#0001: ok",
-                                   "close port#0001",
-                                   "open port#0002 read-write synchronous: ok",
-                                   "attributes port#0002: ok",
-                                   "close port#0002",
-                               }));
-    EXPECT_FALSE(manager->hasDevices());
+    startClean();
+    for (const auto& [vendorId, productId] : {std::pair{0x046D, 0xABCD}, std::pair{0x1234, 0x0001}}) {
+        VirtualBoardModel model;
+        model.vendorId = static_cast<std::uint16_t>(vendorId);
+        model.productId = static_cast<std::uint16_t>(productId);
+        const auto foreign = std::make_shared<VirtualBoard>(model);
+        bus.plug(foreign);
+        bus.clearCalls();
+        manager->scanDevices();
+        manager->sendSimStatus(vendorId == 0x1234);
+        manager->sendBootselCommand();
+        EXPECT_EQ(bus.callTexts().size(), probeCalls.size());
+        EXPECT_FALSE(manager->hasDevices());
+        bus.unplug(foreign);
+    }
 }
 
 TEST_F(HidManagerScan, ProbeFallsBackToReadOnly) {
-    const auto board = makeBoard(1);
-    bus.setFaults(board, {.refusedOpens = {{HidAccess::ReadWrite, HidMode::Synchronous}}});
-    startEmpty();
-    bus.plug(board);
+    startClean();
+    plugFaulty(1, noWriteHandle);
     manager->scanDevices();
-    const auto calls = bus.callTexts();
-    ASSERT_GE(calls.size(), 5U);
-    EXPECT_EQ(Lines(calls.begin(), calls.begin() + 5), (Lines{
-                                                           "enumerate",
-                                                           "open port#0001 read-write synchronous: failed",
-                                                           "open port#0001 read-only synchronous: ok",
-                                                           "attributes port#0001: ok",
-                                                           "close port#0001",
-                                                       }));
+    Lines calls = bus.callTexts();
+    calls.resize(5);
+    EXPECT_EQ(calls,
+              (Lines{"enumerate", "open port#0001 read-write synchronous: failed",
+                     "open port#0001 read-only synchronous: ok", "attributes port#0001: ok", "close port#0001"}));
     EXPECT_TRUE(manager->hasDevices());
 }
 
-TEST_F(HidManagerScan, PathThatCanNotBeProbedIsSkippedSilently) {
-    const auto board = makeBoard(1);
-    bus.setFaults(board, {.refusedOpens = {{HidAccess::ReadWrite, HidMode::Synchronous},
-                                           {HidAccess::ReadOnly, HidMode::Synchronous}}});
-    startEmpty();
-    bus.plug(board);
-    plugNew(2);
-    manager->scanDevices();
-    EXPECT_EQ(devices(), (Devices{{secondName, 0}}));
-    EXPECT_EQ(log.linesWith("WARN"), Lines());
-}
-
-TEST_F(HidManagerScan, PathWithoutAttributesIsSkippedAndClosed) {
-    const auto board = makeBoard(1);
-    bus.setFaults(board, {.attributesFail = true});
-    startEmpty();
-    bus.plug(board);
-    manager->scanDevices();
-    EXPECT_FALSE(manager->hasDevices());
-    EXPECT_EQ(bus.openHandleCount(), 0U);
-    EXPECT_EQ(log.lines(), Lines());
+TEST_F(HidManagerScan, PathThatCanNotBeProbedIsSkippedSilentlyAndClosed) {
+    startClean();
+    for (const auto& faults : {noProbe, HidLinkFaults{.attributesFail = true}}) {
+        plugFaulty(1, faults);
+        manager->scanDevices();
+        EXPECT_EQ(devices(), Devices());
+        EXPECT_EQ(bus.openHandleCount(), 0U);
+        EXPECT_EQ(log.lines(), Lines());
+    }
 }
 
 TEST_F(HidManagerScan, SessionThatCanNoLongerBeProbedIsDisconnected) {
     const auto board = plugNew(1);
-    startEmpty();
-    bus.setFaults(board, {.refusedOpens = {{HidAccess::ReadWrite, HidMode::Synchronous},
-                                           {HidAccess::ReadOnly, HidMode::Synchronous}}});
+    startClean();
+    bus.setFaults(board, noProbe);
     manager->scanDevices();
     EXPECT_FALSE(manager->hasDevices());
     EXPECT_EQ(log.lines(), (Lines{"[INFO] HID device disconnected: 0000000000000001"}));
 }
 
-TEST_F(HidManagerScan, BoardThatCanNotBeOpenedWarnsAtEachPass) {
-    const auto board = makeBoard(1);
-    bus.setFaults(board, {.refusedOpens = {{HidAccess::ReadWrite, HidMode::Overlapped},
-                                           {HidAccess::ReadOnly, HidMode::Overlapped}}});
-    startEmpty();
-    bus.plug(board);
+TEST_F(HidManagerScan, BoardThatCanNotBeOpenedWarnsAtEachPassUsesNoIndexAndHindersNoOther) {
+    startClean();
+    const auto board = plugFaulty(1, noReadHandle);
     manager->scanDevices();
+    plugNew(2);
     manager->scanDevices();
-    EXPECT_EQ(log.lines(),
-              (Lines{"[WARN] Failed to open HID device: port#0001", "[WARN] Failed to open HID device: port#0001"}));
-    EXPECT_FALSE(manager->hasDevices());
-    EXPECT_EQ(bus.openHandleCount(), 0U);
+    const std::string warning = "[WARN] Failed to open HID device: port#0001";
+    EXPECT_EQ(log.lines(), (Lines{warning, warning, "[INFO] HID device connected: 0000000000000002 index=0"}));
+    EXPECT_EQ(bus.openHandleCount(), 2U);
     bus.setFaults(board, {});
     manager->scanDevices();
-    EXPECT_EQ(devices(), (Devices{{firstName, 0}}));
+    EXPECT_EQ(devices(), (Devices{{firstName, 1}, {secondName, 0}}));
 }
 
 TEST_F(HidManagerScan, ReadHandleFallsBackToReadOnly) {
-    const auto board = makeBoard(1);
-    bus.setFaults(board, {.refusedOpens = {{HidAccess::ReadWrite, HidMode::Overlapped}}});
-    startEmpty();
-    bus.plug(board);
+    startClean();
+    const auto board = plugFaulty(1, {.refusedOpens = {{HidAccess::ReadWrite, HidMode::Overlapped}}});
     manager->scanDevices();
     board->press(3);
     EXPECT_TRUE(events.waitForCount(1));
@@ -190,10 +129,8 @@ TEST_F(HidManagerScan, ReadHandleFallsBackToReadOnly) {
 }
 
 TEST_F(HidManagerScan, BoardWithoutWriteHandleIsInputOnlyForItsSession) {
-    const auto board = makeBoard(1);
-    bus.setFaults(board, {.refusedOpens = {{HidAccess::ReadWrite, HidMode::Synchronous}}});
-    startEmpty();
-    bus.plug(board);
+    startClean();
+    const auto board = plugFaulty(1, noWriteHandle);
     manager->scanDevices();
     EXPECT_EQ(log.lines(), (Lines{"[WARN] Failed to open HID write handle; output disabled for: port#0001",
                                   "[INFO] HID device connected: 0000000000000001 index=0"}));
@@ -213,70 +150,36 @@ TEST_F(HidManagerScan, IndexesFollowEnumerationAndTheListFollowsPaths) {
     EXPECT_EQ(devices(), (Devices{{secondName, 1}, {firstName, 0}}));
 }
 
-TEST_F(HidManagerScan, ReplugGivesTheNextIndex) {
+TEST_F(HidManagerScan, ReplugGivesTheNextIndexWhetherOrNotAPassMissesTheBoard) {
     const auto first = plugNew(1);
     plugNew(2);
-    start();
-    EXPECT_EQ(devices(), (Devices{{firstName, 0}, {secondName, 1}}));
+    startClean();
     bus.unplug(first);
     manager->scanDevices();
     bus.plug(first);
     manager->scanDevices();
     EXPECT_EQ(devices(), (Devices{{secondName, 1}, {firstName, 2}}));
-}
-
-TEST_F(HidManagerScan, ReplugBetweenTwoPassesIsANewConnection) {
-    const auto board = plugNew(1);
-    startEmpty();
-    bus.plug(board);
+    log.clear();
+    bus.plug(first);
     manager->scanDevices();
     EXPECT_EQ(log.lines(), (Lines{"[INFO] HID device disconnected: 0000000000000001",
-                                  "[INFO] HID device connected: 0000000000000001 index=1"}));
-    board->press(5);
+                                  "[INFO] HID device connected: 0000000000000001 index=3"}));
+    first->press(5);
     ASSERT_TRUE(events.waitForCount(1));
-    EXPECT_EQ(events.events()[0].index, 1);
+    EXPECT_EQ(events.events()[0].index, 3);
 }
 
-TEST_F(HidManagerScan, FailedConnectionUsesNoIndex) {
-    const auto board = makeBoard(1);
-    bus.setFaults(board, {.refusedOpens = {{HidAccess::ReadWrite, HidMode::Overlapped},
-                                           {HidAccess::ReadOnly, HidMode::Overlapped}}});
-    bus.plug(board);
-    plugNew(2);
-    start();
-    EXPECT_EQ(devices(), (Devices{{secondName, 0}}));
-}
-
-TEST_F(HidManagerScan, EmptyMatchedListDisconnectsEverySession) {
+TEST_F(HidManagerScan, DisconnectsAllTheGoneBeforeItConnectsTheNew) {
     const auto first = plugNew(1);
     const auto second = plugNew(2);
-    startEmpty();
+    startClean();
     bus.unplug(first);
     bus.unplug(second);
-    manager->scanDevices();
-    EXPECT_TRUE(manager->listDevices().empty());
-    EXPECT_EQ(log.lines(), (Lines{"[INFO] HID device disconnected: 0000000000000001",
-                                  "[INFO] HID device disconnected: 0000000000000002"}));
-}
-
-TEST_F(HidManagerScan, DisconnectsTheGoneBeforeItConnectsTheNew) {
-    const auto first = plugNew(1);
-    startEmpty();
-    bus.unplug(first);
-    plugNew(2);
+    plugNew(3);
     manager->scanDevices();
     EXPECT_EQ(log.lines(), (Lines{"[INFO] HID device disconnected: 0000000000000001",
-                                  "[INFO] HID device connected: 0000000000000002 index=1"}));
-}
-
-TEST_F(HidManagerScan, OneRefusedBoardDoesNotHinderTheNext) {
-    const auto board = makeBoard(1);
-    bus.setFaults(board, {.refusedOpens = {{HidAccess::ReadWrite, HidMode::Overlapped},
-                                           {HidAccess::ReadOnly, HidMode::Overlapped}}});
-    bus.plug(board);
-    plugNew(2);
-    start();
-    EXPECT_EQ(devices(), (Devices{{secondName, 0}}));
+                                  "[INFO] HID device disconnected: 0000000000000002",
+                                  "[INFO] HID device connected: 0000000000000003 index=2"}));
 }
 
 TEST_F(HidManagerScan, CarriesManyBoards) {
@@ -290,6 +193,4 @@ TEST_F(HidManagerScan, CarriesManyBoards) {
         board->press(1);
     }
     EXPECT_TRUE(events.waitForCount(50));
-    stop();
-    EXPECT_EQ(bus.openHandleCount(), 0U);
 }

@@ -6,64 +6,41 @@ namespace {
 
 class HidManagerStart : public HidFixture {
 public:
-    /// Starts with these id texts and stops again; gives the error, or "started".
-    std::string startWith(const std::string& vendor, const std::string& product) {
-        HidManagerSettings ids;
-        ids.vendorIdText = vendor;
-        ids.productIdText = product;
+    /// Starts without waiting for the scan thread; gives the error, or "started".
+    std::string begin(const HidManagerSettings& used = settings()) {
         std::string error;
-        if (!manager->start(ids, events.callback(), error)) {
-            return error;
-        }
-        stop();
-        return "started" + error;
+        return manager->start(used, events.callback(), error) ? "started" + error : error;
     }
 };
 
+HidManagerSettings withIds(const std::string& vendor, const std::string& product) {
+    HidManagerSettings ids;
+    ids.vendorIdText = vendor;
+    ids.productIdText = product;
+    return ids;
+}
+
 } // namespace
 
-TEST_F(HidManagerStart, RefusesEmptyVendorId) {
-    EXPECT_EQ(startWith("", "ABCD"), "Invalid VID/PID");
+TEST_F(HidManagerStart, TakesTheseIdTexts) {
+    using Ids = std::pair<const char*, const char*>;
+    for (const auto& [vendor, product] :
+         {Ids{"FFFF", "0xffff"}, Ids{"1234", "abcd"}, Ids{"0x1234", "0XABCD"}, Ids{" 1234 usb", "ABCDxyz"}}) {
+        EXPECT_EQ(begin(withIds(vendor, product)), "started") << vendor << " " << product;
+        stop();
+    }
 }
 
-TEST_F(HidManagerStart, RefusesEmptyProductId) {
-    EXPECT_EQ(startWith("1234", ""), "Invalid VID/PID");
-}
-
-TEST_F(HidManagerStart, RefusesTextThatIsNoNumber) {
-    EXPECT_EQ(startWith("xyz", "ABCD"), "Invalid VID/PID");
-    EXPECT_EQ(startWith("1234", "xyz"), "Invalid VID/PID");
-    EXPECT_EQ(startWith(" ", "ABCD"), "Invalid VID/PID");
-}
-
-TEST_F(HidManagerStart, RefusesIdAboveSixteenBits) {
-    EXPECT_EQ(startWith("10000", "ABCD"), "Invalid VID/PID");
-    EXPECT_EQ(startWith("1234", "0x10000"), "Invalid VID/PID");
-}
-
-TEST_F(HidManagerStart, AcceptsTheHighestId) {
-    EXPECT_EQ(startWith("FFFF", "0xffff"), "started");
-}
-
-TEST_F(HidManagerStart, AcceptsIdWithOrWithoutPrefix) {
-    EXPECT_EQ(startWith("1234", "abcd"), "started");
-    EXPECT_EQ(startWith("0x1234", "0XABCD"), "started");
-}
-
-TEST_F(HidManagerStart, AcceptsLeadingSpaceAndStrayTail) {
-    EXPECT_EQ(startWith(" 1234 usb", "ABCDxyz"), "started");
-}
-
-TEST_F(HidManagerStart, RefusesNegativeId) {
-    EXPECT_EQ(startWith("-1", "ABCD"), "Invalid VID/PID");
-}
-
-TEST_F(HidManagerStart, RefusalLeavesItStopped) {
+TEST_F(HidManagerStart, RefusesTheseIdTextsAndStaysStopped) {
+    using Ids = std::pair<const char*, const char*>;
     plugNew(1);
-    EXPECT_EQ(startWith("xyz", "ABCD"), "Invalid VID/PID");
+    for (const auto& [vendor, product] :
+         {Ids{"", "ABCD"}, Ids{"1234", ""}, Ids{"xyz", "ABCD"}, Ids{"1234", "xyz"}, Ids{" ", "ABCD"},
+          Ids{"10000", "ABCD"}, Ids{"1234", "0x10000"}, Ids{"-1", "ABCD"}}) {
+        EXPECT_EQ(begin(withIds(vendor, product)), "Invalid VID/PID") << vendor << " " << product;
+    }
     EXPECT_EQ(host.threadsStarted(), 0U);
     EXPECT_EQ(bus.callTexts(), Lines());
-    EXPECT_FALSE(manager->hasDevices());
     EXPECT_EQ(log.lines(), Lines());
     start();
     EXPECT_TRUE(manager->hasDevices());
@@ -72,8 +49,7 @@ TEST_F(HidManagerStart, RefusalLeavesItStopped) {
 TEST_F(HidManagerStart, ConnectsBoardsBeforeItReturns) {
     plugNew(1);
     plugNew(2);
-    std::string error;
-    ASSERT_TRUE(manager->start(settings(), events.callback(), error));
+    EXPECT_EQ(begin(), "started");
     EXPECT_EQ(manager->listDevices().size(), 2U);
 }
 
@@ -81,9 +57,8 @@ TEST_F(HidManagerStart, SecondStartIsTrueAndKeepsTheFirstCallback) {
     const auto board = plugNew(1);
     start();
     EventRecorder others;
-    HidManagerSettings invalid;
     std::string error;
-    EXPECT_TRUE(manager->start(invalid, others.callback(), error));
+    EXPECT_TRUE(manager->start({}, others.callback(), error));
     EXPECT_EQ(error, "");
     board->press(7);
     ASSERT_TRUE(events.waitForCount(1));
@@ -100,26 +75,18 @@ TEST_F(HidManagerStart, WorksWithoutACallback) {
     EXPECT_TRUE(waitUntil([&] { return log.linesWith("HID IN").size() == 1; }));
 }
 
-TEST_F(HidManagerStart, ThrowsWhenTheScanThreadCanNotBeHad) {
-    host.refuseThreadsAfter(0);
-    std::string error;
-    EXPECT_THROW(manager->start(settings(), events.callback(), error), std::system_error);
-}
-
 TEST_F(HidManagerStart, ThrowsWhenAReaderThreadCanNotBeHadAndLeaksNoHandle) {
     plugNew(1);
     host.refuseThreadsAfter(0);
-    std::string error;
-    EXPECT_THROW(manager->start(settings(), events.callback(), error), std::system_error);
+    EXPECT_THROW(begin(), std::system_error);
     EXPECT_EQ(bus.openHandleCount(), 0U);
     EXPECT_FALSE(manager->hasDevices());
 }
 
-TEST_F(HidManagerStart, CanBeStoppedAfterAThreadWasRefused) {
+TEST_F(HidManagerStart, ThrowsWhenTheScanThreadCanNotBeHadAndCanBeStopped) {
     plugNew(1);
     host.refuseThreadsAfter(1);
-    std::string error;
-    EXPECT_THROW(manager->start(settings(), events.callback(), error), std::system_error);
+    EXPECT_THROW(begin(), std::system_error);
     EXPECT_EQ(manager->listDevices().size(), 1U);
     stop();
     EXPECT_FALSE(manager->hasDevices());
@@ -128,26 +95,24 @@ TEST_F(HidManagerStart, CanBeStoppedAfterAThreadWasRefused) {
 TEST_F(HidManagerStart, ScanThreadPassesAtOnceAndThenSleepsForTheInterval) {
     auto slow = settings();
     slow.scanIntervalMs = 1234;
-    std::string error;
-    ASSERT_TRUE(manager->start(slow, events.callback(), error));
+    EXPECT_EQ(begin(slow), "started");
     EXPECT_EQ(host.waitForSleep(), 1234);
-    EXPECT_EQ(callsOf(HidCall::Enumerate).size(), 2U);
+    EXPECT_EQ(countCalls(HidCall::Enumerate), 2U);
     plugNew(1);
     EXPECT_FALSE(manager->hasDevices());
     EXPECT_EQ(host.nextSleep(), 1234);
     EXPECT_TRUE(manager->hasDevices());
-    EXPECT_EQ(callsOf(HidCall::Enumerate).size(), 3U);
+    EXPECT_EQ(countCalls(HidCall::Enumerate), 3U);
 }
 
 TEST_F(HidManagerStart, IntervalOfZeroOrBelowScansWithoutPause) {
+    host.letSleepsPass();
     for (const int interval : {0, -5}) {
         auto restless = settings();
         restless.scanIntervalMs = interval;
-        host.letSleepsPass();
         bus.clearCalls();
-        std::string error;
-        ASSERT_TRUE(manager->start(restless, events.callback(), error));
-        EXPECT_TRUE(waitUntil([&] { return callsOf(HidCall::Enumerate).size() > 3; }));
+        EXPECT_EQ(begin(restless), "started");
+        EXPECT_TRUE(waitUntil([&] { return countCalls(HidCall::Enumerate) > 3; }));
         manager->stop();
         EXPECT_EQ(host.sleeps().back(), interval);
     }
@@ -157,20 +122,14 @@ TEST_F(HidManagerStart, StopWhenStoppedDoesNothing) {
     manager->stop();
     EXPECT_EQ(bus.callTexts(), Lines());
     EXPECT_EQ(log.lines(), Lines());
-    start();
-    stop();
-    log.clear();
-    manager->stop();
-    EXPECT_EQ(log.lines(), Lines());
 }
 
-TEST_F(HidManagerStart, StopDisconnectsInTheOrderOfPaths) {
+TEST_F(HidManagerStart, StopDisconnectsInTheOrderOfPathsAndASecondOneDoesNothing) {
     plugNew(1, "b");
     plugNew(2, "a");
-    start();
-    log.clear();
-    bus.clearCalls();
+    startClean();
     stop();
+    manager->stop();
     EXPECT_EQ(log.lines(), (Lines{"[INFO] HID device disconnected: 0000000000000002",
                                   "[INFO] HID device disconnected: 0000000000000001"}));
     EXPECT_FALSE(manager->hasDevices());
@@ -181,16 +140,11 @@ TEST_F(HidManagerStart, StartsAgainWithTheNextIndexesAndTheKeptSimStatus) {
     const auto board = plugNew(1);
     start();
     manager->sendSimStatus(true);
-    stop();
     board->clearOutputs();
-    host.holdSleeps();
-    start();
-    ASSERT_EQ(manager->listDevices().size(), 1U);
-    EXPECT_EQ(manager->listDevices()[0].index, 1);
-    ASSERT_EQ(board->outputs().size(), 1U);
-    board->clearOutputs();
+    restart();
+    EXPECT_EQ(devices(), (Devices{{firstName, 1}}));
     manager->sendSimStatus(true);
-    EXPECT_TRUE(board->outputs().empty());
+    EXPECT_EQ(board->outputs().size(), 1U);
 }
 
 TEST_F(HidManagerStart, TakesNewSettingsAndCallbackAfterAStop) {
@@ -198,10 +152,8 @@ TEST_F(HidManagerStart, TakesNewSettingsAndCallbackAfterAStop) {
     start();
     stop();
     EventRecorder others;
-    auto elsewhere = settings();
-    elsewhere.productIdText = "1";
     std::string error;
-    ASSERT_TRUE(manager->start(elsewhere, others.callback(), error));
+    ASSERT_TRUE(manager->start(withIds("1234", "1"), others.callback(), error));
     EXPECT_FALSE(manager->hasDevices());
     manager->stop();
     ASSERT_TRUE(manager->start(settings(), others.callback(), error));
@@ -212,12 +164,9 @@ TEST_F(HidManagerStart, TakesNewSettingsAndCallbackAfterAStop) {
 
 TEST_F(HidManagerStart, DestructorStops) {
     plugNew(1);
-    start();
-    log.clear();
-    host.letSleepsPass();
-    manager.reset();
+    startClean();
+    end();
     EXPECT_EQ(log.lines(), (Lines{"[INFO] HID device disconnected: 0000000000000001"}));
-    EXPECT_EQ(bus.openHandleCount(), 0U);
 }
 
 TEST_F(HidManagerStart, DestructorEndsBoardsThatAPassConnectedAfterStop) {

@@ -67,7 +67,7 @@ protected:
         ASSERT_EQ(manager->listDevices().size(), 1U);
         board->press(7);
         EXPECT_TRUE(events.waitForCount(1));
-        EXPECT_TRUE(manager->sendLedControl("0000000000000001", -1, {1, 50, 0, 0, 0}));
+        EXPECT_TRUE(manager->sendLedControl(firstName, -1, {1, 50, 0, 0, 0}));
         EXPECT_EQ(board->led(), (LedCommand{1, 50, 0, 0, 0}));
     }
 
@@ -112,37 +112,40 @@ protected:
         EXPECT_TRUE(waitForReader(board));
         log.clear();
     }
+
+    void expectWarning(const std::string& text) {
+        EXPECT_EQ(log.linesWith("[WARN] " + text).size(), 1U) << text;
+        expectRecovery();
+    }
 };
 
 TEST_F(HidManagerVanishInSession, AtAStatusReportIsWarnedOf) {
     vanishing.armFor(HidCall::Write);
     manager->sendSimStatus(true);
-    EXPECT_EQ(log.linesWith("[WARN] HID sim_status write failed for 0000000000000001 (err=").size(), 1U);
-    expectRecovery();
+    expectWarning("HID sim_status write failed for 0000000000000001 (err=");
 }
 
 TEST_F(HidManagerVanishInSession, AtALightCommandIsWarnedOfAndTrue) {
     vanishing.armFor(HidCall::Write);
-    EXPECT_TRUE(manager->sendLedControl("0000000000000001", -1, {1, 9, 0, 0, 0}));
-    EXPECT_EQ(log.linesWith("[WARN] HID led_ctl write failed for 0000000000000001 (err=").size(), 1U);
-    expectRecovery();
+    EXPECT_TRUE(manager->sendLedControl(firstName, -1, {1, 9, 0, 0, 0}));
+    expectWarning("HID led_ctl write failed for 0000000000000001 (err=");
 }
 
 TEST_F(HidManagerVanishInSession, AtTheBootselWriteFailsBothWays) {
     vanishing.armFor(HidCall::Write);
     manager->sendBootselCommand();
-    EXPECT_EQ(log.linesWith("[WARN] Failed to send BOOTSEL command to 0000000000000001 (WriteFile err=").size(), 1U);
     EXPECT_TRUE(log.has("[WARN] No HID device accepted BOOTSEL command"));
-    expectRecovery();
+    expectWarning("Failed to send BOOTSEL command to 0000000000000001 (WriteFile err=1167, bytes=0, "
+                  "HidD_SetOutputReport err=1167)");
 }
 
 TEST_F(HidManagerVanishInSession, AtTheBootselFallBackIsWarnedOf) {
     bus.setFaults(board, {.writeCount = 31});
     vanishing.armFor(HidCall::SetOutputReport);
     manager->sendBootselCommand();
-    EXPECT_EQ(log.linesWith("(WriteFile err=0, bytes=31, HidD_SetOutputReport err=").size(), 1U);
     bus.setFaults(board, {});
-    expectRecovery();
+    expectWarning("Failed to send BOOTSEL command to 0000000000000001 (WriteFile err=0, bytes=31, "
+                  "HidD_SetOutputReport err=");
 }
 
 TEST_F(HidManagerVanishInSession, AtItsOwnProbeEndsTheSession) {
