@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <limits>
 #include <string>
-#include <utility>
 
 namespace {
 
@@ -33,39 +32,6 @@ std::int32_t intOf(double number) {
 constexpr std::int32_t outOfRange = std::numeric_limits<std::int32_t>::min();
 
 } // namespace
-
-TEST(JsonValue, ANewOneIsNullWithAllAlternativesEmpty) {
-    const JsonValue value;
-    EXPECT_EQ(value.type, JsonType::Null);
-    EXPECT_FALSE(value.boolean);
-    EXPECT_EQ(value.number, 0.0);
-    EXPECT_TRUE(value.string.empty());
-    EXPECT_TRUE(value.array.empty());
-    EXPECT_TRUE(value.object.empty());
-}
-
-TEST(JsonValue, AlternativesThatTheTypeDoesNotSelectStayEmpty) {
-    const JsonValue text = parsed("\"12\"");
-    EXPECT_EQ(text.number, 0.0);
-    EXPECT_TRUE(text.array.empty());
-    const JsonValue list = parsed("[true]");
-    EXPECT_FALSE(list.boolean);
-    EXPECT_TRUE(list.object.empty());
-}
-
-TEST(JsonValue, CopiesAreDeep) {
-    JsonValue original = parsed(R"({"a":[1,2]})");
-    const JsonValue copy = original;
-    original.object["a"].array.clear();
-    EXPECT_EQ(copy.object.at("a").array.size(), 2U);
-}
-
-TEST(JsonValue, MovesCarryTheChildren) {
-    JsonValue original = parsed(R"({"a":[1,2]})");
-    const JsonValue* child = &original.object.at("a");
-    const JsonValue moved = std::move(original);
-    EXPECT_EQ(&moved.object.at("a"), child);
-}
 
 TEST(JsonFind, GivesTheMember) {
     const JsonValue object = parsed(R"({"a":null,"b":[1]})");
