@@ -18,16 +18,17 @@ std::string errorOf(std::string_view text) {
     return error;
 }
 
-/// `given` overlaid with the smallest configuration and these members.
-AppConfig overlaid(const std::string& members, AppConfig given = {}) {
-    std::string error;
-    EXPECT_TRUE(parseAppConfig(ConfigSamples::appConfig(members), "config.json", given, error)) << error;
-    EXPECT_EQ(error, "");
-    return given;
-}
-
+/// Of the smallest configuration with these members.
 std::string errorWith(const std::string& members) {
     return errorOf(ConfigSamples::appConfig(members));
+}
+
+/// `given` overlaid with the smallest configuration and these members.
+AppConfig overlaid(const std::string& members, AppConfig given = {}) {
+    std::string error = "kept";
+    EXPECT_TRUE(parseAppConfig(ConfigSamples::appConfig(members), "config.json", given, error)) << error;
+    EXPECT_EQ(error, "kept");
+    return given;
 }
 
 AppConfig withHid(const std::string& members) {
@@ -38,16 +39,14 @@ AppConfig withHid(const std::string& members) {
     return config;
 }
 
-} // namespace
-
-TEST(AppConfigDefaults, AreThoseOfANewRecord) {
-    const AppConfig config;
-    EXPECT_EQ(config.hid.vid, "");
-    EXPECT_EQ(config.hid.pid, "");
+TEST(AppConfig, HasItsDefaultsWhereTheFileSaysNothing) {
+    const AppConfig config = overlaid("");
+    EXPECT_EQ(config.hid.vid, "0x1234");
+    EXPECT_EQ(config.hid.pid, "ABCD");
     EXPECT_EQ(config.hid.readIntervalMs, 2);
     EXPECT_EQ(config.hid.scanIntervalMs, 1000);
     EXPECT_FALSE(config.hid.trace);
-    EXPECT_EQ(config.mappings.buttonConfigPath, "");
+    EXPECT_EQ(config.mappings.buttonConfigPath, "buttons.json");
     EXPECT_EQ(config.mappings.hidEventMapPath, "");
     EXPECT_TRUE(config.mobiflight.enabled);
     EXPECT_EQ(config.mobiflight.clientName, "VantrelBridgeHID");
@@ -59,6 +58,8 @@ TEST(AppConfigDefaults, AreThoseOfANewRecord) {
     EXPECT_FALSE(config.cdc.enabled);
     EXPECT_EQ(config.cdc.comPort, "");
     EXPECT_FALSE(config.logging.debug);
+    EXPECT_EQ(config.outputs.defaultProfile, "default");
+    EXPECT_EQ(config.outputs.profiles.size(), 1U);
     EXPECT_FALSE(config.extensions.singlePendingRead);
     EXPECT_FALSE(config.extensions.reopenStoppedReaders);
     EXPECT_FALSE(config.extensions.renewRegistration);
@@ -68,19 +69,7 @@ TEST(AppConfigDefaults, AreThoseOfANewRecord) {
     EXPECT_EQ(config.extensions.lightVariable, "(L:LIGHTING_POTENTIOMETER_5)");
 }
 
-TEST(AppConfigParse, TheSmallestDocumentLoadsWithTheDefaults) {
-    const AppConfig config = overlaid("");
-    EXPECT_EQ(config.hid.vid, "0x1234");
-    EXPECT_EQ(config.hid.pid, "ABCD");
-    EXPECT_EQ(config.hid.scanIntervalMs, 1000);
-    EXPECT_EQ(config.mappings.buttonConfigPath, "buttons.json");
-    EXPECT_EQ(config.mappings.hidEventMapPath, "");
-    EXPECT_TRUE(config.mobiflight.enabled);
-    EXPECT_EQ(config.outputs.defaultProfile, "default");
-    EXPECT_EQ(config.outputs.profiles.size(), 1U);
-}
-
-TEST(AppConfigParse, ReadsEverySetting) {
+TEST(AppConfig, ReadsEverySetting) {
     AppConfig config;
     std::string error;
     ASSERT_TRUE(parseAppConfig(R"json({
@@ -121,120 +110,75 @@ TEST(AppConfigParse, ReadsEverySetting) {
     EXPECT_EQ(config.extensions.lightVariable, "(A:LIGHT POTENTIOMETER:3, percent over 100)");
 }
 
-TEST(AppConfigParse, PutsItsPrefixBeforeAParseError) {
-    EXPECT_EQ(errorOf(""), "Config parse error: Unexpected end of input");
-    EXPECT_EQ(errorOf("{} x"), "Config parse error: Unexpected trailing characters");
-    EXPECT_EQ(errorOf(std::string(2000, '[')), "Config parse error: Nesting too deep");
+TEST(AppConfig, RefusesADocumentByItsFirstFault) {
+    const std::string hid = R"({"hid":{"vid":"1","pid":"2"})";
+    const struct {
+        std::string text;
+        const char* error;
+    } cases[] = {
+        {"{} x", "Config parse error: Unexpected trailing characters"},
+        {"[]", "Config root must be an object"},
+        {"{}", "Missing 'hid' section"},
+        {R"({"hid":[]})", "Missing 'hid' section"},
+        {R"({"HID":{"vid":"1","pid":"2"}})", "Missing 'hid' section"},
+        {R"({"hid":{}})", "Missing or invalid 'hid.vid'"},
+        {R"({"hid":{"vid":4660,"pid":"2"}})", "Missing or invalid 'hid.vid'"},
+        {R"({"hid":{"Vid":"1","pid":"2"}})", "Missing or invalid 'hid.vid'"},
+        {R"({"hid":{"vid":"1"}})", "Missing or invalid 'hid.pid'"},
+        {R"({"hid":{"vid":"","pid":null}})", "Missing or invalid 'hid.pid'"},
+        {hid + "}", "Missing 'mappings' section"},
+        {hid + R"(,"mappings":"b"})", "Missing 'mappings' section"},
+        {hid + R"(,"mappings":{}})", "Missing or invalid 'mappings.buttonConfigPath'"},
+        {hid + R"(,"mappings":{"buttonConfigPath":1}})", "Missing or invalid 'mappings.buttonConfigPath'"},
+        {R"({"hid":{"vid":"","pid":""},"mappings":{"buttonConfigPath":""},"devices":1})", "'devices' must be an array"},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(errorOf(each.text), each.error) << each.text;
+    }
 }
 
-TEST(AppConfigParse, RefusesARootThatIsNoObject) {
-    EXPECT_EQ(errorOf("[]"), "Config root must be an object");
-    EXPECT_EQ(errorOf("null"), "Config root must be an object");
-}
-
-TEST(AppConfigParse, RefusesAMissingHidSection) {
-    EXPECT_EQ(errorOf("{}"), "Missing 'hid' section");
-    EXPECT_EQ(errorOf(R"({"hid":[]})"), "Missing 'hid' section");
-    EXPECT_EQ(errorOf(R"({"HID":{"vid":"1","pid":"2"}})"), "Missing 'hid' section");
-}
-
-TEST(AppConfigParse, RefusesAVidThatIsNoString) {
-    EXPECT_EQ(errorOf(R"({"hid":{}})"), "Missing or invalid 'hid.vid'");
-    EXPECT_EQ(errorOf(R"({"hid":{"vid":4660,"pid":"2"}})"), "Missing or invalid 'hid.vid'");
-    EXPECT_EQ(errorOf(R"({"hid":{"Vid":"1","pid":"2"}})"), "Missing or invalid 'hid.vid'");
-}
-
-TEST(AppConfigParse, RefusesAPidThatIsNoString) {
-    EXPECT_EQ(errorOf(R"({"hid":{"vid":"1"}})"), "Missing or invalid 'hid.pid'");
-    EXPECT_EQ(errorOf(R"({"hid":{"vid":"","pid":null}})"), "Missing or invalid 'hid.pid'");
-}
-
-TEST(AppConfigParse, RefusesAMissingMappingsSection) {
-    EXPECT_EQ(errorOf(R"({"hid":{"vid":"1","pid":"2"}})"), "Missing 'mappings' section");
-    EXPECT_EQ(errorOf(R"({"hid":{"vid":"1","pid":"2"},"mappings":"b"})"), "Missing 'mappings' section");
-}
-
-TEST(AppConfigParse, RefusesAButtonConfigPathThatIsNoString) {
-    const std::string hid = R"({"hid":{"vid":"1","pid":"2"},"mappings":)";
-    EXPECT_EQ(errorOf(hid + "{}}"), "Missing or invalid 'mappings.buttonConfigPath'");
-    EXPECT_EQ(errorOf(hid + R"({"buttonConfigPath":1}})"), "Missing or invalid 'mappings.buttonConfigPath'");
-}
-
-TEST(AppConfigParse, TellsTheFirstOfSeveralFaults) {
-    EXPECT_EQ(errorOf(R"({"hid":{"vid":"","pid":""},"mappings":{}})"),
-              "Missing or invalid 'mappings.buttonConfigPath'");
-    EXPECT_EQ(errorOf(R"({"hid":{"vid":"","pid":""},"mappings":{"buttonConfigPath":""},"devices":1})"),
-              "'devices' must be an array");
-}
-
-TEST(AppConfigParse, TakesNumbersOnlyFromNumbers) {
+TEST(AppConfig, TakesNumbersOnlyFromNumbersAndTruncatesThem) {
     const AppConfig config = withHid(R"("readIntervalMs":"7","scanIntervalMs":null,"trace":true)");
     EXPECT_EQ(config.hid.readIntervalMs, 2);
     EXPECT_EQ(config.hid.scanIntervalMs, 1000);
     EXPECT_FALSE(config.hid.trace);
+    EXPECT_EQ(withHid(R"("readIntervalMs":-7.9)").hid.readIntervalMs, -7);
+    EXPECT_EQ(withHid(R"("scanIntervalMs":2147483647.5)").hid.scanIntervalMs, 2147483647);
+    EXPECT_EQ(withHid(R"("readIntervalMs":1e99)").hid.readIntervalMs, -2147483647 - 1);
 }
 
-TEST(AppConfigParse, TruncatesNumbersTowardZero) {
-    const AppConfig config = withHid(R"("readIntervalMs":-7.9,"scanIntervalMs":2147483647.5)");
-    EXPECT_EQ(config.hid.readIntervalMs, -7);
-    EXPECT_EQ(config.hid.scanIntervalMs, 2147483647);
-}
-
-TEST(AppConfigParse, DoesNotCheckTheHidIntervals) {
-    const AppConfig config = withHid(R"("readIntervalMs":1e99,"scanIntervalMs":0)");
-    EXPECT_EQ(config.hid.readIntervalMs, -2147483647 - 1);
-    EXPECT_EQ(config.hid.scanIntervalMs, 0);
-}
-
-TEST(AppConfigParse, ASwitchIsOnForAnyWholeNumberButZero) {
-    EXPECT_TRUE(withHid("\"trace\":1").hid.trace);
-    EXPECT_TRUE(withHid("\"trace\":-3.5").hid.trace);
-    EXPECT_TRUE(withHid("\"trace\":1e10").hid.trace);
-    EXPECT_FALSE(withHid("\"trace\":0").hid.trace);
-    EXPECT_FALSE(withHid("\"trace\":0.5").hid.trace);
-    EXPECT_FALSE(withHid("\"trace\":-0.9").hid.trace);
-}
-
-TEST(AppConfigParse, ASwitchDoesNotHonourBooleans) {
+TEST(AppConfig, SwitchesOnForAnyWholeNumberButZeroAndIgnoresBooleans) {
+    for (const char* on : {"1", "-3.5", "1e10"}) {
+        EXPECT_TRUE(withHid(std::string("\"trace\":") + on).hid.trace) << on;
+    }
+    for (const char* off : {"0", "0.5", "-0.9", "true", "\"1\""}) {
+        EXPECT_FALSE(withHid(std::string("\"trace\":") + off).hid.trace) << off;
+    }
     EXPECT_TRUE(overlaid(R"("mobiflight":{"enabled":false})").mobiflight.enabled);
     EXPECT_FALSE(overlaid(R"("cdc":{"enabled":true})").cdc.enabled);
     EXPECT_FALSE(overlaid(R"("logging":{"debug":true})").logging.debug);
-    EXPECT_FALSE(overlaid(R"("logging":{"debug":"1"})").logging.debug);
 }
 
-TEST(AppConfigParse, NullLeavesAChannelsDefault) {
-    const AppConfig config = overlaid(R"("mobiflight":{"commandChannel":null,"lvarsChannel":5})");
+TEST(AppConfig, IgnoresSectionsAndMembersOfAnotherTypeAndUnknownKeys) {
+    const AppConfig config =
+        overlaid(R"("$schema":"x","extra":{"a":[1]},"cdc":1,"logging":"on","outputs":null,"extensions":[],
+                 "mobiflight":{"Enabled":0,"more":{},"commandChannel":null,"lvarsChannel":5})");
+    EXPECT_TRUE(config.mobiflight.enabled);
     EXPECT_EQ(config.mobiflight.commandChannel, "MobiFlight.Command");
     EXPECT_EQ(config.mobiflight.lvarsChannel, "MobiFlight.LVars");
-}
-
-TEST(AppConfigParse, AnEmptyClientNamePasses) {
-    EXPECT_EQ(overlaid(R"("mobiflight":{"clientName":""})").mobiflight.clientName, "");
-}
-
-TEST(AppConfigParse, IgnoresOptionalSectionsOfAnotherKind) {
-    const AppConfig config = overlaid(R"("mobiflight":[0],"cdc":1,"logging":"on","outputs":null)");
-    EXPECT_TRUE(config.mobiflight.enabled);
     EXPECT_FALSE(config.cdc.enabled);
     EXPECT_FALSE(config.logging.debug);
     EXPECT_EQ(config.outputs.debounceMs, 50);
+    EXPECT_TRUE(overlaid(R"("mobiflight":[0])").mobiflight.enabled);
 }
 
-TEST(AppConfigParse, IgnoresUnknownKeysAtEveryLevel) {
-    const AppConfig config = overlaid(R"("$schema":"x","extra":{"a":[1]},"mobiflight":{"Enabled":0,"more":{}})");
-    EXPECT_TRUE(config.mobiflight.enabled);
+TEST(AppConfig, KeepsTextByteForByte) {
+    EXPECT_EQ(overlaid("\"mobiflight\":{\"clientName\":\" n\xC3\xA4me \xFF\"}").mobiflight.clientName,
+              " n\xC3\xA4me \xFF");
+    EXPECT_EQ(overlaid(R"("mobiflight":{"clientName":""})").mobiflight.clientName, "");
 }
 
-TEST(AppConfigParse, KeepsTextByteForByte) {
-    const AppConfig config = overlaid("\"mobiflight\":{\"clientName\":\" n\xC3\xA4me \xFF\"}");
-    EXPECT_EQ(config.mobiflight.clientName, " n\xC3\xA4me \xFF");
-}
-
-TEST(AppConfigParse, TheFirstOfADuplicateSectionCounts) {
-    EXPECT_TRUE(overlaid(R"("logging":{"debug":1},"logging":{"debug":0})").logging.debug);
-}
-
-TEST(AppConfigOverlay, KeepsWhatTheFileDoesNotGive) {
+TEST(AppConfig, KeepsWhatTheFileDoesNotGive) {
     AppConfig given;
     given.hid.readIntervalMs = 11;
     given.hid.scanIntervalMs = 12;
@@ -258,26 +202,22 @@ TEST(AppConfigOverlay, KeepsWhatTheFileDoesNotGive) {
     EXPECT_TRUE(config.logging.debug);
 }
 
-TEST(AppConfigOverlay, StartsTheEventMapPathEmptyAtEachLoad) {
+TEST(AppConfig, ForgetsTheEventMapPathAndTheOutputsAtEachLoad) {
     AppConfig given;
     given.mappings.hidEventMapPath = "old.json";
-    EXPECT_EQ(overlaid("", given).mappings.hidEventMapPath, "");
-}
-
-TEST(AppConfigOverlay, StartsTheOutputsAfreshAtEachLoad) {
-    AppConfig given;
     given.outputs.debounceMs = 99;
     given.outputs.profiles["OLD"] = makeDefaultProfile();
     given.outputs.roleProfiles["PFD"] = "OLD";
     given.outputs.devices.push_back({"AA", 1, "", ""});
     const AppConfig config = overlaid("", given);
+    EXPECT_EQ(config.mappings.hidEventMapPath, "");
     EXPECT_EQ(config.outputs.debounceMs, 50);
     EXPECT_EQ(config.outputs.profiles.count("OLD"), 0U);
     EXPECT_TRUE(config.outputs.roleProfiles.empty());
     EXPECT_TRUE(config.outputs.devices.empty());
 }
 
-TEST(AppConfigOverlay, WritesTheHidSectionOnlyOnceTheMappingsAreRead) {
+TEST(AppConfig, WritesTheHidSectionOnlyOnceTheMappingsAreRead) {
     AppConfig config;
     config.hid.vid = "old";
     std::string error;
@@ -287,69 +227,38 @@ TEST(AppConfigOverlay, WritesTheHidSectionOnlyOnceTheMappingsAreRead) {
     EXPECT_EQ(config.hid.vid, "0x1234");
 }
 
-TEST(AppConfigError, StaysAloneOnSuccess) {
-    AppConfig config;
-    std::string error = "kept";
-    EXPECT_TRUE(parseAppConfig(ConfigSamples::appConfig(), "config.json", config, error));
-    EXPECT_EQ(error, "kept");
-}
-
-TEST(AppConfigValidation, RunsAtTheEndOfAParse) {
-    EXPECT_EQ(errorOf(R"({"hid":{"vid":"","pid":"2"},"mappings":{"buttonConfigPath":"b"}})"), "hid.vid is required");
-    EXPECT_EQ(errorOf(R"({"hid":{"vid":"1","pid":""},"mappings":{"buttonConfigPath":"b"}})"), "hid.pid is required");
-    EXPECT_EQ(errorOf(R"({"hid":{"vid":"1","pid":"2"},"mappings":{"buttonConfigPath":""}})"),
-              "mappings.buttonConfigPath is required");
-}
-
-TEST(AppConfigValidation, RefusesANegativeRateLimit) {
-    EXPECT_EQ(errorWith(R"("mobiflight":{"rpnRateLimitMs":-1})"), "mobiflight.rpnRateLimitMs must be >= 0");
-    EXPECT_EQ(errorWith(R"("mobiflight":{"rpnRateLimitMs":1e10})"), "mobiflight.rpnRateLimitMs must be >= 0");
-    EXPECT_EQ(errorWith(R"("mobiflight":{"rpnRateLimitMs":-0.9})"), "");
-}
-
-TEST(AppConfigValidation, RefusesAHoldRepeatThatIsNotPositive) {
-    EXPECT_EQ(errorWith(R"("mobiflight":{"mapHoldRepeatMs":0})"), "mobiflight.mapHoldRepeatMs must be > 0");
-    EXPECT_EQ(errorWith(R"("mobiflight":{"mapHoldRepeatMs":0.9})"), "mobiflight.mapHoldRepeatMs must be > 0");
-    EXPECT_EQ(errorWith(R"("mobiflight":{"mapHoldRepeatMs":1})"), "");
-}
-
-TEST(AppConfigValidation, ChecksTheTimesOfADisabledClientToo) {
-    EXPECT_EQ(errorWith(R"("mobiflight":{"enabled":0,"mapHoldRepeatMs":0.9})"),
-              "mobiflight.mapHoldRepeatMs must be > 0");
-    EXPECT_EQ(errorWith(R"("mobiflight":{"enabled":0,"rpnRateLimitMs":-1})"), "mobiflight.rpnRateLimitMs must be >= 0");
-}
-
-TEST(AppConfigValidation, AnEnabledClientNeedsItsChannels) {
-    EXPECT_EQ(errorWith(R"("mobiflight":{"commandChannel":""})"), "mobiflight.commandChannel is required when enabled");
-    EXPECT_EQ(errorWith(R"("mobiflight":{"responseChannel":""})"),
-              "mobiflight.responseChannel is required when enabled");
-    EXPECT_EQ(errorWith(R"("mobiflight":{"lvarsChannel":""})"), "mobiflight.lvarsChannel is required when enabled");
-}
-
-TEST(AppConfigValidation, ADisabledClientNeedsNoChannels) {
-    const AppConfig config =
-        overlaid(R"("mobiflight":{"enabled":0,"commandChannel":"","responseChannel":"","lvarsChannel":""})");
-    EXPECT_EQ(config.mobiflight.commandChannel, "");
-}
-
-TEST(AppConfigValidation, AnEnabledCdcLinkNeedsItsPort) {
-    EXPECT_EQ(errorWith(R"("cdc":{"enabled":1})"), "cdc.comPort is required when cdc.enabled=1");
-    EXPECT_EQ(errorWith(R"("cdc":{"enabled":1,"comPort":3})"), "cdc.comPort is required when cdc.enabled=1");
-    EXPECT_EQ(errorWith(R"("cdc":{"enabled":0})"), "");
-}
-
-TEST(AppConfigValidation, RefusesANegativeDebounce) {
-    EXPECT_EQ(errorWith(R"("outputs":{"debounceMs":-1})"), "outputs.debounceMs must be >= 0");
-    EXPECT_EQ(errorWith(R"("outputs":{"debounceMs":0})"), "");
-}
-
-TEST(AppConfigValidation, AcceptsBatteriesFrom1To16) {
-    for (const int index : {1, 16}) {
-        EXPECT_EQ(errorWith(R"("extensions":{"batteryIndex":)" + std::to_string(index) + "}"), "");
-    }
-    for (const int index : {-1, 0, 17}) {
-        EXPECT_EQ(errorWith(R"("extensions":{"batteryIndex":)" + std::to_string(index) + "}"),
-                  "extensions.batteryIndex must be 1 to 16");
+TEST(AppConfigValidation, AcceptsAndRefusesAtItsLimits) {
+    const std::string noError;
+    const std::string rate = "mobiflight.rpnRateLimitMs must be >= 0";
+    const std::string repeat = "mobiflight.mapHoldRepeatMs must be > 0";
+    const std::string battery = "extensions.batteryIndex must be 1 to 16";
+    const std::string port = "cdc.comPort is required when cdc.enabled=1";
+    const struct {
+        const char* members;
+        const std::string& error;
+    } cases[] = {
+        {R"("mobiflight":{"rpnRateLimitMs":-1})", rate},
+        {R"("mobiflight":{"rpnRateLimitMs":1e10})", rate},
+        {R"("mobiflight":{"rpnRateLimitMs":-0.9})", noError},
+        {R"("mobiflight":{"mapHoldRepeatMs":0})", repeat},
+        {R"("mobiflight":{"mapHoldRepeatMs":0.9})", repeat},
+        {R"("mobiflight":{"mapHoldRepeatMs":1})", noError},
+        // The times of a disabled client count, its channels don't.
+        {R"("mobiflight":{"enabled":0,"mapHoldRepeatMs":0.9})", repeat},
+        {R"("mobiflight":{"enabled":0,"rpnRateLimitMs":-1})", rate},
+        {R"("mobiflight":{"enabled":0,"commandChannel":"","responseChannel":"","lvarsChannel":""})", noError},
+        {R"("cdc":{"enabled":1})", port},
+        {R"("cdc":{"enabled":1,"comPort":3})", port},
+        {R"("cdc":{"enabled":0})", noError},
+        {R"("outputs":{"debounceMs":0})", noError},
+        {R"("extensions":{"batteryIndex":-1})", battery},
+        {R"("extensions":{"batteryIndex":0})", battery},
+        {R"("extensions":{"batteryIndex":1})", noError},
+        {R"("extensions":{"batteryIndex":16})", noError},
+        {R"("extensions":{"batteryIndex":17})", battery},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(errorWith(each.members), each.error) << each.members;
     }
 }
 
@@ -402,3 +311,9 @@ TEST(AppConfigValidation, ChecksInItsFixedOrder) {
     EXPECT_TRUE(validateAppConfig(config, error));
     EXPECT_EQ(error, "");
 }
+
+TEST(AppConfigValidation, RunsAtTheEndOfAParse) {
+    EXPECT_EQ(errorOf(R"({"hid":{"vid":"","pid":"2"},"mappings":{"buttonConfigPath":"b"}})"), "hid.vid is required");
+}
+
+} // namespace

@@ -5,62 +5,41 @@
 #include <string>
 #include <string_view>
 
-TEST(NormalizeName, UpperCasesAsciiLetters) {
-    EXPECT_EQ(normalizeName("abcXYZ_09-z"), "ABCXYZ_09-Z");
-    EXPECT_EQ(normalizeName("@[`{az"), "@[`{AZ");
-}
+namespace {
 
-TEST(NormalizeName, RemovesWhiteSpaceWhereverItStands) {
-    EXPECT_EQ(normalizeName("  ap\tmas ter\r\n"), "APMASTER");
-    EXPECT_EQ(normalizeName(" a\vb\fc "), "ABC");
-}
-
-TEST(NormalizeName, GivesAnEmptyTextForNothingButWhiteSpace) {
-    EXPECT_EQ(normalizeName(""), "");
+TEST(NormalizeName, RemovesWhiteSpaceAndUpperCasesAsciiLetters) {
+    EXPECT_EQ(normalizeName("  ap\tmas ter\r\n a\vb\fc "), "APMASTERABC");
     EXPECT_EQ(normalizeName(" \t\n\v\f\r"), "");
-}
-
-TEST(NormalizeName, LeavesEveryOtherByteAlone) {
+    EXPECT_EQ(normalizeName(std::string_view("a \0 b", 5)), std::string("A\0B", 3));
     for (int byte = 0; byte < 256; ++byte) {
         const char raw = static_cast<char>(byte);
         const bool letter = raw >= 'a' && raw <= 'z';
         const bool space = raw == ' ' || (raw >= '\t' && raw <= '\r');
-        if (!letter && !space) {
-            EXPECT_EQ(normalizeName(std::string(1, raw)), std::string(1, raw)) << byte;
-        }
+        const std::string expected =
+            space ? std::string() : std::string(1, letter ? static_cast<char>(raw - 'a' + 'A') : raw);
+        EXPECT_EQ(normalizeName(std::string(1, raw)), expected) << byte;
     }
 }
 
-TEST(NormalizeName, KeepsZeroBytes) {
-    EXPECT_EQ(normalizeName(std::string_view("a \0 b", 5)), std::string("A\0B", 3));
+TEST(NormalizeBoardId, RemovesOnePrefixAfterTheWhiteSpace) {
+    const struct {
+        const char* text;
+        const char* id;
+    } cases[] = {{" 0x00 11 aa\tbb ", "0011AABB"},
+                 {"0Xabc", "ABC"},
+                 {"abc", "ABC"},
+                 {"0 x12", "12"},
+                 {"\n0\tX 12", "12"},
+                 {"0x0x12", "0X12"},
+                 {"120x34", "120X34"},
+                 {"x12", "X12"},
+                 {"0x", ""},
+                 {" 0 X ", ""},
+                 {"", ""},
+                 {"0", "0"}};
+    for (const auto& each : cases) {
+        EXPECT_EQ(normalizeBoardId(each.text), each.id) << each.text;
+    }
 }
 
-TEST(NormalizeName, IsTheSameOnceMore) {
-    const std::string once = normalizeName(" Map Left\xC3\xA9 ");
-    EXPECT_EQ(normalizeName(once), once);
-    EXPECT_EQ(once, "MAPLEFT\xC3\xA9");
-}
-
-TEST(NormalizeBoardId, RemovesBlanksPrefixAndLowerCase) {
-    EXPECT_EQ(normalizeBoardId(" 0x00 11 aa\tbb "), "0011AABB");
-    EXPECT_EQ(normalizeBoardId("0Xabc"), "ABC");
-    EXPECT_EQ(normalizeBoardId("abc"), "ABC");
-}
-
-TEST(NormalizeBoardId, FindsThePrefixAfterTheBlanksAreGone) {
-    EXPECT_EQ(normalizeBoardId("0 x12"), "12");
-    EXPECT_EQ(normalizeBoardId("\n0\tX 12"), "12");
-}
-
-TEST(NormalizeBoardId, DropsOnlyOnePrefixAndOnlyAtTheFront) {
-    EXPECT_EQ(normalizeBoardId("0x0x12"), "0X12");
-    EXPECT_EQ(normalizeBoardId("120x34"), "120X34");
-    EXPECT_EQ(normalizeBoardId("x12"), "X12");
-}
-
-TEST(NormalizeBoardId, MayLeaveNothing) {
-    EXPECT_EQ(normalizeBoardId("0x"), "");
-    EXPECT_EQ(normalizeBoardId(" 0 X "), "");
-    EXPECT_EQ(normalizeBoardId(""), "");
-    EXPECT_EQ(normalizeBoardId("0"), "0");
-}
+} // namespace
