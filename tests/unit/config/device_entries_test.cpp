@@ -41,8 +41,6 @@ int resolvedMin(const AppConfig& config, const std::string& role, const std::str
     return profile == nullptr ? -1 : profile->backlight.min;
 }
 
-} // namespace
-
 TEST(Devices, AreReadInFileOrderWithAllKeys) {
     const AppConfig config =
         withDevices(R"([{"boardId":" 0x00aa bb ","index":3.9,"role":" Pfd ","ledProfile":" night "},{"index":0}])");
@@ -59,118 +57,98 @@ TEST(Devices, AreReadInFileOrderWithAllKeys) {
     EXPECT_EQ(second.ledProfile, "");
 }
 
-TEST(Devices, MayBeAbsentOrEmpty) {
-    EXPECT_TRUE(configWith("").outputs.devices.empty());
-    EXPECT_TRUE(withDevices("[]").outputs.devices.empty());
-}
-
-TEST(Devices, MustBeAnArray) {
-    EXPECT_EQ(errorWith("{}"), "'devices' must be an array");
-    EXPECT_EQ(errorWith("null"), "'devices' must be an array");
-    EXPECT_EQ(errorWith("\"[]\""), "'devices' must be an array");
-}
-
-TEST(Devices, AreNotReadFromTheOutputsSection) {
-    EXPECT_TRUE(configWith(R"("outputs":{"devices":[{"index":1}]})").outputs.devices.empty());
-}
-
-TEST(Devices, MustBeObjects) {
-    EXPECT_EQ(errorWith("[1]"), "devices[0] must be an object");
-    EXPECT_EQ(errorWith(R"([{"index":1},{"index":2},[]])"), "devices[2] must be an object");
-}
-
-TEST(Devices, NeedABoardIdOrAnIndex) {
-    EXPECT_EQ(errorWith("[{}]"), "devices[0] must include boardId or index");
-    EXPECT_EQ(errorWith(R"([{"index":-5}])"), "devices[0] must include boardId or index");
-    EXPECT_EQ(errorWith(R"([{"index":-1}])"), "devices[0] must include boardId or index");
-    EXPECT_EQ(errorWith(R"([{"index":1},{"boardId":12,"index":"3"}])"), "devices[1] must include boardId or index");
-}
-
-TEST(Devices, ABoardIdThatNormalisesToNothingIsNone) {
-    EXPECT_EQ(errorWith(R"([{"boardId":"0x"}])"), "devices[0] must include boardId or index");
-    EXPECT_EQ(errorWith(R"([{"boardId":"  "}])"), "devices[0] must include boardId or index");
+TEST(Devices, AreAcceptedOrRefusedByTheirFirstFault) {
+    const std::string noError;
+    const std::string noIdentity = " must include boardId or index";
+    const struct {
+        const char* devices;
+        std::string error;
+    } cases[] = {
+        {"[]", noError},
+        {"{}", "'devices' must be an array"},
+        {"null", "'devices' must be an array"},
+        {"\"[]\"", "'devices' must be an array"},
+        {"[1]", "devices[0] must be an object"},
+        {R"([{"index":1},{"index":2},[]])", "devices[2] must be an object"},
+        {"[{}]", "devices[0]" + noIdentity},
+        {R"([{"index":-5}])", "devices[0]" + noIdentity},
+        {R"([{"index":-1}])", "devices[0]" + noIdentity},
+        {R"([{"boardId":"0x"}])", "devices[0]" + noIdentity},
+        {R"([{"boardId":"  "}])", "devices[0]" + noIdentity},
+        {R"([{"index":1},{"boardId":12,"index":"3"}])", "devices[1]" + noIdentity},
+        {R"([{"boardId":"0x","index":2}])", noError},
+        {R"([{"boardId":"AA","index":-5}])", "devices[0] index must be >= 0"},
+        {R"([{"boardId":"AA","index":1e10}])", "devices[0] index must be >= 0"},
+        // Beside a boardId, -1 is no index.
+        {R"([{"boardId":"AA","index":-1.9}])", noError},
+        {R"([{"boardId":"AA"},{"boardId":"aa"},{"index":1},{"index":1}])", noError},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(errorWith(each.devices), each.error) << each.devices;
+    }
+    EXPECT_EQ(withDevices(R"([{"boardId":"AA","index":-1.9}])").outputs.devices.at(0).index, -1);
     EXPECT_EQ(withDevices(R"([{"boardId":"0x","index":2}])").outputs.devices.at(0).boardId, "");
 }
 
-TEST(Devices, RefuseAnIndexBelowMinusOneBesideABoardId) {
-    EXPECT_EQ(errorWith(R"([{"boardId":"AA","index":-5}])"), "devices[0] index must be >= 0");
-    EXPECT_EQ(errorWith(R"([{"boardId":"AA","index":1e10}])"), "devices[0] index must be >= 0");
+TEST(Devices, AreNotReadFromTheOutputsSection) {
+    EXPECT_TRUE(configWith("").outputs.devices.empty());
+    EXPECT_TRUE(configWith(R"("outputs":{"devices":[{"index":1}]})").outputs.devices.empty());
 }
 
-TEST(Devices, MinusOneBesideABoardIdMeansNoIndex) {
-    EXPECT_EQ(withDevices(R"([{"boardId":"AA","index":-1}])").outputs.devices.at(0).index, -1);
-    EXPECT_EQ(withDevices(R"([{"boardId":"AA","index":-1.9}])").outputs.devices.at(0).index, -1);
+TEST(FindDeviceEntry, TakesTheFirstEntryOfTheIdentityElseTheFirstOfTheIndex) {
+    const struct {
+        const char* devices;
+        const char* name;
+        int index;
+        /// -1: none.
+        int entry;
+    } cases[] = {
+        {R"([{"boardId":"BB"},{"boardId":"0xaa"}])", " 0x a a ", -1, 1},
+        {R"([{"index":0},{"boardId":"AA"}])", "AA", 0, 1},
+        {R"([{"boardId":"AA","index":4},{"index":4}])", "ZZ", 4, 0},
+        {R"([{"boardId":"AA","index":4},{"index":4}])", "", 4, 0},
+        {R"([{"boardId":"AA"},{"boardId":"AA"}])", "AA", -1, 0},
+        {R"([{"boardId":"AA"},{"index":1},{"index":1}])", "", 1, 1},
+        // An entry without an index has index -1, which matches no board.
+        {R"([{"boardId":"AA"}])", "ZZ", -1, -1},
+        {R"([{"boardId":"AA"}])", "", -1, -1},
+        // Nor does an entry without an identity match a name that normalises to nothing.
+        {R"([{"index":5}])", "0x", -1, -1},
+        {R"([{"index":5}])", " ", 6, -1},
+        {"[]", "AA", 0, -1},
+    };
+    for (const auto& each : cases) {
+        const AppConfig config = withDevices(each.devices);
+        const DeviceEntry* expected =
+            each.entry < 0 ? nullptr : &config.outputs.devices[static_cast<std::size_t>(each.entry)];
+        EXPECT_EQ(findDeviceEntry(config, each.name, each.index), expected) << each.devices << " / " << each.name;
+    }
 }
 
-TEST(Devices, MayBeDuplicates) {
-    EXPECT_EQ(withDevices(R"([{"boardId":"AA"},{"boardId":"aa"},{"index":1},{"index":1}])").outputs.devices.size(), 4U);
-}
-
-TEST(FindDeviceEntry, MatchesTheNormalisedIdentity) {
-    const AppConfig config = withDevices(R"([{"boardId":"BB"},{"boardId":"0xaa"}])");
-    EXPECT_EQ(findDeviceEntry(config, "AA", -1), &config.outputs.devices[1]);
-    EXPECT_EQ(findDeviceEntry(config, " 0x a a ", -1), &config.outputs.devices[1]);
-}
-
-TEST(FindDeviceEntry, AnIdentityAnywhereBeatsAnEarlierIndex) {
-    const AppConfig config = withDevices(R"([{"index":0},{"boardId":"AA"}])");
-    EXPECT_EQ(findDeviceEntry(config, "AA", 0), &config.outputs.devices[1]);
-}
-
-TEST(FindDeviceEntry, FallsBackToTheIndex) {
-    const AppConfig config = withDevices(R"([{"boardId":"AA","index":4},{"index":4}])");
-    EXPECT_EQ(findDeviceEntry(config, "ZZ", 4), &config.outputs.devices[0]);
-    EXPECT_EQ(findDeviceEntry(config, "", 4), &config.outputs.devices[0]);
-}
-
-TEST(FindDeviceEntry, TheFirstOfSeveralMatchesCounts) {
-    const AppConfig config = withDevices(R"([{"boardId":"AA"},{"boardId":"AA"},{"index":1},{"index":1}])");
-    EXPECT_EQ(findDeviceEntry(config, "AA", -1), &config.outputs.devices[0]);
-    EXPECT_EQ(findDeviceEntry(config, "", 1), &config.outputs.devices[2]);
-}
-
-TEST(FindDeviceEntry, ANegativeIndexMatchesNoEntryWithoutOne) {
-    const AppConfig config = withDevices(R"([{"boardId":"AA"}])");
-    EXPECT_EQ(findDeviceEntry(config, "ZZ", -1), nullptr);
-    EXPECT_EQ(findDeviceEntry(config, "", -1), nullptr);
-}
-
-TEST(FindDeviceEntry, ANameThatNormalisesToNothingMatchesNoIdentity) {
-    const AppConfig config = withDevices(R"([{"index":5}])");
-    EXPECT_EQ(findDeviceEntry(config, "0x", -1), nullptr);
-    EXPECT_EQ(findDeviceEntry(config, " ", 6), nullptr);
-}
-
-TEST(FindDeviceEntry, GivesNothingFromAnEmptyList) {
-    EXPECT_EQ(findDeviceEntry(AppConfig(), "AA", 0), nullptr);
-}
-
-TEST(ResolveProfile, ABoardWithoutAnEntryGetsTheDefaultProfile) {
+TEST(ResolveProfile, TakesTheEntrysProfileElseTheRolesElseTheDefaultOne) {
     const AppConfig config = withProfiles();
     EXPECT_EQ(resolveProfile(config, nullptr), &config.outputs.profiles.at("M"));
+    const struct {
+        const char* role;
+        const char* ledProfile;
+        int min;
+    } cases[] = {
+        {"pfd", " A ", 1},
+        {" Pfd ", "", 3},
+        {"pfd", "  ", 3},
+        {"copilot", "", 2},
+        {"", "", 2},
+        // A chosen name that doesn't exist gives the first profile.
+        {"", "gone", 1},
+        {"pfd", "gone", 1},
+        {"mfd", "", 1},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(resolvedMin(config, each.role, each.ledProfile), each.min) << each.role << " / " << each.ledProfile;
+    }
 }
 
-TEST(ResolveProfile, AnEntrysOwnProfileComesFirst) {
-    EXPECT_EQ(resolvedMin(withProfiles(), "pfd", " A "), 1);
-}
-
-TEST(ResolveProfile, TheRolesProfileComesNext) {
-    EXPECT_EQ(resolvedMin(withProfiles(), " Pfd ", ""), 3);
-    EXPECT_EQ(resolvedMin(withProfiles(), "pfd", "  "), 3);
-}
-
-TEST(ResolveProfile, ARoleWithoutAProfileGetsTheDefaultOne) {
-    EXPECT_EQ(resolvedMin(withProfiles(), "copilot", ""), 2);
-    EXPECT_EQ(resolvedMin(withProfiles(), "", ""), 2);
-}
-
-TEST(ResolveProfile, AChosenNameThatDoesNotExistGivesTheFirstProfile) {
-    EXPECT_EQ(resolvedMin(withProfiles(), "", "gone"), 1);
-    EXPECT_EQ(resolvedMin(withProfiles(), "pfd", "gone"), 1);
-    EXPECT_EQ(resolvedMin(withProfiles(), "mfd", ""), 1);
-}
-
-TEST(ResolveProfile, NormalisesARecordThatWasFilledByHand) {
+TEST(ResolveProfile, NormalisesARecordThatDidNotComeFromAFile) {
     AppConfig config = withProfiles();
     config.outputs.roleProfiles = {{"PFD", " z "}, {"MFD", " "}};
     config.outputs.defaultProfile = " m ";
@@ -190,3 +168,5 @@ TEST(ResolveProfile, GivesNothingWithoutProfiles) {
     EXPECT_EQ(resolveProfile(config, nullptr), nullptr);
     EXPECT_EQ(resolveProfile(config, &entry), nullptr);
 }
+
+} // namespace

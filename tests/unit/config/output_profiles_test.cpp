@@ -31,13 +31,6 @@ OutputsConfig outputsWith(const std::string& section) {
     return config.outputs;
 }
 
-/// The error of a profile "Night" with this backlight.
-std::string backlightError(const std::string& backlight) {
-    return errorWith(R"("outputs":{"profiles":{"Night":{"backlight":)" + backlight + "}}}");
-}
-
-} // namespace
-
 TEST(DefaultProfile, HoldsItsFixedValues) {
     const OutputProfile profile = makeDefaultProfile();
     EXPECT_EQ(profile.backlight.mode, "lvar");
@@ -58,7 +51,7 @@ TEST(DefaultProfile, HoldsItsFixedValues) {
     EXPECT_EQ(profile.batteryOff.param2, 50);
 }
 
-TEST(BacklightParse, ReadsEveryKey) {
+TEST(BacklightParse, ReadsEveryKeyAndKeepsTheBaseForTheRest) {
     const BacklightProfile backlight = parseBacklightProfile(
         parsed(R"({"mode":" fixed ","min":1.9,"max":99,"default":20,"value":30,"scale":0.5})"), {});
     EXPECT_EQ(backlight.mode, "FIXED");
@@ -67,66 +60,44 @@ TEST(BacklightParse, ReadsEveryKey) {
     EXPECT_EQ(backlight.defaultValue, 20);
     EXPECT_EQ(backlight.value, 30);
     EXPECT_EQ(backlight.scale, 0.5);
-}
-
-TEST(BacklightParse, KeepsTheBaseForWhatIsMissingOrOfAnotherKind) {
-    const BacklightProfile base{"BASE", 1, 2, 3, 4, 5.5};
-    const BacklightProfile backlight = parseBacklightProfile(
-        parsed(R"({"mode":1,"min":"1","max":null,"defaultValue":9,"value":[],"scale":"2"})"), base);
-    EXPECT_EQ(backlight.mode, "BASE");
-    EXPECT_EQ(backlight.min, 1);
-    EXPECT_EQ(backlight.max, 2);
-    EXPECT_EQ(backlight.defaultValue, 3);
-    EXPECT_EQ(backlight.value, 4);
-    EXPECT_EQ(backlight.scale, 5.5);
-}
-
-TEST(BacklightParse, StoresAnEmptyMode) {
+    const BacklightProfile kept =
+        parseBacklightProfile(parsed(R"({"mode":1,"min":"1","max":null,"defaultValue":9,"value":[],"scale":"2"})"),
+                              {"BASE", 1, 2, 3, 4, 5.5});
+    EXPECT_EQ(kept.mode, "BASE");
+    EXPECT_EQ(kept.min, 1);
+    EXPECT_EQ(kept.max, 2);
+    EXPECT_EQ(kept.defaultValue, 3);
+    EXPECT_EQ(kept.value, 4);
+    EXPECT_EQ(kept.scale, 5.5);
     EXPECT_EQ(parseBacklightProfile(parsed(R"({"mode":"  "})"), {}).mode, "");
 }
 
-TEST(LedEffectParse, ReadsEveryKey) {
-    const LedEffect effect =
-        parseLedEffect(parsed(R"({"effect":" fl ash ","brightness":1,"param0":2,"param1":3.9,"param2":-4})"), {});
-    EXPECT_EQ(effect.effect, "FLASH");
-    EXPECT_EQ(effect.brightness, 1);
-    EXPECT_EQ(effect.param0, 2);
-    EXPECT_EQ(effect.param1, 3);
-    EXPECT_EQ(effect.param2, -4);
-}
-
-TEST(LedEffectParse, TheSecondNamesWin) {
-    const LedEffect effect =
-        parseLedEffect(parsed(R"({"count":7,"param0":3,"periodMs":8,"param1":4,"level":9,"param2":5})"), {});
-    EXPECT_EQ(effect.param0, 7);
-    EXPECT_EQ(effect.param1, 8);
-    EXPECT_EQ(effect.param2, 9);
-}
-
-TEST(LedEffectParse, ASecondNameOfAnotherKindDoesNotWin) {
-    EXPECT_EQ(parseLedEffect(parsed(R"({"param0":3,"count":"7"})"), {}).param0, 3);
-}
-
-TEST(LedEffectParse, KeepsTheBaseForWhatIsMissingOrOfAnotherKind) {
-    const LedEffect effect = parseLedEffect(parsed(R"({"effect":null,"brightness":"x"})"), {"base", 1, 2, 3, 4});
-    EXPECT_EQ(effect.effect, "base");
-    EXPECT_EQ(effect.brightness, 1);
-    EXPECT_EQ(effect.param0, 2);
-    EXPECT_EQ(effect.param1, 3);
-    EXPECT_EQ(effect.param2, 4);
-}
-
-TEST(LedEffectParse, StoresAnEmptyEffect) {
-    EXPECT_EQ(parseLedEffect(parsed(R"({"effect":" "})"), {"base", 0, 0, 0, 0}).effect, "");
+TEST(LedEffectParse, ReadsEveryKeyAndKeepsTheBaseForTheRest) {
+    const struct {
+        const char* text;
+        LedEffect effect;
+    } cases[] = {
+        {R"({"effect":" fl ash ","brightness":1,"param0":2,"param1":3.9,"param2":-4})", {"FLASH", 1, 2, 3, -4}},
+        {R"({"effect":null,"brightness":"x"})", {"base", 9, 8, 7, 6}},
+        {R"({"effect":" "})", {"", 9, 8, 7, 6}},
+        // The second name of a parameter wins where it is a number.
+        {R"({"count":1,"param0":3,"periodMs":2,"param1":4,"level":3,"param2":5})", {"base", 9, 1, 2, 3}},
+        {R"({"param0":3,"count":"7"})", {"base", 9, 3, 7, 6}},
+    };
+    for (const auto& each : cases) {
+        const LedEffect effect = parseLedEffect(parsed(each.text), {"base", 9, 8, 7, 6});
+        EXPECT_EQ(effect.effect, each.effect.effect) << each.text;
+        EXPECT_EQ(effect.brightness, each.effect.brightness) << each.text;
+        EXPECT_EQ(effect.param0, each.effect.param0) << each.text;
+        EXPECT_EQ(effect.param1, each.effect.param1) << each.text;
+        EXPECT_EQ(effect.param2, each.effect.param2) << each.text;
+    }
 }
 
 TEST(EffectName, KnowsFourNamesInAnyCaseAndSpacing) {
     for (const char* name : {"OFF", "steady", "Breathe", " f l a s h "}) {
         EXPECT_TRUE(isValidEffectName(name)) << name;
     }
-}
-
-TEST(EffectName, RefusesAnythingElse) {
     for (const char* name : {"", " ", "ON", "FLASHES", "OF", "OFF,STEADY"}) {
         EXPECT_FALSE(isValidEffectName(name)) << name;
     }
@@ -231,63 +202,45 @@ TEST(DefaultProfileGuarantee, LeavesAnExistingProfileAlone) {
     EXPECT_EQ(outputs.profiles.at("DAY").backlight.min, 9);
 }
 
-TEST(ProfileValidation, RefusesBadBounds) {
-    const std::string message = "outputs.profiles[NIGHT].backlight min/max must be between 0-100";
-    EXPECT_EQ(backlightError(R"({"min":50,"max":40})"), message);
-    EXPECT_EQ(backlightError(R"({"min":-1})"), message);
-    EXPECT_EQ(backlightError(R"({"max":101})"), message);
-    EXPECT_EQ(backlightError(R"({"min":1e10})"), message);
-    EXPECT_EQ(backlightError(R"({"min":40,"max":40})"), "");
-    EXPECT_EQ(backlightError(R"({"min":-0.9,"max":100.9})"), "");
-}
-
-TEST(ProfileValidation, RefusesABadDefaultLevel) {
-    const std::string message = "outputs.profiles[NIGHT].backlight default must be between 0-100";
-    EXPECT_EQ(backlightError(R"({"default":-1})"), message);
-    EXPECT_EQ(backlightError(R"({"default":101})"), message);
-    EXPECT_EQ(backlightError(R"({"default":100})"), "");
-    EXPECT_EQ(backlightError(R"({"min":90,"default":0})"), "");
-}
-
-TEST(ProfileValidation, RefusesABadFixedLevel) {
-    const std::string message = "outputs.profiles[NIGHT].backlight value must be between 0-100";
-    EXPECT_EQ(backlightError(R"({"value":-1})"), message);
-    EXPECT_EQ(backlightError(R"({"value":101})"), message);
-    EXPECT_EQ(backlightError(R"({"value":0})"), "");
-}
-
-TEST(ProfileValidation, RefusesAScaleThatIsNotPositive) {
-    const std::string message = "outputs.profiles[NIGHT].backlight scale must be > 0";
-    EXPECT_EQ(backlightError(R"({"scale":0})"), message);
-    EXPECT_EQ(backlightError(R"({"scale":-0.5})"), message);
-    EXPECT_EQ(backlightError(R"({"scale":0.0001})"), "");
-    EXPECT_EQ(backlightError(R"({"scale":1e999})"), "");
-}
-
-TEST(ProfileValidation, KeepsTheFractionOfTheScale) {
-    EXPECT_EQ(outputsWith(R"({"profiles":{"a":{"backlight":{"scale":0.5}}}})").profiles.at("A").backlight.scale, 0.5);
-}
-
-TEST(ProfileValidation, RefusesUnknownEffectsBySection) {
-    EXPECT_EQ(errorWith(R"("outputs":{"profiles":{"a":{"simDisconnected":{"effect":"blink"}}}})"),
-              "outputs.profiles[A].simDisconnected.effect is invalid");
-    EXPECT_EQ(errorWith(R"("outputs":{"profiles":{"a":{"batteryOff":{"effect":"blink"}}}})"),
-              "outputs.profiles[A].batteryOff.effect is invalid");
-}
-
-TEST(ProfileValidation, AcceptsKnownAndEmptyEffects) {
-    EXPECT_EQ(outputsWith(R"({"profiles":{"a":{"simDisconnected":{"effect":" flash "}}}})")
-                  .profiles.at("A")
-                  .simDisconnected.effect,
-              "FLASH");
-    EXPECT_EQ(
-        errorWith(R"("outputs":{"profiles":{"a":{"simDisconnected":{"effect":""},"batteryOff":{"effect":" "}}}})"), "");
-}
-
-TEST(ProfileValidation, DoesNotCheckModeBrightnessOrParameters) {
-    EXPECT_EQ(backlightError(R"({"mode":"anything"})"), "");
-    EXPECT_EQ(errorWith(R"("outputs":{"profiles":{"a":{"batteryOff":{"brightness":-5,"count":1e10,"level":999}}}})"),
-              "");
+TEST(ProfileValidation, AcceptsAndRefusesAtItsLimits) {
+    const std::string noError;
+    const std::string profile = "outputs.profiles[NIGHT].";
+    const std::string bounds = profile + "backlight min/max must be between 0-100";
+    const std::string defaultLevel = profile + "backlight default must be between 0-100";
+    const std::string value = profile + "backlight value must be between 0-100";
+    const std::string scale = profile + "backlight scale must be > 0";
+    const struct {
+        const char* members;
+        std::string error;
+    } cases[] = {
+        {R"("backlight":{"min":50,"max":40})", bounds},
+        {R"("backlight":{"min":-1})", bounds},
+        {R"("backlight":{"max":101})", bounds},
+        {R"("backlight":{"min":1e10})", bounds},
+        {R"("backlight":{"min":40,"max":40})", noError},
+        {R"("backlight":{"min":-0.9,"max":100.9})", noError},
+        {R"("backlight":{"default":-1})", defaultLevel},
+        {R"("backlight":{"default":101})", defaultLevel},
+        {R"("backlight":{"min":90,"default":0})", noError},
+        {R"("backlight":{"default":100})", noError},
+        {R"("backlight":{"value":-1})", value},
+        {R"("backlight":{"value":101})", value},
+        {R"("backlight":{"value":0})", noError},
+        {R"("backlight":{"value":100})", noError},
+        {R"("backlight":{"scale":0})", scale},
+        {R"("backlight":{"scale":-0.5})", scale},
+        {R"("backlight":{"scale":0.0001})", noError},
+        {R"("backlight":{"scale":1e999})", noError},
+        {R"("backlight":{"mode":"anything"})", noError},
+        {R"("simDisconnected":{"effect":"blink"})", profile + "simDisconnected.effect is invalid"},
+        {R"("batteryOff":{"effect":"blink"})", profile + "batteryOff.effect is invalid"},
+        {R"("simDisconnected":{"effect":" flash "},"batteryOff":{"effect":" "})", noError},
+        {R"("batteryOff":{"brightness":-5,"count":1e10,"level":999})", noError},
+    };
+    for (const auto& each : cases) {
+        const std::string outputs = std::string(R"("outputs":{"profiles":{"Night":{)") + each.members + "}}}";
+        EXPECT_EQ(errorWith(outputs), each.error) << each.members;
+    }
 }
 
 TEST(ProfileValidation, GoesThroughTheProfilesInKeyOrder) {
@@ -319,3 +272,5 @@ TEST(ProfileValidation, ChecksInItsFixedOrder) {
     profile.batteryOff.effect = "off";
     EXPECT_TRUE(validateProfiles(outputs, error));
 }
+
+} // namespace
