@@ -50,41 +50,6 @@ TEST_F(Process, TakesTheConfigurationThatItIsGiven) {
     EXPECT_EQ(bridge->countInLog("[ERROR] Missing 'hid' section\n"), 1U);
 }
 
-TEST_F(Process, SaysWhatIsWrongWithTheConfiguration) {
-    BridgeFiles files = configuration.files();
-    files.config = "{\"hid\": ";
-    EXPECT_EQ(runWith(files, {"--console"}), 1);
-    EXPECT_EQ(bridge->countInLog("[ERROR] Config parse error: "), 1U);
-    EXPECT_EQ(bridge->countInLog("[ERROR] Failed to initialize: Config parse error: "), 1U);
-}
-
-TEST_F(Process, EndsWithOneWhenTheButtonsAreMissing) {
-    BridgeFiles files = configuration.files();
-    files.buttons.clear();
-    EXPECT_EQ(runWith(files, {"--console"}), 1);
-    EXPECT_EQ(bridge->countInLog("[ERROR] Failed to load button config: Button config not found: " +
-                                 TestedSystem::pathSeenByBridge(installation->path("config/buttons.json")) + "\n"),
-              1U);
-    EXPECT_EQ(bridge->countInLog("[ERROR] Failed to initialize: \n"), 1U);
-}
-
-TEST_F(Process, EndsWithOneWhenTheVendorIdIsNone) {
-    BridgeFiles files = configuration.files();
-    files.config.replace(files.config.find("0x1234"), 6, "xyz");
-    EXPECT_EQ(runWith(files, {"--console"}), 1);
-    EXPECT_EQ(bridge->countInLog("[ERROR] Failed to start HID manager: Invalid VID/PID\n"), 1U);
-    EXPECT_EQ(bridge->countInLog("[ERROR] Failed to initialize: Invalid VID/PID\n"), 1U);
-}
-
-TEST_F(Process, GoesOnWithABrokenEventMap) {
-    BridgeFiles files = configuration.files();
-    files.eventMap = "[]";
-    installation = std::make_unique<BridgeInstallation>(files, 1);
-    startBridge();
-    EXPECT_TRUE(bridge->waitForLog("HID manager started\n"));
-    EXPECT_EQ(bridge->countInLog("[WARN] Failed to load HID event map: Event map root must be an object\n"), 1U);
-}
-
 TEST_F(Process, EchoesItsLogOnTheConsole) {
     startBridge();
     ASSERT_TRUE(bridge->waitForLog("Console commands: bootsel, quit\n"));
@@ -92,16 +57,6 @@ TEST_F(Process, EchoesItsLogOnTheConsole) {
     EXPECT_EQ(bridge->process().waitForExit(), 0);
     EXPECT_EQ(output(), bridge->log());
     EXPECT_EQ(bridge->countInLog("[INFO] Stop requested from console\n"), 1U);
-}
-
-TEST_F(Process, IgnoresConsoleLinesThatAreNoCommand) {
-    startBridge();
-    ASSERT_TRUE(bridge->waitForLog("Console commands: bootsel, quit\n"));
-    for (const char* line : {"", " quit", "quit ", "exit now", "help"})
-        bridge->process().writeLine(line);
-    bridge->process().writeLine("exit");
-    EXPECT_EQ(bridge->process().waitForExit(), 0);
-    EXPECT_EQ(bridge->countInLog("Stop requested from console\n"), 1U);
 }
 
 TEST_F(Process, GoesOnWhenItsInputEnds) {

@@ -140,44 +140,11 @@ TEST_F(Registration, IsReadBackAsItWasGivenAndLeavesNothingBehind) {
     EXPECT_EQ(output, "Unregistered from 0 MSFS EXE.xml file(s).\n");
 }
 
-TEST_F(Registration, OfAnotherConfigurationReplacesTheEntry) {
-    put(boxed, others);
-    ASSERT_EQ(run({"--register", "--config", "first.json"}), 0) << errorOutput;
-    ASSERT_EQ(run({"--register", "--config", "second.json"}), 0) << errorOutput;
-    EXPECT_EQ(addonsOf(boxed), (std::vector<Addon>{weather, bridge("second.json")}));
-}
-
 TEST_F(Registration, WithoutAConfigurationNamesTheOneBesideTheExecutable) {
     put(boxed, others);
     const std::string beside = folder.write("R&D panels/config/config.json", "{}");
     ASSERT_EQ(run({"--register"}), 0) << errorOutput;
     EXPECT_EQ(addonsOf(boxed), (std::vector<Addon>{weather, bridge(TestedSystem::pathSeenByBridge(beside))}));
-}
-
-TEST_F(Registration, ListsTheFilesOfTheInstallationsInOrder) {
-    put(boxed, others);
-    put(store2024, "");
-    EXPECT_EQ(run({"--list-exe-xml", "--register"}), 0);
-    EXPECT_EQ(output, TestedSystem::pathSeenByBridge(store2024) + "\n" + TestedSystem::pathSeenByBridge(boxed) + "\n");
-    EXPECT_EQ(contentOf(boxed), others);
-}
-
-TEST_F(Registration, SaysWhenThereIsNoInstallation) {
-    EXPECT_EQ(run({"--list-exe-xml"}), 0);
-    EXPECT_EQ(output, "No MSFS installations detected.\n");
-    EXPECT_EQ(run({"--register"}), 0);
-    EXPECT_EQ(output, "Registered in 0 MSFS EXE.xml file(s).\n");
-}
-
-TEST_F(Registration, EndsWithOneAtAFileThatOpensButCannotBeRead) {
-    put(boxed, others);
-    std::filesystem::create_directories(FileSystem::parentPath(boxed2024));
-    std::filesystem::create_symlink("/proc/self/mem", boxed2024);
-    EXPECT_EQ(run({"--register"}), 1);
-    EXPECT_EQ(output, "");
-    EXPECT_EQ(errorOutput, "EXE.xml update failed after 1 file(s): EXE.xml could not be read: " +
-                               TestedSystem::pathSeenByBridge(boxed2024) + "\n");
-    EXPECT_FALSE(std::filesystem::exists(boxed2024 + ".bak"));
 }
 
 TEST_F(Registration, EndsWithOneAtAFileThatCannotBeWritten) {

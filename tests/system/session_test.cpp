@@ -31,12 +31,6 @@ TEST_F(Session, BeginsWithTheHandshakeInItsOrder) {
     EXPECT_EQ(simulator->texts(SimulatorRecordKind::Exception), Texts{});
 }
 
-TEST_F(Session, RegistersUnderTheConfiguredName) {
-    configuration.mobiflight = R"("clientName": "Left seat")";
-    ASSERT_NO_FATAL_FAILURE(startSession());
-    EXPECT_EQ(moduleCommands().front(), "MF.Clients.Add.Left seat");
-}
-
 TEST_F(Session, ThatIsDroppedIsOpenedAnew) {
     ASSERT_NO_FATAL_FAILURE(startSession());
     // The module's answers reach only those who haven't heard the very same text last: another client gets one between.
@@ -86,80 +80,6 @@ TEST_F(Session, WaitsForTheSimulator) {
     simulator->startAgain();
     EXPECT_TRUE(bridge->waitForLog("MobiFlight client registered"));
     EXPECT_EQ(bridge->countInLog("Flight simulator process detected\n"), 1U);
-}
-
-TEST_F(Session, IsTriedAgainWhenTheSimulatorRefuses) {
-    plugBoard(model());
-    startSimulator();
-    simulator->command("refuse on");
-    startBridge();
-    ASSERT_TRUE(bridge->waitForLog("[WARN] Waiting for SimConnect connection: SimConnect_Open failed (0x80004005)\n"));
-    simulator->command("refuse off");
-    EXPECT_TRUE(bridge->waitForLog("MobiFlight client registered"));
-}
-
-TEST_F(Session, WithoutTheModulesRegistrationRunsNoCommand) {
-    plugBoard(model());
-    startSimulator();
-    simulator->command("error on");
-    startBridge();
-    ASSERT_TRUE(bridge->waitForLog("[WARN] MobiFlight registration error: MF.Clients.Add.VantrelBridgeHID.Error\n"));
-    boards[0]->panel.press(Controls::button);
-    boards[0]->panel.press(Controls::listedNowhere);
-    EXPECT_TRUE(simulator->waitFor(SimulatorRecordKind::ClientEvent, "AP_MASTER"));
-    EXPECT_TRUE(bridge->waitForLog("MobiFlight not ready; using SimConnect fallback for BUTTON\n"));
-    EXPECT_EQ(simulator->texts(SimulatorRecordKind::Executed), Texts{});
-    EXPECT_EQ(moduleCommands(), Texts{handshake.front()});
-}
-
-TEST_F(Session, WithAModuleThatStaysSilentRunsNoCommand) {
-    plugBoard(model());
-    startSimulator();
-    simulator->command("silent on");
-    startBridge();
-    ASSERT_TRUE(simulator->waitFor(SimulatorRecordKind::Command, handshake.front()));
-    boards[0]->panel.press(Controls::mapLeft);
-    boards[0]->panel.press(Controls::button);
-    EXPECT_TRUE(bridge->waitForLog("MobiFlight not ready; using SimConnect fallback for BUTTON\n"));
-    EXPECT_EQ(bridge->countInLog("[WARN] Managed map press send failed for MAP_LEFT: MobiFlight not ready\n"), 1U);
-    EXPECT_EQ(simulator->texts(SimulatorRecordKind::Executed), Texts{});
-    EXPECT_EQ(moduleCommands(), Texts{handshake.front()});
-}
-
-TEST_F(Session, WaitsForASimulatorThatIsStillLoading) {
-    plugBoard(model());
-    startSimulator();
-    simulator->command("late 7000");
-    startBridge();
-    ASSERT_TRUE(simulator->waitFor(SimulatorRecordKind::Connected, ""));
-    EXPECT_TRUE(bridge->waitForLog("MobiFlight client registered"));
-    EXPECT_TRUE(simulator->waitFor(SimulatorRecordKind::Command, handshake.back()));
-    EXPECT_EQ(simulator->texts(SimulatorRecordKind::Connected).size(), 1U);
-    EXPECT_EQ(moduleCommands(), handshake);
-}
-
-TEST_F(Session, IsOpenedAnewAfterAMessageThatBreaksOff) {
-    ASSERT_NO_FATAL_FAILURE(startSession());
-    simulator->command("respond MF.Pong");
-    simulator->command("cut");
-    ASSERT_TRUE(bridge->waitForLog("MobiFlight client registered", 2));
-    EXPECT_EQ(bridge->countInLog("[WARN] SimConnect disconnected: dispatch error 0x"), 1U);
-}
-
-TEST_F(Session, LosesNoCommandWhileTheSimulatorStandsStill) {
-    ASSERT_NO_FATAL_FAILURE(startSession());
-    simulator->command("stall on");
-    Texts expected;
-    for (std::size_t round = 1; round <= 50; ++round) {
-        boards[0]->panel.press(Controls::button);
-        boards[0]->panel.press(Controls::roleButton);
-        expected.insert(expected.end(), {"1 (>H:BUTTON_PRESS)", "1 (>H:PFD_ROLE)"});
-        // The kernel keeps 64 reports for a reader that is behind.
-        ASSERT_TRUE(bridge->waitForLog("(ROLE_BUTTON) value=1", round));
-    }
-    EXPECT_EQ(simulator->texts(SimulatorRecordKind::Executed), Texts{});
-    simulator->command("stall off");
-    EXPECT_EQ(commandsUntilNow(*boards[0]), expected);
 }
 
 TEST_F(Session, EndsInOrderWhileTheSimulatorStandsStill) {

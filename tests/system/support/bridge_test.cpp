@@ -11,29 +11,21 @@ const std::string drainCommand = "(>H:DRAIN)";
 const std::string eventMap = R"json({
   "event_types": {"BUTTON": 1, "ENCODER": 2, "NOTICE": 4},
   "control_ids": {
-    "FD": 6, "HDG_HOLD": 7, "BUTTON": 20, "KNOB": 21, "SLOW_KNOB": 22, "ROLE_BUTTON": 23,
-    "MAP_LEFT": 30, "nav_ Swap": 31, "DRAIN": 99
+    "HDG_HOLD": 7, "BUTTON": 20, "KNOB": 21, "ROLE_BUTTON": 23, "MAP_LEFT": 30, "DRAIN": 99
   }
 })json";
 
 const std::string buttons = R"json({
   "buttons": [
-    {"name": "FD", "commands": {"PRESS": {"DEFAULT": "(>H:FD_PRESS)"}}},
     {"name": "BUTTON", "commands": {
       "PRESS": {"DEFAULT": "(>H:BUTTON_PRESS)"},
-      "RELEASE": {"DEFAULT": "(>H:BUTTON_RELEASE)"},
-      "HOLD": {"DEFAULT": "(>H:BUTTON_HOLD)"}}},
-    {"name": "ROLE_BUTTON", "commands": {"PRESS": {
-      "PFD": "(>H:PFD_ROLE)", "MFD": "(>H:MFD_ROLE)", "CENTER": "(>H:CENTER_ROLE)", "": "(>H:NO_ROLE)"}}},
+      "RELEASE": {"DEFAULT": "(>H:BUTTON_RELEASE)"}}},
+    {"name": "ROLE_BUTTON", "commands": {"PRESS": {"PFD": "(>H:PFD_ROLE)", "MFD": "(>H:MFD_ROLE)"}}},
     {"name": "MAP_LEFT", "commands": {"PRESS": {"DEFAULT": "(>H:MAP_PRESS)"}, "HOLD": {"DEFAULT": "(>H:MAP_HOLD)"}}},
-    {"name": "NAV_SWAP", "commands": {"HOLD": {"DEFAULT": "(>H:NAV_HOLD)"}}},
     {"name": "DRAIN", "commands": {"PRESS": {"DEFAULT": "(>H:DRAIN)"}}}
   ],
   "knobs": [
-    {"name": "KNOB", "commands": {
-      "CW": {"DEFAULT": "(>H:KNOB_CW)"}, "CCW": {"DEFAULT": "(>H:KNOB_CCW)"},
-      "CW_FAST": {"DEFAULT": "(>H:KNOB_CW_FAST)"}, "CCW_FAST": {"DEFAULT": "(>H:KNOB_CCW_FAST)"}}},
-    {"name": "SLOW_KNOB", "commands": {"CW": {"DEFAULT": "(>H:SLOW_CW)"}}}
+    {"name": "KNOB", "commands": {"CW": {"DEFAULT": "(>H:KNOB_CW)"}}}
   ]
 })json";
 
@@ -52,11 +44,7 @@ BridgeFiles TestConfiguration::files() const {
   "mappings": {"buttonConfigPath": "buttons.json"},
   "extensions": {)" + extensions +
                                R"(},
-  "mobiflight": {)" + mobiflight +
-                               R"(},
-  "logging": {"debug": 1},
-  "outputs": {)" + outputs + R"(},
-  "devices": [)" + devices + R"(]
+  "logging": {"debug": 1}
 })";
     return {config, buttons, eventMap};
 }

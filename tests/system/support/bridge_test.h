@@ -18,24 +18,18 @@
 /// The numbers of the controls in the tests' event map.
 namespace Controls {
 constexpr std::uint16_t listedNowhere = 5;
-constexpr std::uint16_t listedAutopilot = 6;
 constexpr std::uint16_t namedOnly = 7;
 constexpr std::uint16_t button = 20;
 constexpr std::uint16_t knob = 21;
-constexpr std::uint16_t slowKnob = 22;
 constexpr std::uint16_t roleButton = 23;
 constexpr std::uint16_t mapLeft = 30;
-constexpr std::uint16_t navSwap = 31;
 } // namespace Controls
 
 /// The texts of the configuration, with places to change.
 struct TestConfiguration {
     int scanIntervalMs = 100;
-    /// Members of "extensions", "mobiflight", "outputs", and the elements of "devices".
+    /// Members of "extensions".
     std::string extensions;
-    std::string mobiflight;
-    std::string outputs;
-    std::string devices;
 
     BridgeFiles files() const;
 };
