@@ -14,7 +14,8 @@ constexpr std::size_t longestLightVariable = 240;
 constexpr ConfigFileMessages messages{
     "Config file not found: ", "Failed to open config file: ", "Config parse error: ", "Config root must be an object"};
 
-/// On/off settings are numbers; a JSON boolean counts as absent like any other kind.
+/// On/off settings are numbers. A JSON boolean is ignored like any other type, so `"enabled": false` leaves a setting
+/// on. That is the rule of the format; the schemas point it out while the user types.
 void getSwitch(const JsonValue& section, std::string_view key, bool& out) {
     std::int32_t number = 0;
     if (getInt(section, key, number)) {
@@ -91,10 +92,13 @@ void parseOptionalSections(const JsonValue& root, AppConfig& config) {
     if (getObject(root, "extensions", section)) {
         parseExtensions(*section, config.extensions);
     }
+    // Unlike the sections above, outputs never keep what the record held before: a profile that is gone from the file
+    // must not live on.
     config.outputs = getObject(root, "outputs", section) ? parseOutputs(*section) : OutputsConfig();
 }
 
-/// Fills in where the two other files lie. A path that the file gives is never replaced by the search.
+/// Finds the two other files. A path that the file gives is never replaced by the search, not even if there is no such
+/// file: the user means that one, and its absence is worth a message.
 MappingsConfig resolveMappings(const std::string& path, const MappingsConfig& written) {
     MappingsConfig mappings;
     mappings.buttonConfigPath = resolveConfigPath(path, written.buttonConfigPath);
@@ -113,6 +117,7 @@ bool require(bool condition, const char* message, std::string& error) {
 }
 
 bool validateMobiFlight(const MobiFlightConfig& mobiflight, std::string& error) {
+    // The times of a disabled client are checked as well, its channels aren't.
     const bool off = !mobiflight.enabled;
     return require(mobiflight.rpnRateLimitMs >= 0, "mobiflight.rpnRateLimitMs must be >= 0", error) &&
            require(mobiflight.mapHoldRepeatMs > 0, "mobiflight.mapHoldRepeatMs must be > 0", error) &&
@@ -146,9 +151,11 @@ bool parseAppConfig(std::string_view text, const std::string& path, AppConfig& c
         !parseMappings(root, mappings, error)) {
         return false;
     }
+    // From here on `config` changes; an error in one of the two sections above leaves it as it was.
     parseOptionalSections(root, config);
     config.hid = hid;
     config.mappings = resolveMappings(path, mappings);
+    // The list is a top-level member of the file but belongs to the outputs, which were replaced just now.
     if (!parseDevices(root, config.outputs.devices, error)) {
         return false;
     }

@@ -11,7 +11,7 @@ struct HidConfig {
     /// Hexadecimal text, with or without 0x.
     std::string vid;
     std::string pid;
-    /// Handed on, but nothing waits for it.
+    /// Stored, but no read waits for it: a read waits for the report itself.
     std::int32_t readIntervalMs = 2;
     std::int32_t scanIntervalMs = 1000;
     bool trace = false;
@@ -48,7 +48,7 @@ struct ExtensionsConfig {
     bool singlePendingRead = false;
     /// A pass reconnects a board whose reader has ended although its path never vanished.
     bool reopenStoppedReaders = false;
-    /// Attach and register again and again until the module answers.
+    /// Attach to the module and register with it again every two seconds until it answers.
     bool renewRegistration = false;
     /// Talk to the module over areas of our own once it has confirmed the registration.
     bool ownChannels = false;
@@ -75,7 +75,7 @@ struct AppConfig {
 /// new values. Throws as FileSystem::exists does when the file system can't say whether the file exists.
 bool loadAppConfig(const std::string& path, AppConfig& config, std::string& error);
 
-/// The same from the text of the file at `path`, which is only the starting point of relative paths.
+/// The same from a text. `path` is only where relative paths start.
 bool parseAppConfig(std::string_view text, const std::string& path, AppConfig& config, std::string& error);
 
 bool validateAppConfig(const AppConfig& config, std::string& error);
@@ -83,6 +83,6 @@ bool validateAppConfig(const AppConfig& config, std::string& error);
 /// A path of the configuration file, relative ones taken from that file's folder.
 std::string resolveConfigPath(const std::string& configPath, const std::string& value);
 
-/// The path of `name` beside the configuration file if it exists there; empty otherwise, and for a configuration path
-/// without a folder part.
+/// The path of `name` in the folder of the configuration file; empty if there is no such file, or if the
+/// configuration's path has no folder.
 std::string findSiblingFile(const std::string& configPath, const std::string& name);

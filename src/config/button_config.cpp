@@ -29,6 +29,7 @@ bool ButtonConfig::parse(std::string_view text, std::string& error) {
     if (!parseConfigRoot(text, messages, root, error)) {
         return false;
     }
+    // Only now: a file that isn't JSON leaves the old commands, one with a bad element has replaced them.
     table.clear();
     return parseOptionalSection(root, "buttons", error) && parseOptionalSection(root, "knobs", error);
 }
@@ -67,6 +68,8 @@ bool ButtonConfig::parseCommandSection(const std::string& sectionName, const Jso
 }
 
 void ButtonConfig::storeCommands(const std::string& name, const JsonValue& commands) {
+    // A name that occurs twice merges, so that one control can be split over several elements. An element without
+    // commands doesn't get here and so isn't listed: its control keeps the simulator's built-in event.
     ActionCommands& actions = table[name];
     for (const auto& [action, roles] : commands.object) {
         if (roles.type != JsonType::Object) {
@@ -75,6 +78,7 @@ void ButtonConfig::storeCommands(const std::string& name, const JsonValue& comma
         RoleCommands& roleCommands = actions[normalizeName(action)];
         for (const auto& [role, command] : roles.object) {
             if (command.type == JsonType::String) {
+                // The module reads a command up to its first zero byte, and so does everything on the way to it.
                 roleCommands[roleKey(role)] = command.string.substr(0, command.string.find('\0'));
             }
         }
@@ -83,7 +87,7 @@ void ButtonConfig::storeCommands(const std::string& name, const JsonValue& comma
 
 std::string ButtonConfig::lookup(std::string_view name, std::string_view action, std::string_view role) const {
     const std::string nameKey = normalizeName(name);
-    // A file's name of nothing but blanks makes an entry, which must stay out of reach.
+    // A name of nothing but blanks makes an entry, which no control may reach: controls without a name have this one.
     if (nameKey.empty() || action.empty()) {
         return "";
     }
@@ -95,6 +99,7 @@ std::string ButtonConfig::lookup(std::string_view name, std::string_view action,
     if (roles == actions->second.end()) {
         return "";
     }
+    // A role with an empty command has one: that is how a file switches a control off for one display.
     auto command = roles->second.find(roleKey(role));
     if (command == roles->second.end()) {
         command = roles->second.find(defaultRole);

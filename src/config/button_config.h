@@ -17,8 +17,8 @@ public:
     /// The same from the file's text.
     bool parse(std::string_view text, std::string& error);
 
-    /// The command for a control, an action and a role (empty role: "DEFAULT"), or an empty text. A role of no command
-    /// of its own gets that of "DEFAULT".
+    /// The command for a control, an action and a role, or an empty text. A role without a command of its own gets that
+    /// of "DEFAULT", which an empty role means as well.
     std::string lookup(std::string_view name, std::string_view action, std::string_view role) const;
 
     /// Whether the file lists the control, by its already normalised name.

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-/// The beginnings of one file's messages. Path or reason follow, except behind `rootNotObject`.
+/// How the messages about one file begin. A path or reason follows, except after `rootNotObject`.
 struct ConfigFileMessages {
     const char* notFound;
     const char* openFailed;

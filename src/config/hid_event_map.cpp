@@ -7,7 +7,8 @@ namespace {
 constexpr ConfigFileMessages messages{"Event map not found: ", "Failed to open event map: ", "Event map parse error: ",
                                       "Event map root must be an object"};
 
-/// Turns a member of names to numbers round into `names`. False if it gave no name at all.
+/// Reads a member that maps names to numbers; `names` maps numbers to names. Members of another type are skipped. False
+/// if no name is left.
 bool readNames(const JsonValue& root, std::string_view key, std::map<std::int32_t, std::string>& names) {
     const JsonValue* section = nullptr;
     if (!getObject(root, key, section)) {

@@ -13,7 +13,7 @@ namespace {
 /// Each level of nesting is a level of recursion; this many fit the smallest stack with room to spare.
 constexpr int maxDepth = 1000;
 
-/// What tells the two containers apart behind their opening bracket.
+/// Where objects and arrays differ.
 struct ContainerSyntax {
     char close;
     const char* unterminated;
@@ -41,8 +41,8 @@ bool convertNumber(const char* begin, const char* end, double& number) {
     return status == std::errc();
 }
 
-/// Where a read stands in the text. A failed read sets the message and gives false, and all callers then give up, so
-/// the first message stands; what was built until then is theirs to drop.
+/// A position in the text. A read that fails sets the message and returns false, and then every caller gives up: the
+/// first message is the one reported. The value is then half built; `parse` drops it.
 class JsonCursor {
 public:
     explicit JsonCursor(std::string_view text) : at(text.data()), end(text.data() + text.size()) {}
@@ -167,6 +167,7 @@ private:
         if (object.object.size() != count) {
             return readValue(member->second);
         }
+        // The first of two equal keys wins. The second is still read: it must be valid JSON.
         JsonValue duplicate;
         return readValue(duplicate);
     }
@@ -235,6 +236,8 @@ private:
             return fail("Invalid unicode escape");
         }
         at += digits;
+        // Commands and names are ASCII, and this reader knows no encoding: everything else becomes a question mark,
+        // each half of a surrogate pair its own.
         out.push_back(code <= 0x7F ? static_cast<char>(code) : '?');
         return true;
     }

@@ -6,8 +6,8 @@
 /// The simulator's local variable that the boards' lights follow.
 constexpr std::string_view backlightVariable = "LIGHTING_POTENTIOMETER_5";
 
-/// All white space removed, wherever it stands, and ASCII letters upper-cased. Every name that is looked up goes
-/// through it, on both sides.
+/// Removes all white space and upper-cases ASCII letters. Every name is normalised where it is read and where it is
+/// looked up, so files may write names in any case and spacing.
 std::string normalizeName(std::string_view text);
 
 /// All white space removed, then a leading 0x or 0X dropped, then upper-cased.

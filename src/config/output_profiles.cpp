@@ -13,7 +13,7 @@ bool isPercentage(std::int32_t level) {
     return level >= 0 && level <= 100;
 }
 
-/// The normalised text of a member, if it is one; an empty one too.
+/// The normalised text of a member that is a string, even an empty one.
 void readName(const JsonValue& section, std::string_view key, std::string& name) {
     std::string text;
     if (getString(section, key, text)) {
@@ -72,6 +72,7 @@ bool parseDevice(const JsonValue& element, const std::string& place, DeviceEntry
         error = place + " must include boardId or index";
         return false;
     }
+    // Beside a boardId, -1 is the same as no index.
     if (entry.index < -1) {
         error = place + " index must be >= 0";
         return false;
@@ -156,7 +157,7 @@ LedEffect parseLedEffect(const JsonValue& section, const LedEffect& base) {
     getInt(section, "param0", effect.param0);
     getInt(section, "param1", effect.param1);
     getInt(section, "param2", effect.param2);
-    // The second names win where both stand.
+    // The readable names win where a file has both.
     getInt(section, "count", effect.param0);
     getInt(section, "periodMs", effect.param1);
     getInt(section, "level", effect.param2);
@@ -217,6 +218,7 @@ bool validateProfiles(const OutputsConfig& outputs, std::string& error) {
 
 const DeviceEntry* findDeviceEntry(const AppConfig& config, const std::string& deviceName, std::int32_t index) {
     const std::vector<DeviceEntry>& devices = config.outputs.devices;
+    // Identity first, over the whole list: an index changes with every replug, an identity never.
     if (!deviceName.empty()) {
         const std::string boardId = normalizeBoardId(deviceName);
         const auto match = std::find_if(devices.begin(), devices.end(), [&](const DeviceEntry& entry) {
@@ -226,6 +228,7 @@ const DeviceEntry* findDeviceEntry(const AppConfig& config, const std::string& d
             return &*match;
         }
     }
+    // Entries without an index have -1, which is no board's.
     if (index < 0) {
         return nullptr;
     }
@@ -242,6 +245,7 @@ const OutputProfile* resolveProfile(const AppConfig& config, const DeviceEntry* 
     }
     auto profile = outputs.profiles.find(name);
     if (profile == outputs.profiles.end()) {
+        // A misspelt profile name leaves the board with some light rather than none.
         profile = outputs.profiles.begin();
     }
     return profile == outputs.profiles.end() ? nullptr : &profile->second;

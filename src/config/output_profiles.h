@@ -39,7 +39,7 @@ struct OutputProfile {
     LedEffect batteryOff;
 };
 
-/// A board that the configuration names, by identity, by connection number, or by both.
+/// A board that the configuration names by its identity, its connection number, or both.
 struct DeviceEntry {
     /// Normalised by `normalizeBoardId`; may be empty.
     std::string boardId;
@@ -79,7 +79,7 @@ void ensureDefaultProfile(OutputsConfig& outputs);
 /// Checks every profile in key order. False with `error` set at the first failure.
 bool validateProfiles(const OutputsConfig& outputs, std::string& error);
 
-// The two lookups of run time. Their results point into the configuration; null means none. Any thread.
+// Lookups while the bridge runs. Results point into the configuration; null means none. Any thread.
 
 /// The entry of a board: an equal identity anywhere in the list beats an equal index.
 const DeviceEntry* findDeviceEntry(const AppConfig& config, const std::string& deviceName, std::int32_t index);

@@ -68,6 +68,7 @@ void Logger::configure(const std::string& directory, const std::string& baseName
         FileSystem::makeFolders(directory);
         filePath = FileSystem::join(directory, fileName);
     }
+    // Rotation makes one backup too many, which goes here; so do those of a log that once kept more.
     deleteStaleBackups();
     openFile();
 }
@@ -116,6 +117,7 @@ void Logger::writeLine(Level level, const std::string& message) {
     if (!file.is_open()) {
         openFile();
     }
+    // Before the line and by the size on disk: a line is never split, and a file may grow past the limit by one line.
     rotateIfNeeded();
 
     std::string line = timeText();
@@ -128,6 +130,7 @@ void Logger::writeLine(Level level, const std::string& message) {
         // A full disk leaves the stream failed; the next line tries again.
         file.clear();
         file.write(line.data(), static_cast<std::streamsize>(line.size()));
+        // Flushed line by line: the last line before a crash is the one that matters.
         file.flush();
     }
     if (consoleEcho) {
