@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-/// The folder of the running executable; empty when it can't be told.
+/// The folder of the running executable; empty when the system doesn't give it.
 std::string exeDirectory(const Host& host);
 
 /// The folder of per-machine data; empty when there is none.

@@ -10,7 +10,7 @@
 /// Prints where EXE.xml files are or may be put on this machine.
 int listExeXmlFiles(const Host& host);
 
-/// Has the simulator start this program with that configuration file, given as it stands.
+/// Makes the simulator start this program with that configuration file, whose path is passed on unchanged.
 int registerProgram(const Host& host, const std::string& configPath);
 
 int unregisterProgram(const Host& host);

@@ -71,7 +71,7 @@ std::ofstream openForWriting(const std::string& path);
 /// A stream that writes at the file's end, creating the file if need be; not open when that can't be done.
 std::ofstream openForAppending(const std::string& path);
 
-/// Makes a folder with all its parents. A failure isn't told: it shows when something is put into the folder.
+/// Makes a folder with all its parents. Reports no failure: putting something into the folder will fail then.
 void makeFolders(const std::string& path);
 
 /// Copies a file over whatever file is there. False, with the system's reason in `error`, when that can't be done.

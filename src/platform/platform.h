@@ -60,7 +60,7 @@ struct HidTransport {
     /// Opens a path, shared for reading and writing with everybody else; invalidHidHandle when that fails.
     std::function<HidHandle(const std::string& path, HidAccess access, HidMode mode)> open;
     std::function<void(HidHandle handle)> close;
-    /// False when the device doesn't tell; `attributes` is then unchanged.
+    /// False when the device doesn't answer; `attributes` is then unchanged.
     std::function<bool(HidHandle handle, HidAttributes& attributes)> attributes;
     /// The USB serial number as UTF-8. False when there is none; `serial` is then unchanged.
     std::function<bool(HidHandle handle, std::string& serial)> serialNumber;
@@ -119,7 +119,7 @@ struct Host {
     /// Calls `visit` with the executable name of each running process (UTF-8, no folder) until it returns true.
     /// Returns whether it did: false also when the list can't be had.
     std::function<bool(const std::function<bool(std::string_view name)>& visit)> findProcess;
-    /// The running executable's path; empty when it can't be told or is 260 bytes or longer.
+    /// The running executable's path; empty when the system doesn't give it or it has 260 bytes or more.
     std::function<std::string()> executablePath;
     /// The folder of per-machine data, or where this process may not use that one, of the user's; empty when there is
     /// none. Makes nothing.

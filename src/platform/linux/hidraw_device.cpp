@@ -63,8 +63,8 @@ bool HidrawDevice::attributes(HidAttributes& attributes) const {
 bool HidrawDevice::serialNumber(std::string& serial) const {
     std::array<char, 256> text{};
     // Kernels before 5.6 don't answer this, but have the text in sysfs.
-    const bool told = ioctl(node.get(), HIDIOCGRAWUNIQ(text.size() - 1), text.data()) >= 0;
-    const std::string found = told ? std::string(text.data()) : HidrawSysfs::serialNumber(folder);
+    const bool known = ioctl(node.get(), HIDIOCGRAWUNIQ(text.size() - 1), text.data()) >= 0;
+    const std::string found = known ? std::string(text.data()) : HidrawSysfs::serialNumber(folder);
     if (found.empty()) {
         return false;
     }

@@ -16,7 +16,7 @@ namespace {
 
 enum class Reception { News, Nothing, Broken };
 
-/// The kernel's device events. The kernel tells of a node first; udev tells again when its rules have run, and only
+/// The kernel's device events. The kernel reports a node first; udev reports it again when its rules have run, and only
 /// then is the node accessible to its users.
 class UeventListener {
 public:

@@ -10,7 +10,7 @@ bool isProcess(const std::string& folderName) {
     return folderName.find_first_not_of("0123456789") == std::string::npos;
 }
 
-/// The kernel's own short name of a process is cut at 15 characters, so the command line has to tell.
+/// The kernel's own short name of a process is cut at 15 characters, so the name comes from the command line.
 std::string firstArgument(const std::string& processFolder) {
     std::ifstream commandLine(FileSystem::join(processFolder, "cmdline"), std::ios::binary);
     std::string argument;

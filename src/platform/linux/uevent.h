@@ -8,7 +8,7 @@
 constexpr std::uint32_t ueventGroupKernel = 1;
 constexpr std::uint32_t ueventGroupUdev = 2;
 
-/// Who sent a device event, as the socket tells it.
+/// Who sent a device event, according to the socket.
 struct UeventSender {
     /// The group that it was sent to; 0 when it was sent to this socket alone.
     std::uint32_t group = 0;

@@ -13,7 +13,7 @@ namespace {
 constexpr char className[] = "VantrelBridgeHidNotify";
 constexpr char windowTitle[] = "Vantrel HID Notify";
 
-/// A hidden window that the system tells of HID device interfaces. All but `requestEnd` runs on one thread, the
+/// A hidden window that the system notifies about HID device interfaces. All but `requestEnd` runs on one thread, the
 /// window's.
 class NotificationWindow {
 public:

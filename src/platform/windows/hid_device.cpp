@@ -32,13 +32,13 @@ std::unique_ptr<HidDevice> HidDevice::open(const std::string& path, HidAccess ac
 }
 
 bool HidDevice::attributes(HidAttributes& attributes) const {
-    HIDD_ATTRIBUTES told{};
-    told.Size = sizeof told;
-    if (!HidD_GetAttributes(handle, &told)) {
+    HIDD_ATTRIBUTES reported{};
+    reported.Size = sizeof reported;
+    if (!HidD_GetAttributes(handle, &reported)) {
         return false;
     }
-    attributes.vendorId = told.VendorID;
-    attributes.productId = told.ProductID;
+    attributes.vendorId = reported.VendorID;
+    attributes.productId = reported.ProductID;
     return true;
 }
 

@@ -2,7 +2,7 @@
 
 namespace {
 
-/// Empty when the interface has gone or won't tell.
+/// Empty when the interface has gone or doesn't answer.
 std::string interfacePath(HDEVINFO devices, SP_DEVICE_INTERFACE_DATA& deviceInterface,
                           const DeviceInterfaceCalls& calls) {
     DWORD size = 0;
@@ -12,7 +12,7 @@ std::string interfacePath(HDEVINFO devices, SP_DEVICE_INTERFACE_DATA& deviceInte
     }
     std::vector<char> memory(size);
     auto* detail = reinterpret_cast<SP_DEVICE_INTERFACE_DETAIL_DATA_A*>(memory.data());
-    // The size of the fixed part, whatever stands behind it.
+    // The size of the fixed part, whatever follows it.
     detail->cbSize = sizeof *detail;
     if (!calls.detail(devices, &deviceInterface, detail, size, nullptr, nullptr)) {
         return {};

@@ -44,7 +44,7 @@ SimConnectLibrary bindAll(Exports& exports) {
 
 /// Null with the system's reason in `code`.
 HMODULE loadQuietly(const std::string& fileName, DWORD& code) {
-    // A box that tells of a bad library would wait for a click that nobody at a cockpit makes.
+    // A message box about a bad library would wait for a click that nobody at a cockpit makes.
     DWORD modeBefore = 0;
     SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &modeBefore);
     const HMODULE dll =

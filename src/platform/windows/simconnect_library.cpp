@@ -19,7 +19,7 @@ const LoadedLibrary& loaded() {
     return library;
 }
 
-/// Stands for an operation until its first use, which loads the library.
+/// Takes the place of an operation until its first use, which loads the library.
 template <auto operation>
 constexpr auto lazily = [](auto... arguments) { return (loaded().operations.*operation)(arguments...); };
 
