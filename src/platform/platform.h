@@ -35,7 +35,7 @@ enum class HidReadStatus { Data, Timeout, Failure };
 
 struct HidReadResult {
     HidReadStatus status = HidReadStatus::Failure;
-    /// With Data: what was read, possibly nothing. Lies in the reader's own buffer, valid until the reader is called
+    /// With Data: what was read, possibly nothing. In the reader's own buffer, valid until the reader is called
     /// again or destroyed.
     std::span<const std::uint8_t> data;
 };

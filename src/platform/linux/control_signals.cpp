@@ -7,7 +7,7 @@
 
 namespace {
 
-/// By the number of the event that they stand for.
+/// By the number of the event that each one means.
 constexpr std::array controlSignals{SIGINT, SIGTERM, SIGHUP};
 
 // A signal function gets no argument of its own.

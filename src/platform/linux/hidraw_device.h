@@ -25,7 +25,7 @@ public:
     bool getFeature(std::span<std::uint8_t> report) const;
     HidReadResult read(HidrawReadBuffer& buffer, std::chrono::milliseconds limit) const;
 
-    /// For good: every later read fails too.
+    /// Permanent: every later read fails too.
     void cancelReads() const;
     HidWriteResult write(std::span<const std::uint8_t> report) const;
     HidWriteResult setOutputReport(std::span<const std::uint8_t> report) const;

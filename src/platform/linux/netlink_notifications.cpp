@@ -97,7 +97,7 @@ Reception UeventListener::receive() const {
         return errno == ENOBUFS ? Reception::News : errno == EAGAIN ? Reception::Nothing : Reception::Broken;
     }
     const UeventSender sender{address.nl_groups, address.nl_pid, senderUserId(header)};
-    const bool isNews = isHidNews({message.data(), static_cast<std::size_t>(size)}, sender);
+    const bool isNews = isHidNotification({message.data(), static_cast<std::size_t>(size)}, sender);
     return isNews ? Reception::News : Reception::Nothing;
 }
 

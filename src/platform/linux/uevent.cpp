@@ -56,7 +56,7 @@ std::string_view property(std::string_view properties, std::string_view name) {
 
 } // namespace
 
-bool isHidNews(std::string_view message, const UeventSender& sender) {
+bool isHidNotification(std::string_view message, const UeventSender& sender) {
     if (!isTrusted(sender)) {
         return false;
     }

@@ -19,4 +19,4 @@ struct UeventSender {
 
 /// Whether the message says that a hidraw node came, went or became accessible, and comes from somebody who knows: the
 /// kernel in its own group, root in udev's. Anybody may send to this socket, so any bytes are taken.
-bool isHidNews(std::string_view message, const UeventSender& sender);
+bool isHidNotification(std::string_view message, const UeventSender& sender);

@@ -37,83 +37,83 @@ std::string udevMessage(const std::string& action, const std::string& subsystem)
 
 TEST(UeventFromKernel, ArrivalAndRemovalOfAHidrawNodeAreNews) {
     for (const char* action : {"add", "remove", "change", "bind"}) {
-        EXPECT_TRUE(isHidNews(kernelMessage(action, "hidraw"), kernel)) << action;
+        EXPECT_TRUE(isHidNotification(kernelMessage(action, "hidraw"), kernel)) << action;
     }
 }
 
 TEST(UeventFromKernel, OtherActionsAreNot) {
     for (const char* action : {"unbind", "move", "online", "offline", "", "ADD", "added"}) {
-        EXPECT_FALSE(isHidNews(kernelMessage(action, "hidraw"), kernel)) << action;
+        EXPECT_FALSE(isHidNotification(kernelMessage(action, "hidraw"), kernel)) << action;
     }
 }
 
 TEST(UeventFromKernel, OtherSubsystemsAreNot) {
     for (const char* subsystem : {"hid", "usb", "input", "hidraw2", "", "HIDRAW"}) {
-        EXPECT_FALSE(isHidNews(kernelMessage("add", subsystem), kernel)) << subsystem;
+        EXPECT_FALSE(isHidNotification(kernelMessage("add", subsystem), kernel)) << subsystem;
     }
 }
 
 TEST(UeventFromKernel, IsTakenWithoutCredentials) {
-    EXPECT_TRUE(isHidNews(kernelMessage("add", "hidraw"), {ueventGroupKernel, 0, std::nullopt}));
+    EXPECT_TRUE(isHidNotification(kernelMessage("add", "hidraw"), {ueventGroupKernel, 0, std::nullopt}));
 }
 
 TEST(UeventFromKernel, FromAProcessIsIgnored) {
-    EXPECT_FALSE(isHidNews(kernelMessage("add", "hidraw"), {ueventGroupKernel, 4711, 0U}));
+    EXPECT_FALSE(isHidNotification(kernelMessage("add", "hidraw"), {ueventGroupKernel, 4711, 0U}));
 }
 
 TEST(UeventFromKernel, WithUdevsHeadIsIgnored) {
-    EXPECT_FALSE(isHidNews(udevMessage("add", "hidraw").substr(0, 40), kernel));
+    EXPECT_FALSE(isHidNotification(udevMessage("add", "hidraw").substr(0, 40), kernel));
 }
 
 TEST(UeventFromKernel, ALastPropertyWithoutItsZeroByteCounts) {
     const std::string message =
         "add@/x" + std::string(1, '\0') + "SUBSYSTEM=hidraw" + std::string(1, '\0') + "ACTION=add";
-    EXPECT_TRUE(isHidNews(message, kernel));
+    EXPECT_TRUE(isHidNotification(message, kernel));
 }
 
 TEST(UeventFromKernel, PropertiesInItsFirstLineDontCount) {
     const std::string message = "ACTION=add" + std::string(1, '\0') + "SUBSYSTEM=hidraw" + std::string(1, '\0');
-    EXPECT_FALSE(isHidNews(message, kernel));
+    EXPECT_FALSE(isHidNotification(message, kernel));
 }
 
 TEST(UeventFromKernel, EmptyPropertiesArePassedOver) {
     const std::string message = "add@/x" + std::string(3, '\0') + properties("add", "hidraw");
-    EXPECT_TRUE(isHidNews(message, kernel));
+    EXPECT_TRUE(isHidNotification(message, kernel));
 }
 
 TEST(UeventFromUdev, ArrivalAndRemovalOfAHidrawNodeAreNews) {
     for (const char* action : {"add", "remove", "change", "bind"}) {
-        EXPECT_TRUE(isHidNews(udevMessage(action, "hidraw"), udev)) << action;
+        EXPECT_TRUE(isHidNotification(udevMessage(action, "hidraw"), udev)) << action;
     }
 }
 
 TEST(UeventFromUdev, OtherSubsystemsAreNot) {
-    EXPECT_FALSE(isHidNews(udevMessage("add", "block"), udev));
+    EXPECT_FALSE(isHidNotification(udevMessage("add", "block"), udev));
 }
 
 TEST(UeventFromUdev, FromAnybodyButRootIsIgnored) {
-    EXPECT_FALSE(isHidNews(udevMessage("add", "hidraw"), {ueventGroupUdev, 4711, 1000U}));
-    EXPECT_FALSE(isHidNews(udevMessage("add", "hidraw"), {ueventGroupUdev, 4711, std::nullopt}));
+    EXPECT_FALSE(isHidNotification(udevMessage("add", "hidraw"), {ueventGroupUdev, 4711, 1000U}));
+    EXPECT_FALSE(isHidNotification(udevMessage("add", "hidraw"), {ueventGroupUdev, 4711, std::nullopt}));
 }
 
 TEST(UeventFromUdev, WithoutItsMarkOrMagicNumberIsIgnored) {
     std::string unmarked = udevMessage("add", "hidraw");
     unmarked[0] = 'L';
-    EXPECT_FALSE(isHidNews(unmarked, udev));
+    EXPECT_FALSE(isHidNotification(unmarked, udev));
     std::string otherMagic = udevMessage("add", "hidraw");
     otherMagic[8] = '\0';
-    EXPECT_FALSE(isHidNews(otherMagic, udev));
-    EXPECT_FALSE(isHidNews(kernelMessage("add", "hidraw"), udev));
+    EXPECT_FALSE(isHidNotification(otherMagic, udev));
+    EXPECT_FALSE(isHidNotification(kernelMessage("add", "hidraw"), udev));
 }
 
 TEST(UeventFromUdev, PropertiesAreWhereTheHeadSays) {
     std::string message = udevMessage("add", "hidraw");
     message.insert(40, std::string("filler!\0", 8));
-    EXPECT_TRUE(isHidNews(message, udev)) << "the length cuts only the last property";
+    EXPECT_TRUE(isHidNotification(message, udev)) << "the length cuts only the last property";
     putWord(message, 16, 48);
-    EXPECT_TRUE(isHidNews(message, udev));
+    EXPECT_TRUE(isHidNotification(message, udev));
     putWord(message, 20, 11);
-    EXPECT_FALSE(isHidNews(message, udev)) << "only the action lies within the length";
+    EXPECT_FALSE(isHidNotification(message, udev)) << "only the action lies within the length";
 }
 
 TEST(UeventFromUdev, AHeadThatPointsOutsideIsIgnored) {
@@ -121,7 +121,7 @@ TEST(UeventFromUdev, AHeadThatPointsOutsideIsIgnored) {
         std::string message = udevMessage("add", "hidraw");
         putWord(message, 16, offset);
         putWord(message, 20, 0xFFFFFFFFU);
-        EXPECT_FALSE(isHidNews(message, udev)) << offset;
+        EXPECT_FALSE(isHidNotification(message, udev)) << offset;
     }
 }
 
@@ -129,14 +129,14 @@ TEST(Uevent, EveryTruncationIsTakenWithoutHarm) {
     const std::string fromKernel = kernelMessage("add", "hidraw");
     const std::string fromUdev = udevMessage("add", "hidraw");
     for (std::size_t size = 0; size < 40; ++size) {
-        EXPECT_FALSE(isHidNews(std::string(fromKernel, 0, size), kernel)) << size;
-        EXPECT_FALSE(isHidNews(std::string(fromUdev, 0, size), udev)) << size;
+        EXPECT_FALSE(isHidNotification(std::string(fromKernel, 0, size), kernel)) << size;
+        EXPECT_FALSE(isHidNotification(std::string(fromUdev, 0, size), udev)) << size;
     }
 }
 
 TEST(Uevent, SentToThisSocketAloneIsIgnored) {
-    EXPECT_FALSE(isHidNews(kernelMessage("add", "hidraw"), {0, 0, 0U}));
-    EXPECT_FALSE(isHidNews(udevMessage("add", "hidraw"), {0, 4711, 0U}));
+    EXPECT_FALSE(isHidNotification(kernelMessage("add", "hidraw"), {0, 0, 0U}));
+    EXPECT_FALSE(isHidNotification(udevMessage("add", "hidraw"), {0, 4711, 0U}));
 }
 
 } // namespace
