@@ -22,9 +22,9 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 /// How long a session with its handshake may take.
-constexpr std::chrono::milliseconds sessionLimit = 15000ms;
+constexpr std::chrono::milliseconds sessionLimit = 30000ms;
 /// How long the bridge may take to fetch a report from a board.
-constexpr std::chrono::milliseconds reportLimit = 5000ms;
+constexpr std::chrono::milliseconds reportLimit = 30000ms;
 /// How long the bridge may take over an event, and the simulator over its command.
 constexpr std::chrono::milliseconds eventLimit = 2000ms;
 /// After so long without anything new all has come, but for commands that the configuration spaces further apart.

@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 constexpr std::chrono::milliseconds shortestLongWait = 1000ms;
 constexpr std::chrono::milliseconds dispatchPoll = 15ms;
 /// How long a plugged board may take to be read; generous for a busy machine.
-constexpr std::chrono::milliseconds readLimit = 5000ms;
+constexpr std::chrono::milliseconds readLimit = 30000ms;
 
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
     const auto end = std::chrono::steady_clock::now() + limit;

@@ -12,9 +12,9 @@ namespace {
 using namespace std::chrono_literals;
 
 /// How long what is expected may take to come; nothing healthy comes near it.
-constexpr std::chrono::milliseconds expectationLimit = 5000ms;
+constexpr std::chrono::milliseconds expectationLimit = 30000ms;
 /// How long a session with its handshake may take, after the bridge's own long waits.
-constexpr std::chrono::milliseconds connectLimit = 15000ms;
+constexpr std::chrono::milliseconds connectLimit = 30000ms;
 /// After so long without anything new, what has come in full number but wrong won't become right any more.
 constexpr std::chrono::milliseconds wrongTime = 1000ms;
 /// How long nothing more may come for a block to be taken as complete.

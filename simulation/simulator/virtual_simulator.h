@@ -202,7 +202,7 @@ public:
     static constexpr std::uint32_t newestProtocol = 6;
 
     /// Long enough for a busy machine under a sanitizer.
-    static constexpr std::chrono::milliseconds defaultTimeout{10000};
+    static constexpr std::chrono::milliseconds defaultTimeout{60000};
 
 private:
     class Impl;

@@ -49,7 +49,7 @@ SoakBridge::~SoakBridge() {
 }
 
 bool SoakBridge::waitForEnd() {
-    return waitUntil([this] { return ended.load(); }, std::chrono::seconds(20));
+    return waitUntil([this] { return ended.load(); }, std::chrono::seconds(60));
 }
 
 Platform SoakBridge::makePlatform(const SoakConfiguration& configuration, const VirtualHidBus& bus,

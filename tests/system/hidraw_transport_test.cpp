@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr std::chrono::milliseconds longRead = 20s;
+constexpr std::chrono::milliseconds longRead = 60s;
 
 bool listed(const HidTransport& transport, const std::string& path) {
     const std::vector<std::string> paths = transport.enumerate();

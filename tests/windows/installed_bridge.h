@@ -77,7 +77,7 @@ public:
     std::string log() const { return contentOf("VantrelBridgeHID.log"); }
 
     bool waitForLog(const std::string& part) const {
-        return waitUntil([&] { return log().find(part) != std::string::npos; }, std::chrono::seconds(20));
+        return waitUntil([&] { return log().find(part) != std::string::npos; }, std::chrono::seconds(60));
     }
 
 private:

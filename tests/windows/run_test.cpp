@@ -134,7 +134,7 @@ TEST_F(BridgeRun, LogsIntoThePerMachineFolderWithoutTheConsole) {
     bridge.configure();
     const std::string before = perMachineLog();
     const auto process = bridge.start("");
-    EXPECT_TRUE(waitUntil([&] { return contains(linesSince(before), startedLine); }, std::chrono::seconds(20)));
+    EXPECT_TRUE(waitUntil([&] { return contains(linesSince(before), startedLine); }, std::chrono::seconds(60)));
     EXPECT_FALSE(bridge.has("VantrelBridgeHID.log"));
 }
 

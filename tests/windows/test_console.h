@@ -46,7 +46,7 @@ public:
     bool shows(const std::string& text) const { return screen().find(text) != std::string::npos; }
 
     bool waitFor(const std::string& text) const {
-        return waitUntil([&] { return shows(text); }, std::chrono::seconds(20));
+        return waitUntil([&] { return shows(text); }, std::chrono::seconds(60));
     }
 
     void type(std::string_view keys) const {

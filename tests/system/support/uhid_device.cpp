@@ -68,7 +68,7 @@ UhidDevice::UhidDevice(const UhidIdentity& identity, UhidHandlers newHandlers)
     // The kernel asks nothing before it has the device, and may ask before the write returns.
     server = std::thread([this] { serve(); });
     const bool created = writeEvent(device, createEvent(identity, location));
-    if (created && waitUntil([this] { return findNode(), !nodePath.empty(); }, std::chrono::seconds(20)))
+    if (created && waitUntil([this] { return findNode(), !nodePath.empty(); }, std::chrono::seconds(60)))
         return;
     const std::string reason = failure(created ? "no hidraw node came" : "the device was refused").what();
     endServing();

@@ -31,7 +31,7 @@ protected:
             heard += events;
             return heard.find(text) != std::string::npos;
         };
-        const bool came = waitUntil(found, std::chrono::seconds(15));
+        const bool came = waitUntil(found, std::chrono::seconds(60));
         if (came) {
             heard.erase(0, heard.find(text) + text.size());
         }

@@ -82,7 +82,7 @@ PeerBytes openOf(std::uint32_t protocol) {
 TEST(VirtualSimulator, TakesProtocolsTwoToSixAndAnswersInThem) {
     RunningSimulator simulator;
     for (std::uint32_t protocol = 2; protocol <= 6; ++protocol) {
-        Socket socket = connectSocket("127.0.0.1", simulator.port(), AddressFamily::Ipv4, std::chrono::seconds(5));
+        Socket socket = connectSocket("127.0.0.1", simulator.port(), AddressFamily::Ipv4, std::chrono::seconds(60));
         ASSERT_EQ(socket.send(openOf(protocol)).count, 296U);
         std::array<std::uint8_t, 308> answer{};
         ASSERT_TRUE(waitUntil([&] { return socket.receive(answer).count == answer.size(); }));
@@ -94,7 +94,7 @@ TEST(VirtualSimulator, TakesProtocolsTwoToSixAndAnswersInThem) {
 TEST(VirtualSimulator, RefusesOtherProtocols) {
     RunningSimulator simulator;
     for (const std::uint32_t protocol : {1U, 7U}) {
-        Socket socket = connectSocket("127.0.0.1", simulator.port(), AddressFamily::Ipv4, std::chrono::seconds(5));
+        Socket socket = connectSocket("127.0.0.1", simulator.port(), AddressFamily::Ipv4, std::chrono::seconds(60));
         ASSERT_EQ(socket.send(openOf(protocol)).count, 296U);
         PeerBytes answer(24);
         ASSERT_TRUE(waitUntil([&] { return socket.receive(answer).count == answer.size(); }));
@@ -107,7 +107,7 @@ TEST(VirtualSimulator, RefusesOtherProtocols) {
 
 TEST(VirtualSimulator, RequestsBeforeOpenAreUnopened) {
     RunningSimulator simulator;
-    Socket socket = connectSocket("127.0.0.1", simulator.port(), AddressFamily::Ipv4, std::chrono::seconds(5));
+    Socket socket = connectSocket("127.0.0.1", simulator.port(), AddressFamily::Ipv4, std::chrono::seconds(60));
     ASSERT_EQ(socket.send(wireWords({36, 4, 0xF0000005, 9, 0, 1, 0, 1, 16})).count, 36U);
     ASSERT_TRUE(simulator.waitForKind(Kind::Exception));
     const SimulatorRecord record = simulator.records().back();
@@ -117,7 +117,7 @@ TEST(VirtualSimulator, RequestsBeforeOpenAreUnopened) {
 
 TEST(VirtualSimulator, ShortRequestIsAnError) {
     RunningSimulator simulator;
-    Socket socket = connectSocket("127.0.0.1", simulator.port(), AddressFamily::Ipv4, std::chrono::seconds(5));
+    Socket socket = connectSocket("127.0.0.1", simulator.port(), AddressFamily::Ipv4, std::chrono::seconds(60));
     ASSERT_EQ(socket.send(wireWords({20, 4, 0xF000000C, 3, 1})).count, 20U);
     ASSERT_TRUE(simulator.waitForKind(Kind::Exception));
     EXPECT_EQ(simulator.records().back().value, 1U);
@@ -127,7 +127,7 @@ TEST(VirtualSimulator, ShortRequestIsAnError) {
 TEST(VirtualSimulator, BrokenRequestEndsThatSessionOnly) {
     RunningSimulator simulator;
     SimulatorClient client(simulator);
-    Socket socket = connectSocket("127.0.0.1", simulator.port(), AddressFamily::Ipv4, std::chrono::seconds(5));
+    Socket socket = connectSocket("127.0.0.1", simulator.port(), AddressFamily::Ipv4, std::chrono::seconds(60));
     ASSERT_TRUE(simulator.waitForSessionCount(2));
     ASSERT_EQ(socket.send(wireWords({15, 4, 0xF0000001, 3})).count, 16U);
     EXPECT_TRUE(simulator.waitForSessionCount(1));

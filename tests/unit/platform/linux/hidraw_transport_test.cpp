@@ -128,7 +128,7 @@ TEST_F(HidrawTransport, ReaderGivesWhatCame) {
     const HidReader reader = hid.makeReader(openReader());
     const std::string report = std::string("\x01\x00\x02", 3) + std::string(29, 'x');
     ASSERT_TRUE(board.send(report));
-    const HidReadResult result = reader(5000ms);
+    const HidReadResult result = reader(60s);
     EXPECT_EQ(result.status, HidReadStatus::Data);
     EXPECT_EQ(text(result), report);
 }
@@ -136,10 +136,10 @@ TEST_F(HidrawTransport, ReaderGivesWhatCame) {
 TEST_F(HidrawTransport, ReaderGivesShortReportsAndNoMoreThan32Bytes) {
     const HidReader reader = hid.makeReader(openReader());
     ASSERT_TRUE(board.send(std::string(31, 'a')));
-    EXPECT_EQ(text(reader(5000ms)), std::string(31, 'a'));
+    EXPECT_EQ(text(reader(60s)), std::string(31, 'a'));
     ASSERT_TRUE(board.send(std::string(32, 'b') + std::string(8, 'c')));
-    EXPECT_EQ(text(reader(5000ms)), std::string(32, 'b'));
-    EXPECT_EQ(text(reader(5000ms)), std::string(8, 'c'));
+    EXPECT_EQ(text(reader(60s)), std::string(32, 'b'));
+    EXPECT_EQ(text(reader(60s)), std::string(8, 'c'));
 }
 
 TEST_F(HidrawTransport, ReaderTellsATimeoutAndReadsOn) {
@@ -147,7 +147,7 @@ TEST_F(HidrawTransport, ReaderTellsATimeoutAndReadsOn) {
     EXPECT_EQ(reader(5ms).status, HidReadStatus::Timeout);
     EXPECT_EQ(reader(0ms).status, HidReadStatus::Timeout);
     ASSERT_TRUE(board.send("late"));
-    EXPECT_EQ(text(reader(5000ms)), "late");
+    EXPECT_EQ(text(reader(60s)), "late");
 }
 
 TEST_F(HidrawTransport, ReaderWaitsThroughASignal) {
@@ -159,7 +159,7 @@ TEST_F(HidrawTransport, ReaderWaitsThroughASignal) {
     std::atomic<bool> done{false};
     std::string received;
     std::thread thread([&] {
-        received = text(reader(5000ms));
+        received = text(reader(60s));
         done = true;
     });
     for (int round = 0; round < 20; ++round) {
@@ -207,7 +207,7 @@ TEST_F(HidrawTransport, CancellingOneHandleLeavesTheOthersAlone) {
     const HidReader reader = hid.makeReader(openReader());
     hid.cancelReads(first);
     ASSERT_TRUE(board.send("x"));
-    EXPECT_EQ(text(reader(5000ms)), "x");
+    EXPECT_EQ(text(reader(60s)), "x");
 }
 
 TEST_F(HidrawTransport, ClosingEndsTheHandleAndItsReader) {

@@ -35,7 +35,7 @@ TEST_F(HidDeviceOnWindows, ReaderGivesWhatCame) {
     ASSERT_NE(handle, invalidHidHandle);
     const HidReader reader = hid.makeReader(handle);
     ASSERT_TRUE(board.send(std::string(31, 'a')));
-    const HidReadResult result = reader(5000ms);
+    const HidReadResult result = reader(60s);
     EXPECT_EQ(result.status, HidReadStatus::Data);
     EXPECT_EQ(text(result), std::string(31, 'a'));
     hid.close(handle);
@@ -51,7 +51,7 @@ TEST_F(HidDeviceOnWindows, ReadsThatTimedOutStayPendingAndTakeTheNextReports) {
     for (const char* report : {"a", "b", "c", "d"}) {
         ASSERT_TRUE(board.send(report));
     }
-    EXPECT_EQ(text(reader(5000ms)), "d");
+    EXPECT_EQ(text(reader(60s)), "d");
     hid.cancelReads(handle);
     hid.close(handle);
 }
