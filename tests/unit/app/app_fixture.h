@@ -160,8 +160,10 @@ protected:
         folder.write("config/map.json", R"({"event_types":{"BUTTON":1},"control_ids":{"KNOB":21}})");
     }
 
+    /// Neither the console echo nor the log's folder may reach into the next test: the process has one logger.
     void TearDown() override {
         Logger::instance().setDebugEnabled(false);
+        Logger::instance().configure(folder.path(), "after-the-test", false);
         Logger::instance().close();
     }
 
