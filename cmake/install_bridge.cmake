@@ -1,0 +1,20 @@
+# What `cmake --install` copies. On Windows one flat folder, because the bridge looks for its files next to itself; on
+# Linux the usual places, from which users copy the sample set into their data folder.
+include(GNUInstallDirs)
+
+function(install_bridge)
+  if(WIN32)
+    set(programs .)
+    set(data .)
+    set(documents .)
+  else()
+    set(programs ${CMAKE_INSTALL_BINDIR})
+    set(data ${CMAKE_INSTALL_DATADIR}/VantrelBridge)
+    set(documents ${CMAKE_INSTALL_DOCDIR})
+    install(FILES packaging/linux/70-vantrelbridge.rules DESTINATION ${data})
+  endif()
+  install(TARGETS VantrelBridgeHID RUNTIME DESTINATION ${programs})
+  install(DIRECTORY config schemas DESTINATION ${data} FILES_MATCHING PATTERN "*.json")
+  install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION ${documents})
+  install(DIRECTORY docs DESTINATION ${documents})
+endfunction()
