@@ -1,25 +1,26 @@
 #!/usr/bin/env bash
 # Tests the virtual cockpit's page in a real browser.
-#   browser-tests.sh [BUILD_PRESET]  builds virtual-cockpit in that preset (linux; asan and tsan check it while it is driven)
-#   browser-tests.sh --program FILE  tests a program that is built already
+#   browser-tests.sh [PRESET]        builds virtual-cockpit in that preset (linux by default; asan and tsan check it
+#                                    while the browser drives it)
+#   browser-tests.sh --program FILE  tests a program that is already built
 set -euo pipefail
-cd "$(dirname "$0")/.."
+. "$(dirname "$0")/lib.sh"
 
 case "${1:-linux}" in
-  -h | --help) sed -n '2,4s/^# \{0,1\}//p' "$0"; exit 0 ;;
-  --program) program=$(realpath "${2:?--program needs a file}") ;;
-  -*) echo "browser-tests.sh: unknown option $1 (see --help)" >&2; exit 2 ;;
+  --program)
+    [ $# -eq 2 ] || usage_error "--program needs a file"
+    program=$(callers_path "$2")
+    ;;
   *)
+    at_most 1 "$@"
     preset=${1:-linux}
     cmake --preset "$preset" && cmake --build --preset "$preset" --target=virtual-cockpit
     program=$PWD/build/$preset/virtual-cockpit
     ;;
 esac
 
+install_node_modules tests/browser
 cd tests/browser
-if [ ! node_modules/.package-lock.json -nt package-lock.json ]; then
-  npm ci --ignore-scripts --no-audit --no-fund --loglevel=error
-fi
 
 export VIRTUAL_COCKPIT=$program
 export ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
@@ -28,6 +29,6 @@ result=0
 output=$(mktemp)
 trap 'rm -f "$output"' EXIT
 node --test --test-reporter=tap ./*.test.js | tee "$output" || result=$?
-count() { awk -v name="$1" '$1 == "#" && $2 == name { print $3 }' "$output"; }
-echo "check: $(count pass) passed, $(($(count fail) + $(count cancelled))) failed"
-[ "$result" -eq 0 ]
+total() { awk -v name="$1" '$1 == "#" && $2 == name { print $3 }' "$output"; }
+passed=$(total pass) failed=$(($(total fail) + $(total cancelled)))
+report_checks && [ "$result" -eq 0 ]

@@ -1,15 +1,12 @@
 #!/usr/bin/env bash
-# Holds schemas/, config/ and tests/schemas/gallery against an independent validator and the program's own verdict.
-#   check-schemas.sh [CONFIG-VERDICT]   the program that gives it; build/linux/tests/schemas/config-verdict if not named
+# Checks schemas/, config/ and tests/schemas/gallery with an independent validator and with the program's own verdict.
+#   check-schemas.sh [CONFIG-VERDICT]   the program that gives it, build/linux/tests/schemas/config-verdict by default
 set -euo pipefail
-cd "$(dirname "$0")/.."
+. "$(dirname "$0")/lib.sh"
+at_most 1 "$@"
 
-case "${1:-}" in -h | --help) sed -n '2,3s/^# \{0,1\}//p' "$0"; exit 0 ;; esac
-verdict=$(realpath "${1:-build/linux/tests/schemas/config-verdict}")
-test -x "$verdict" || { echo "check-schemas: $verdict isn't built" >&2; exit 1; }
-
-# Only what the lock file names, and none of the packages' own scripts.
-if [ ! tests/schemas/node_modules/.package-lock.json -nt tests/schemas/package-lock.json ]; then
-  npm ci --prefix tests/schemas --ignore-scripts --no-audit --no-fund --loglevel=error
-fi
+verdict=build/linux/tests/schemas/config-verdict
+[ $# -eq 0 ] || verdict=$(callers_path "$1")
+[ -x "$verdict" ] || die "$verdict isn't built"
+install_node_modules tests/schemas
 node tests/schemas/check.mjs "$verdict"

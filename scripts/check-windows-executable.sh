@@ -1,27 +1,22 @@
 #!/usr/bin/env bash
-# Checks that the Windows executable needs nothing from its user's machine: check-windows-executable.sh [EXECUTABLE]
-# EXECUTABLE is build/windows/VantrelBridgeHID.exe when not given.
+# Checks that the Windows executable needs nothing from its user's machine.
+#   check-windows-executable.sh [EXECUTABLE]   build/windows/VantrelBridgeHID.exe by default
 set -euo pipefail
-# Each lies in the system folder of every Windows 10 and 11.
+. "$(dirname "$0")/lib.sh"
+at_most 1 "$@"
+
+# Each is in the system folder of every Windows 10 and 11.
 allowed_dlls=(hid.dll kernel32.dll msvcrt.dll setupapi.dll shell32.dll user32.dll ws2_32.dll)
 size_limit=$((4 * 1024 * 1024))
 
-case "${1:-}" in
-  -*) sed -n '2,3s/^# \{0,1\}//p' "$0" >&2; exit 2 ;;
-esac
-executable=${1:-$(dirname "$0")/../build/windows/VantrelBridgeHID.exe}
-[ -s "$executable" ] || { echo "$executable: no such file" >&2; exit 1; }
+executable=build/windows/VantrelBridgeHID.exe
+[ $# -eq 0 ] || executable=$(callers_path "$1")
+[ -s "$executable" ] || die "$executable: no such file"
 
-passed=0 failed=0
 check() { # what is true, then the command that says so
   local what=$1
   shift
-  if "$@" >/dev/null; then
-    passed=$((passed + 1))
-  else
-    failed=$((failed + 1))
-    echo "FAILED: $what"
-  fi
+  count "$@" >/dev/null || echo "FAILED: $what"
 }
 
 headers=$(x86_64-w64-mingw32-objdump -p "$executable")
@@ -51,5 +46,4 @@ size=$(stat -c %s "$stripped")
 echo "stripped: $size bytes; imports: ${imports[*]}"
 check "is smaller than $size_limit bytes stripped" test "$size" -lt "$size_limit"
 
-echo "check: $passed passed, $failed failed"
-[ "$failed" -eq 0 ]
+report_checks

@@ -5,20 +5,19 @@
 #                        demo.sh --script simulation/scenarios/stories/demo-flight.scenario
 #   demo.sh --help       this text, then virtual-cockpit's own
 set -euo pipefail
-cd "$(dirname "$0")/.."
+. "$(dirname "$0")/lib.sh"
 
 build=build/demo
 mkdir -p build
 
-[ "${1:-}" != "--help" ] || sed -n '2,6s/^# \{0,1\}//p' "$0"
+[ "${1:-}" != "--help" ] || show_help
 
 scripts/setup.sh --build
-echo "demo: building, which takes some minutes the first time" >&2
+say "building, which takes some minutes the first time" >&2
 if ! { cmake --preset linux -B "$build" -DBRIDGE_BENCH=OFF && cmake --build "$build" --target virtual-cockpit; } \
   >"$build.log" 2>&1; then
   tail -n 40 "$build.log" >&2
-  echo "demo: the build failed; all of it is in $build.log" >&2
-  exit 1
+  die "the build failed; its whole output is in $build.log"
 fi
 
 exec "$build/virtual-cockpit" "$@"

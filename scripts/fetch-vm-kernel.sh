@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Downloads and unpacks the kernel of the small test machine into build/vm, once. It is never installed on the host.
+# Takes no arguments.
 set -euo pipefail
-cd "$(dirname "$0")/.."
+. "$(dirname "$0")/lib.sh"
+at_most 0 "$@"
 
 target=build/vm/kernel
 [ -e "$target/ready" ] && exit 0
@@ -11,8 +13,8 @@ trap 'rm -rf "$work"' EXIT
 
 apt-cache show linux-image-amd64 >/dev/null 2>&1 || apt-get update -q >/dev/null
 package=$(apt-cache depends linux-image-amd64 | sed -n 's/^ *Depends: \(linux-image-[0-9].*\)$/\1/p' | head -n 1)
-[ -n "$package" ] || { echo "setup: no kernel package behind linux-image-amd64" >&2; exit 1; }
-echo "setup: fetching $package for the test machine"
+[ -n "$package" ] || die "no kernel package behind linux-image-amd64"
+say "fetching $package for the test machine"
 (cd "$work" && apt-get download -q "$package" >/dev/null)
 dpkg -x "$work"/*.deb "$work/root"
 rm -rf "$target"

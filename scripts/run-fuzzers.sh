@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# Runs each fuzz target for a bounded time on a copy of its corpus: run-fuzzers.sh [SECONDS]
+# Runs each fuzz target of the preset "fuzz", once built, for a bounded time on its corpus.
+#   run-fuzzers.sh [SECONDS]   15 for each target by default
 set -uo pipefail
-cd "$(dirname "$0")/.."
+. "$(dirname "$0")/lib.sh"
+at_most 1 "$@"
 
 seconds=${1:-15}
-passed=0 failed=0
 mkdir -p build/test-logs
 work=$(mktemp -d build/fuzz-run.XXXXXX)
 trap 'rm -rf "$work"' EXIT
@@ -12,20 +13,16 @@ for target in build/fuzz/fuzz/*_fuzz; do
   name=$(basename "$target")
   seeds=tests/fuzz/corpus/$name
   if [ ! -d "$seeds" ]; then
-    echo "$name: no corpus in $seeds"
-    failed=$((failed + 1))
+    count false || echo "$name: no corpus in $seeds"
     continue
   fi
   mkdir -p "$work/$name"
-  # The new finds go to the first folder; what stands in the repository is only read.
-  if "$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -artifact_prefix="build/crash-$name-" -print_final_stats=1 \
+  # libFuzzer writes what it finds into the first folder and only reads the second.
+  if count "$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -artifact_prefix="build/crash-$name-" -print_final_stats=1 \
     "$work/$name" "$seeds" >"build/test-logs/fuzz-$name.txt" 2>&1; then
-    passed=$((passed + 1))
     echo "$name: $(sed -n 's/^stat::number_of_executed_units: *//p' "build/test-logs/fuzz-$name.txt") runs, nothing found"
   else
-    failed=$((failed + 1))
     tail -n 40 "build/test-logs/fuzz-$name.txt"
   fi
 done
-echo "check: $passed passed, $failed failed"
-[ "$failed" -eq 0 ] && [ "$passed" -gt 0 ]
+report_checks

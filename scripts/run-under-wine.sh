@@ -1,7 +1,10 @@
 #!/usr/bin/env bash
-# Runs unit test programs of the Windows build under Wine, in a prefix of their own: run-under-wine.sh NAME...
+# Runs unit test programs of the Windows build, once built, under Wine in a prefix of their own.
+#   run-under-wine.sh NAME...   such as wire-tests
 set -uo pipefail
-cd "$(dirname "$0")/.."
+. "$(dirname "$0")/lib.sh"
+no_other_options "$@"
+[ $# -gt 0 ] || usage_error "no program named"
 
 export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='mscoree,mshtml='
 scripts/vm/make-wine-prefix.sh "$WINEPREFIX" || exit 1

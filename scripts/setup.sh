@@ -3,17 +3,16 @@
 #   setup.sh          all of it: compilers, cross compiler, Wine, the test machine's kernel
 #   setup.sh --build  only what a native build and its unit tests need
 set -euo pipefail
-cd "$(dirname "$0")/.."
+. "$(dirname "$0")/lib.sh"
 
-build_packages=(cmake ninja-build g++ googletest libbenchmark-dev nlohmann-json3-dev libcpp-httplib-dev libpugixml-dev
+build_packages=(cmake ninja-build g++ clang googletest libgtest-dev libbenchmark-dev nlohmann-json3-dev libcpp-httplib-dev libpugixml-dev
   pkgconf)
-test_packages=(clang clang-format clang-tidy libclang-rt-14-dev chromium g++-mingw-w64-x86-64-posix wine wine64
+test_packages=(clang-format clang-tidy shellcheck libclang-rt-14-dev chromium g++-mingw-w64-x86-64-posix wine wine64
   qemu-system-x86 busybox-static cpio python3 udev)
 
 case "${1:-}" in
   --build) packages=("${build_packages[@]}") ;;
-  "") packages=("${build_packages[@]}" "${test_packages[@]}") ;;
-  *) echo "usage: scripts/setup.sh [--build]" >&2; exit 2 ;;
+  *) at_most 0 "$@"; packages=("${build_packages[@]}" "${test_packages[@]}") ;;
 esac
 
 # Node may be there without Debian's package of it, and then that package doesn't go in beside it.
@@ -25,7 +24,7 @@ for package in "${packages[@]}"; do
 done
 
 if [ "${#missing[@]}" -gt 0 ]; then
-  echo "setup: installing ${missing[*]}"
+  say "installing ${missing[*]}"
   export DEBIAN_FRONTEND=noninteractive
   sudo=""
   [ "$(id -u)" -eq 0 ] || sudo="sudo"
@@ -33,8 +32,7 @@ if [ "${#missing[@]}" -gt 0 ]; then
   trap 'rm -f "$log"' EXIT
   if ! { $sudo apt-get update -q && $sudo apt-get install -y -q --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
     tail -n 40 "$log" >&2
-    echo "setup: installing packages failed" >&2
-    exit 1
+    die "installing packages failed"
   fi
 fi
 

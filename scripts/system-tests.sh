@@ -6,14 +6,14 @@
 #                                                SimConnect.dll, then without one over TCP and over the simulator's pipe
 # Test options are GoogleTest's, such as --gtest_filter=Session.*; the result files are build/linux/system-tests*.xml.
 set -euo pipefail
-cd "$(dirname "$0")/.."
+. "$(dirname "$0")/lib.sh"
 
 build=$PWD/build/linux
 prefix=$PWD/build/wine-hid
 program=$build/tests/system/system-tests
 
 run_natively() {
-  # What only Windows has is left out; a filter among the options stands behind this one, and so counts in its place.
+  # Leaves out what only Windows has. A filter among the options comes after this one, and the last one counts.
   local tests=("$program" '--gtest_filter=-Windows*' "$@")
   if [ -w /dev/uhid ] && [ "$(id -u)" -eq 0 ]; then
     "${tests[@]}" "--gtest_output=xml:$build/system-tests.xml"
@@ -41,10 +41,11 @@ run_on_wine() {
 }
 
 runner=run_natively
-if [ "${1:-}" = --windows ]; then
-  shift
-  runner=run_on_wine
-fi
+case "${1:-}" in
+  --windows) shift; runner=run_on_wine ;;
+  --gtest_*) ;;
+  *) at_most 0 "$@" ;;
+esac
 
 [ -e "$build/build.ninja" ] || cmake --preset linux >/dev/null
 cmake --build --preset linux --target system-tests

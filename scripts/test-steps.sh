@@ -1,36 +1,89 @@
-# The steps of test.sh, one function each, and what runs and counts them. Sourced, not run.
+# shellcheck shell=bash disable=SC2034,SC2154
+# The steps of test.sh, one function each, and what runs and counts them. Sourced, not run; `steps` and
+# `results` are test.sh's.
+
+all_steps=(style docs linux unit schemas scenarios asan tsan browser windows wine fuzz soak system system_wine bench)
+# Two lanes run side by side: one mostly compiles, the other mostly runs what the first has built and often only waits.
+# The benchmarks measure, so they come last and have the machine to themselves.
+build_lane=(quick linux windows asan tsan style fuzz)
+run_lane=(docs unit schemas scenarios soak system wine system_wine browser)
+alone=(bench)
 
 unit_programs=(wire platform logging registration config hid sim mobiflight mapping app simulation cockpit)
 
-# Runs one step with its output in a file; shows the file's end when it fails.
+is_in() { # word, list...
+  local word=$1
+  shift
+  [[ " $* " == *" $word "* ]]
+}
+
+# The steps of the build lane whose programs a step runs. It would build them itself, but two builds in one folder clash.
+needs() {
+  case "$1" in
+    unit | schemas | scenarios | soak | system) echo linux ;;
+    wine) echo windows ;;
+    system_wine) echo linux windows ;;
+    browser) echo linux asan tsan ;;
+  esac
+}
+
+run_lane() { # steps, of which only those run that the user asked for
+  local step need
+  for step in "$@"; do
+    is_in "$step" "${steps[@]}" || continue
+    for need in $(needs "$step"); do
+      while is_in "$need" "${steps[@]}" && [ ! -e "$results/$need.result" ]; do sleep 1; done
+    done
+    run_step "$step"
+  done
+}
+
+# Each lane is a process group of its own, so that an interrupted test.sh can end all that runs in it.
+run_lanes() {
+  local lanes=()
+  set -m
+  run_lane "${build_lane[@]}" &
+  lanes+=("$!")
+  run_lane "${run_lane[@]}" &
+  lanes+=("$!")
+  set +m
+  # shellcheck disable=SC2064
+  trap "kill -- ${lanes[*]/#/-} 2>/dev/null; exit 130" INT TERM HUP
+  wait "${lanes[@]}"
+  trap - INT TERM HUP
+  run_lane "${alone[@]}"
+}
+
+# Runs one step with its output in a file, and leaves its counts in another. Prints one line, and the output's end when
+# the step fails.
 run_step() {
-  local step=$1 log=build/test-logs/$1.log begun=$SECONDS result=ok status
-  printf '%-12s ' "$step"
-  # Not with "||" behind it, which would switch off "set -e" inside: only a step's last command could then fail it.
+  local step=$1 log=$results/$1.log begun=$SECONDS result=ok status
+  # Not with "||" after it, which would switch off "set -e" inside: only a step's last command could then fail it.
   (set -e; "step_$step") </dev/null >"$log" 2>&1
   status=$?
   [ "$status" -eq 0 ] || result=FAILED
-  count_tests "$log"
-  if [ "$result" = ok ] && [ "$step_passed" -eq 0 ]; then
-    result="FAILED (nothing was tested)"
-  fi
-  if [ "$result" != ok ]; then
-    broken+=("$step")
-    [ "$step_failed" -gt 0 ] || step_failed=1
-  fi
-  passed=$((passed + step_passed)) failed=$((failed + step_failed))
-  printf '%5d passed %3d failed %4d s  %s\n' "$step_passed" "$step_failed" $((SECONDS - begun)) "$result"
-  [ "$result" = ok ] || { echo "--- the end of $log"; grep -aE '^\[  FAILED  \]|error:|warning:|FAILED' "$log" | head -n 20; tail -n 40 "$log"; }
+  read -r step_passed step_failed < <(count_tests "$log")
+  [ "$result" != ok ] || [ "$step_passed" -gt 0 ] || result="FAILED (nothing was tested)"
+  [ "$result" = ok ] || [ "$step_failed" -gt 0 ] || step_failed=1
+  printf '%-12s %5d passed %3d failed %4d s  %s\n' "$step" "$step_passed" "$step_failed" $((SECONDS - begun)) "$result"
+  [ "$result" = ok ] || show_failure "$log"
+  echo "$step_passed $step_failed" >"$results/$step.result"
+}
+
+show_failure() { # log
+  echo "--- the end of $1"
+  grep -aE '^\[  FAILED  \]|error:|warning:|FAILED' "$1" | head -n 20
+  tail -n 40 "$1"
 }
 
 # Adds up what the test programs say: GoogleTest's and CTest's closing lines, and "check: N passed, N failed" lines.
 count_tests() {
-  read -r step_passed step_failed < <(awk '
+  awk '
     /^\[  PASSED  \] [0-9]+ tests?\.?/ { passed += $4 }
     /^\[  FAILED  \] [0-9]+ tests?, listed below/ { failed += $4 }
     /tests failed out of [0-9]+/ { passed += $NF - $4; failed += $4 }
     /^check: [0-9]+ passed, [0-9]+ failed$/ { passed += $2; failed += $4 }
-    END { print passed + 0, failed + 0 }' "$1")
+    END { print passed + 0, failed + 0 }' "$1"
 }
 
 build_preset() { # preset, targets…
@@ -39,34 +92,34 @@ build_preset() { # preset, targets…
   cmake --preset "$preset" && cmake --build --preset "$preset" "${@/#/--target=}"
 }
 
-unit_targets() { printf -- '%s-tests\n' "${unit_programs[@]}"; }
+test_units() { # preset, then environment settings
+  build_preset "$1" "${unit_programs[@]/%/-tests}"
+  run_unit_programs "$@"
+}
 
+# Two at a time, since many tests wait. A program that hangs fails.
 run_unit_programs() { # preset, then environment settings
-  local preset=$1 failures=0 name
+  local preset=$1 outputs=$results/unit-$1 code=0
   shift
-  for name in "${unit_programs[@]}"; do
-    echo "== $name-tests ($preset)"
-    env "$@" "build/$preset/unit/$name-tests" --gtest_brief=1 || failures=$((failures + 1))
-  done
-  return "$((failures > 0))"
+  mkdir -p "$outputs"
+  printf '%s\n' "${unit_programs[@]}" | env "$@" xargs -P2 -I{} bash -c \
+    "timeout 900 build/$preset/unit/{}-tests --gtest_brief=1 >$outputs/{}.txt 2>&1" || code=1
+  tail -n +1 "$outputs"/*.txt
+  return "$code"
 }
 
-step_style() {
-  cmake --preset linux
-  scripts/check-style.sh
-}
+step_style() { scripts/check-style.sh; }
 
 step_linux() {
   build_preset linux
+  cmake --build --preset linux --target system-tests
   test -x build/linux/VantrelBridgeHID
   echo "check: 1 passed, 0 failed"
 }
 
-step_unit() {
-  # shellcheck disable=SC2046
-  build_preset linux $(unit_targets)
-  run_unit_programs linux
-}
+step_quick() { test_units quick; }
+
+step_unit() { test_units linux; }
 
 step_schemas() {
   build_preset linux config-verdict
@@ -89,29 +142,27 @@ step_browser() {
 }
 
 step_asan() {
-  # shellcheck disable=SC2046
-  build_preset asan $(unit_targets)
-  run_unit_programs asan ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
+  build_preset asan virtual-cockpit
+  test_units asan ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
 }
 
 step_tsan() {
   # The deadlock detector checks the lock order of docs/architecture.md. It knows what one object's mutexes were taken
   # under in that object's life, so the demo's flight is played too: one bridge that uses nearly all of them.
   local options=detect_deadlocks=1:halt_on_error=1:second_deadlock_stack=1
-  # shellcheck disable=SC2046
-  build_preset tsan $(unit_targets) virtual-cockpit
+  build_preset tsan virtual-cockpit
   TSAN_OPTIONS=$options ctest --test-dir build/tsan -R '^scenario-demo-flight$' --output-on-failure
-  run_unit_programs tsan TSAN_OPTIONS="$options"
+  test_units tsan TSAN_OPTIONS="$options"
 }
 
 step_windows() {
   build_preset windows
+  cmake --build --preset windows --target hid-watch
   scripts/check-windows-executable.sh
 }
 
 step_wine() {
-  # shellcheck disable=SC2046
-  build_preset windows $(unit_targets) windows-process-tests
+  build_preset windows "${unit_programs[@]/%/-tests}" windows-process-tests
   scripts/run-under-wine.sh "${unit_programs[@]/%/-tests}" windows-process-tests
 }
 

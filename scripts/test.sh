@@ -1,37 +1,40 @@
 #!/usr/bin/env bash
 # Sets up, builds and tests everything, and ends with a summary and 0 or 1.
-#   test.sh           all rings: style, docs, unit (native, sanitizers, Wine), schemas, scenarios, browser, fuzz, soak,
-#                     system, bench
-#   test.sh --quick   the native unit ring alone
+#   test.sh           all steps, two at a time: docs/testing.md says what each of them proves
+#   test.sh --quick   the native unit tests only, unoptimised
 #   test.sh --list    the steps' names
 #   test.sh STEP...   only these steps, after the set-up
-# Each step's output lies in build/test-logs/STEP.log.
+# Each step's output is in build/test-logs/STEP.log.
 set -uo pipefail
-cd "$(dirname "$0")/.."
+. "$(dirname "$0")/lib.sh"
 . scripts/test-steps.sh
 
-all_steps=(style docs linux unit schemas scenarios asan tsan browser windows wine fuzz soak system system_wine bench)
 case "${1:-}" in
-  -h | --help) sed -n '2,8s/^# \{0,1\}//p' "$0"; exit 0 ;;
   --list) printf '%s\n' "${all_steps[@]}"; exit 0 ;;
-  --quick) steps=(unit) setup=(scripts/setup.sh --build) ;;
+  --quick) steps=(quick) setup=(scripts/setup.sh --build) ;;
   "") steps=("${all_steps[@]}") setup=(scripts/setup.sh) ;;
-  -*) echo "test.sh: unknown option $1 (see --help)" >&2; exit 2 ;;
   *)
+    no_other_options "$@"
     steps=("$@") setup=(scripts/setup.sh)
     for step in "${steps[@]}"; do
-      printf '%s\n' "${all_steps[@]}" | grep -qx -- "$step" || { echo "test.sh: unknown step $step (see --list)" >&2; exit 2; }
+      is_in "$step" "${all_steps[@]}" || usage_error "unknown step $step"
     done
     ;;
 esac
 
-mkdir -p build/test-logs
+results=build/test-logs
+mkdir -p "$results"
+rm -f "$results"/*.result
 started=$SECONDS
-"${setup[@]}" || { echo "test.sh: set-up failed" >&2; exit 1; }
+"${setup[@]}" || die "set-up failed"
 
-passed=0 failed=0 broken=()
+run_lanes
+
+broken=()
 for step in "${steps[@]}"; do
-  run_step "$step"
+  read -r step_passed step_failed <"$results/$step.result" || { step_passed=0 step_failed=1; }
+  passed=$((passed + step_passed)) failed=$((failed + step_failed))
+  [ "$step_failed" -eq 0 ] || broken+=("$step")
 done
 
 echo

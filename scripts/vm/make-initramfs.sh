@@ -2,8 +2,12 @@
 # Packs the first root of the test machine: busybox, the kernel modules that it needs, and guest-init.
 #   make-initramfs.sh MODULES OUTPUT
 set -euo pipefail
+. "$(dirname "$0")/../lib.sh"
+at_most 2 "$@"
+[ $# -eq 2 ] || usage_error "needs the modules' folder and an output file"
 
-here=$(cd "$(dirname "$0")" && pwd)
+here=$PWD/scripts/vm
+cd "$OLDPWD"
 modules=$1
 output=$2
 root=$(mktemp -d)
@@ -20,7 +24,7 @@ chmod 755 "$root/init"
 number=10
 for name in "${order[@]}"; do
   file=$(find "$modules" -name "$name.ko" -print -quit)
-  [ -n "$file" ] || { echo "make-initramfs: no module $name under $modules" >&2; exit 1; }
+  [ -n "$file" ] || die "no module $name under $modules"
   cp "$file" "$root/modules/$number-$name.ko"
   number=$((number + 1))
 done

@@ -7,31 +7,29 @@
 # Without --share a fresh folder is made and removed again. Exit code 124: the time ran out; 125: the machine failed.
 # Any number of machines may run side by side, each with a share of its own.
 set -euo pipefail
+. "$(dirname "$0")/../lib.sh"
 
-here=$(cd "$(dirname "$0")" && pwd)
-repo=$(cd "$here/../.." && pwd)
+repo=$PWD
+here=$repo/scripts/vm
+cd "$OLDPWD"
 kernel=$repo/build/vm/kernel
 time_limit=300
 memory=1024
 cpus=2
 share=""
 
-usage() {
-  echo "usage: run-in-vm.sh [--time SECONDS] [--memory MIB] [--cpus N] [--share FOLDER] COMMAND [ARGUMENT...]" >&2
-  exit 2
-}
-
 while [ $# -gt 0 ]; do
   case "$1" in
-    --time) time_limit=${2:?} && shift 2 ;;
-    --memory) memory=${2:?} && shift 2 ;;
-    --cpus) cpus=${2:?} && shift 2 ;;
-    --share) share=${2:?} && shift 2 ;;
-    -*) usage ;;
-    *) break ;;
+    --time | --memory | --cpus | --share) [ $# -ge 2 ] || usage_error "$1 needs a value" ;;&
+    --time) time_limit=$2 ;;
+    --memory) memory=$2 ;;
+    --cpus) cpus=$2 ;;
+    --share) share=$2 ;;
+    *) no_other_options "$@"; break ;;
   esac
+  shift 2
 done
-[ $# -gt 0 ] || usage
+[ $# -gt 0 ] || usage_error "no command"
 [ -e "$kernel/ready" ] || "$repo/scripts/fetch-vm-kernel.sh"
 
 mkdir -p "$repo/build/vm"
@@ -91,9 +89,9 @@ if [ -s "$control/exit-code" ]; then
   exit "$(cat "$control/exit-code")"
 fi
 if [ "$machine_code" -eq 124 ] || [ "$machine_code" -eq 137 ]; then
-  echo "run-in-vm: ended after $time_limit seconds" >&2
+  say "ended after $time_limit seconds" >&2
   exit 124
 fi
-echo "run-in-vm: the machine ended without a result (code $machine_code)" >&2
+say "the machine ended without a result (code $machine_code)" >&2
 tail -n 30 "$work/qemu" "$work/serial" >&2 || true
 exit 125

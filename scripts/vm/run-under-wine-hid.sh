@@ -5,6 +5,9 @@
 # Each way to the simulator is a run of its own. All tests run with the DLL. The two ways without it share every other
 # part of the bridge with that, so they run what has to do with the simulator.
 set -uo pipefail
+. "$(dirname "$0")/../lib.sh"
+no_other_options "$@"
+[ $# -ge 4 ] || usage_error "too few arguments"
 
 export WINEPREFIX=$1 WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='mscoree,mshtml=' WINELOADER=/usr/lib/wine/wine64
 half=$2
@@ -28,7 +31,7 @@ run_tests() { # system, filter, then test options, of which a filter counts in p
   [ "${PIPESTATUS[0]}" -eq 0 ] || failures=$((failures + 1))
   # A filter that fits nothing is no failure to the test program.
   if [ $# -eq 0 ] && ! grep -q '^\[  PASSED  \] [1-9]' "$output"; then
-    echo "run-under-wine-hid: nothing was tested as $system" >&2
+    say "nothing was tested as $system" >&2
     failures=$((failures + 1))
   fi
 }
