@@ -9,7 +9,8 @@ build_lane=(quick linux windows asan tsan style fuzz)
 run_lane=(docs unit schemas scenarios soak system wine system_wine browser)
 alone=(bench)
 
-unit_programs=(wire platform logging registration config hid sim mobiflight mapping app simulation cockpit)
+# The longest first, so that none runs alone at the end.
+unit_programs=(cockpit mapping registration app hid simulation wire platform logging config sim mobiflight)
 
 is_in() { # word, list...
   local word=$1
