@@ -18,7 +18,7 @@ for target in build/fuzz/fuzz/*_fuzz; do
   fi
   mkdir -p "$work/$name"
   # libFuzzer writes what it finds into the first folder and only reads the second.
-  if count "$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 -artifact_prefix="build/crash-$name-" -print_final_stats=1 \
+  if count "$target" -max_total_time="$seconds" -timeout=60 -rss_limit_mb=2048 -artifact_prefix="build/crash-$name-" -print_final_stats=1 \
     "$work/$name" "$seeds" >"build/test-logs/fuzz-$name.txt" 2>&1; then
     echo "$name: $(sed -n 's/^stat::number_of_executed_units: *//p' "build/test-logs/fuzz-$name.txt") runs, nothing found"
   else

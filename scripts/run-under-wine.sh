@@ -18,7 +18,7 @@ failures=0
 for name in "$@"; do
   echo "== $name.exe"
   output=build/test-logs/wine-$name.txt
-  timeout 300 wine "build/windows/unit/$name.exe" --gtest_brief=1 --gtest_color=no >"$output" 2>&1 || failures=$((failures + 1))
+  timeout 900 wine "build/windows/unit/$name.exe" --gtest_brief=1 --gtest_color=no >"$output" 2>&1 || failures=$((failures + 1))
   tr -d '\r' <"$output"
 done
 exit "$((failures > 0))"

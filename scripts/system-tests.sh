@@ -19,7 +19,7 @@ run_natively() {
     "${tests[@]}" "--gtest_output=xml:$build/system-tests.xml"
   else
     local code=0
-    scripts/vm/run-in-vm.sh --time 300 --share "$share" "${tests[@]}" "--gtest_output=xml:$share/system-tests.xml" || code=$?
+    scripts/vm/run-in-vm.sh --time 1200 --share "$share" "${tests[@]}" "--gtest_output=xml:$share/system-tests.xml" || code=$?
     return "$code"
   fi
 }
@@ -29,7 +29,7 @@ run_natively() {
 run_on_wine() {
   local half code=0
   for half in first second; do
-    scripts/vm/run-in-vm.sh --time 1500 --memory 3072 --cpus 1 --share "$share/$half" \
+    scripts/vm/run-in-vm.sh --time 3600 --memory 3072 --cpus 1 --share "$share/$half" \
       scripts/vm/run-under-wine-hid.sh "$prefix" "$half" "$share/$half" "$program" "$@" >"$share/$half.log" 2>&1 &
     halves+=($!)
   done
