@@ -1,6 +1,7 @@
 #include "simulation/cockpit/cockpit_configuration.h"
 
 #include "config/names.h"
+#include "hid/hex_text.h"
 #include "platform/file_system.h"
 #include "simulation/cockpit/embedded_files.h"
 #include "simulation/rig/json_text.h"

@@ -152,6 +152,9 @@ void CockpitController::tellItem(const CockpitItem& item) {
         const std::size_t blank = item.text.find(' ');
         told.object["level"] = jsonString(item.text.substr(0, blank));
         told.object["text"] = jsonString(blank == std::string::npos ? "" : item.text.substr(blank + 1));
+        if (const auto event = readHidEventLine(item.text)) {
+            told.object["event"] = eventRecord(*event);
+        }
     } else if (item.stream == "exit") {
         bridgeExitCode = item.text;
     } else if (item.stream != "sim") {

@@ -1,6 +1,6 @@
 #include "simulation/cockpit/hid_log.h"
 
-#include "hid/hid_protocol.h"
+#include "hid/hid_log_lines.h"
 #include "simulation/scenarios/scenario_line.h"
 
 #include <algorithm>
@@ -10,22 +10,17 @@
 
 namespace {
 
-constexpr std::string_view reportMark = "HID IN device=";
-constexpr std::string_view countMark = " bytes=";
-constexpr std::string_view dataMark = " data=";
-constexpr std::string_view connectedMark = "] HID device connected: ";
-constexpr std::string_view indexMark = " index=";
-constexpr std::string_view levelAndMark = " [DEBUG] HID IN device=";
+/// What precedes a report in its line, behind the time.
+constexpr std::string_view level = " [DEBUG] ";
 /// "2026-01-31 12:00:00".
 constexpr std::size_t stampSize = 19;
 
 using Seconds = std::chrono::sys_seconds;
 
-/// The fields of a line, or why it has none.
-struct ReportLine {
+/// A report and when it came, or why the line has none.
+struct TimedReport {
     Seconds time;
-    std::string device;
-    std::vector<std::uint8_t> bytes;
+    HidReportLine report;
     std::string problem;
 };
 
@@ -55,34 +50,20 @@ std::optional<Seconds> parseStamp(std::string_view stamp) {
            std::chrono::seconds(*seconds);
 }
 
-ReportLine problem(std::string text) {
-    ReportLine line;
-    line.problem = std::move(text);
-    return line;
-}
-
-/// A board's name may hold anything, so that the fields behind it are found from the line's end.
-ReportLine parseReportLine(std::string_view text) {
-    if (text.size() < stampSize || text.substr(stampSize, levelAndMark.size()) != levelAndMark) {
-        return problem("the line's beginning is missing");
+TimedReport readReport(std::string_view text) {
+    TimedReport read;
+    if (text.find(hidReportMark) != stampSize + level.size() || text.substr(stampSize, level.size()) != level) {
+        read.problem = "the line's beginning is missing";
+        return read;
     }
     const auto time = parseStamp(text.substr(0, stampSize));
     if (!time) {
-        return problem("its time can't be read");
+        read.problem = "its time can't be read";
+        return read;
     }
-    const std::size_t begin = stampSize + levelAndMark.size();
-    const std::size_t data = text.rfind(dataMark);
-    const std::size_t count = data == std::string_view::npos ? data : text.rfind(countMark, data);
-    if (count == std::string_view::npos || count < begin) {
-        return problem("the line's end is missing");
-    }
-    const auto bytes = bytesFromHex(text.substr(data + dataMark.size()));
-    const std::size_t countBegin = count + countMark.size();
-    const auto size = wholeNumber(text.substr(countBegin, data - countBegin), 1, HidProtocol::reportSize);
-    if (!bytes || !size || bytes->size() != static_cast<std::size_t>(*size)) {
-        return problem("its bytes aren't as many as it says");
-    }
-    return {*time, std::string(text.substr(begin, count - begin)), *bytes, ""};
+    read.time = *time;
+    read.report = readHidReportLine(text, read.problem).value_or(HidReportLine());
+    return read;
 }
 
 void addDevice(HidLog& log, const std::string& device) {
@@ -91,13 +72,10 @@ void addDevice(HidLog& log, const std::string& device) {
     }
 }
 
-/// In the order of their connecting, the boards get the numbers that they had.
+/// Boards are numbered in the order in which they connected.
 void noteConnection(HidLog& log, std::string_view text) {
-    const std::size_t mark = text.find(connectedMark);
-    const std::size_t end = text.rfind(indexMark);
-    if (mark != std::string_view::npos && end != std::string_view::npos && end > mark + connectedMark.size()) {
-        const std::size_t begin = mark + connectedMark.size();
-        addDevice(log, std::string(text.substr(begin, end - begin)));
+    if (const auto connection = readHidConnectionLine(text)) {
+        addDevice(log, std::string(connection->device));
     }
 }
 
@@ -105,18 +83,18 @@ void noteConnection(HidLog& log, std::string_view text) {
 class LogReader {
 public:
     void take(std::size_t number, std::string_view text) {
-        if (text.find(reportMark) == std::string_view::npos) {
+        if (text.find(hidReportMark) == std::string_view::npos) {
             noteConnection(log, text);
             return;
         }
-        ReportLine line = parseReportLine(text);
-        if (!line.problem.empty()) {
-            log.problems.push_back({number, line.problem});
+        TimedReport read = readReport(text);
+        if (!read.problem.empty()) {
+            log.problems.push_back({number, read.problem});
             return;
         }
-        addDevice(log, line.device);
-        times.push_back(line.time);
-        log.reports.push_back({number, {}, std::move(line.device), std::move(line.bytes)});
+        addDevice(log, read.report.device);
+        times.push_back(read.time);
+        log.reports.push_back({number, {}, std::move(read.report.device), std::move(read.report.bytes)});
     }
 
     HidLog finish() {

@@ -81,3 +81,12 @@ JsonValue boardState(const VirtualBoard& board) {
     state.object["simConnected"] = connected ? jsonBool(*connected) : JsonValue();
     return state;
 }
+
+JsonValue eventRecord(const HidEventLine& event) {
+    JsonValue record = jsonObject();
+    record.object["action"] = jsonString(std::string(event.action));
+    record.object["control"] = jsonString(std::string(event.controlName));
+    record.object["simEventSent"] = jsonBool(event.simEventSent);
+    record.object["rpnQueued"] = jsonBool(event.rpnQueued);
+    return record;
+}

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "config/json.h"
+#include "hid/hid_log_lines.h"
 #include "simulation/boards/virtual_board.h"
 #include "simulation/cockpit/cockpit_configuration.h"
 
@@ -15,5 +16,9 @@ JsonValue panelControls(const CockpitConfiguration& configuration, const std::st
 /// What a board was told last: its light (null before the first report) as a record and as text, and the simulator's
 /// state (null before the first report).
 JsonValue boardState(const VirtualBoard& board);
+
+/// What the bridge did with an event: its action and its control's name, either may be empty, and whether it fired a
+/// simulator event or queued a command.
+JsonValue eventRecord(const HidEventLine& event);
 
 JsonValue jsonBool(bool value);

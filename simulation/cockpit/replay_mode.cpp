@@ -1,5 +1,6 @@
 #include "simulation/cockpit/replay_mode.h"
 
+#include "hid/hid_log_lines.h"
 #include "hid/hid_protocol.h"
 #include "platform/file_system.h"
 #include "simulation/cockpit/cockpit_configuration.h"
@@ -164,9 +165,9 @@ private:
     void takeLogLine(const CockpitItem& item) {
         if (item.text.starts_with("WARN ") || item.text.starts_with("ERROR ")) {
             columns.right(item.time, "log " + item.text);
-        } else if (item.text.starts_with("DEBUG HID event from ")) {
+        } else if (const auto event = readHidEventLine(item.text)) {
             ++handled;
-            queued = item.text.ends_with(" rpn=queued");
+            queued = event->rpnQueued;
         }
     }
 

@@ -1,3 +1,4 @@
+#include "hid/hex_text.h"
 #include "simulation/scenarios/scenario_parts.h"
 
 #include <algorithm>

@@ -1,5 +1,7 @@
 #include "simulation/scenarios/scenario_line.h"
 
+#include "hid/hex_text.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -225,18 +227,4 @@ std::optional<long> wholeNumber(std::string_view text, long least, long most) {
         return std::nullopt;
     }
     return value;
-}
-
-std::optional<std::vector<std::uint8_t>> bytesFromHex(std::string_view digits) {
-    std::vector<std::uint8_t> bytes;
-    for (std::size_t i = 0; i < digits.size(); i += 2) {
-        std::uint8_t byte = 0;
-        const std::string_view pair = digits.substr(i, 2);
-        const auto [end, code] = std::from_chars(pair.data(), pair.data() + pair.size(), byte, 16);
-        if (code != std::errc() || pair.size() != 2 || end != pair.data() + 2) {
-            return std::nullopt;
-        }
-        bytes.push_back(byte);
-    }
-    return bytes;
 }

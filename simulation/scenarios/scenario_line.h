@@ -81,6 +81,3 @@ std::string unknownWord(std::string_view what, std::string_view word, std::span<
 
 /// A whole decimal number within bounds; none when the text is anything else.
 std::optional<long> wholeNumber(std::string_view text, long least, long most);
-
-/// The bytes of an even number of hexadecimal digits; none when the text is anything else.
-std::optional<std::vector<std::uint8_t>> bytesFromHex(std::string_view digits);

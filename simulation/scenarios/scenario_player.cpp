@@ -1,6 +1,7 @@
 #include "simulation/scenarios/scenario_player.h"
 
 #include "config/app_config.h"
+#include "hid/hid_log_lines.h"
 #include "simulation/scenarios/scenario_configuration.h"
 
 #include <algorithm>
@@ -263,7 +264,7 @@ void ScenarioPlayer::take(const CockpitItem& item) {
 }
 
 void ScenarioPlayer::takeLogLine(const CockpitItem& item) {
-    if (item.text.starts_with("DEBUG HID event from ")) {
+    if (readHidEventLine(item.text)) {
         ++eventsHandled;
     } else if (item.text.starts_with("DEBUG State update: master battery")) {
         batteryTold = true;

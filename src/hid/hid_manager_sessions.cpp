@@ -1,6 +1,7 @@
 // The life of one board's session: connection, its reader thread, disconnection.
 
 #include "hid/hex_text.h"
+#include "hid/hid_log_lines.h"
 #include "hid/hid_manager.h"
 #include "logging/logger.h"
 
@@ -78,7 +79,7 @@ void HidManager::identify(HidDeviceSession& session) {
 }
 
 void HidManager::announce(const HidDeviceSession& session) {
-    logInfo("HID device connected: " + session.deviceName + " index=" + std::to_string(session.index));
+    logInfo(hidConnectionLine({session.deviceName, session.index}));
     if (session.protocolInfoValid) {
         Logger::instance().debug("HID protocol info: device=" + session.deviceName +
                                  protocolText(session.protocolInfo));
@@ -133,8 +134,7 @@ void HidManager::readLoop(HidDeviceSession& session) {
 
 void HidManager::handleReport(const HidDeviceSession& session, std::span<const std::uint8_t> bytes) {
     if (traceEnabled) {
-        Logger::instance().debug("HID IN device=" + session.deviceName + " bytes=" + std::to_string(bytes.size()) +
-                                 " data=" + hexText(bytes));
+        Logger::instance().debug(hidReportLine(session.deviceName, bytes));
     }
     HidProtocol::HidEvent event;
     std::string ignoredError;

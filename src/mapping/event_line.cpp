@@ -1,49 +1,36 @@
 #include "mapping/event_line.h"
 
+#include "hid/hid_log_lines.h"
+
+#include <string_view>
+
 using HidProtocol::HidEventAction;
 
 namespace {
 
-std::string rolePieces(const EventDecision& decision) {
-    std::string pieces;
-    if (!decision.role.empty()) {
-        pieces += " role=" + decision.role;
-    }
-    // A map button's line has always been without it.
-    if (!decision.isMapButton && decision.device != nullptr && !decision.device->role.empty() &&
-        decision.device->role != decision.role) {
-        pieces += " configuredRole=" + decision.device->role;
-    }
-    return pieces;
-}
-
-std::string inBrackets(std::string_view name) {
-    return name.empty() ? std::string() : "(" + std::string(name) + ")";
-}
-
-std::string outcomePieces(const EventDecision& decision, const EventOutcome& outcome) {
-    std::string pieces;
-    if (outcome.mfAmount != 0) {
-        pieces += " mfAmount=" + std::to_string(outcome.mfAmount);
-    }
-    pieces.append(decision.fast ? " fast=1" : "").append(outcome.simEventSent ? " simEvent=sent" : "");
-    return pieces.append(outcome.rpnQueued ? " rpn=queued" : "");
+/// The board's role in the configuration, where it differs from the event's. A map button's line never has it.
+std::string_view configuredRole(const EventDecision& decision) {
+    const bool differs = !decision.isMapButton && decision.device != nullptr && decision.device->role != decision.role;
+    return differs ? std::string_view(decision.device->role) : std::string_view();
 }
 
 } // namespace
 
 std::string eventLine(const QueuedHidEvent& queued, const EventDecision& decision, const EventOutcome& outcome) {
-    const HidProtocol::HidEvent& event = queued.event;
-    std::string line = "HID event from " + queued.deviceName +
-                       " index=" + std::to_string(static_cast<std::int32_t>(queued.index)) +
-                       " type=" + std::to_string(event.type);
+    HidEventLine line;
+    line.device = queued.deviceName;
+    line.index = static_cast<std::int32_t>(queued.index);
+    line.event = queued.event;
     if (decision.action != HidEventAction::None) {
-        line.append(" action=").append(HidProtocol::actionName(decision.action));
+        line.action = HidProtocol::actionName(decision.action);
     }
-    // The type's name follows the role, not the type's number: readers of the log know the line in this order.
-    line += rolePieces(decision) + inBrackets(decision.typeName);
-    line += " controlId=" + std::to_string(event.controlId) + inBrackets(decision.controlName);
-    line += " value=" + std::to_string(event.value) + " speed=" + std::to_string(event.speed) +
-            " mode=" + std::to_string(event.mode);
-    return line + outcomePieces(decision, outcome);
+    line.role = decision.role;
+    line.configuredRole = configuredRole(decision);
+    line.typeName = decision.typeName;
+    line.controlName = decision.controlName;
+    line.amount = outcome.mfAmount;
+    line.fast = decision.fast;
+    line.simEventSent = outcome.simEventSent;
+    line.rpnQueued = outcome.rpnQueued;
+    return hidEventLine(line);
 }

@@ -4,7 +4,6 @@ import {setText} from './dom.js';
 
 /// The path takes less time than an eye sees; its stations light up one after the other.
 const stationDelayMs = {panel: 0, bridge: 140, simulator: 280, light: 420};
-const eventPattern = /^HID event from .* action=(\w+).* controlId=\d+(?:\(([^)]*)\))?.* mode=\d+(.*)$/;
 const commandPrefix = 'MobiFlight command: MF.SimVars.Set.';
 
 /// What is older happened before the page was opened.
@@ -33,19 +32,19 @@ export class PressPath {
     return true;
   }
 
-  logged({at, text}) {
+  // `event` is there when the line reports one, with what the bridge did with it.
+  logged({at, text, event}) {
     if (text.startsWith(commandPrefix)) {
       this.#tell('bridge', at, text.slice(commandPrefix.length).replace(/^1 /, ''), 'the command from the configuration');
       return;
     }
-    const found = eventPattern.exec(text);
-    if (!found || found[1] === 'BUTTON_RELEASE') {
+    if (!event || event.action === '' || event.action === 'BUTTON_RELEASE') {
       return;
     }
-    const name = found[2] ?? 'a control without a name';
-    if (found[3].includes('simEvent=sent')) {
+    const name = event.control || 'a control without a name';
+    if (event.simEventSent) {
       this.#tell('bridge', at, `${name}: the built-in event`, 'not listed in the configuration');
-    } else if (!found[3].includes('rpn=queued') && found[1] !== 'HOLD' && !name.startsWith('MAP_')) {
+    } else if (!event.rpnQueued && event.action !== 'HOLD' && !name.startsWith('MAP_')) {
       this.#tell('bridge', at, `${name}: nothing to send`, 'no command for it, or the module isn’t ready');
     }
   }
