@@ -30,17 +30,8 @@ constexpr bool equalsIgnoringCase(std::string_view left, std::string_view right)
     return std::equal(left.begin(), left.end(), right.begin(), right.end(), sameLetter);
 }
 
-inline std::string lowerCased(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), toLower);
-    return lower;
-}
-
-inline std::string upperCased(std::string_view text) {
-    std::string upper(text);
-    std::transform(upper.begin(), upper.end(), upper.begin(), toUpper);
-    return upper;
-}
+std::string lowerCased(std::string_view text);
+std::string upperCased(std::string_view text);
 
 /// The text without the blanks at its ends.
 constexpr std::string_view trimmed(std::string_view text, std::string_view blanks = asciiSpace) {
