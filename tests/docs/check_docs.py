@@ -22,10 +22,8 @@ NOT_MESSAGES = [
     (r"logging/logger\.cpp", r"^%Y", "the form of a line's time"),
     (r"platform/windows/device_notifications\.cpp", r"^Vantrel HID Notify$", "the name of a hidden window"),
     (r"sim/session\.cpp", r"^ELECTRICAL MASTER", "a variable of the simulator"),
-    (r"simconnect/", r"^Failed to listen on ", "said by the virtual simulator only"),
-    (r"simconnect/", r"^another program has it$", "said by the virtual simulator only"),
-    (r"simconnect/", r"^: this system has no such pipes$", "the same"),
-    (r"simconnect/", r"^Microsoft Flight Simulator", "the name of the simulator's pipe"),
+    (r"wire/", r"^Microsoft Flight Simulator", "the name of the simulator's pipe"),
+    (r"hid/hid_log_lines\.cpp", r"^(the line's end is missing|its bytes aren't)", "said by the tools that read a log"),
     (r"registration/exe_xml_registrar\.cpp", r"\\EXE\.xml", "a path"),
     (r"mobiflight/command_queue\.cpp", r"^MF\.SimVars\.Set\.1 $", "the beginning of each command to the module"),
 ]
