@@ -4,7 +4,7 @@
 #include "hid/hex_text.h"
 #include "platform/file_system.h"
 #include "simulation/cockpit/embedded_files.h"
-#include "simulation/rig/json_text.h"
+#include "simulation/scenarios/json_text.h"
 #include "simulation/scenarios/scenario_line.h"
 
 #include <algorithm>
@@ -138,8 +138,8 @@ VirtualBoardModel configuredBoard(const CockpitConfiguration& configuration, con
     return model;
 }
 
-std::vector<ScenarioBoard> configuredPanels(const CockpitConfiguration& configuration) {
-    std::vector<ScenarioBoard> boards;
+std::vector<RigBoard> configuredPanels(const CockpitConfiguration& configuration) {
+    std::vector<RigBoard> boards;
     for (const PanelRole& panel : panelRoles) {
         const std::string identity = identityOf(panel, configuration.settings.outputs);
         boards.push_back({panel.role, configuredBoard(configuration, identity)});
@@ -147,9 +147,12 @@ std::vector<ScenarioBoard> configuredPanels(const CockpitConfiguration& configur
     return boards;
 }
 
-Scenario cockpitScenario(const CockpitConfiguration& configuration, std::vector<ScenarioBoard> boards) {
-    Scenario scenario;
-    scenario.boards = std::move(boards);
-    scenario.files = configuration.files;
-    return scenario;
+RigSettings cockpitRig(const CockpitConfiguration& configuration, std::vector<RigBoard> boards, const Pace& pace,
+                       RigSides sides) {
+    RigSettings settings;
+    settings.boards = std::move(boards);
+    settings.files = configuration.files;
+    settings.pace = pace;
+    settings.sides = sides;
+    return settings;
 }

@@ -3,7 +3,7 @@
 #include "config/app_config.h"
 #include "config/button_config.h"
 #include "config/hid_event_map.h"
-#include "simulation/scenarios/scenario_file.h"
+#include "simulation/rig/rig_settings.h"
 
 #include <map>
 #include <string>
@@ -30,7 +30,8 @@ bool loadCockpitConfiguration(const std::string& path, CockpitConfiguration& con
 VirtualBoardModel configuredBoard(const CockpitConfiguration& configuration, const std::string& deviceName);
 
 /// Two panels, "PFD" and "MFD", with the identities that the configuration gives these roles, if it does.
-std::vector<ScenarioBoard> configuredPanels(const CockpitConfiguration& configuration);
+std::vector<RigBoard> configuredPanels(const CockpitConfiguration& configuration);
 
-/// A scenario without steps: these boards and this configuration.
-Scenario cockpitScenario(const CockpitConfiguration& configuration, std::vector<ScenarioBoard> boards);
+/// A rig with these boards and this configuration.
+RigSettings cockpitRig(const CockpitConfiguration& configuration, std::vector<RigBoard> boards,
+                       const Pace& pace = Pace::real(), RigSides sides = {});

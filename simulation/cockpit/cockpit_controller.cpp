@@ -1,7 +1,7 @@
 #include "simulation/cockpit/cockpit_controller.h"
 
 #include "simulation/cockpit/panel_json.h"
-#include "simulation/rig/json_text.h"
+#include "simulation/scenarios/json_text.h"
 
 #include <algorithm>
 #include <chrono>
@@ -38,11 +38,12 @@ std::uint8_t modeOf(const std::string& board) {
 
 } // namespace
 
-CockpitController::CockpitController(const CockpitConfiguration& shown, CockpitSides usedSides)
+CockpitController::CockpitController(const CockpitConfiguration& shown, RigSides usedSides)
     : configuration(shown),
       sides(usedSides),
-      scenario(cockpitScenario(shown, usedSides.realBoards ? std::vector<ScenarioBoard>() : configuredPanels(shown))),
-      cockpit(scenario, CockpitPace::real(), usedSides),
+      rig(cockpitRig(shown, usedSides.realBoards ? std::vector<RigBoard>() : configuredPanels(shown), Pace::real(),
+                     usedSides)),
+      observer(rig),
       buttons([this](const HeldButtons::Button& button, std::string_view report) {
           tellSent(button.mode == modeOf("PFD") ? "PFD" : "MFD", button.controlId, report, 0, 0);
       }) {}
@@ -53,15 +54,13 @@ CockpitController::~CockpitController() {
 
 bool CockpitController::start(std::string& error) {
     const std::lock_guard lock(mutex);
-    if (!cockpit.setUp(error)) {
+    if (!rig.setUp(error)) {
         return false;
     }
-    for (const ScenarioBoard& board : scenario.boards) {
-        cockpit.plug(board.name);
-    }
+    rig.plugAll();
     if (!sides.realSimulator) {
         setLight(firstLight);
-        cockpit.startSimulator();
+        rig.startSimulator();
     }
     startBridge();
     watching = true;
@@ -76,13 +75,13 @@ void CockpitController::stop() {
         watcher.join();
         buttons.releaseAll();
         const std::lock_guard lock(mutex);
-        cockpit.bridge().requestStop();
+        rig.bridge().requestStop();
     }
 }
 
 std::string CockpitController::panel() const {
     JsonValue boards = emptyArray();
-    for (const ScenarioBoard& made : scenario.boards) {
+    for (const RigBoard& made : rig.boards()) {
         JsonValue board = jsonObject();
         board.object["name"] = jsonString(made.name);
         board.object["controls"] = panelControls(configuration, made.name);
@@ -121,24 +120,24 @@ void CockpitController::tellSent(const std::string& board, std::uint16_t control
 }
 
 void CockpitController::notify() {
-    std::vector<CockpitItem> items = cockpit.takeItems();
+    std::vector<Observation> items = observer.take();
     // The log's lines bear no time: within one look they stand before what they led to.
-    std::stable_partition(items.begin(), items.end(), [](const CockpitItem& item) { return item.stream == "log"; });
+    std::stable_partition(items.begin(), items.end(), [](const Observation& item) { return item.stream == "log"; });
     // First, so that whoever hears of a report finds it in the state.
     events.setState(state());
-    for (const CockpitItem& item : items) {
+    for (const Observation& item : items) {
         tellItem(item);
     }
     if (!items.empty()) {
         // Their own records would grow for as long as the page is open.
-        cockpit.simulator().clearRecords();
-        for (const ScenarioBoard& board : scenario.boards) {
-            cockpit.board(board.name).clearOutputs();
+        rig.simulator().clearRecords();
+        for (const RigBoard& board : rig.boards()) {
+            rig.board(board.name).clearOutputs();
         }
     }
 }
 
-void CockpitController::tellItem(const CockpitItem& item) {
+void CockpitController::tellItem(const Observation& item) {
     JsonValue told = jsonObject();
     told.object["at"] = timeNow();
     told.object["text"] = jsonString(item.text);
@@ -175,11 +174,11 @@ std::string CockpitController::state() const {
 
 JsonValue CockpitController::boardStates() const {
     JsonValue boards = emptyArray();
-    for (const ScenarioBoard& made : scenario.boards) {
-        const VirtualBoard& board = cockpit.board(made.name);
+    for (const RigBoard& made : rig.boards()) {
+        const VirtualBoard& board = rig.board(made.name);
         JsonValue told = boardState(board);
         told.object["name"] = jsonString(made.name);
-        told.object["plugged"] = jsonBool(cockpit.plugged(made.name));
+        told.object["plugged"] = jsonBool(rig.plugged(made.name));
         JsonValue held = emptyArray();
         for (const std::uint16_t control : buttons.heldOn(board)) {
             held.array.push_back(jsonNumber(control));
@@ -192,17 +191,16 @@ JsonValue CockpitController::boardStates() const {
 
 /// All that a real simulator's session shows here.
 bool CockpitController::boardsKnowASimulator() const {
-    return std::ranges::any_of(scenario.boards, [this](const ScenarioBoard& made) {
-        return cockpit.board(made.name).simConnected().value_or(false);
-    });
+    return std::ranges::any_of(
+        rig.boards(), [this](const RigBoard& made) { return rig.board(made.name).simConnected().value_or(false); });
 }
 
 JsonValue CockpitController::simulatorState() const {
     JsonValue simulator = jsonObject();
     simulator.object["real"] = jsonBool(sides.realSimulator);
-    simulator.object["running"] = jsonBool(cockpit.simulatorRunning());
+    simulator.object["running"] = jsonBool(rig.simulatorRunning());
     simulator.object["connected"] =
-        jsonBool(sides.realSimulator ? boardsKnowASimulator() : cockpit.simulator().sessionCount() > 0);
+        jsonBool(sides.realSimulator ? boardsKnowASimulator() : rig.simulator().sessionCount() > 0);
     simulator.object["battery"] = jsonBool(battery);
     simulator.object["light"] = jsonNumber(light);
     simulator.object["refusing"] = jsonBool(refusing);
@@ -213,19 +211,19 @@ JsonValue CockpitController::simulatorState() const {
 
 JsonValue CockpitController::bridgeState() const {
     JsonValue bridge = jsonObject();
-    bridge.object["running"] = jsonBool(cockpit.bridge().running());
+    bridge.object["running"] = jsonBool(rig.bridge().running());
     bridge.object["exitCode"] = bridgeExitCode ? jsonString(*bridgeExitCode) : JsonValue();
     return bridge;
 }
 
 /// A bridge that is about to end is waited for.
 void CockpitController::startBridge() {
-    if (cockpit.bridge().running() && !bridgeEnding) {
+    if (rig.bridge().running() && !bridgeEnding) {
         return;
     }
     bridgeEnding = false;
     makeNextSessionHeard();
-    cockpit.startBridge();
+    rig.startBridge();
     notify();
     bridgeExitCode.reset();
 }
@@ -233,13 +231,13 @@ void CockpitController::startBridge() {
 /// Whole percents travel as numbers whose last byte is zero, which the bridge doesn't take for text.
 void CockpitController::setLight(std::int32_t percent) {
     light = percent;
-    cockpit.simulator().setLVar(lightVariable, percent);
+    rig.simulator().setLVar(lightVariable, percent);
 }
 
 /// A command or an answer that equals the one before is no news for the module or its clients, and the next session
 /// begins as the last one did. A busy simulator has other clients whose commands come in between.
 void CockpitController::makeNextSessionHeard() {
-    cockpit.simulator().pingModule();
+    rig.simulator().pingModule();
 }
 
 bool CockpitController::act(const JsonValue& json, std::string& error) {
@@ -264,13 +262,13 @@ bool CockpitController::act(const JsonValue& json, std::string& error) {
     return true;
 }
 
-/// Without the cockpit's mutex where a finger waits: another action may take its time.
+/// Without the mutex where a finger waits: another action may take its time.
 bool CockpitController::actOnBoard(const CockpitAction& action, std::string& error) {
-    if (std::ranges::find(scenario.boards, action.board, &ScenarioBoard::name) == scenario.boards.end()) {
+    if (std::ranges::find(rig.boards(), action.board, &RigBoard::name) == rig.boards().end()) {
         error = "there is no board " + action.board;
         return false;
     }
-    VirtualBoard& board = cockpit.board(action.board);
+    VirtualBoard& board = rig.board(action.board);
     const HeldButtons::Button button{&board, action.control, modeOf(action.board)};
     switch (action.kind) {
     case CockpitActionKind::Press:
@@ -294,33 +292,33 @@ void CockpitController::plug(const CockpitAction& action) {
     {
         const std::lock_guard lock(mutex);
         if (action.kind == CockpitActionKind::Unplug) {
-            cockpit.unplug(action.board);
-        } else if (!cockpit.plugged(action.board)) {
-            cockpit.plug(action.board);
+            rig.unplug(action.board);
+        } else if (!rig.plugged(action.board)) {
+            rig.plug(action.board);
         }
         notify();
     }
     // A board without power tells nobody that a finger has left it.
     if (action.kind == CockpitActionKind::Unplug) {
-        buttons.releaseAllOn(cockpit.board(action.board));
+        buttons.releaseAllOn(rig.board(action.board));
     }
 }
 
 void CockpitController::actOnSimulator(const CockpitAction& action) {
-    VirtualSimulator& simulator = cockpit.simulator();
+    VirtualSimulator& simulator = rig.simulator();
     switch (action.kind) {
     case CockpitActionKind::StartSimulator:
-        cockpit.startSimulator();
+        rig.startSimulator();
         // As the simulator itself does it.
         startBridge();
         break;
     case CockpitActionKind::QuitSimulator:
         bridgeEnding = true;
-        cockpit.quitSimulator();
+        rig.quitSimulator();
         break;
     case CockpitActionKind::CrashSimulator:
         bridgeEnding = true;
-        cockpit.crashSimulator();
+        rig.crashSimulator();
         break;
     case CockpitActionKind::DropSessions:
         makeNextSessionHeard();
@@ -328,7 +326,7 @@ void CockpitController::actOnSimulator(const CockpitAction& action) {
         break;
     case CockpitActionKind::RefuseSessions:
         refusing = action.on;
-        cockpit.refuseSessions(action.on);
+        rig.refuseSessions(action.on);
         break;
     case CockpitActionKind::SilenceModule:
         moduleSilent = action.on;
@@ -353,6 +351,6 @@ void CockpitController::actOnBridge(CockpitActionKind kind) {
         startBridge();
     } else {
         bridgeEnding = true;
-        cockpit.bridge().requestStop();
+        rig.bridge().requestStop();
     }
 }

@@ -5,7 +5,7 @@
 #include "simulation/cockpit/cockpit_configuration.h"
 #include "simulation/cockpit/event_feed.h"
 #include "simulation/cockpit/held_buttons.h"
-#include "simulation/rig/virtual_cockpit.h"
+#include "simulation/rig/rig_observer.h"
 
 #include <atomic>
 #include <cstdint>
@@ -20,7 +20,7 @@
 class CockpitController {
 public:
     /// The configuration must outlive this.
-    CockpitController(const CockpitConfiguration& shown, CockpitSides usedSides);
+    CockpitController(const CockpitConfiguration& shown, RigSides usedSides);
     ~CockpitController();
     CockpitController(const CockpitController&) = delete;
     CockpitController& operator=(const CockpitController&) = delete;
@@ -41,13 +41,13 @@ public:
 
 private:
     const CockpitConfiguration& configuration;
-    const CockpitSides sides;
-    const Scenario scenario;
+    const RigSides sides;
     EventFeed events;
 
-    // Guards the cockpit, which one thread at a time drives, and what follows it.
+    // Guards the rig, which one thread at a time drives, and what follows it.
     std::mutex mutex;
-    VirtualCockpit cockpit;
+    BridgeRig rig;
+    RigObserver observer;
     bool battery = true;
     std::int32_t light = 0;
     bool refusing = false;
@@ -68,7 +68,7 @@ private:
 
     // These need the mutex held.
     void notify();
-    void tellItem(const CockpitItem& item);
+    void tellItem(const Observation& item);
     std::string state() const;
     JsonValue boardStates() const;
     JsonValue simulatorState() const;

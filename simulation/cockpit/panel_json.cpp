@@ -1,8 +1,8 @@
 #include "simulation/cockpit/panel_json.h"
 
 #include "config/names.h"
-#include "simulation/rig/json_text.h"
-#include "simulation/scenarios/stream_texts.h"
+#include "simulation/rig/stream_texts.h"
+#include "simulation/scenarios/json_text.h"
 
 #include <algorithm>
 #include <array>

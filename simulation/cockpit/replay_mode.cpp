@@ -6,15 +6,13 @@
 #include "simulation/cockpit/cockpit_configuration.h"
 #include "simulation/cockpit/hid_log.h"
 #include "simulation/cockpit/report_text.h"
-#include "simulation/rig/virtual_cockpit.h"
+#include "simulation/rig/rig_observer.h"
 #include "simulation/scenarios/side_by_side.h"
 
 #include <algorithm>
 #include <chrono>
-#include <functional>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <utility>
 
 namespace {
@@ -32,15 +30,14 @@ constexpr std::chrono::milliseconds eventLimit = 2000ms;
 constexpr std::chrono::milliseconds quietTime = 400ms;
 /// A button that the log leaves pressed repeats its command for ever.
 constexpr std::chrono::milliseconds quietLimit = 3000ms;
-constexpr std::chrono::milliseconds pollTime = 2ms;
 
 /// What the last line of a session's start begins with.
 std::string_view sessionEnd(const CockpitConfiguration& configuration) {
     return configuration.settings.mobiflight.enabled ? "command MF.SimVars.Add." : "opened ";
 }
 
-std::vector<ScenarioBoard> loggedBoards(const CockpitConfiguration& configuration, const HidLog& log) {
-    std::vector<ScenarioBoard> boards;
+std::vector<RigBoard> loggedBoards(const CockpitConfiguration& configuration, const HidLog& log) {
+    std::vector<RigBoard> boards;
     for (const std::string& device : log.devices) {
         boards.push_back({device, configuredBoard(configuration, device)});
     }
@@ -57,9 +54,9 @@ public:
           fast(playedFast),
           screen(output),
           columns(output),
-          scenario(cockpitScenario(usedConfiguration, loggedBoards(usedConfiguration, playedLog))),
-          cockpit(scenario, playedFast ? CockpitPace::fast() : CockpitPace::real()),
-          lastActivity(Clock::now()) {}
+          rig(cockpitRig(usedConfiguration, loggedBoards(usedConfiguration, playedLog),
+                         playedFast ? Pace::fast() : Pace::real())),
+          observer(rig, [this](const Observation& item) { return take(item); }) {}
 
     bool play() {
         if (!connect()) {
@@ -68,8 +65,8 @@ public:
         const Clock::time_point begin = Clock::now();
         for (const HidLogReport& report : log.reports) {
             if (!fast) {
-                pumpUntil([] { return false; },
-                          std::chrono::duration_cast<std::chrono::milliseconds>(begin + report.offset - Clock::now()));
+                observer.pumpFor(
+                    std::chrono::duration_cast<std::chrono::milliseconds>(begin + report.offset - Clock::now()));
             }
             if (!send(report)) {
                 return false;
@@ -88,9 +85,8 @@ private:
     const bool fast;
     std::ostream& screen;
     LiveColumns columns;
-    const Scenario scenario;
-    VirtualCockpit cockpit;
-    Clock::time_point lastActivity;
+    BridgeRig rig;
+    RigObserver observer;
     bool sessionReady = false;
     std::size_t commands = 0;
     /// Events that the bridge has worked off, and whether the last one made a command.
@@ -99,16 +95,14 @@ private:
 
     bool connect() {
         std::string error;
-        if (!cockpit.setUp(error)) {
+        if (!rig.setUp(error)) {
             screen << error << '\n';
             return false;
         }
-        for (const ScenarioBoard& board : scenario.boards) {
-            cockpit.plug(board.name);
-        }
-        cockpit.startSimulator();
-        cockpit.startBridge();
-        if (!pumpUntil([this] { return sessionReady; }, sessionLimit)) {
+        rig.plugAll();
+        rig.startSimulator();
+        rig.startBridge();
+        if (!observer.pumpUntil([this] { return sessionReady; }, sessionLimit)) {
             columns.flush();
             screen << "no session with the simulator came about\n";
             return false;
@@ -117,7 +111,7 @@ private:
     }
 
     bool send(const HidLogReport& report) {
-        if (!pumpUntil([&] { return cockpit.awaited(report.device); }, reportLimit)) {
+        if (!observer.pumpUntil([&] { return rig.awaited(report.device); }, reportLimit)) {
             columns.flush();
             screen << "line " << report.line << ": the bridge doesn't read the board " << report.device << '\n';
             return false;
@@ -126,7 +120,7 @@ private:
         const std::size_t handledBefore = handled;
         const std::size_t commandsBefore = commands;
         queued = false;
-        cockpit.board(report.device).sendRaw(report.bytes);
+        rig.board(report.device).sendRaw(report.bytes);
         waitForOutcome(report, handledBefore, commandsBefore);
         return true;
     }
@@ -139,30 +133,26 @@ private:
         if (!HidProtocol::decodeInputReport(report.bytes.data(), report.bytes.size(), event, error)) {
             return;
         }
-        pumpUntil([&] { return handled > handledBefore || !cockpit.bridge().running(); }, eventLimit);
+        observer.pumpUntil([&] { return handled > handledBefore || !rig.bridge().running(); }, eventLimit);
         if (fast && queued) {
-            pumpUntil([&] { return commands > commandsBefore; }, eventLimit);
+            observer.pumpUntil([&] { return commands > commandsBefore; }, eventLimit);
         }
     }
 
-    void pump() {
-        for (const CockpitItem& item : cockpit.takeItems()) {
-            take(item);
-        }
-    }
-
-    void take(const CockpitItem& item) {
+    /// Neither the log nor the session's start interrupts a quiet.
+    bool take(const Observation& item) {
+        const bool interrupts = sessionReady && item.stream != "log";
         if (item.stream == "log") {
             takeLogLine(item);
         } else if (item.stream == "sim" || item.stream == "exit") {
             takeFromSimulator(item);
         } else if (sessionReady) {
-            lastActivity = item.time;
             columns.left(item.time, item.stream + ' ' + item.text);
         }
+        return interrupts;
     }
 
-    void takeLogLine(const CockpitItem& item) {
+    void takeLogLine(const Observation& item) {
         if (item.text.starts_with("WARN ") || item.text.starts_with("ERROR ")) {
             columns.right(item.time, "log " + item.text);
         } else if (const auto event = readHidEventLine(item.text)) {
@@ -171,35 +161,20 @@ private:
         }
     }
 
-    void takeFromSimulator(const CockpitItem& item) {
+    void takeFromSimulator(const Observation& item) {
         if (!sessionReady) {
             sessionReady = item.text.starts_with(sessionEnd(configuration));
             return;
         }
-        lastActivity = item.time;
         const bool isCommand = item.text.starts_with("rpn ") || item.text.starts_with("event ");
         commands += isCommand ? 1 : 0;
         columns.right(item.time, item.stream + ' ' + item.text);
     }
 
-    bool pumpUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
-        const Clock::time_point end = Clock::now() + limit;
-        pump();
-        while (!condition()) {
-            if (Clock::now() >= end) {
-                return false;
-            }
-            std::this_thread::sleep_for(pollTime);
-            pump();
-        }
-        return true;
-    }
-
     void waitForQuiet() {
-        lastActivity = Clock::now();
         const std::chrono::milliseconds spacing(configuration.settings.mobiflight.rpnRateLimitMs);
         const auto quiet = quietTime + spacing;
-        pumpUntil([&] { return Clock::now() - lastActivity >= quiet; }, std::max(quietLimit, 2 * quiet));
+        observer.waitForQuiet(quiet, std::max(quietLimit, 2 * quiet));
     }
 };
 

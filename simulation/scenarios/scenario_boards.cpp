@@ -1,5 +1,6 @@
+#include "simulation/scenarios/scenario_boards.h"
+
 #include "hid/hex_text.h"
-#include "simulation/scenarios/scenario_parts.h"
 
 #include <algorithm>
 #include <array>
@@ -38,7 +39,7 @@ HidProtocol::ProtocolInfo protocolInfo(ScenarioLine& line, const std::string& ve
     return {static_cast<std::uint8_t>(*major), static_cast<std::uint8_t>(*minor), 0};
 }
 
-void setOption(ScenarioLine& line, ScenarioBoard& board, const std::string& name, const std::string& value) {
+void setOption(ScenarioLine& line, RigBoard& board, const std::string& name, const std::string& value) {
     static constexpr std::array<std::string_view, 6> known{"id", "serial", "vid", "pid", "port", "protocol"};
     if (name == "id") {
         board.model.boardId = value == "none" ? std::nullopt : std::optional(boardId(line, value));
@@ -59,8 +60,8 @@ void setOption(ScenarioLine& line, ScenarioBoard& board, const std::string& name
 
 } // namespace
 
-ScenarioBoard parseBoard(ScenarioLine& line, std::size_t position) {
-    ScenarioBoard board;
+RigBoard parseBoard(ScenarioLine& line, std::size_t position) {
+    RigBoard board;
     board.name = line.word("the board's name");
     if (std::find(std::begin(streamNames), std::end(streamNames), board.name) != std::end(streamNames)) {
         line.fail('"' + board.name + "\" has a meaning of its own in a scenario: name the board otherwise");
@@ -74,12 +75,12 @@ ScenarioBoard parseBoard(ScenarioLine& line, std::size_t position) {
     return board;
 }
 
-const ScenarioBoard& needBoard(ScenarioLine& line, const Scenario& scenario, const std::string& name) {
+const RigBoard& needBoard(ScenarioLine& line, const Scenario& scenario, const std::string& name) {
     const auto found = std::find_if(scenario.boards.begin(), scenario.boards.end(),
-                                    [&name](const ScenarioBoard& board) { return board.name == name; });
+                                    [&name](const RigBoard& board) { return board.name == name; });
     if (found == scenario.boards.end()) {
         std::vector<std::string_view> names;
-        for (const ScenarioBoard& board : scenario.boards) {
+        for (const RigBoard& board : scenario.boards) {
             names.emplace_back(board.name);
         }
         line.fail(names.empty() ? "no board is declared: write \"board " + name + "\" above"

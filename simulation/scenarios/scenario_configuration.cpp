@@ -1,10 +1,8 @@
 #include "simulation/scenarios/scenario_configuration.h"
 
 #include "hid/hid_protocol.h"
-#include "platform/file_system.h"
-#include "simulation/rig/json_text.h"
+#include "simulation/scenarios/json_text.h"
 
-#include <fstream>
 #include <map>
 
 namespace {
@@ -62,9 +60,21 @@ std::string commandFileText(const Scenario& scenario) {
     return jsonText(root);
 }
 
-void writeFile(const std::string& folder, const std::string& name, const std::string& text) {
-    std::ofstream file(FileSystem::fromBytes(FileSystem::join(folder, name)), std::ios::binary | std::ios::trunc);
-    file.write(text.data(), static_cast<std::streamsize>(text.size()));
+std::map<std::string, std::string> configurationFiles(const Scenario& scenario) {
+    std::map<std::string, std::string> files{
+        {"config.json", jsonText(scenarioSettings(scenario))},
+        {"buttons.json", commandFileText(scenario)},
+    };
+    if (const std::string map = eventMapText(scenario); !map.empty()) {
+        files["hid_event_map.json"] = map;
+    }
+    for (const auto& [name, text] : scenario.files) {
+        files[name] = text;
+    }
+    for (const std::string& name : scenario.missingFiles) {
+        files.erase(name);
+    }
+    return files;
 }
 
 } // namespace
@@ -77,21 +87,24 @@ JsonValue scenarioSettings(const Scenario& scenario) {
     return settings;
 }
 
-std::string writeConfiguration(const Scenario& scenario, const std::string& folder) {
-    std::map<std::string, std::string> files{
-        {"config.json", jsonText(scenarioSettings(scenario))},
-        {"buttons.json", commandFileText(scenario)},
-    };
-    if (const std::string map = eventMapText(scenario); !map.empty()) {
-        files["hid_event_map.json"] = map;
+std::int32_t scenarioSetting(const Scenario& scenario, std::string_view section, std::string_view key,
+                             std::int32_t otherwise) {
+    const JsonValue settings = scenarioSettings(scenario);
+    const JsonValue* members = nullptr;
+    std::int32_t value = otherwise;
+    if (getObject(settings, section, members)) {
+        getInt(*members, key, value);
     }
-    for (const auto& [name, text] : scenario.files) {
-        files[name] = text;
-    }
-    for (const auto& [name, text] : files) {
-        if (!scenario.missingFiles.contains(name)) {
-            writeFile(folder, name, text);
-        }
-    }
-    return FileSystem::join(folder, "config.json");
+    return value;
+}
+
+RigSettings rigSettings(const Scenario& scenario, const Pace& pace) {
+    RigSettings settings;
+    settings.boards = scenario.boards;
+    settings.files = configurationFiles(scenario);
+    settings.consoleMode = scenario.consoleMode;
+    settings.hotPlugNotifications = scenario.hotPlugNotifications;
+    settings.moduleInstalled = scenario.moduleInstalled;
+    settings.pace = pace;
+    return settings;
 }

@@ -2,11 +2,16 @@
 
 #include "simulation/scenarios/scenario_file.h"
 
-#include <string>
+#include <cstdint>
+#include <string_view>
 
 /// The scenario's settings laid over those that every scenario begins with: the boards' vendor and product, the two
 /// other files, DEBUG lines on, and no debounce.
 JsonValue scenarioSettings(const Scenario& scenario);
 
-/// Writes the scenario's configuration files into a folder and gives the path of config.json.
-std::string writeConfiguration(const Scenario& scenario, const std::string& folder);
+/// A number of these settings; `otherwise` where they have none.
+std::int32_t scenarioSetting(const Scenario& scenario, std::string_view section, std::string_view key,
+                             std::int32_t otherwise);
+
+/// The rig that the scenario is played on, with its configuration files.
+RigSettings rigSettings(const Scenario& scenario, const Pace& pace);

@@ -1,5 +1,6 @@
-#include "simulation/scenarios/scenario_parts.h"
-#include "simulation/scenarios/stream_texts.h"
+#include "simulation/scenarios/scenario_expectations.h"
+
+#include "simulation/rig/stream_texts.h"
 
 #include <algorithm>
 #include <array>
@@ -129,7 +130,7 @@ std::string parseText(ScenarioLine& line, const Scenario& scenario, const std::s
 
 void needStream(ScenarioLine& line, const Scenario& scenario, const std::string& stream) {
     std::vector<std::string_view> known{"sim", "log", "exit", "nothing"};
-    for (const ScenarioBoard& board : scenario.boards) {
+    for (const RigBoard& board : scenario.boards) {
         known.emplace_back(board.name);
     }
     if (std::find(known.begin(), known.end(), stream) == known.end()) {

@@ -2,9 +2,11 @@
 
 #include "config/hid_event_map.h"
 #include "platform/file_system.h"
-#include "simulation/rig/json_text.h"
+#include "simulation/scenarios/json_text.h"
+#include "simulation/scenarios/scenario_boards.h"
+#include "simulation/scenarios/scenario_expectations.h"
+#include "simulation/scenarios/scenario_inputs.h"
 #include "simulation/scenarios/scenario_line.h"
-#include "simulation/scenarios/scenario_parts.h"
 
 #include <algorithm>
 #include <array>
@@ -101,8 +103,8 @@ private:
     }
 
     void readBoard(ScenarioLine& line) {
-        ScenarioBoard board = parseBoard(line, scenario.boards.size() + 1);
-        const auto same = [&board](const ScenarioBoard& other) { return other.name == board.name; };
+        RigBoard board = parseBoard(line, scenario.boards.size() + 1);
+        const auto same = [&board](const RigBoard& other) { return other.name == board.name; };
         if (std::any_of(scenario.boards.begin(), scenario.boards.end(), same)) {
             line.fail("a board of the name \"" + board.name + "\" stands above");
         }

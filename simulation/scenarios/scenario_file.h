@@ -4,7 +4,7 @@
 // format is told in docs/scenarios.md.
 
 #include "config/json.h"
-#include "simulation/boards/virtual_board.h"
+#include "simulation/rig/rig_settings.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,13 +18,6 @@
 #include <vector>
 
 class ScenarioPlayer;
-
-struct ScenarioBoard {
-    std::string name;
-    VirtualBoardModel model;
-    /// Where its path sorts among the boards'.
-    std::string port = "port";
-};
 
 /// A control's number and its name in the event map.
 struct ScenarioControl {
@@ -80,7 +73,7 @@ struct Scenario {
     std::string path;
     /// The first comment: what behaviour it shows.
     std::string title;
-    std::vector<ScenarioBoard> boards;
+    std::vector<RigBoard> boards;
     std::vector<ScenarioControl> controls;
     std::vector<ScenarioCommand> commands;
     /// Laid over the default configuration, one after the other.

@@ -1,4 +1,6 @@
-#include "simulation/scenarios/scenario_parts.h"
+#include "simulation/scenarios/scenario_inputs.h"
+
+#include "simulation/scenarios/scenario_boards.h"
 #include "simulation/scenarios/scenario_player.h"
 
 #include <algorithm>
@@ -34,19 +36,19 @@ std::vector<std::string_view> wordsOf(const Verbs& verbs) {
 Action parsePlug(ScenarioLine& line, const Scenario& scenario) {
     const std::string name = needBoard(line, scenario, line.word("a board")).name;
     line.end();
-    return [name](ScenarioPlayer& player) { player.cockpit().plug(name); };
+    return [name](ScenarioPlayer& player) { player.rig().plug(name); };
 }
 
 Action parseUnplug(ScenarioLine& line, const Scenario& scenario) {
     const std::string name = needBoard(line, scenario, line.word("a board")).name;
     line.end();
-    return [name](ScenarioPlayer& player) { player.cockpit().unplug(name); };
+    return [name](ScenarioPlayer& player) { player.rig().unplug(name); };
 }
 
 Action parseReplug(ScenarioLine& line, const Scenario& scenario) {
     const std::string name = needBoard(line, scenario, line.word("a board")).name;
     line.end();
-    return [name](ScenarioPlayer& player) { player.cockpit().replug(name); };
+    return [name](ScenarioPlayer& player) { player.rig().replug(name); };
 }
 
 /// A control's number, or its name as a "control" line gives it.
@@ -132,7 +134,7 @@ Action parseNotice(ScenarioLine& line, const Scenario&, const std::string& board
 }
 
 Action parseRaw(ScenarioLine& line, const Scenario&, const std::string& board) {
-    return [board, bytes = line.hexBytes()](ScenarioPlayer& player) { player.cockpit().board(board).sendRaw(bytes); };
+    return [board, bytes = line.hexBytes()](ScenarioPlayer& player) { player.rig().board(board).sendRaw(bytes); };
 }
 
 /// What goes wrong between board and bridge from now on, in place of what was said before.
@@ -168,7 +170,7 @@ Action parseFault(ScenarioLine& line, const Scenario&, const std::string& board)
             break;
         }
     } while (!line.atEnd());
-    return [board, faults](ScenarioPlayer& player) { player.cockpit().setFaults(board, faults); };
+    return [board, faults](ScenarioPlayer& player) { player.rig().setFaults(board, faults); };
 }
 
 constexpr std::array<BoardVerb, 8> boardVerbs{{{"press", parsePress},
@@ -184,12 +186,12 @@ constexpr std::array<BoardVerb, 8> boardVerbs{{{"press", parsePress},
 
 Action parseStart(ScenarioLine& line, const Scenario&) {
     line.end();
-    return [](ScenarioPlayer& player) { player.cockpit().startBridge(); };
+    return [](ScenarioPlayer& player) { player.rig().startBridge(); };
 }
 
 Action parseStop(ScenarioLine& line, const Scenario&) {
     line.end();
-    return [](ScenarioPlayer& player) { player.cockpit().bridge().requestStop(); };
+    return [](ScenarioPlayer& player) { player.rig().bridge().requestStop(); };
 }
 
 Action parseConnect(ScenarioLine& line, const Scenario&) {
@@ -207,7 +209,7 @@ Action parseConsole(ScenarioLine& line, const Scenario& scenario) {
     if (!scenario.consoleMode) {
         line.fail("the bridge has no console here: write \"console\" above the first step");
     }
-    return [text](ScenarioPlayer& player) { player.cockpit().bridge().typeLine(text); };
+    return [text](ScenarioPlayer& player) { player.rig().bridge().typeLine(text); };
 }
 
 // The simulator.
@@ -217,14 +219,14 @@ template <typename Call>
 Action switchOf(ScenarioLine& line, Call call) {
     const bool on = line.onOff();
     line.end();
-    return [call, on](ScenarioPlayer& player) { call(player.cockpit().simulator(), on); };
+    return [call, on](ScenarioPlayer& player) { call(player.rig().simulator(), on); };
 }
 
 Action parseSimSwitch(ScenarioLine& line, std::string_view word) {
     if (word == "refuse") {
         const bool on = line.onOff();
         line.end();
-        return [on](ScenarioPlayer& player) { player.cockpit().refuseSessions(on); };
+        return [on](ScenarioPlayer& player) { player.rig().refuseSessions(on); };
     }
     if (word == "hangup") {
         return switchOf(line, [](VirtualSimulator& simulator, bool on) { simulator.hangUpOnOpens(on); });
@@ -238,21 +240,21 @@ Action parseSimSwitch(ScenarioLine& line, std::string_view word) {
 Action parseSimEvent(ScenarioLine& line, std::string_view word) {
     line.end();
     if (word == "start") {
-        return [](ScenarioPlayer& player) { player.cockpit().startSimulator(); };
+        return [](ScenarioPlayer& player) { player.rig().startSimulator(); };
     }
     if (word == "vanish") {
-        return [](ScenarioPlayer& player) { player.cockpit().hideProcess(); };
+        return [](ScenarioPlayer& player) { player.rig().hideProcess(); };
     }
     if (word == "quit") {
-        return [](ScenarioPlayer& player) { player.cockpit().quitSimulator(); };
+        return [](ScenarioPlayer& player) { player.rig().quitSimulator(); };
     }
     if (word == "die") {
-        return [](ScenarioPlayer& player) { player.cockpit().crashSimulator(); };
+        return [](ScenarioPlayer& player) { player.rig().crashSimulator(); };
     }
     if (word == "drop") {
-        return [](ScenarioPlayer& player) { player.cockpit().simulator().dropSessions(); };
+        return [](ScenarioPlayer& player) { player.rig().simulator().dropSessions(); };
     }
-    return [](ScenarioPlayer& player) { player.cockpit().simulator().cutMessage(); };
+    return [](ScenarioPlayer& player) { player.rig().simulator().cutMessage(); };
 }
 
 Action parseProtocols(ScenarioLine& line) {
@@ -262,8 +264,7 @@ Action parseProtocols(ScenarioLine& line) {
     const long newest = line.number("newest protocol version", oldest, last);
     line.end();
     return [oldest, newest](ScenarioPlayer& player) {
-        player.cockpit().simulator().takeProtocols(static_cast<std::uint32_t>(oldest),
-                                                   static_cast<std::uint32_t>(newest));
+        player.rig().simulator().takeProtocols(static_cast<std::uint32_t>(oldest), static_cast<std::uint32_t>(newest));
     };
 }
 
@@ -273,7 +274,7 @@ Action parseSim(ScenarioLine& line, const Scenario&) {
                                                             "delay", "raw",    "protocols"};
     const std::size_t word = line.choice("thing that the simulator does", known);
     if (known[word] == "raw") {
-        return [bytes = line.hexBytes()](ScenarioPlayer& player) { player.cockpit().simulator().sendRaw(bytes); };
+        return [bytes = line.hexBytes()](ScenarioPlayer& player) { player.rig().simulator().sendRaw(bytes); };
     }
     if (known[word] == "protocols") {
         return parseProtocols(line);
@@ -281,7 +282,7 @@ Action parseSim(ScenarioLine& line, const Scenario&) {
     if (known[word] == "delay") {
         const auto time = line.duration();
         line.end();
-        return [time](ScenarioPlayer& player) { player.cockpit().simulator().delayOpens(time); };
+        return [time](ScenarioPlayer& player) { player.rig().simulator().delayOpens(time); };
     }
     return word < 6 ? parseSimEvent(line, known[word]) : parseSimSwitch(line, known[word]);
 }
@@ -289,7 +290,7 @@ Action parseSim(ScenarioLine& line, const Scenario&) {
 Action parseAnswers(ScenarioLine& line) {
     const auto answers = static_cast<ModuleAnswers>(line.choice("kind of answers", moduleAnswersWords));
     line.end();
-    return [answers](ScenarioPlayer& player) { player.cockpit().simulator().setModuleAnswers(answers); };
+    return [answers](ScenarioPlayer& player) { player.rig().simulator().setModuleAnswers(answers); };
 }
 
 Action parseModule(ScenarioLine& line, const Scenario&) {
@@ -301,18 +302,17 @@ Action parseModule(ScenarioLine& line, const Scenario&) {
     case 1:
         return switchOf(line, [](VirtualSimulator& simulator, bool on) { simulator.failRegistrations(on); });
     case 2:
-        return
-            [text = line.rest("what it says")](ScenarioPlayer& player) { player.cockpit().simulator().respond(text); };
+        return [text = line.rest("what it says")](ScenarioPlayer& player) { player.rig().simulator().respond(text); };
     case 3:
         return [text = line.rest("the area's text")](ScenarioPlayer& player) {
-            player.cockpit().simulator().setLVarsText(text);
+            player.rig().simulator().setLVarsText(text);
         };
     case 4:
         line.end();
-        return [](ScenarioPlayer& player) { player.cockpit().simulator().startModule(); };
+        return [](ScenarioPlayer& player) { player.rig().simulator().startModule(); };
     case 5:
         line.end();
-        return [](ScenarioPlayer& player) { player.cockpit().simulator().stopModule(); };
+        return [](ScenarioPlayer& player) { player.rig().simulator().stopModule(); };
     default:
         return parseAnswers(line);
     }
@@ -320,7 +320,7 @@ Action parseModule(ScenarioLine& line, const Scenario&) {
 
 Action parseOtherClient(ScenarioLine& line, const Scenario&) {
     return [text = line.rest("what another program sends to the module")](ScenarioPlayer& player) {
-        player.cockpit().simulator().sendAsOtherClient(text);
+        player.rig().simulator().sendAsOtherClient(text);
     };
 }
 
@@ -332,7 +332,7 @@ Action parseLVar(ScenarioLine& line, const Scenario&) {
     const std::string name = line.word("the variable's name");
     const double value = line.decimal("value");
     line.end();
-    return [name, value](ScenarioPlayer& player) { player.cockpit().simulator().setLVar(name, value); };
+    return [name, value](ScenarioPlayer& player) { player.rig().simulator().setLVar(name, value); };
 }
 
 /// The name may have blanks; the value is the last word.
@@ -342,7 +342,7 @@ Action parseAircraftVariable(ScenarioLine& line, const Scenario&) {
         name += ' ' + line.word("the variable's name");
     }
     const double value = line.decimal("value");
-    return [name, value](ScenarioPlayer& player) { player.cockpit().simulator().setAircraftVariable(name, value); };
+    return [name, value](ScenarioPlayer& player) { player.rig().simulator().setAircraftVariable(name, value); };
 }
 
 // Time and words.
@@ -392,7 +392,7 @@ Action parseBoardAction(ScenarioLine& line, const Scenario& scenario, const std:
 
 bool isBoard(const Scenario& scenario, const std::string& word) {
     return std::any_of(scenario.boards.begin(), scenario.boards.end(),
-                       [&word](const ScenarioBoard& board) { return board.name == word; });
+                       [&word](const RigBoard& board) { return board.name == word; });
 }
 
 Action parseAction(ScenarioLine& line, const Scenario& scenario) {
@@ -403,7 +403,7 @@ Action parseAction(ScenarioLine& line, const Scenario& scenario) {
     auto words = wordsOf(verbs);
     const auto found = std::find(words.begin(), words.end(), word);
     if (found == words.end()) {
-        for (const ScenarioBoard& board : scenario.boards) {
+        for (const RigBoard& board : scenario.boards) {
             words.emplace_back(board.name);
         }
         line.fail(unknownWord("step", word, words));

@@ -1,12 +1,10 @@
 #include "simulation/scenarios/scenario_player.h"
 
-#include "config/app_config.h"
 #include "hid/hid_log_lines.h"
 #include "simulation/scenarios/scenario_configuration.h"
 
 #include <algorithm>
 #include <set>
-#include <thread>
 
 namespace {
 
@@ -26,44 +24,11 @@ constexpr std::chrono::milliseconds nothingTime = 150ms;
 constexpr std::chrono::milliseconds quietLimit = 1500ms;
 /// How long the bridge may take over an event of a board. One that it drops on purpose is waited for as long.
 constexpr std::chrono::milliseconds eventLimit = 2000ms;
-constexpr std::chrono::milliseconds pollTime = 2ms;
 
-constexpr std::string_view registration = "command MF.Clients.Add.";
-constexpr std::string_view subscription = "command MF.SimVars.Add.";
 constexpr const char* refusedLine = "WARN Waiting for SimConnect connection: ";
 
-/// A setting of the scenario's configuration; `otherwise` when it has none.
-std::int32_t setting(const Scenario& scenario, std::string_view section, std::string_view key, std::int32_t otherwise) {
-    const JsonValue settings = scenarioSettings(scenario);
-    const JsonValue* members = nullptr;
-    std::int32_t value = otherwise;
-    if (getObject(settings, section, members)) {
-        getInt(*members, key, value);
-    }
-    return value;
-}
-
 std::chrono::milliseconds debounceOf(const Scenario& scenario) {
-    return std::chrono::milliseconds(std::max(setting(scenario, "outputs", "debounceMs", 0), 0));
-}
-
-/// The code that the cockpit light follows.
-std::string lightCode(const Scenario& scenario) {
-    const JsonValue settings = scenarioSettings(scenario);
-    const JsonValue* extensions = nullptr;
-    std::string code = ExtensionsConfig().lightVariable;
-    if (getObject(settings, "extensions", extensions)) {
-        getString(*extensions, "lightVariable", code);
-    }
-    return code;
-}
-
-/// What the last line of a session's start begins with.
-std::string_view sessionEnd(const Scenario& scenario, bool moduleRunning, bool withModule) {
-    if (!moduleRunning || setting(scenario, "mobiflight", "enabled", 1) == 0) {
-        return "opened ";
-    }
-    return withModule ? subscription : registration;
+    return std::chrono::milliseconds(std::max(scenarioSetting(scenario, "outputs", "debounceMs", 0), 0));
 }
 
 std::vector<ScenarioExpectation> ofStream(const ScenarioBlock& block, const std::string& stream) {
@@ -81,19 +46,14 @@ std::size_t leastCount(const std::vector<ScenarioExpectation>& expected) {
     return count;
 }
 
-/// Streams whose last expectation takes any number: they need not fall silent.
-std::vector<std::string> openStreams(const ScenarioBlock& block) {
+/// Whether a stream's last expectation takes any number.
+bool hasOpenStream(const ScenarioBlock& block) {
     std::map<std::string, std::size_t> last;
     for (const ScenarioExpectation& one : block.expected) {
         last[one.stream] = one.most;
     }
-    std::vector<std::string> open;
-    for (const auto& [stream, most] : last) {
-        if (most == std::numeric_limits<std::size_t>::max()) {
-            open.push_back(stream);
-        }
-    }
-    return open;
+    return std::any_of(last.begin(), last.end(),
+                       [](const auto& one) { return one.second == std::numeric_limits<std::size_t>::max(); });
 }
 
 bool containsAny(const std::string& text, const std::vector<std::string>& parts) {
@@ -108,12 +68,14 @@ ScenarioPlayer::ScenarioPlayer(const Scenario& played, bool fast, std::ostream& 
       playedFast(fast),
       out(output),
       columns(output),
-      virtualCockpit(played, fast ? CockpitPace::fast() : CockpitPace::real()),
-      lastItem(std::chrono::steady_clock::now()) {}
+      bridgeRig(rigSettings(played, fast ? Pace::fast() : Pace::real())),
+      observer(
+          bridgeRig, [this](const Observation& item) { return take(item); }, played.watch.dummies),
+      sessionStart(played, bridgeRig) {}
 
 bool ScenarioPlayer::play() {
     std::string error;
-    if (!virtualCockpit.setUp(error)) {
+    if (!bridgeRig.setUp(error)) {
         out << scenario.path << ": " << error << '\n';
         return false;
     }
@@ -134,7 +96,7 @@ bool ScenarioPlayer::playSteps() {
 }
 
 bool ScenarioPlayer::doInput(const ScenarioInput& input) {
-    pump();
+    observer.pump();
     if (input.remark.empty()) {
         columns.left(std::chrono::steady_clock::now(), "> " + input.text);
     } else {
@@ -151,8 +113,13 @@ bool ScenarioPlayer::doInput(const ScenarioInput& input) {
 
 bool ScenarioPlayer::meetBlock(const ScenarioBlock& block) {
     waitForEvents();
-    pumpUntil([&] { return isMet(block) || isWrong(block); }, expectationLimit);
-    waitForQuiet(block.expected.empty() ? nothingTime : quietTime, openStreams(block));
+    observer.pumpUntil([&] { return isMet(block) || isWrong(block); }, expectationLimit);
+    if (hasOpenStream(block)) {
+        // It needn't fall silent.
+        observer.pumpUntil([&] { return observer.quietFor(quietTime); }, quietTime);
+    } else {
+        waitForQuiet(block.expected.empty() ? nothingTime : quietTime);
+    }
     if (!compare(block)) {
         return false;
     }
@@ -171,8 +138,7 @@ bool ScenarioPlayer::isWrong(const ScenarioBlock& block) {
     const auto enough = [&](const ScenarioExpectation& one) {
         return pending[one.stream].size() >= leastCount(ofStream(block, one.stream));
     };
-    return std::chrono::steady_clock::now() - lastItem >= wrongTime &&
-           std::all_of(block.expected.begin(), block.expected.end(), enough);
+    return observer.quietFor(wrongTime) && std::all_of(block.expected.begin(), block.expected.end(), enough);
 }
 
 /// What came after the last expectation is as unexpected as anything else.
@@ -186,50 +152,38 @@ bool ScenarioPlayer::meetEnd() {
         end.line = std::get<ScenarioInput>(*last).line;
     }
     waitForEvents();
-    waitForQuiet(quietTime, {});
+    waitForQuiet(quietTime);
     return compare(end);
 }
 
 void ScenarioPlayer::sendEvent(const std::string& board, const HidProtocol::HidEvent& event) {
-    if (virtualCockpit.bridge().running() && virtualCockpit.plugged(board)) {
+    if (bridgeRig.bridge().running() && bridgeRig.plugged(board)) {
         ++eventsSent;
     }
-    virtualCockpit.board(board).sendEvent(event);
+    bridgeRig.board(board).sendEvent(event);
 }
 
 void ScenarioPlayer::connect(bool withModule) {
-    const auto plugged = [this](const ScenarioBoard& board) { return virtualCockpit.plugged(board.name); };
+    const auto plugged = [this](const RigBoard& board) { return bridgeRig.plugged(board.name); };
     if (std::none_of(scenario.boards.begin(), scenario.boards.end(), plugged)) {
-        for (const ScenarioBoard& board : scenario.boards) {
-            virtualCockpit.plug(board.name);
-        }
+        bridgeRig.plugAll();
     }
-    if (!virtualCockpit.bridge().started()) {
-        virtualCockpit.startBridge();
+    if (!bridgeRig.bridge().started()) {
+        bridgeRig.startBridge();
     }
-    if (!virtualCockpit.simulatorRunning()) {
-        virtualCockpit.startSimulator();
+    if (!bridgeRig.simulatorRunning()) {
+        bridgeRig.startSimulator();
     }
-    const std::string_view last = sessionEnd(scenario, virtualCockpit.simulator().moduleRunning(), withModule);
-    const bool tellsState = setting(scenario, "logging", "debug", 0) != 0;
-    // The module doesn't write a value that is 0 from the start.
-    const bool tellsLight =
-        tellsState && last == subscription && virtualCockpit.simulator().evaluate(lightCode(scenario)) != 0;
-    const auto up = [&] {
-        return handshakeSeen(last) && (batteryTold || !tellsState) && (lightTold || !tellsLight) && boardsTold();
-    };
-    if (!pumpUntil(up, connectLimit)) {
+    if (!observer.pumpUntil([&] { return sessionStart.isComplete(withModule); }, connectLimit)) {
         fail("no session came about");
         return;
     }
-    waitForQuiet(quietTime + debounceOf(scenario), {});
+    waitForQuiet(quietTime + debounceOf(scenario));
     takeAsRead();
-    batteryTold = false;
-    lightTold = false;
 }
 
 void ScenarioPlayer::wait(std::chrono::milliseconds duration) {
-    pumpUntil([] { return false; }, duration);
+    observer.pumpFor(duration);
 }
 
 void ScenarioPlayer::pause(std::chrono::milliseconds duration) {
@@ -242,18 +196,11 @@ void ScenarioPlayer::fail(const std::string& reason) {
     failure = reason;
 }
 
-void ScenarioPlayer::pump() {
-    for (const CockpitItem& item : virtualCockpit.takeItems()) {
-        take(item);
-    }
-}
-
-void ScenarioPlayer::take(const CockpitItem& item) {
+bool ScenarioPlayer::take(const Observation& item) {
+    sessionStart.note(item);
     if (item.stream == "log") {
-        takeLogLine(item);
-        return;
+        return takeLogLine(item);
     }
-    lastItem = item.time;
     pending[item.stream].push_back(item.text);
     const bool fromBoard = item.stream != "sim" && item.stream != "exit";
     if (fromBoard) {
@@ -261,21 +208,19 @@ void ScenarioPlayer::take(const CockpitItem& item) {
     } else {
         columns.right(item.time, item.stream + ' ' + item.text);
     }
+    return true;
 }
 
-void ScenarioPlayer::takeLogLine(const CockpitItem& item) {
+bool ScenarioPlayer::takeLogLine(const Observation& item) {
     if (readHidEventLine(item.text)) {
         ++eventsHandled;
-    } else if (item.text.starts_with("DEBUG State update: master battery")) {
-        batteryTold = true;
-    } else if (item.text.starts_with("DEBUG State update: backlight")) {
-        lightTold = true;
     }
-    if (watchesLogLine(item.text)) {
-        lastItem = item.time;
-        pending["log"].push_back(item.text);
-        columns.right(item.time, "log " + item.text);
+    if (!watchesLogLine(item.text)) {
+        return false;
     }
+    pending["log"].push_back(item.text);
+    columns.right(item.time, "log " + item.text);
+    return true;
 }
 
 bool ScenarioPlayer::watchesLogLine(const std::string& line) const {
@@ -288,52 +233,15 @@ bool ScenarioPlayer::watchesLogLine(const std::string& line) const {
     return true;
 }
 
-bool ScenarioPlayer::pumpUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    pump();
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() >= end) {
-            return false;
-        }
-        std::this_thread::sleep_for(pollTime);
-        pump();
-    }
-    return true;
-}
-
 /// Until the bridge has worked off what the boards sent, so that "nothing" isn't said too early. Events that it drops
 /// on purpose are given up after a while.
 void ScenarioPlayer::waitForEvents() {
-    pumpUntil([this] { return eventsHandled >= eventsSent || !virtualCockpit.bridge().running(); }, eventLimit);
+    observer.pumpUntil([this] { return eventsHandled >= eventsSent || !bridgeRig.bridge().running(); }, eventLimit);
     eventsSent = eventsHandled;
 }
 
-void ScenarioPlayer::waitForQuiet(std::chrono::milliseconds quiet, const std::vector<std::string>& open) {
-    if (open.empty()) {
-        lastItem = std::chrono::steady_clock::now();
-    }
-    pumpUntil([&] { return std::chrono::steady_clock::now() - lastItem >= quiet; }, open.empty() ? quietLimit : quiet);
-}
-
-bool ScenarioPlayer::handshakeSeen(std::string_view lastLine) const {
-    const auto stream = pending.find("sim");
-    if (stream == pending.end()) {
-        return false;
-    }
-    const auto begins = [](std::string_view start) {
-        return [start](const std::string& text) { return text.starts_with(start); };
-    };
-    const std::vector<std::string>& texts = stream->second;
-    const auto opened = std::find_if(texts.begin(), texts.end(), begins("opened "));
-    return std::any_of(opened, texts.end(), begins(lastLine));
-}
-
-bool ScenarioPlayer::boardsTold() const {
-    const std::vector<std::string> names = virtualCockpit.usableBoards();
-    return std::all_of(names.begin(), names.end(), [this](const std::string& name) {
-        const VirtualBoard& board = virtualCockpit.board(name);
-        return board.simConnected().value_or(false) && board.led();
-    });
+void ScenarioPlayer::waitForQuiet(std::chrono::milliseconds quiet) {
+    observer.waitForQuiet(quiet, quietLimit);
 }
 
 /// Warnings and errors are no part of a session's start, but for those of the sessions refused before it.
@@ -345,6 +253,7 @@ void ScenarioPlayer::takeAsRead() {
             texts.clear();
         }
     }
+    sessionStart.forget();
 }
 
 bool ScenarioPlayer::compare(const ScenarioBlock& block) {
@@ -365,8 +274,7 @@ bool ScenarioPlayer::compare(const ScenarioBlock& block) {
         }
         pending[stream].clear();
     }
-    batteryTold = false;
-    lightTold = false;
+    sessionStart.forget();
     return same;
 }
 

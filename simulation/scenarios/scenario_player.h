@@ -1,15 +1,14 @@
 #pragma once
 
-#include "simulation/rig/virtual_cockpit.h"
+#include "simulation/rig/rig_observer.h"
 #include "simulation/scenarios/scenario_file.h"
+#include "simulation/scenarios/session_start.h"
 #include "simulation/scenarios/side_by_side.h"
 
 #include <chrono>
-#include <functional>
 #include <map>
 #include <ostream>
 #include <string>
-#include <string_view>
 #include <vector>
 
 /// Plays one scenario: does its inputs in order and compares what comes with what it expects. What happens is printed
@@ -25,7 +24,7 @@ public:
     std::size_t metCount() const { return met; }
 
     // For the inputs.
-    VirtualCockpit& cockpit() { return virtualCockpit; }
+    BridgeRig& rig() { return bridgeRig; }
     void sendEvent(const std::string& board, const HidProtocol::HidEvent& event);
     /// Brings everything up as far as it isn't, waits for a new session with its handshake, or without the module's
     /// part of it, and takes what came on the way as read.
@@ -41,15 +40,14 @@ private:
     const bool playedFast;
     std::ostream& out;
     LiveColumns columns;
-    VirtualCockpit virtualCockpit;
+    BridgeRig bridgeRig;
+    RigObserver observer;
+    /// Of what came since it was last taken as read or compared.
+    SessionStart sessionStart;
     std::map<std::string, std::vector<std::string>> pending;
-    std::chrono::steady_clock::time_point lastItem;
     std::size_t met = 0;
     std::size_t eventsSent = 0;
     std::size_t eventsHandled = 0;
-    // Since what came was last taken or compared: the log tells that the simulator gave the battery and the light.
-    bool batteryTold = false;
-    bool lightTold = false;
     std::string failure;
 
     bool playSteps();
@@ -58,15 +56,11 @@ private:
     bool isMet(const ScenarioBlock& block);
     bool isWrong(const ScenarioBlock& block);
     bool meetEnd();
-    void pump();
-    void take(const CockpitItem& item);
-    void takeLogLine(const CockpitItem& item);
+    bool take(const Observation& item);
+    bool takeLogLine(const Observation& item);
     bool watchesLogLine(const std::string& line) const;
-    bool pumpUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit);
     void waitForEvents();
-    void waitForQuiet(std::chrono::milliseconds quiet, const std::vector<std::string>& openStreams);
-    bool handshakeSeen(std::string_view lastLine) const;
-    bool boardsTold() const;
+    void waitForQuiet(std::chrono::milliseconds quiet);
     void takeAsRead();
     bool compare(const ScenarioBlock& block);
     void printDifference(std::size_t line, const std::string& stream,

@@ -35,7 +35,9 @@ std::string writeConfiguration() {
     std::filesystem::create_directories(folder);
     std::ofstream(folder + "/config.json")
         << R"({"hid":{"vid":"1234","pid":"ABCD"},"mappings":{"buttonConfigPath":"buttons.json"}})";
-    writeNumberedControls(folder, controls, "(>K:BENCH)");
+    for (const auto& [name, text] : numberedControls(controls, "(>K:BENCH)")) {
+        std::ofstream(folder + '/' + name) << text;
+    }
     return folder + "/config.json";
 }
 

@@ -1,55 +1,45 @@
 // What a pilot feels of the way back and of a held map button: the whole bridge on a virtual board and a virtual
 // simulator, at its real pace.
 
-#include "app/app.h"
-#include "simulation/boards/virtual_hid_bus.h"
-#include "simulation/simulator/virtual_simulator.h"
+#include "simulation/rig/bridge_rig.h"
 #include "tests/bench/latency_measure.h"
-#include "wire/simconnect_open.h"
 
 #include <cmath>
 #include <condition_variable>
 #include <cstdio>
-#include <filesystem>
-#include <fstream>
+#include <mutex>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
 constexpr std::uint16_t mapButton = 30;
+constexpr const char* panel = "PFD";
 constexpr const char* subscription = "MF.SimVars.Add.(L:LIGHTING_POTENTIOMETER_5)";
 
 /// The bridge in a session, for as long as this object lives.
 class PacedBridge {
 public:
-    explicit PacedBridge(int debounceMs) : app(makePlatform(debounceMs)) {
+    explicit PacedBridge(int debounceMs)
+        : rig(settings(debounceMs)), simulator(rig.simulator()), board(rig.board(panel)) {
         std::string error;
-        if (!simulator.start(0, error))
+        if (!rig.setUp(error))
             throw std::runtime_error(error);
-        simulator.setBattery(true);
-        bus.setRecording(false);
-        bus.plug(board);
-        if (!app.init(folder + "config.json", false, error))
-            throw std::runtime_error(error);
-        mainThread = std::thread([this] { app.run(); });
+        rig.plug(panel);
+        rig.startSimulator();
+        rig.startBridge();
         if (!simulator.waitForText(SimulatorRecordKind::Command, subscription))
             throw std::runtime_error("no session");
     }
-    ~PacedBridge() {
-        app.requestStop();
-        mainThread.join();
-    }
-    PacedBridge(const PacedBridge&) = delete;
-    PacedBridge& operator=(const PacedBridge&) = delete;
 
     /// Milliseconds from a battery switch to the light report at the board.
     double switchBattery(bool on) {
         std::mutex mutex;
         std::condition_variable told;
         bool reported = false;
-        board->setOutputCallback([&](const BoardOutput& output) {
+        board.setOutputCallback([&](const BoardOutput& output) {
             const std::lock_guard lock(mutex);
             reported = reported || output.bytes[0] == HidProtocol::ledCtlReportId;
             told.notify_one();
@@ -61,17 +51,17 @@ public:
             throw std::runtime_error("no light report");
         const auto end = Clock::now();
         lock.unlock();
-        board->setOutputCallback(nullptr);
+        board.setOutputCallback(nullptr);
         return std::chrono::duration<double, std::milli>(end - start).count();
     }
 
     /// How far each repeat of a held map button lies from its period, in milliseconds.
     std::vector<double> holdDeviations(std::chrono::seconds duration, double periodMs) {
         simulator.clearRecords();
-        board->press(mapButton);
-        board->hold(mapButton);
+        board.press(mapButton);
+        board.hold(mapButton);
         std::this_thread::sleep_for(duration);
-        board->release(mapButton);
+        board.release(mapButton);
         std::vector<double> deviations;
         Clock::time_point last{};
         for (const SimulatorRecord& record : simulator.records()) {
@@ -87,31 +77,22 @@ public:
     }
 
 private:
-    Platform makePlatform(int debounceMs) {
-        std::filesystem::create_directories(folder);
-        std::ofstream(folder + "config.json")
-            << R"({"hid":{"vid":"1234","pid":"ABCD"},"mappings":{"buttonConfigPath":"buttons.json"},)"
-            << R"("outputs":{"debounceMs":)" << debounceMs << "}}";
-        std::ofstream(folder + "hid_event_map.json") << R"({"event_types":{"BUTTON":1},"control_ids":{"MAP_LEFT":30}})";
-        std::ofstream(folder + "buttons.json")
-            << R"json({"buttons":[{"name":"MAP_LEFT","commands":{"PRESS":{"":"(>K:PRESS)"},"HOLD":{"":"(>K:PAN)"}}}]})json";
-        Platform platform = systemPlatform();
-        platform.hid = bus.transport();
-        platform.simConnect.open = [this](SimConnectHandle* handle, const char* name, void*, std::uint32_t, void*,
-                                          std::uint32_t) {
-            return simConnectOpenAt(handle, name, SimConnectEndpoint{.address = "127.0.0.1", .port = simulator.port()});
-        };
-        platform.host.findProcess = [](const auto& visit) { return visit("FlightSimulator.exe"); };
-        platform.host.commonDataFolder = [] { return std::string(); };
-        return platform;
+    static RigSettings settings(int debounceMs) {
+        RigSettings settings;
+        settings.boards = {{panel, {}}};
+        settings.files["config.json"] =
+            R"({"hid":{"vid":"1234","pid":"ABCD"},"mappings":{"buttonConfigPath":"buttons.json"},)"
+            R"("outputs":{"debounceMs":)" +
+            std::to_string(debounceMs) + "}}";
+        settings.files["hid_event_map.json"] = R"({"event_types":{"BUTTON":1},"control_ids":{"MAP_LEFT":30}})";
+        settings.files["buttons.json"] =
+            R"json({"buttons":[{"name":"MAP_LEFT","commands":{"PRESS":{"":"(>K:PRESS)"},"HOLD":{"":"(>K:PAN)"}}}]})json";
+        return settings;
     }
 
-    const std::string folder = programFolder() + "pace-config/";
-    VirtualSimulator simulator;
-    VirtualHidBus bus;
-    std::shared_ptr<VirtualBoard> board = std::make_shared<VirtualBoard>();
-    App app;
-    std::thread mainThread;
+    BridgeRig rig;
+    VirtualSimulator& simulator;
+    VirtualBoard& board;
 };
 
 void measureStateChange(int debounceMs) {

@@ -1,14 +1,21 @@
 #include "tests/soak/soak_run.h"
 
+#include "tests/support/numbered_controls.h"
 #include "tests/support/wait_until.h"
 
 #include <algorithm>
+#include <array>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
-constexpr std::chrono::seconds patience{20};
-constexpr int victimCount = 3;
+constexpr std::chrono::seconds patience{30};
+constexpr std::uint32_t controls = 2000;
+constexpr const char* witnessName = "witness";
+const std::array<std::string, 3> victims{"victim 0", "victim 1", "victim 2"};
+/// Every wait is short, the pause between two polls too.
+constexpr Pace hurried{std::chrono::milliseconds(0), std::chrono::milliseconds(5), {}};
 /// Lives before the resources are taken as settled.
 constexpr int warmUpLives = 3;
 /// What the allocator may keep for itself beyond that.
@@ -23,10 +30,25 @@ void require(bool holds, const std::string& what) {
         throw std::runtime_error(what);
 }
 
-std::shared_ptr<VirtualBoard> makeBoard(std::uint8_t number) {
+RigBoard makeBoard(const std::string& name, std::uint8_t number) {
     VirtualBoardModel model;
     model.boardId = HidProtocol::BoardId{0, 0, 0, 0, 0, 0, 0, number};
-    return std::make_shared<VirtualBoard>(model);
+    return {name, model};
+}
+
+RigSettings soakRig() {
+    RigSettings settings;
+    settings.boards.push_back(makeBoard(witnessName, 100));
+    for (const std::string& victim : victims)
+        settings.boards.push_back(makeBoard(victim, static_cast<std::uint8_t>(settings.boards.size() - 1)));
+    settings.files = numberedControls(controls, "(>K:SOAK)");
+    settings.files["config.json"] =
+        R"({"hid":{"vid":"1234","pid":"ABCD","scanIntervalMs":5},"mappings":{"buttonConfigPath":"buttons.json"},)"
+        R"("outputs":{"debounceMs":5}})";
+    // Boards come and go in the midst of what the bridge does.
+    settings.waitsForBridge = false;
+    settings.pace = hurried;
+    return settings;
 }
 
 /// Presses the witness's controls in turn on a thread of its own, until it is destroyed.
@@ -35,7 +57,7 @@ public:
     explicit PressFlow(VirtualBoard& board)
         : thread([this, &board] {
               for (std::uint32_t number = 0; !ending; ++number) {
-                  board.press(static_cast<std::uint16_t>(number % SoakConfiguration::controls));
+                  board.press(static_cast<std::uint16_t>(number % controls));
                   ++sent;
                   std::this_thread::sleep_for(std::chrono::milliseconds(1));
               }
@@ -56,39 +78,28 @@ private:
 
 } // namespace
 
-SoakRun::SoakRun(std::uint32_t seed) : witness(makeBoard(100)), random(seed) {
+SoakRun::SoakRun(std::uint32_t seed)
+    : rig(soakRig()), simulator(rig.simulator()), witness(rig.board(witnessName)), random(seed) {
     std::string error;
-    require(simulator.start(0, error), "the simulator doesn't start: " + error);
-    for (std::uint8_t number = 0; number < victimCount; ++number)
-        victims.push_back(makeBoard(number));
-    bus.setRecording(false);
-    simulator.setBattery(true);
+    require(rig.setUp(error), error);
 }
 
 void SoakRun::liveOnce(const SoakPlan& plan) {
-    simulator.refuseOpens(false);
-    plugEverything();
-    {
-        SoakBridge bridge(configuration, bus, simulator);
-        waitUntilReady();
-        playFaults(plan);
-        clearFaults();
-        plugEverything();
-        waitUntilReady();
-        checkLights();
-        checkPresses(plan.checkedPresses);
-        dieAndEnd(bridge);
-    }
+    rig.startSimulator();
+    rig.plugAll();
+    rig.startBridge();
+    require(rig.bridge().running(), "the bridge doesn't start");
+    waitUntilReady();
+    playFaults(plan);
+    clearFaults();
+    rig.plugAll();
+    waitUntilReady();
+    checkLights();
+    checkPresses(plan.checkedPresses);
+    dieAndEnd();
+    rig.endBridge();
     ++sum.lives;
     checkResources();
-}
-
-void SoakRun::plugEverything() {
-    if (bus.pathOf(witness).empty())
-        bus.plug(witness);
-    for (const auto& victim : victims)
-        if (bus.pathOf(victim).empty())
-            bus.plug(victim);
 }
 
 void SoakRun::waitUntilReady() {
@@ -109,14 +120,14 @@ void SoakRun::waitUntilReady() {
         },
         patience);
     require(registered, "no session is registered");
-    require(waitUntil([this] { return bus.pendingReadCount(witness) == 1; }, patience), "the witness isn't read");
+    require(waitUntil([this] { return rig.awaited(witnessName); }, patience), "the witness isn't read");
 }
 
 void SoakRun::playFaults(const SoakPlan& plan) {
     simulator.clearRecords();
     int replugs = plan.replugs;
     int losses = plan.lostSessions;
-    const PressFlow flow(*witness);
+    const PressFlow flow(witness);
     while (replugs > 0 || losses > 0) {
         const bool lose = losses > 0 && (replugs == 0 || chance(0.3));
         if (lose) {
@@ -142,17 +153,17 @@ void SoakRun::playFaults(const SoakPlan& plan) {
 }
 
 void SoakRun::replugOne() {
-    const auto& victim = victims[random() % victims.size()];
+    const std::string& victim = victims[random() % victims.size()];
     setRandomFaults(victim);
-    bus.unplug(victim);
+    rig.unplug(victim);
     if (chance(0.5))
         std::this_thread::sleep_for(std::chrono::milliseconds(random() % 10));
-    bus.plug(victim);
-    victim->press(static_cast<std::uint16_t>(SoakConfiguration::controls + 1));
+    rig.plug(victim);
+    rig.board(victim).press(static_cast<std::uint16_t>(controls + 1));
     ++sum.replugs;
 }
 
-void SoakRun::setRandomFaults(const std::shared_ptr<VirtualBoard>& board) {
+void SoakRun::setRandomFaults(const std::string& board) {
     HidLinkFaults faults;
     if (chance(0.3))
         faults.writeError = 5;
@@ -164,15 +175,15 @@ void SoakRun::setRandomFaults(const std::shared_ptr<VirtualBoard>& board) {
     faults.serialFails = chance(0.2);
     if (chance(0.2))
         faults.failingFeatures.insert(HidProtocol::protocolInfoReportId);
-    bus.setFaults(board, faults);
+    rig.setFaults(board, faults);
 }
 
 void SoakRun::clearFaults() {
-    for (const auto& victim : victims) {
-        bus.setFaults(victim, {});
+    for (const std::string& victim : victims) {
+        rig.setFaults(victim, {});
         // A session that was made under a fault keeps it: an output that couldn't be opened stays disabled.
-        bus.unplug(victim);
-        bus.plug(victim);
+        rig.unplug(victim);
+        rig.plug(victim);
     }
     simulator.setBattery(true);
 }
@@ -190,9 +201,8 @@ void SoakRun::checkFlow() {
     for (std::size_t i = 1; i < numbers.size(); ++i) {
         // Told losses skip ahead, by less than half a round; a step of none or a step back is a doubled or an overtaken
         // command.
-        const std::uint32_t step =
-            (numbers[i] + SoakConfiguration::controls - numbers[i - 1]) % SoakConfiguration::controls;
-        require(step > 0 && step < SoakConfiguration::controls / 2,
+        const std::uint32_t step = (numbers[i] + controls - numbers[i - 1]) % controls;
+        require(step > 0 && step < controls / 2,
                 "command " + std::to_string(numbers[i]) + " came behind " + std::to_string(numbers[i - 1]));
     }
 }
@@ -202,7 +212,7 @@ void SoakRun::checkPresses(std::uint32_t count) {
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     simulator.clearRecords();
     for (std::uint32_t number = 0; number < count; ++number) {
-        witness->press(static_cast<std::uint16_t>(number));
+        witness.press(static_cast<std::uint16_t>(number));
         std::this_thread::sleep_for(std::chrono::microseconds(200));
     }
     require(simulator.waitForKind(SimulatorRecordKind::Executed, count, patience), "a press is lost");
@@ -222,28 +232,28 @@ void SoakRun::checkLights() {
 }
 
 void SoakRun::expectLights(const LedCommand& expected) {
-    require(waitUntil([&] { return witness->led() == expected; }, patience), "the witness shows another light");
-    for (const auto& victim : victims) {
-        require(waitUntil([&] { return victim->led() == expected; }, patience), "a board shows another light");
-        require(victim->simConnected() == true, "a board doesn't know of the session");
-        victim->clearOutputs();
+    require(waitUntil([&] { return witness.led() == expected; }, patience), "the witness shows another light");
+    for (const std::string& name : victims) {
+        VirtualBoard& victim = rig.board(name);
+        require(waitUntil([&] { return victim.led() == expected; }, patience), "a board shows another light");
+        require(victim.simConnected() == true, "a board doesn't know of the session");
+        victim.clearOutputs();
     }
-    witness->clearOutputs();
+    witness.clearOutputs();
 }
 
-void SoakRun::dieAndEnd(SoakBridge& bridge) {
-    bridge.setSimulatorRunning(false);
-    simulator.die();
+void SoakRun::dieAndEnd() {
+    rig.crashSimulator();
     ++sum.deaths;
-    require(bridge.waitForEnd(), "the bridge outlives the simulator");
-    for (const auto& victim : victims)
-        require(victim->simConnected() == false, "a board wasn't told of the session's end");
+    require(waitUntil([this] { return !rig.bridge().running(); }, patience), "the bridge outlives the simulator");
+    for (const std::string& victim : victims)
+        require(rig.board(victim).simConnected() == false, "a board wasn't told of the session's end");
     simulator.clearRecords();
 }
 
 void SoakRun::checkResources() {
-    require(bus.openHandleCount() == 0, "a board's handle is left open");
-    require(bus.misuseCount() == 0, "a handle was used against its contract");
+    require(rig.bus().openHandleCount() == 0, "a board's handle is left open");
+    require(rig.bus().misuseCount() == 0, "a handle was used against its contract");
     const Resources now = currentResources();
     if (sum.lives <= warmUpLives) {
         settled = now;

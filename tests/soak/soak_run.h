@@ -1,10 +1,9 @@
 #pragma once
 
+#include "simulation/rig/bridge_rig.h"
 #include "tests/soak/resources.h"
-#include "tests/soak/soak_bridge.h"
 
 #include <cstdint>
-#include <memory>
 #include <random>
 #include <string>
 #include <vector>
@@ -30,7 +29,7 @@ struct SoakTotals {
 };
 
 /// Lives of the bridge, one after the other, on the same boards and simulator. Throws std::runtime_error, which says
-/// what was wrong, at the first thing that isn't as it has to be.
+/// what was wrong, at the first thing that isn't as it has to be. Control N (0 to 1999) sends "N (>K:SOAK)".
 class SoakRun {
 public:
     explicit SoakRun(std::uint32_t seed);
@@ -41,27 +40,24 @@ public:
     const SoakTotals& totals() const { return sum; }
 
 private:
-    void plugEverything();
     void waitUntilReady();
     void playFaults(const SoakPlan& plan);
     void replugOne();
-    void setRandomFaults(const std::shared_ptr<VirtualBoard>& board);
+    void setRandomFaults(const std::string& board);
     void clearFaults();
     void checkFlow();
     void checkPresses(std::uint32_t count);
     void checkLights();
     void expectLights(const LedCommand& expected);
-    void dieAndEnd(SoakBridge& bridge);
+    void dieAndEnd();
     void checkResources();
     std::vector<std::uint32_t> executedNumbers() const;
     bool chance(double probability);
 
-    SoakConfiguration configuration;
-    VirtualHidBus bus;
-    VirtualSimulator simulator;
+    BridgeRig rig;
+    VirtualSimulator& simulator;
     /// Never pulled and never faulty, so that what becomes of its presses is known.
-    std::shared_ptr<VirtualBoard> witness;
-    std::vector<std::shared_ptr<VirtualBoard>> victims;
+    VirtualBoard& witness;
     std::mt19937 random;
     SoakTotals sum;
     /// Taken after the first lives, when every pool and buffer has its size.

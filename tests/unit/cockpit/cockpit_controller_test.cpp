@@ -12,7 +12,7 @@ protected:
     void SetUp() override {
         std::string error;
         ASSERT_TRUE(loadCockpitConfiguration("", configuration, error)) << error;
-        controller.emplace(configuration, CockpitSides{});
+        controller.emplace(configuration, RigSides{});
         ASSERT_TRUE(controller->start(error)) << error;
         ASSERT_TRUE(comes("MF.SimVars.Add."));
         ASSERT_TRUE(comes(R"("text": "steady 80"})"));

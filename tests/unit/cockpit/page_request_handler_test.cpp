@@ -13,7 +13,7 @@ protected:
     void SetUp() override {
         std::string error;
         ASSERT_TRUE(loadCockpitConfiguration("", configuration, error)) << error;
-        controller.emplace(configuration, CockpitSides{});
+        controller.emplace(configuration, RigSides{});
         answers.emplace(*controller, token);
         answers->setPort(port);
     }

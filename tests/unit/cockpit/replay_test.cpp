@@ -1,6 +1,7 @@
 #include "platform/file_system.h"
 #include "simulation/cockpit/replay_mode.h"
-#include "simulation/rig/virtual_cockpit.h"
+#include "simulation/rig/rig_observer.h"
+#include "simulation/scenarios/scenario_configuration.h"
 #include "tests/support/temp_folder.h"
 #include "tests/support/wait_until.h"
 
@@ -13,7 +14,7 @@ namespace {
 constexpr const char* board = "E66138A1B2C3D4E5";
 constexpr const char* stamp = "2026-01-31 12:00:0";
 
-/// A trace log of the bridge itself, of a scenario without steps that is played by hand.
+/// A trace log of the bridge itself, of a scenario without steps.
 std::string recordedLog() {
     Scenario scenario;
     std::string error;
@@ -24,25 +25,25 @@ config hid.trace = 1
 )",
                               scenario, error))
         << error;
-    VirtualCockpit cockpit(scenario, CockpitPace::fast());
-    EXPECT_TRUE(cockpit.setUp(error)) << error;
-    cockpit.plug("PFD");
-    cockpit.plug("MFD");
-    cockpit.startBridge();
-    cockpit.board("PFD").press(5);
-    cockpit.board("PFD").release(5);
-    cockpit.board("PFD").turn(91, 2);
-    cockpit.board("MFD").turn(91, 1, 4, 1);
-    cockpit.board("MFD").press(21, 1);
+    BridgeRig rig(rigSettings(scenario, Pace::fast()));
+    RigObserver observer(rig);
+    EXPECT_TRUE(rig.setUp(error)) << error;
+    rig.plugAll();
+    rig.startBridge();
+    rig.board("PFD").press(5);
+    rig.board("PFD").release(5);
+    rig.board("PFD").turn(91, 2);
+    rig.board("MFD").turn(91, 1, 4, 1);
+    rig.board("MFD").press(21, 1);
     std::size_t handled = 0;
     EXPECT_TRUE(waitUntil([&] {
-        for (const CockpitItem& item : cockpit.takeItems()) {
+        for (const Observation& item : observer.take()) {
             handled += item.text.starts_with("DEBUG HID event from ") ? 1 : 0;
         }
         return handled >= 5;
     }));
     std::string log;
-    const auto path = cockpit.filesFolder() / "VantrelBridge" / "logs" / "VantrelBridgeHID.log";
+    const auto path = rig.filesFolder() / "VantrelBridge" / "logs" / "VantrelBridgeHID.log";
     EXPECT_TRUE(FileSystem::readFile(FileSystem::toBytes(path), log));
     return log;
 }

@@ -1,7 +1,7 @@
 #include "simulation/scenarios/scenario_file.h"
 
 #include "platform/file_system.h"
-#include "simulation/rig/json_text.h"
+#include "simulation/scenarios/json_text.h"
 #include "simulation/scenarios/scenario_configuration.h"
 #include "tests/support/temp_folder.h"
 
@@ -73,7 +73,7 @@ TEST(ScenarioFile, BoardsHaveIdsByTheirOrder) {
 TEST(ScenarioFile, BoardOptionsAreRead) {
     const Scenario scenario =
         parsed("board PFD1 id=E66138A1B2C3D4E5 serial=SN-1 vid=046D pid=c077 port=b protocol=1.12\n");
-    const ScenarioBoard& board = scenario.boards.at(0);
+    const RigBoard& board = scenario.boards.at(0);
     EXPECT_EQ(board.model.boardId, (HidProtocol::BoardId{0xE6, 0x61, 0x38, 0xA1, 0xB2, 0xC3, 0xD4, 0xE5}));
     EXPECT_EQ(board.model.serial, "SN-1");
     EXPECT_EQ(board.model.vendorId, 0x046D);
@@ -341,23 +341,19 @@ TEST(ScenarioConfiguration, NullRemovesASetting) {
 }
 
 TEST(ScenarioConfiguration, FilesAreMadeOfTheShorthand) {
-    const TempFolder folder;
     const Scenario scenario = parsed("control 21 = HDG\ncommand HDG CW = +\ncommand HDG CW PFD = \"x\"\nlist AP\n");
-    std::string text;
-    EXPECT_EQ(writeConfiguration(scenario, folder.path()), folder.path("config.json"));
-    ASSERT_TRUE(FileSystem::readFile(folder.path("buttons.json"), text));
-    EXPECT_EQ(text, R"({"buttons": [{"commands": {}, "name": "AP"}, )"
-                    R"({"commands": {"CW": {"DEFAULT": "+", "PFD": "\"x\""}}, "name": "HDG"}]})");
-    ASSERT_TRUE(FileSystem::readFile(folder.path("hid_event_map.json"), text));
-    EXPECT_EQ(text, R"({"control_ids": {"HDG": 21}, "event_types": {"BOARD_NOTICE": 4, "BUTTON": 1, "ENCODER": 2}})");
+    const auto files = rigSettings(scenario, Pace::fast()).files;
+    EXPECT_EQ(files.at("config.json"), jsonText(scenarioSettings(scenario)));
+    EXPECT_EQ(files.at("buttons.json"), R"({"buttons": [{"commands": {}, "name": "AP"}, )"
+                                        R"({"commands": {"CW": {"DEFAULT": "+", "PFD": "\"x\""}}, "name": "HDG"}]})");
+    EXPECT_EQ(files.at("hid_event_map.json"),
+              R"({"control_ids": {"HDG": 21}, "event_types": {"BOARD_NOTICE": 4, "BUTTON": 1, "ENCODER": 2}})");
 }
 
 TEST(ScenarioConfiguration, NoControlsMakeNoEventMap) {
-    const TempFolder folder;
-    writeConfiguration(parsed("without config.json\n"), folder.path());
-    EXPECT_FALSE(FileSystem::exists(folder.path("hid_event_map.json")));
-    EXPECT_FALSE(FileSystem::exists(folder.path("config.json")));
-    EXPECT_TRUE(FileSystem::exists(folder.path("buttons.json")));
+    const auto files = rigSettings(parsed("without config.json\n"), Pace::fast()).files;
+    ASSERT_EQ(files.size(), 1U);
+    EXPECT_TRUE(files.contains("buttons.json"));
 }
 
 TEST(JsonText, IsReadBackAsItWas) {

@@ -1,4 +1,4 @@
-#include "simulation/scenarios/stream_texts.h"
+#include "simulation/rig/stream_texts.h"
 
 #include "simulation/rig/log_follower.h"
 #include "tests/support/temp_folder.h"

@@ -1,4 +1,4 @@
-#include "simulation/rig/json_text.h"
+#include "simulation/scenarios/json_text.h"
 
 #include <array>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "simulation/scenarios/stream_texts.h"
+#include "simulation/rig/stream_texts.h"
 
 #include "hid/hex_text.h"
 
