@@ -13,7 +13,7 @@
 namespace {
 
 /// How long the bridge may take to notice a board; generous for a busy machine.
-constexpr std::chrono::milliseconds readLimit{5000};
+constexpr std::chrono::seconds readLimit{30};
 
 /// Whether the bridge reads a board of this model, as far as the rig knows: a configuration may ask for others.
 bool hasDefaultIds(const VirtualBoardModel& model) {

@@ -75,7 +75,7 @@ void BridgeRun::mainThread(const std::string& configPath, bool consoleMode) {
     exitCallback(exitCode);
 }
 
-// As the program's own entry does it.
+// What the program's main does.
 int BridgeRun::runApp(const std::string& configPath, bool consoleMode) {
     App bridge(platform);
     std::string error;

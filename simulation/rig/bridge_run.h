@@ -13,10 +13,11 @@
 
 class App;
 
-/// One run of the bridge, on a thread that stands for its process's main thread. Driven by one thread.
+/// One run of the bridge, from its start to its end, on a thread in place of a process's main thread. Driven by one
+/// thread.
 class BridgeRun {
 public:
-    /// Called once, when the process would have ended.
+    /// Called once on the bridge's thread, when its process would have ended.
     using ExitCallback = std::function<void(int exitCode)>;
 
     explicit BridgeRun(Platform systemRecords, ExitCallback onExit);
@@ -30,9 +31,9 @@ public:
     bool started() const { return thread.joinable(); }
     /// Between a successful start and the end.
     bool running() const;
-    /// As its user's interrupt does it. Nothing when it isn't running.
+    /// What the user's interrupt does. Does nothing unless the bridge is running.
     void requestStop();
-    /// Types a line at its console.
+    /// Types a line at its console. Does nothing without console mode.
     void typeLine(const std::string& line);
 
 private:
@@ -41,17 +42,20 @@ private:
     std::thread thread;
     std::optional<ConsoleStreams> console;
 
-    /// The bridge's threads that are still alive. Its console thread is detached, so nobody else knows of its end.
+    /// The bridge's threads that are still alive. Its console thread is detached, so only this count shows when it
+    /// has ended, and with it the last user of the console's streams.
     struct LiveThreads {
+        // Guards `count`.
         std::mutex mutex;
         std::condition_variable changed;
         int count = 0;
     };
     std::shared_ptr<LiveThreads> liveThreads = std::make_shared<LiveThreads>();
 
-    // Guards the three below.
+    // Guards `app` and `startDone`.
     mutable std::mutex mutex;
     std::condition_variable changed;
+    /// Null unless the bridge is running.
     App* app = nullptr;
     bool startDone = false;
 

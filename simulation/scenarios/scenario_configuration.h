@@ -13,5 +13,5 @@ JsonValue scenarioSettings(const Scenario& scenario);
 std::int32_t scenarioSetting(const Scenario& scenario, std::string_view section, std::string_view key,
                              std::int32_t otherwise);
 
-/// The rig that the scenario is played on, with its configuration files.
+/// The rig for the scenario, with its configuration files.
 RigSettings rigSettings(const Scenario& scenario, const Pace& pace);
