@@ -1,5 +1,7 @@
 #include "tests/unit/hid/hid_fixture.h"
 
+#include <map>
+
 namespace {
 
 using HidManagerScan = HidFixture;
@@ -51,6 +53,29 @@ TEST_F(HidManagerScan, DisconnectsWithCancelThenBothCloses) {
     EXPECT_EQ(bus.callTexts(), (Lines{"enumerate", "cancel port#0001", "close port#0001", "close port#0001"}));
     EXPECT_EQ(log.lines(), (Lines{"[INFO] HID device disconnected: 0000000000000001"}));
     EXPECT_FALSE(manager->hasDevices());
+}
+
+TEST_F(HidManagerScan, DisconnectsByClosingTheReadHandleFirst) {
+    std::map<HidHandle, HidMode> modes;
+    std::vector<HidMode> closed;
+    auto transport = bus.transport();
+    transport.open = [&, open = transport.open](const std::string& path, HidAccess access, HidMode mode) {
+        const HidHandle handle = open(path, access, mode);
+        modes[handle] = mode;
+        return handle;
+    };
+    transport.close = [&, close = transport.close](HidHandle handle) {
+        closed.push_back(modes[handle]);
+        close(handle);
+    };
+    manager = std::make_unique<HidManager>(transport, host.record());
+    const auto board = plugNew(1);
+    start();
+    bus.unplug(board);
+    closed.clear();
+    manager->scanDevices();
+    EXPECT_EQ(closed, (std::vector{HidMode::Overlapped, HidMode::Synchronous}));
+    end();
 }
 
 TEST_F(HidManagerScan, ForeignDeviceIsProbedAndNothingElse) {
