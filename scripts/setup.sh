@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and this machine lacks. Safe to run again: it does nothing where all is there.
-#   setup.sh          all of it: compilers, cross compiler, Wine, the test machine's kernel
-#   setup.sh --build  only what a native build and its unit tests need
+#   setup.sh             all of it: compilers, cross compiler, Wine, the test machine's kernel
+#   setup.sh --build     only what a native build and its unit tests need
+#   setup.sh --coverage  the same, and what scripts/coverage.sh needs
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 
@@ -12,11 +13,12 @@ test_packages=(clang-format clang-tidy shellcheck libclang-rt-14-dev chromium g+
 
 case "${1:-}" in
   --build) packages=("${build_packages[@]}") ;;
+  --coverage) packages=("${build_packages[@]}" gcovr) ;;
   *) at_most 0 "$@"; packages=("${build_packages[@]}" "${test_packages[@]}") ;;
 esac
 
 # Node may be there without Debian's package of it, and then that package doesn't go in beside it.
-[ "${1:-}" = "--build" ] || command -v npm >/dev/null || packages+=(nodejs npm)
+[ -n "${1:-}" ] || command -v npm >/dev/null || packages+=(nodejs npm)
 
 missing=()
 for package in "${packages[@]}"; do
@@ -36,4 +38,4 @@ if [ "${#missing[@]}" -gt 0 ]; then
   fi
 fi
 
-[ "${1:-}" = "--build" ] || scripts/fetch-vm-kernel.sh
+[ -n "${1:-}" ] || scripts/fetch-vm-kernel.sh

@@ -1,0 +1,49 @@
+#!/usr/bin/env bash
+# Line and branch coverage of each folder of src/ by the native unit tests.
+#   coverage.sh              print the table
+#   coverage.sh --json FILE  also write the figures to FILE
+#   coverage.sh --lines      also list the lines that no test reaches
+#
+# Installs gcovr if it is missing, builds the tests with gcov's counters in build/coverage, without optimisation, and
+# runs them. Branches that only an exception takes don't count, nor do the folders named windows, which aren't compiled
+# here. Timing decides whether the tests reach some lines, so two runs may differ by a line or two.
+# Not part of test.sh or CI.
+set -euo pipefail
+
+json="" lines=""
+while [ $# -gt 0 ]; do
+  case "$1" in
+    -h | --help) sed -n '2,/^set /{/^#/s/^# \{0,1\}//p}' "$0"; exit 0 ;;
+    --lines) lines=yes; shift ;;
+    --json)
+      [ $# -ge 2 ] || { echo "coverage.sh: --json needs a file" >&2; exit 2; }
+      json=$(realpath -m -- "$2"); shift 2 ;;
+    *) echo "coverage.sh: unknown option $1 (see --help)" >&2; exit 2 ;;
+  esac
+done
+
+cd "$(dirname "$0")/.."
+scripts/setup.sh --coverage
+
+build=build/coverage
+cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS="--coverage -fprofile-update=atomic" \
+  -DCMAKE_CXX_FLAGS_DEBUG=-O0 >/dev/null
+targets=()
+for folder in tests/unit/*/; do
+  targets+=(--target "$(basename "$folder")-tests")
+done
+cmake --build "$build" -j "$(nproc)" "${targets[@]}" | tail -n 1
+
+# Counters add up over runs, and those of objects that are no longer built would count too.
+find "$build" -name '*.gcda' -delete
+ctest --test-dir "$build" -R '^unit-' --output-on-failure >"$build/tests.log" || {
+  cat "$build/tests.log" >&2
+  echo "coverage.sh: the unit tests fail, so the figures would mislead" >&2
+  exit 1
+}
+
+# gcov leaves its files in its current folder while it works: keep that out of the sources.
+(cd "$build" && gcovr --root ../.. --object-directory . --filter ../../src/ --exclude-throw-branches \
+  --exclude-unreachable-branches -j "$(nproc)" --json-summary files.json --txt lines.txt .)
+python3 scripts/coverage_table.py "$build/files.json" "$(git rev-parse HEAD)" ${json:+"$json"}
+[ -z "$lines" ] || grep -vE ' 100% *$' "$build/lines.txt"
