@@ -4,7 +4,7 @@ import json
 
 
 class Result:
-    """Counts the faults tried and caught. A JSON file is written after each fault, so a run cut short leaves one too."""
+    """Counts the faults tried and caught. The JSON file is written after each fault, so a run cut short leaves one."""
 
     def __init__(self, commit, seed, path):
         self.path = path
