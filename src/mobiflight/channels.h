@@ -1,16 +1,19 @@
 #pragma once
 
+// The client data areas through which the bridge and the module talk: their names, which all programs share, the
+// numbers that the bridge chooses for itself, and the calls that attach to the areas and write commands.
+
+#include "sim/simconnect_client.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
-
-// The client data areas through which the bridge and the module talk: their names, which all programs share, and the
-// numbers that the bridge gives them for itself.
+#include <string_view>
 
 struct ChannelNames {
     std::string command;
     std::string response;
-    /// None: the values are not asked for.
+    /// None: the bridge doesn't request the values.
     std::optional<std::string> lvars;
 };
 
@@ -24,9 +27,9 @@ struct ChannelIds {
     std::uint32_t lvarsDefinition = 0;
 };
 
-/// The numbers of the session's attachment number `attachment`, counted from 0. Each attachment needs fresh ones: the
-/// simulator refuses an area number that is taken, and a definition that is added to again grows instead of starting
-/// over.
+/// The numbers of a session's attachment, which are counted from 0. Each attachment needs fresh ones: the simulator
+/// refuses an area number that is in use, and a second addition to a definition makes it longer instead of replacing
+/// it.
 constexpr ChannelIds channelIds(std::uint32_t attachment) {
     constexpr std::uint32_t areas = 3;
     const std::uint32_t firstArea = 0x1000 + areas * attachment;
@@ -34,14 +37,22 @@ constexpr ChannelIds channelIds(std::uint32_t attachment) {
     return {firstArea, firstArea + 1, firstArea + 2, firstDefinition, firstDefinition + 1, firstDefinition + 2};
 }
 
-// All attachments use the same two requests: one that is made again replaces the one before.
+// All attachments use the same two requests: a request made again replaces the earlier one.
 constexpr std::uint32_t responseRequestId = 0x1200;
 constexpr std::uint32_t lvarsRequestId = 0x1201;
 
-// Bytes of each area that the bridge defines. The module's command and response areas have 1024 bytes; of the texts
-// that the bridge exchanges with it, none is longer than this.
+// Bytes of each area that the bridge defines. The module's command and response areas have 1024 bytes, but no text that
+// the bridge exchanges with it needs more than these.
 constexpr std::uint32_t commandAreaSize = 256;
 constexpr std::uint32_t responseAreaSize = 256;
 constexpr std::uint32_t lvarsAreaSize = 4096;
 
-constexpr const char* noSimConnectClient = "SimConnect client unavailable";
+/// Maps the areas, defines their contents and requests the module's data, in this order and up to the first failure.
+/// False with `error` set when a call fails or `client` is null.
+bool attachToChannels(SimConnectClient* client, const ChannelNames& names, std::uint32_t attachment,
+                      std::string& error);
+
+/// Writes a text to that attachment's command area, as a whole block padded with zeros. Cuts a text that is too long,
+/// with a warning. False with `error` set when the text is empty, there is no client or session, or the write fails.
+bool writeCommandArea(const SimConnectLibrary& library, SimConnectClient* client, std::uint32_t attachment,
+                      std::string_view text, std::string& error);

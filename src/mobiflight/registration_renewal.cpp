@@ -4,7 +4,7 @@ namespace {
 
 constexpr std::int64_t periodNs = 2'000'000'000;
 
-// Long enough for a module that starts with the simulator, short enough to be read as the cause of dead buttons.
+// Long enough for a module that starts with the simulator, short enough to explain buttons that do nothing.
 constexpr std::int64_t patienceNs = 10'000'000'000;
 
 } // namespace

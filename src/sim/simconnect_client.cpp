@@ -1,7 +1,6 @@
 #include "sim/simconnect_client.h"
 
 #include "logging/logger.h"
-#include "sim/hresult_text.h"
 #include "text/ascii.h"
 
 #include <algorithm>
@@ -33,8 +32,8 @@ bool isSimulatorProcess(std::string_view name) {
 
 } // namespace
 
-SimConnectClient::SimConnectClient(SimConnectLibrary simLibrary, Host hostRecord)
-    : library(std::move(simLibrary)), host(std::move(hostRecord)) {}
+SimConnectClient::SimConnectClient(SimConnectLibrary library, Host host)
+    : host(std::move(host)), session(std::move(library)) {}
 
 SimConnectClient::~SimConnectClient() {
     stop();
@@ -42,48 +41,41 @@ SimConnectClient::~SimConnectClient() {
 
 bool SimConnectClient::start(const std::string& name, ConnectionCallback onConnection, DeviceReadyCallback deviceReady,
                              std::string& error) {
-    if (running) {
+    if (worker.running()) {
         error = "SimConnect client already running";
         return false;
     }
     clientName = name.empty() ? defaultClientName : name;
-    connectionCallback = std::move(onConnection);
+    session.setConnectionCallback(std::move(onConnection));
     deviceReadyCallback = std::move(deviceReady);
-    running = true;
-    try {
-        worker = host.startThread([this] { workerLoop(); });
-    } catch (const std::exception& failure) {
-        running = false;
-        error = std::string("Failed to start SimConnect worker: ") + failure.what();
-        return false;
-    }
-    return true;
+    return worker.start(
+        host, [this] { workerLoop(); }, "Failed to start SimConnect worker: ", error);
 }
 
 void SimConnectClient::stop() {
-    if (!running.exchange(false))
+    if (!worker.requestStop())
         return;
     worker.join();
-    disconnect("shutdown");
+    session.close("shutdown");
 }
 
 void SimConnectClient::workerLoop() {
     WorkerState state;
     state.backoffMs = firstBackoffMs;
-    while (running) {
+    while (worker.running()) {
         try {
             workerStep(state);
         } catch (const std::exception& failure) {
             logError(std::string("SimConnect worker exception: ") + failure.what());
-            disconnectAfterException();
+            closeAfterException();
             sleepBackoff(state);
         }
     }
 }
 
-void SimConnectClient::disconnectAfterException() {
+void SimConnectClient::closeAfterException() {
     try {
-        disconnect("worker exception");
+        session.close("worker exception");
     } catch (const std::exception& failure) {
         // A callback's; the session is over all the same, and the worker goes on.
         logError(std::string("SimConnect worker exception: ") + failure.what());
@@ -91,13 +83,16 @@ void SimConnectClient::disconnectAfterException() {
 }
 
 void SimConnectClient::workerStep(WorkerState& state) {
-    if (connected) {
-        pollSession();
+    if (session.isConnected()) {
+        session.poll();
+        host.sleepFor(dispatchPoll);
         return;
     }
+    // Scanned even without a board, and only without a session: the end of an open one shows in its messages.
     const bool simRunning = host.findProcess(isSimulatorProcess);
-    if (everConnected && !simRunning)
-        requestShutdown();
+    // The loop goes on: it is the application that ends, and that stops this worker.
+    if (session.wasEverConnected() && !simRunning)
+        session.requestShutdown();
     if (!deviceAttached(state))
         return;
     if (simRunning)
@@ -106,20 +101,12 @@ void SimConnectClient::workerStep(WorkerState& state) {
         waitForSimulator(state);
 }
 
-void SimConnectClient::pollSession() {
-    if (const SimConnectHandle session = currentHandle()) {
-        const SimConnectResult result = library.callDispatch(session, dispatch, this);
-        if (simConnectFailed(result))
-            disconnect("dispatch error " + hresultText(result));
-    }
-    host.sleepFor(dispatchPoll);
-}
-
 bool SimConnectClient::deviceAttached(WorkerState& state) {
     if (deviceReadyCallback && !deviceReadyCallback()) {
         if (!state.waitingForDevice) {
             logInfo("Waiting for HID device to connect");
             state.waitingForDevice = true;
+            // So that the wait for the simulator is logged again when it follows the one for the board.
             state.waitingForSim = false;
         }
         host.sleepFor(deviceWait);
@@ -146,7 +133,7 @@ void SimConnectClient::tryOpen(WorkerState& state) {
         state.waitingForSim = false;
     }
     std::string error;
-    if (openSession(error)) {
+    if (session.open(clientName, error)) {
         state.backoffMs = firstBackoffMs;
         return;
     }
@@ -160,16 +147,46 @@ void SimConnectClient::sleepBackoff(WorkerState& state) {
     state.backoffMs = std::min(2 * state.backoffMs, backoffLimitMs);
 }
 
-void SimConnectClient::requestShutdown() {
-    if (shutdownRequested.exchange(true))
-        return;
-    QuitCallback callback;
-    {
-        const std::lock_guard lock(mutex);
-        callback = quitCallback;
-    }
-    if (callback) {
-        logInfo("Simulator closed; requesting application shutdown");
-        callback();
-    }
+// What others set on the session and ask of it.
+
+void SimConnectClient::setBatteryIndex(int index) {
+    session.setBatteryIndex(index);
+}
+
+void SimConnectClient::setBatteryCallback(BatteryCallback callback) {
+    session.setBatteryCallback(std::move(callback));
+}
+
+void SimConnectClient::setQuitCallback(QuitCallback callback) {
+    session.setQuitCallback(std::move(callback));
+}
+
+void SimConnectClient::setClientDataCallback(ClientDataCallback callback) {
+    session.setClientDataCallback(std::move(callback));
+}
+
+bool SimConnectClient::isConnected() const {
+    return session.isConnected();
+}
+
+SimConnectHandle SimConnectClient::connectedHandle() {
+    return session.connectedHandle();
+}
+
+bool SimConnectClient::transmitEvent(const std::string& eventName, std::uint32_t /*data*/, std::string& error) {
+    return session.transmitEvent(eventName, error);
+}
+
+bool SimConnectClient::mapClientDataName(const std::string& name, std::uint32_t clientDataId, std::string& error) {
+    return session.mapClientDataName(name, clientDataId, error);
+}
+
+bool SimConnectClient::addClientDataDefinition(std::uint32_t definitionId, std::uint32_t /*offset*/, std::uint32_t size,
+                                               std::string& error) {
+    return session.addClientDataDefinition(definitionId, size, error);
+}
+
+bool SimConnectClient::requestClientData(std::uint32_t clientDataId, std::uint32_t requestId,
+                                         std::uint32_t definitionId, std::string& error) {
+    return session.requestClientData(clientDataId, requestId, definitionId, error);
 }

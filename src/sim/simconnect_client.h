@@ -1,33 +1,26 @@
 #pragma once
 
 #include "platform/platform.h"
+#include "platform/worker.h"
+#include "sim/sim_client_session.h"
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
-#include <mutex>
 #include <string>
-#include <thread>
-#include <unordered_map>
 
-using ConnectionCallback = std::function<void(bool connected)>;
 using DeviceReadyCallback = std::function<bool()>;
-using BatteryCallback = std::function<void(bool on)>;
-/// `data` is the block behind the message's header, valid during the call; `size` is never 0.
-using ClientDataCallback = std::function<void(std::uint32_t requestId, const std::uint8_t* data, std::uint32_t size)>;
-using QuitCallback = std::function<void()>;
 
-/// Keeps one session with the simulator: waits for a board and for the simulator's process, opens the session, polls it
+/// Keeps a session with the simulator: waits for a board and for the simulator's process, opens the session, polls it
 /// for messages, and goes back to waiting when it ends. Callbacks run on its worker with no lock held; the last
 /// `ConnectionCallback` may run on the thread that calls `stop`. Operations may be called from any thread.
 class SimConnectClient {
 public:
-    SimConnectClient(SimConnectLibrary simLibrary, Host hostRecord);
+    SimConnectClient(SimConnectLibrary library, Host host);
     ~SimConnectClient();
     SimConnectClient(const SimConnectClient&) = delete;
     SimConnectClient& operator=(const SimConnectClient&) = delete;
 
-    /// False with `error` set when it is running already or no thread can be had.
+    /// False with `error` set when it already runs or the system refuses a thread.
     bool start(const std::string& name, ConnectionCallback onConnection, DeviceReadyCallback deviceReady,
                std::string& error);
 
@@ -36,9 +29,9 @@ public:
 
     /// Which of the aircraft's batteries is watched, counted from 1. Before `start` only.
     void setBatteryIndex(int index);
-    void setBatteryCallback(BatteryCallback newCallback);
-    void setQuitCallback(QuitCallback newCallback);
-    void setClientDataCallback(ClientDataCallback newCallback);
+    void setBatteryCallback(BatteryCallback callback);
+    void setQuitCallback(QuitCallback callback);
+    void setClientDataCallback(ClientDataCallback callback);
 
     bool isConnected() const;
 
@@ -57,38 +50,13 @@ public:
     SimConnectHandle connectedHandle();
 
 private:
-    const SimConnectLibrary library;
     const Host host;
-
-    std::atomic<bool> running{false};
-    std::atomic<bool> connected{false};
-    std::thread worker;
-    SimConnectHandle handle = nullptr;
-
-    /// The library's notice is in the log. Touched by the worker alone.
-    bool noticeLogged = false;
+    SimClientSession session;
+    Worker worker;
 
     // Written by `start` before the worker runs.
     std::string clientName;
-    ConnectionCallback connectionCallback;
     DeviceReadyCallback deviceReadyCallback;
-
-    int batteryIndex = 2;
-
-    BatteryCallback batteryCallback;
-    ClientDataCallback clientDataCallback;
-    QuitCallback quitCallback;
-
-    // Never cleared.
-    std::atomic<bool> shutdownRequested{false};
-    std::atomic<bool> everConnected{false};
-
-    // Guards `handle`, the three callbacks above, `eventIds` and `nextEventId`. Held for short stretches, never across
-    // a callback, and across two library calls only: mapping an event's name, so that two threads can't map it twice,
-    // and closing a surplus handle.
-    std::mutex mutex;
-    std::unordered_map<std::string, std::uint32_t> eventIds;
-    std::uint32_t nextEventId = 1;
 
     /// What the worker remembers from turn to turn; touched by the worker alone.
     struct WorkerState {
@@ -97,37 +65,11 @@ private:
         std::int32_t backoffMs = 0;
     };
 
-    /// Reaches the states that no sequence of calls from outside can bring about.
-    friend struct SimConnectClientAccess;
-
-    // The worker (simconnect_client.cpp).
     void workerLoop();
-    void disconnectAfterException();
+    void closeAfterException();
     void workerStep(WorkerState& state);
-    void pollSession();
     bool deviceAttached(WorkerState& state);
     void waitForSimulator(WorkerState& state);
     void tryOpen(WorkerState& state);
     void sleepBackoff(WorkerState& state);
-    void requestShutdown();
-
-    // The session (session.cpp).
-    bool openSession(std::string& error);
-    void logNoticeOnce();
-    bool adoptHandle(SimConnectHandle newHandle);
-    void watchBattery();
-    bool defineBattery(std::string& error);
-    bool requestBattery(std::string& error);
-    SimConnectHandle batteryHandle(std::string& error);
-    SimConnectHandle currentHandle();
-    void disconnect(const std::string& reason);
-    static void dispatch(SimConnectRecv* message, std::uint32_t size, void* context);
-    void handleMessage(const SimConnectRecv* message, std::uint32_t size);
-    void handleBattery(const SimConnectRecv* message, std::uint32_t size);
-    void handleClientData(const SimConnectRecv* message, std::uint32_t size);
-
-    // What others ask of the session (client_operations.cpp).
-    SimConnectHandle usableHandle(std::string& error);
-    bool resolveEvent(const std::string& eventName, SimConnectHandle& session, std::uint32_t& eventId,
-                      std::string& error);
 };

@@ -21,11 +21,11 @@ NOT_MESSAGES = [
     (r"registration/exe_xml_", r"[<>]", "lines of a file that the program writes"),
     (r"logging/logger\.cpp", r"^%Y", "the form of a line's time"),
     (r"platform/windows/device_notifications\.cpp", r"^Vantrel HID Notify$", "the name of a hidden window"),
-    (r"sim/session\.cpp", r"^ELECTRICAL MASTER", "a variable of the simulator"),
+    (r"sim/sim_client_session\.cpp", r"^ELECTRICAL MASTER", "a variable of the simulator"),
     (r"wire/", r"^Microsoft Flight Simulator", "the name of the simulator's pipe"),
     (r"hid/hid_log_lines\.cpp", r"^(the line's end is missing|its bytes aren't)", "said by the tools that read a log"),
     (r"registration/exe_xml_registrar\.cpp", r"\\EXE\.xml", "a path"),
-    (r"mobiflight/command_queue\.cpp", r"^MF\.SimVars\.Set\.1 $", "the beginning of each command to the module"),
+    (r"mobiflight/mobiflight_client_commands\.cpp", r"^MF\.SimVars\.Set\.1 $", "the beginning of each command to the module"),
 ]
 
 TOKEN = re.compile(

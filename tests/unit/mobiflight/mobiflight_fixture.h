@@ -1,58 +1,12 @@
 #pragma once
 
+#include "logging/logger.h"
 #include "mobiflight/mobiflight_client.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/fake_simconnect.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/sim_client_access.h"
 
 #include <gtest/gtest.h>
-
-/// Looks into the client's queue and tables.
-struct MobiFlightClientAccess {
-    static std::vector<std::string> queued(MobiFlightClient& client) {
-        const std::lock_guard lock(client.queueMutex);
-        std::vector<std::string> texts;
-        for (const MobiFlightCommand& command : client.commandQueue)
-            texts.push_back(command.text);
-        return texts;
-    }
-
-    static std::optional<EncoderPending> detents(MobiFlightClient& client, const std::string& text) {
-        const std::lock_guard lock(client.queueMutex);
-        const auto found = client.encoderPending.find(text);
-        return found == client.encoderPending.end() ? std::nullopt : std::optional(found->second);
-    }
-
-    /// Whether the three tables are empty.
-    static bool tablesEmpty(MobiFlightClient& client) {
-        const std::lock_guard lock(client.queueMutex);
-        return client.pendingHolds.empty() && client.inFlightHolds.empty() && client.encoderPending.empty();
-    }
-
-    static bool isInFlightHold(MobiFlightClient& client, const std::string& text) {
-        const std::lock_guard lock(client.queueMutex);
-        return client.inFlightHolds.count(text) > 0;
-    }
-
-    /// Waits until nobody is sending: what has been written down is then done with.
-    static void waitForSender(MobiFlightClient& client) { const std::lock_guard lock(client.sendMutex); }
-
-    /// Whether nobody is sending at this very moment.
-    static bool isSenderFree(MobiFlightClient& client) {
-        const std::unique_lock lock(client.sendMutex, std::try_to_lock);
-        return lock.owns_lock();
-    }
-
-    static std::unique_lock<std::mutex> lockQueue(MobiFlightClient& client) {
-        return std::unique_lock(client.queueMutex);
-    }
-
-    static bool write(MobiFlightClient& client, const std::string& text, std::string& error) {
-        const std::lock_guard lock(client.sendMutex);
-        return client.writeCommandArea(0, text, error);
-    }
-};
 
 /// Holds whoever comes to it while it is closed.
 class Gate {
@@ -85,17 +39,18 @@ private:
     int waiting = 0;
 };
 
-/// A client on a simulator in memory. The session is opened and ended by the test, without the SimConnect worker; the
-/// client's own worker runs, and its sleeps are held.
+/// A client on a simulator in memory. Both workers run: that of the session goes on only when the test opens or ends
+/// one, and the client's is held in its sleeps.
 class MobiFlightFixture : public testing::Test {
 protected:
     using Lines = std::vector<std::string>;
-    using Access = MobiFlightClientAccess;
 
     MobiFlightFixture() {
         config.clientName = "bridge";
         host.holdSleeps();
         host.setNow(1'000'000'000);
+        simHost.holdSleeps();
+        simHost.setProcesses({"FlightSimulator.exe"});
     }
     ~MobiFlightFixture() override { stop(); }
 
@@ -104,17 +59,34 @@ protected:
     void stop() {
         gate.open();
         host.letSleepsPass();
+        simHost.letSleepsPass();
         client.stop();
+        simConnect.stop();
     }
 
+    /// The session's worker opens one, and tells the client.
     void openSession() {
-        ASSERT_TRUE(SimConnectClientAccess::openSession(simConnect, error));
-        client.onSimConnectState(true);
+        const bool isFirst = !simConnect.isConnected() && simHost.threadsStarted() == 0;
+        if (isFirst)
+            simConnect.start(
+                "bridge", [this](bool connected) { client.onSimConnectState(connected); }, nullptr, error);
+        ASSERT_EQ(isFirst ? simHost.waitForSleep() : simHost.nextSleep(), 15);
     }
 
     void endSession() {
-        SimConnectClientAccess::disconnect(simConnect);
-        client.onSimConnectState(false);
+        sim.script(SimCall::CallDispatch, {simConnectFail});
+        ASSERT_EQ(simHost.nextSleep(), 15);
+    }
+
+    void changeSession() {
+        endSession();
+        openSession();
+    }
+
+    /// A block from the module, through the session.
+    void deliver(std::uint32_t requestId, const std::string& text) {
+        sim.deliverText(requestId, text, 256);
+        ASSERT_EQ(simHost.nextSleep(), 15);
     }
 
     void respond(const std::string& text) {
@@ -125,54 +97,62 @@ protected:
 
     void confirm() { respond("MF.Clients.Add.bridge.Finished"); }
 
-    /// Starts, opens a session and lives through the handshake; the commands of it are forgotten.
-    void becomeReady() {
+    /// Starts and opens a session whose registration is sent and not yet answered.
+    void registering() {
         ASSERT_TRUE(start());
         openSession();
-        registerClient();
+        ASSERT_TRUE(waitForCommands({registration}));
     }
 
-    /// Waits until these are all the commands written, and the worker is done with the last.
-    bool waitForCommands(const Lines& expected) {
-        const bool seen = waitUntil([&] { return sim.commands() == expected; });
-        Access::waitForSender(client);
-        return seen;
-    }
-
+    /// Confirms the registration that was sent, and forgets the commands up to the end of the handshake.
     void registerClient() {
         const std::size_t before = sim.commands().size();
         confirm();
         ASSERT_TRUE(client.isReady());
         ASSERT_TRUE(waitUntil([&] { return sim.commands().size() >= before + 2 && sim.commands().back() == addText; }));
-        Access::waitForSender(client);
+        // Waits until the worker is done with that.
+        ASSERT_TRUE(sendNow("ready"));
         skipped = sim.commands().size();
     }
 
-    /// Has every write to the command area wait at the gate.
+    void becomeReady() {
+        registering();
+        registerClient();
+    }
+
+    /// Has every write to the command area wait at the gate, which is closed.
     void gateWrites() {
         sim.setHook([this](SimCall call) {
             if (call == SimCall::SetClientData)
                 gate.pass();
         });
+        gate.close();
     }
 
-    /// Sends a command that the worker then holds in its hand at the gate.
-    void holdWorkerAtGate() {
+    /// Has this command in flight, held at the gate.
+    void holdAtGate(const std::string& rpn, RpnKind kind = RpnKind::Normal, std::uint32_t amount = 1) {
         gateWrites();
-        gate.close();
-        ASSERT_TRUE(queue("first"));
+        ASSERT_TRUE(queue(rpn, kind, amount));
         ASSERT_TRUE(gate.waitForSomebody());
+    }
+
+    /// Stops the client, whose worker is held at the gate, and lets it go once the stop has begun.
+    void stopAtGate() {
+        std::thread stopper([this] { client.stop(); });
+        std::string reason;
+        EXPECT_TRUE(waitUntil([&] { return !client.queueRpn("probe", RpnKind::Normal, 0, reason); }));
+        gate.open();
+        stopper.join();
     }
 
     bool queue(const std::string& rpn, RpnKind kind = RpnKind::Normal, std::uint32_t amount = 1) {
         return client.queueRpn(rpn, kind, amount, error);
     }
 
-    /// What was written since the handshake, once there are `count` of them and the worker has nothing left to do.
-    Lines written(std::size_t count) {
-        waitUntil([&] { return sim.commands().size() >= skipped + count && idle(); });
-        Access::waitForSender(client);
-        return sinceHandshake();
+    bool sendNow(const std::string& rpn) { return client.sendRpnNow(rpn, error); }
+
+    bool waitForCommands(const Lines& expected) {
+        return waitUntil([&] { return sim.commands() == expected; });
     }
 
     Lines sinceHandshake() {
@@ -180,7 +160,22 @@ protected:
         return {all.begin() + static_cast<std::ptrdiff_t>(std::min(skipped, all.size())), all.end()};
     }
 
-    bool idle() { return Access::queued(client).empty() && Access::tablesEmpty(client); }
+    /// What a ready client writes of all that is queued, seen by the command that is queued behind it. Once a test.
+    Lines written() {
+        EXPECT_TRUE(queue("end"));
+        Lines all;
+        EXPECT_TRUE(waitUntil([&] {
+            all = sinceHandshake();
+            return std::count(all.begin(), all.end(), set("end")) > 0;
+        }));
+        all.erase(std::find(all.begin(), all.end(), set("end")), all.end());
+        return all;
+    }
+
+    std::ptrdiff_t sentCount(const std::string& rpn) {
+        const Lines all = sim.commands();
+        return std::count(all.begin(), all.end(), set(rpn));
+    }
 
     static std::string set(const std::string& rpn) { return "MF.SimVars.Set.1 " + rpn; }
 
@@ -194,6 +189,7 @@ protected:
         return result;
     }
 
+    static constexpr RpnKind allKinds[] = {RpnKind::Normal, RpnKind::Hold, RpnKind::Encoder};
     static constexpr const char* dummy = "MF.DummyCmd";
     static constexpr const char* registration = "MF.Clients.Add.bridge";
     static constexpr const char* clearText = "MF.SimVars.Clear";
@@ -201,11 +197,12 @@ protected:
 
     LogCapture log;
     FakeHost host;
+    FakeHost simHost;
     FakeSimConnect sim;
     Gate gate;
     MobiFlightConfig config;
     std::string error;
     std::size_t skipped = 0;
-    SimConnectClient simConnect{sim.library(), host.record()};
+    SimConnectClient simConnect{sim.library(), simHost.record()};
     MobiFlightClient client{sim.library(), host.record()};
 };

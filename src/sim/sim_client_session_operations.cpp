@@ -1,9 +1,7 @@
-// What others set on the client and ask of its session.
+// The operations that others ask of the session.
 
 #include "sim/hresult_text.h"
-#include "sim/simconnect_client.h"
-
-#include <utility>
+#include "sim/sim_client_session.h"
 
 namespace {
 
@@ -11,44 +9,19 @@ constexpr const char* notConnected = "SimConnect is not connected";
 
 } // namespace
 
-void SimConnectClient::setBatteryIndex(int index) {
-    batteryIndex = index;
-}
-
-// A replaced callback is destroyed with the argument, after the lock is released.
-
-void SimConnectClient::setBatteryCallback(BatteryCallback newCallback) {
-    const std::lock_guard lock(mutex);
-    batteryCallback.swap(newCallback);
-}
-
-void SimConnectClient::setQuitCallback(QuitCallback newCallback) {
-    const std::lock_guard lock(mutex);
-    quitCallback.swap(newCallback);
-}
-
-void SimConnectClient::setClientDataCallback(ClientDataCallback newCallback) {
-    const std::lock_guard lock(mutex);
-    clientDataCallback.swap(newCallback);
-}
-
-bool SimConnectClient::isConnected() const {
-    return connected;
-}
-
-SimConnectHandle SimConnectClient::connectedHandle() {
+SimConnectHandle SimClientSession::connectedHandle() {
     const std::lock_guard lock(mutex);
     return connected ? handle : nullptr;
 }
 
-SimConnectHandle SimConnectClient::usableHandle(std::string& error) {
+SimConnectHandle SimClientSession::usableHandle(std::string& error) {
     const SimConnectHandle session = connectedHandle();
     if (session == nullptr)
         error = notConnected;
     return session;
 }
 
-bool SimConnectClient::transmitEvent(const std::string& eventName, std::uint32_t /*data*/, std::string& error) {
+bool SimClientSession::transmitEvent(const std::string& eventName, std::string& error) {
     if (eventName.empty()) {
         error = "SimConnect event name is empty";
         return false;
@@ -63,7 +36,7 @@ bool SimConnectClient::transmitEvent(const std::string& eventName, std::uint32_t
     return callSucceeded("SimConnect_TransmitClientEvent", result, error);
 }
 
-bool SimConnectClient::resolveEvent(const std::string& eventName, SimConnectHandle& session, std::uint32_t& eventId,
+bool SimClientSession::resolveEvent(const std::string& eventName, SimConnectHandle& session, std::uint32_t& eventId,
                                     std::string& error) {
     const std::lock_guard lock(mutex);
     if (handle == nullptr || !connected) {
@@ -85,7 +58,7 @@ bool SimConnectClient::resolveEvent(const std::string& eventName, SimConnectHand
     return true;
 }
 
-bool SimConnectClient::mapClientDataName(const std::string& name, std::uint32_t clientDataId, std::string& error) {
+bool SimClientSession::mapClientDataName(const std::string& name, std::uint32_t clientDataId, std::string& error) {
     const SimConnectHandle session = usableHandle(error);
     if (session == nullptr)
         return false;
@@ -93,8 +66,7 @@ bool SimConnectClient::mapClientDataName(const std::string& name, std::uint32_t 
     return callSucceeded("SimConnect_MapClientDataNameToID", result, error);
 }
 
-bool SimConnectClient::addClientDataDefinition(std::uint32_t definitionId, std::uint32_t /*offset*/, std::uint32_t size,
-                                               std::string& error) {
+bool SimClientSession::addClientDataDefinition(std::uint32_t definitionId, std::uint32_t size, std::string& error) {
     const SimConnectHandle session = usableHandle(error);
     if (session == nullptr)
         return false;
@@ -103,7 +75,7 @@ bool SimConnectClient::addClientDataDefinition(std::uint32_t definitionId, std::
     return callSucceeded("SimConnect_AddToClientDataDefinition", result, error);
 }
 
-bool SimConnectClient::requestClientData(std::uint32_t clientDataId, std::uint32_t requestId,
+bool SimClientSession::requestClientData(std::uint32_t clientDataId, std::uint32_t requestId,
                                          std::uint32_t definitionId, std::string& error) {
     const SimConnectHandle session = usableHandle(error);
     if (session == nullptr)

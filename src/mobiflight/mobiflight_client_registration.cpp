@@ -36,32 +36,16 @@ void MobiFlightClient::beginSession() {
 }
 
 bool MobiFlightClient::attachToSharedChannels(std::uint32_t attachment, std::string& error) {
-    // A client with channels of its own doesn't ask for the shared values: any program may change what they are.
-    return attach({commandChannel, responseChannel,
-                   extensions.ownChannels ? std::nullopt : std::optional<std::string>(lvarsChannel)},
-                  attachment, error);
+    // A client with channels of its own doesn't request the shared values: any program may change which they are.
+    return attachToChannels(simConnect,
+                            {commandChannel, responseChannel,
+                             extensions.ownChannels ? std::nullopt : std::optional<std::string>(lvarsChannel)},
+                            attachment, error);
 }
 
 bool MobiFlightClient::attachToOwnChannels(std::uint32_t attachment, std::string& error) {
-    return attach({clientName + ".Command", clientName + ".Response", clientName + ".LVars"}, attachment, error);
-}
-
-bool MobiFlightClient::attach(const ChannelNames& names, std::uint32_t attachment, std::string& error) {
-    if (simConnect == nullptr) {
-        error = noSimConnectClient;
-        return false;
-    }
-    const ChannelIds ids = channelIds(attachment);
-    SimConnectClient& sim = *simConnect;
-    const bool withLVars = names.lvars.has_value();
-    return sim.mapClientDataName(names.command, ids.commandArea, error) &&
-           sim.mapClientDataName(names.response, ids.responseArea, error) &&
-           (!withLVars || sim.mapClientDataName(*names.lvars, ids.lvarsArea, error)) &&
-           sim.addClientDataDefinition(ids.commandDefinition, 0, commandAreaSize, error) &&
-           sim.addClientDataDefinition(ids.responseDefinition, 0, responseAreaSize, error) &&
-           (!withLVars || sim.addClientDataDefinition(ids.lvarsDefinition, 0, lvarsAreaSize, error)) &&
-           sim.requestClientData(ids.responseArea, responseRequestId, ids.responseDefinition, error) &&
-           (!withLVars || sim.requestClientData(ids.lvarsArea, lvarsRequestId, ids.lvarsDefinition, error));
+    return attachToChannels(simConnect, {clientName + ".Command", clientName + ".Response", clientName + ".LVars"},
+                            attachment, error);
 }
 
 void MobiFlightClient::queueRegistration(std::uint32_t attachment) {
@@ -70,13 +54,13 @@ void MobiFlightClient::queueRegistration(std::uint32_t attachment) {
     // a ping comes in between and changes the area.
     if (extensions.renewRegistration)
         queueHandshake(ping);
-    // Once on its own channels, the client writes no more to the shared one. What it leaves there must not be the
-    // registration: the next session's would be the same bytes, and the module wouldn't see them.
+    // A client with channels of its own makes this its last write to the shared one. The registration must not remain
+    // there: the next session's would be the same bytes, and the module wouldn't notice it. So the dummy follows.
     queueHandshake(registrationText(clientName), extensions.ownChannels);
 }
 
 void MobiFlightClient::queueHandshake(const std::string& text, bool sendDummy) {
-    commandQueue.push_back({.text = text, .sendDummy = sendDummy, .queuedAt = host.now()});
+    queue.enqueue({.text = text, .sendDummy = sendDummy, .queuedAt = host.now()});
     queueCondition.notify_one();
 }
 
@@ -86,6 +70,7 @@ void MobiFlightClient::onResponse(const std::string& text) {
         const std::lock_guard lock(queueMutex);
         renewal.moduleHeard();
     }
+    // Anywhere in the text, and the confirmation first: a text that holds both counts as confirmed.
     if (text.find(registration + ".Finished") != std::string::npos) {
         onConfirmation();
     } else if (text.find(registration + ".Error") != std::string::npos) {
@@ -96,6 +81,7 @@ void MobiFlightClient::onResponse(const std::string& text) {
 }
 
 void MobiFlightClient::onConfirmation() {
+    // A registration that was repeated may be answered twice.
     if (ready)
         return;
     if (!extensions.ownChannels) {
@@ -148,7 +134,7 @@ void MobiFlightClient::renewRegistrationIfDue() {
 }
 
 bool MobiFlightClient::handshakeWaits() const {
-    return std::any_of(commandQueue.begin(), commandQueue.end(),
+    return std::any_of(queue.waiting().begin(), queue.waiting().end(),
                        [](const MobiFlightCommand& command) { return !command.needsReady; });
 }
 

@@ -1,8 +1,7 @@
-// The session itself: how it is opened, what its messages do, how it ends.
+#include "sim/sim_client_session.h"
 
 #include "logging/logger.h"
 #include "sim/hresult_text.h"
-#include "sim/simconnect_client.h"
 
 #include <cstring>
 #include <utility>
@@ -26,7 +25,34 @@ std::uint32_t requestIdOf(const SimConnectRecv* message) {
 
 } // namespace
 
-bool SimConnectClient::openSession(std::string& error) {
+SimClientSession::SimClientSession(SimConnectLibrary library) : library(std::move(library)) {}
+
+void SimClientSession::setBatteryIndex(int index) {
+    batteryIndex = index;
+}
+
+void SimClientSession::setConnectionCallback(ConnectionCallback callback) {
+    connectionCallback = std::move(callback);
+}
+
+// A replaced callback is destroyed with the argument, after the lock is released: what it holds may call in here.
+
+void SimClientSession::setBatteryCallback(BatteryCallback callback) {
+    const std::lock_guard lock(mutex);
+    batteryCallback.swap(callback);
+}
+
+void SimClientSession::setQuitCallback(QuitCallback callback) {
+    const std::lock_guard lock(mutex);
+    quitCallback.swap(callback);
+}
+
+void SimClientSession::setClientDataCallback(ClientDataCallback callback) {
+    const std::lock_guard lock(mutex);
+    clientDataCallback.swap(callback);
+}
+
+bool SimClientSession::open(const std::string& clientName, std::string& error) {
     logNoticeOnce();
     SimConnectHandle newHandle = nullptr;
     const SimConnectResult result = library.open(&newHandle, clientName.c_str(), nullptr, 0, nullptr, 0);
@@ -36,6 +62,7 @@ bool SimConnectClient::openSession(std::string& error) {
     }
     if (!adoptHandle(newHandle))
         return true;
+    // Before `connected` is set: nobody else may use a session that is still being set up.
     watchBattery();
     const bool wasConnected = connected.exchange(true);
     everConnected = true;
@@ -45,7 +72,7 @@ bool SimConnectClient::openSession(std::string& error) {
     return true;
 }
 
-void SimConnectClient::logNoticeOnce() {
+void SimClientSession::logNoticeOnce() {
     if (std::exchange(noticeLogged, true) || !library.notice)
         return;
     const std::string notice = library.notice();
@@ -53,7 +80,7 @@ void SimConnectClient::logNoticeOnce() {
         logWarn(notice);
 }
 
-bool SimConnectClient::adoptHandle(SimConnectHandle newHandle) {
+bool SimClientSession::adoptHandle(SimConnectHandle newHandle) {
     const std::lock_guard lock(mutex);
     if (handle != nullptr) {
         library.close(newHandle);
@@ -65,7 +92,8 @@ bool SimConnectClient::adoptHandle(SimConnectHandle newHandle) {
     return true;
 }
 
-void SimConnectClient::watchBattery() {
+// Without the battery the boards stay usable, so a failure is only logged.
+void SimClientSession::watchBattery() {
     std::string error;
     if (!defineBattery(error)) {
         logWarn("SimConnect data definitions failed: " + error);
@@ -75,7 +103,7 @@ void SimConnectClient::watchBattery() {
         logWarn("SimConnect data request failed: " + error);
 }
 
-bool SimConnectClient::defineBattery(std::string& error) {
+bool SimClientSession::defineBattery(std::string& error) {
     const SimConnectHandle session = batteryHandle(error);
     if (session == nullptr)
         return false;
@@ -85,7 +113,7 @@ bool SimConnectClient::defineBattery(std::string& error) {
     return callSucceeded("SimConnect_AddToDataDefinition", result, error);
 }
 
-bool SimConnectClient::requestBattery(std::string& error) {
+bool SimClientSession::requestBattery(std::string& error) {
     const SimConnectHandle session = batteryHandle(error);
     if (session == nullptr)
         return false;
@@ -95,19 +123,28 @@ bool SimConnectClient::requestBattery(std::string& error) {
     return callSucceeded("SimConnect_RequestDataOnSimObject", result, error);
 }
 
-SimConnectHandle SimConnectClient::batteryHandle(std::string& error) {
+SimConnectHandle SimClientSession::batteryHandle(std::string& error) {
     const SimConnectHandle session = currentHandle();
     if (session == nullptr)
         error = "SimConnect handle unavailable";
     return session;
 }
 
-SimConnectHandle SimConnectClient::currentHandle() {
+SimConnectHandle SimClientSession::currentHandle() {
     const std::lock_guard lock(mutex);
     return handle;
 }
 
-void SimConnectClient::disconnect(const std::string& reason) {
+void SimClientSession::poll() {
+    const SimConnectHandle session = currentHandle();
+    if (session == nullptr)
+        return;
+    const SimConnectResult result = library.callDispatch(session, dispatch, this);
+    if (simConnectFailed(result))
+        close("dispatch error " + hresultText(result));
+}
+
+void SimClientSession::close(const std::string& reason) {
     SimConnectHandle oldHandle = nullptr;
     {
         const std::lock_guard lock(mutex);
@@ -119,6 +156,8 @@ void SimConnectClient::disconnect(const std::string& reason) {
         eventIds.clear();
         nextEventId = 1;
     }
+    // The handle is out of reach before it is closed. A call that copied it earlier may still use it and then fails
+    // like any other.
     library.close(oldHandle);
     if (!connected.exchange(false))
         return;
@@ -127,20 +166,20 @@ void SimConnectClient::disconnect(const std::string& reason) {
         connectionCallback(false);
 }
 
-void SimConnectClient::dispatch(SimConnectRecv* message, std::uint32_t size, void* context) {
-    // The head is read only when it is there: what the library hands over may have come over a network.
+void SimClientSession::dispatch(SimConnectRecv* message, std::uint32_t size, void* context) {
+    // Even the header may be missing: the network client passes on what it received.
     if (message == nullptr || context == nullptr || size < sizeof(SimConnectRecv))
         return;
-    static_cast<SimConnectClient*>(context)->handleMessage(message, size);
+    static_cast<SimClientSession*>(context)->handleMessage(message, size);
 }
 
-void SimConnectClient::handleMessage(const SimConnectRecv* message, std::uint32_t size) {
+void SimClientSession::handleMessage(const SimConnectRecv* message, std::uint32_t size) {
     switch (message->dwID) {
     case simConnectRecvOpen:
         logInfo("SimConnect session opened");
         break;
     case simConnectRecvQuit:
-        disconnect("SimConnect quit");
+        close("SimConnect quit");
         requestShutdown();
         break;
     case simConnectRecvSimobjectData:
@@ -150,11 +189,12 @@ void SimConnectClient::handleMessage(const SimConnectRecv* message, std::uint32_
         handleClientData(message, size);
         break;
     default:
+        // The simulator's own exceptions too: they come later than the call that they are about and don't name it.
         break;
     }
 }
 
-void SimConnectClient::handleBattery(const SimConnectRecv* message, std::uint32_t size) {
+void SimClientSession::handleBattery(const SimConnectRecv* message, std::uint32_t size) {
     std::uint32_t value = 0;
     if (size < dataHeaderSize + sizeof value || requestIdOf(message) != batteryRequestId)
         return;
@@ -168,7 +208,7 @@ void SimConnectClient::handleBattery(const SimConnectRecv* message, std::uint32_
         callback(value != 0);
 }
 
-void SimConnectClient::handleClientData(const SimConnectRecv* message, std::uint32_t size) {
+void SimClientSession::handleClientData(const SimConnectRecv* message, std::uint32_t size) {
     if (size <= dataHeaderSize)
         return;
     ClientDataCallback callback;
@@ -178,4 +218,19 @@ void SimConnectClient::handleClientData(const SimConnectRecv* message, std::uint
     }
     if (callback)
         callback(requestIdOf(message), dataBlock(message), size - dataHeaderSize);
+}
+
+void SimClientSession::requestShutdown() {
+    // Spent even without a callback: one that is set later has missed the simulator's end.
+    if (shutdownRequested.exchange(true))
+        return;
+    QuitCallback callback;
+    {
+        const std::lock_guard lock(mutex);
+        callback = quitCallback;
+    }
+    if (callback) {
+        logInfo("Simulator closed; requesting application shutdown");
+        callback();
+    }
 }

@@ -1,0 +1,338 @@
+#include "tests/unit/mobiflight/mobiflight_fixture.h"
+
+#include <functional>
+#include <memory>
+#include <utility>
+
+// How the client registers with the module, with and without the extensions.
+
+namespace {
+
+constexpr std::int64_t second = 1'000'000'000;
+constexpr std::int64_t begin = 1'000'000'000;
+
+} // namespace
+
+class MobiFlightRegistration : public MobiFlightFixture {
+protected:
+    ~MobiFlightRegistration() override { stop(); }
+
+    void startWith(const ExtensionsConfig& extensions) {
+        client.setExtensions(extensions);
+        ASSERT_TRUE(start());
+        openSession();
+    }
+
+    /// The areas that were mapped since the last look, by name and number.
+    Lines takeMappedAreas() { return takeCalls("MapClientDataNameToID"); }
+
+    /// The writes since the last look: the area's number and the text.
+    Lines takeWrites() {
+        Lines writes = takeCalls("SetClientData");
+        for (std::string& call : writes)
+            call = call.substr(0, 6) + call.substr(call.rfind(", ") + 1);
+        return writes;
+    }
+
+    /// The arguments of these calls, behind the session. Forgets all calls.
+    Lines takeCalls(const std::string& name) {
+        Lines result;
+        for (const std::string& call : sim.takeCalls()) {
+            if (call.starts_with(name))
+                result.push_back(call.substr(name.size() + 5, call.size() - name.size() - 6));
+        }
+        return result;
+    }
+
+    /// Keeps the worker going, so that it looks at the time after each of its naps.
+    void keepWorkerAwake() {
+        ASSERT_TRUE(queue("waiting"));
+        ASSERT_EQ(host.waitForSleep(), 50);
+    }
+
+    void passTo(std::int64_t now) {
+        host.setNow(now);
+        ASSERT_EQ(host.nextSleep(), 50);
+    }
+
+    static constexpr const char* ping = "MF.Ping";
+    static constexpr const char* attachFailure = "[WARN] MobiFlight channel initialization failed: "
+                                                 "SimConnect_MapClientDataNameToID failed (0x80004005)";
+};
+
+TEST_F(MobiFlightRegistration, FollowsTheAttachment) {
+    registering();
+    EXPECT_EQ(takeMappedAreas(), (Lines{R"("MobiFlight.Command", 0x1000)", R"("MobiFlight.Response", 0x1001)",
+                                        R"("MobiFlight.LVars", 0x1002)"}));
+    EXPECT_FALSE(client.isReady());
+}
+
+TEST_F(MobiFlightRegistration, UsesTheConfiguredChannels) {
+    config.commandChannel = "A";
+    config.responseChannel = "B";
+    config.lvarsChannel = "C";
+    registering();
+    EXPECT_EQ(takeMappedAreas(), (Lines{R"("A", 0x1000)", R"("B", 0x1001)", R"("C", 0x1002)"}));
+}
+
+TEST_F(MobiFlightRegistration, IsNotMadeAfterAFailedAttachment) {
+    ASSERT_TRUE(start());
+    sim.script(SimCall::MapClientDataNameToId, {simConnectFail});
+    openSession();
+    EXPECT_EQ(log.linesWith("WARN"), (Lines{attachFailure}));
+    confirm();
+    EXPECT_TRUE(waitForCommands({clearText, addText}));
+}
+
+TEST_F(MobiFlightRegistration, ConfirmationClearsAndSubscribesOnceWithoutDummies) {
+    registering();
+    registerClient();
+    confirm();
+    EXPECT_EQ(written(), Lines());
+    EXPECT_EQ(log.linesWith("registered"), (Lines{"[INFO] MobiFlight client registered"}));
+}
+
+TEST_F(MobiFlightRegistration, AnswersAreReadByTheirText) {
+    const std::string finished = "MF.Clients.Add.bridge.Finished";
+    const std::string refused = "MF.Clients.Add.bridge.Error";
+    const struct {
+        std::string text;
+        bool ready;
+        bool warned;
+    } rows[] = {
+        {"", false, false},
+        {"MF.Pong", false, false},
+        {"MF.Clients.Add.other.Finished", false, false},
+        {"MF.Clients.Add.bridge2.Finished", false, false},
+        {"MF.Clients.Add.my-bridge.Finished", false, false},
+        {"MF.Clients.Add.Bridge.Finished", false, false},
+        {"MF.Clients.Add.bridge", false, false},
+        {"MF.Clients.Add.bridge.finished", false, false},
+        {"MF.Clients.Add.other.Error", false, false},
+        {std::string("x\0", 2) + finished, false, false},
+        {refused + ": full", false, true},
+        {finished, true, false},
+        {"xx " + finished + " yy", true, false},
+        {refused + " " + finished, true, false},
+    };
+    registering();
+    for (const auto& row : rows) {
+        log.clear();
+        client.onSimConnectState(true);
+        respond(row.text);
+        EXPECT_EQ(client.isReady(), row.ready) << row.text;
+        const Lines warnings = row.warned ? Lines{"[WARN] MobiFlight registration error: " + row.text} : Lines();
+        EXPECT_EQ(log.linesWith("WARN"), warnings) << row.text;
+    }
+    respond(refused);
+    EXPECT_TRUE(client.isReady()) << "a refusal leaves a ready client ready";
+}
+
+TEST_F(MobiFlightRegistration, AnswersAreReadFromTheResponseAreaAlone) {
+    registering();
+    const std::string text = "MF.Clients.Add.bridge.Finished";
+    const std::vector<std::uint8_t> block(text.begin(), text.end());
+    const auto size = static_cast<std::uint32_t>(block.size());
+    for (const std::uint32_t id : {0U, 1U, 0x1000U, 0x11FFU, 0x1201U, 0x1202U, 0xFFFFFFFFU})
+        client.onClientData(id, block.data(), size);
+    client.onClientData(0x1200, block.data(), size - 1);
+    EXPECT_FALSE(client.isReady());
+    client.onClientData(0x1200, block.data(), size);
+    EXPECT_TRUE(client.isReady());
+}
+
+TEST_F(MobiFlightRegistration, IsMadeAnewInEachSession) {
+    registering();
+    confirm();
+    ASSERT_TRUE(waitForCommands({registration, clearText, addText}));
+    endSession();
+    EXPECT_FALSE(client.isReady());
+    EXPECT_TRUE(log.has("[INFO] MobiFlight client waiting for SimConnect"));
+    openSession();
+    EXPECT_TRUE(waitForCommands({registration, clearText, addText, registration}));
+    EXPECT_FALSE(client.isReady());
+    confirm();
+    EXPECT_TRUE(waitForCommands({registration, clearText, addText, registration, clearText, addText}));
+    // Even when nobody reported the end of the old one.
+    client.onSimConnectState(true);
+    EXPECT_FALSE(client.isReady());
+    EXPECT_TRUE(waitUntil([this] { return sim.commands().size() == 7; }));
+}
+
+TEST_F(MobiFlightRegistration, SubscribesTheConfiguredVariable) {
+    startWith({.lightVariable = "(A:LIGHT POTENTIOMETER:3, percent over 100)"});
+    confirm();
+    EXPECT_TRUE(
+        waitForCommands({registration, clearText, "MF.SimVars.Add.(A:LIGHT POTENTIOMETER:3, percent over 100)"}));
+}
+
+TEST_F(MobiFlightRegistration, VariablesAreNumbersWhereTheSettingSaysSo) {
+    startWith({.lvarNumbers = true});
+    deliver(0x1201, "333?");
+    EXPECT_TRUE(log.has("[DEBUG] MobiFlight LVars: 0.700000"));
+}
+
+TEST_F(MobiFlightRegistration, WithoutRenewalIsNeverRepeated) {
+    registering();
+    keepWorkerAwake();
+    sim.takeCalls();
+    passTo(begin + 3600 * second);
+    EXPECT_EQ(sim.takeCalls(), Lines());
+    EXPECT_EQ(log.linesWith("has not answered"), Lines());
+}
+
+class RenewRegistration : public MobiFlightRegistration {
+protected:
+    ~RenewRegistration() override { stop(); }
+
+    /// Does this on the worker, once, when it next asks the simulator for an area.
+    void onNextRequest(std::function<void()> action) {
+        auto once = std::make_shared<std::function<void()>>(std::move(action));
+        sim.setHook([once](SimCall call) {
+            if (call == SimCall::RequestClientData && *once)
+                std::exchange(*once, nullptr)();
+        });
+    }
+
+    void openMuteSession() {
+        startWith({.renewRegistration = true});
+        // A ping comes ahead of the registration.
+        ASSERT_TRUE(waitForCommands({ping, registration}));
+        keepWorkerAwake();
+    }
+
+    Lines silenceWarnings() { return log.linesWith("has not answered"); }
+};
+
+TEST_F(RenewRegistration, RepeatsTheWholeAttachmentEveryTwoSecondsWithNumbersOfItsOwn) {
+    openMuteSession();
+    sim.takeCalls();
+    passTo(begin + 2 * second - 1);
+    EXPECT_EQ(sim.takeCalls(), Lines());
+    passTo(begin + 2 * second);
+    EXPECT_EQ(takeWrites(), (Lines{R"(0x1003 "MF.Ping")", R"(0x1003 "MF.Clients.Add.bridge")"}));
+    passTo(begin + 4 * second);
+    EXPECT_EQ(takeMappedAreas(), (Lines{R"("MobiFlight.Command", 0x1006)", R"("MobiFlight.Response", 0x1007)",
+                                        R"("MobiFlight.LVars", 0x1008)"}));
+}
+
+TEST_F(RenewRegistration, EndsWithTheConfirmation) {
+    openMuteSession();
+    confirm();
+    host.setNow(begin + 60 * second);
+    host.letSleepsPass();
+    const Lines expected{ping, registration, set("waiting"), dummy, clearText, addText};
+    EXPECT_TRUE(waitForCommands(expected));
+    skipped = expected.size();
+    EXPECT_EQ(written(), Lines());
+    EXPECT_EQ(silenceWarnings(), Lines());
+}
+
+TEST_F(RenewRegistration, IsSatisfiedByAnAnswerThatComesMeanwhile) {
+    openMuteSession();
+    onNextRequest([this] { confirm(); });
+    host.setNow(begin + 2 * second);
+    host.letSleepsPass();
+    EXPECT_TRUE(waitForCommands({ping, registration, set("waiting"), dummy, clearText, addText}));
+}
+
+TEST_F(RenewRegistration, EndsWithASessionThatEndsMeanwhile) {
+    openMuteSession();
+    onNextRequest([this] {
+        client.onSimConnectState(false);
+        client.onSimConnectState(true);
+    });
+    host.setNow(begin + 2 * second);
+    host.letSleepsPass();
+    // What began in the old session doesn't register in the new one, which does so by itself.
+    ASSERT_TRUE(waitForCommands({ping, registration, ping, registration}));
+    confirm();
+    EXPECT_TRUE(waitForCommands({ping, registration, ping, registration, clearText, addText}));
+}
+
+TEST_F(RenewRegistration, EndsWithARefusal) {
+    openMuteSession();
+    respond("MF.Clients.Add.bridge.Error");
+    passTo(begin + 60 * second);
+    EXPECT_EQ(sim.commands(), (Lines{ping, registration}));
+    EXPECT_EQ(silenceWarnings(), Lines());
+}
+
+TEST_F(RenewRegistration, EndsWithTheSession) {
+    openMuteSession();
+    endSession();
+    host.setNow(begin + 60 * second);
+    host.endSleep();
+    ASSERT_TRUE(queue("later"));
+    ASSERT_EQ(host.waitForSleep(), 100);
+    EXPECT_EQ(sim.commands(), (Lines{ping, registration}));
+    EXPECT_EQ(silenceWarnings(), Lines());
+}
+
+TEST_F(RenewRegistration, WarnsOnceAfterTenSilentSeconds) {
+    openMuteSession();
+    passTo(begin + 10 * second - 1);
+    EXPECT_EQ(silenceWarnings(), Lines());
+    passTo(begin + 10 * second);
+    passTo(begin + 30 * second);
+    EXPECT_EQ(silenceWarnings(),
+              (Lines{"[WARN] MobiFlight module has not answered for 10 seconds; it may not be installed"}));
+}
+
+TEST_F(RenewRegistration, DoesNotReportAModuleMissingThatAnswersThePing) {
+    openMuteSession();
+    respond("MF.Pong");
+    passTo(begin + 10 * second);
+    EXPECT_EQ(silenceWarnings(), Lines());
+    EXPECT_EQ(sim.commands(), (Lines{ping, registration, ping, registration}));
+}
+
+TEST_F(RenewRegistration, RepeatsAFailedAttachmentToo) {
+    sim.script(SimCall::RequestClientData, {simConnectFail, simConnectFail});
+    startWith({.renewRegistration = true});
+    keepWorkerAwake();
+    // The second attempt fails too, silently.
+    passTo(begin + 2 * second);
+    EXPECT_EQ(sim.count(SimCall::RequestClientData), 2U);
+    EXPECT_EQ(sim.commands(), Lines());
+    passTo(begin + 4 * second);
+    EXPECT_EQ(sim.commands(), (Lines{ping, registration}));
+    EXPECT_EQ(log.linesWith("channel initialization failed").size(), 1U);
+}
+
+TEST_F(RenewRegistration, WakesAnIdleWorker) {
+    startWith({.renewRegistration = true});
+    // The worker's wait is a real one, whatever the clock says: it lasts for what is left by then.
+    host.setNow(begin + 2 * second - 1'000'000);
+    ASSERT_TRUE(waitForCommands({ping, registration}));
+    host.setNow(begin + 2 * second);
+    EXPECT_TRUE(waitForCommands({ping, registration, ping, registration}));
+}
+
+TEST_F(RenewRegistration, EndsWithAFailedAttachmentToOwnChannels) {
+    startWith({.renewRegistration = true, .ownChannels = true});
+    ASSERT_TRUE(waitForCommands({ping, registration, dummy}));
+    keepWorkerAwake();
+    sim.script(SimCall::MapClientDataNameToId, {simConnectFail});
+    confirm();
+    passTo(begin + 60 * second);
+    EXPECT_FALSE(client.isReady());
+    EXPECT_EQ(sim.commands(), (Lines{ping, registration, dummy}));
+    EXPECT_EQ(log.linesWith("WARN"), (Lines{attachFailure}));
+}
+
+TEST_F(MobiFlightRegistration, OwnChannelsCarryAllButTheRegistration) {
+    startWith({.ownChannels = true});
+    ASSERT_TRUE(waitForCommands({registration, dummy}));
+    // The shared values are left alone.
+    EXPECT_EQ(takeMappedAreas(), (Lines{R"("MobiFlight.Command", 0x1000)", R"("MobiFlight.Response", 0x1001)"}));
+    registerClient();
+    EXPECT_EQ(sim.calls().front(), R"(MapClientDataNameToID(h1, "bridge.Command", 0x1003))");
+    EXPECT_EQ(takeWrites(), (Lines{R"(0x1003 "MF.SimVars.Clear")", "0x1003 \"" + std::string(addText) + "\"",
+                                   R"(0x1003 "MF.SimVars.Set.1 ready")", R"(0x1003 "MF.DummyCmd")"}));
+    // Each session registers on the shared ones again.
+    const std::size_t before = sim.count(SimCall::SetClientData);
+    changeSession();
+    ASSERT_TRUE(waitUntil([&] { return sim.count(SimCall::SetClientData) == before + 2; }));
+    EXPECT_EQ(takeWrites(), (Lines{R"(0x1000 "MF.Clients.Add.bridge")", R"(0x1000 "MF.DummyCmd")"}));
+}
