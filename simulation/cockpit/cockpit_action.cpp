@@ -8,8 +8,8 @@
 
 namespace {
 
-/// What a kind needs beside its name.
-enum class Needs { Nothing, Board, Control, Turn, Switch, Percent };
+/// What a kind needs besides its name.
+enum class Needs { Nothing, Board, Control, Turn, Command };
 
 struct KnownAction {
     std::string_view name;
@@ -23,23 +23,16 @@ constexpr std::array knownActions{
     KnownAction{"turn", CockpitActionKind::Turn, Needs::Turn},
     KnownAction{"plug", CockpitActionKind::Plug, Needs::Board},
     KnownAction{"unplug", CockpitActionKind::Unplug, Needs::Board},
-    KnownAction{"start-simulator", CockpitActionKind::StartSimulator, Needs::Nothing},
-    KnownAction{"quit-simulator", CockpitActionKind::QuitSimulator, Needs::Nothing},
-    KnownAction{"crash-simulator", CockpitActionKind::CrashSimulator, Needs::Nothing},
-    KnownAction{"drop-sessions", CockpitActionKind::DropSessions, Needs::Nothing},
-    KnownAction{"refuse-sessions", CockpitActionKind::RefuseSessions, Needs::Switch},
-    KnownAction{"silence-module", CockpitActionKind::SilenceModule, Needs::Switch},
-    KnownAction{"fail-registrations", CockpitActionKind::FailRegistrations, Needs::Switch},
-    KnownAction{"battery", CockpitActionKind::SwitchBattery, Needs::Switch},
-    KnownAction{"light", CockpitActionKind::SetLight, Needs::Percent},
+    KnownAction{"sim", CockpitActionKind::ControlSimulator, Needs::Command},
     KnownAction{"start-bridge", CockpitActionKind::StartBridge, Needs::Nothing},
     KnownAction{"stop-bridge", CockpitActionKind::StopBridge, Needs::Nothing},
 };
 
-/// A whole number within the bounds of the member's type, or within narrower ones.
+/// A whole number within the bounds of the member's type.
 template <typename Number>
-bool readNumber(const JsonValue& json, std::string_view key, Number& number, std::string& error,
-                double least = std::numeric_limits<Number>::min(), double most = std::numeric_limits<Number>::max()) {
+bool readNumber(const JsonValue& json, std::string_view key, Number& number, std::string& error) {
+    constexpr double least = std::numeric_limits<Number>::min();
+    constexpr double most = std::numeric_limits<Number>::max();
     const JsonValue* const member = find(json, key);
     if (member == nullptr || member->type != JsonType::Number || std::trunc(member->number) != member->number ||
         member->number < least || member->number > most) {
@@ -67,13 +60,11 @@ bool readTurn(const JsonValue& json, CockpitAction& action, std::string& error) 
            readNumber(json, "speed", action.speed, error);
 }
 
-bool readSwitch(const JsonValue& json, CockpitAction& action, std::string& error) {
-    const JsonValue* const on = find(json, "on");
-    if (on == nullptr || on->type != JsonType::Boolean) {
-        error = "\"on\" is missing";
+bool readCommand(const JsonValue& json, CockpitAction& action, std::string& error) {
+    if (!getString(json, "command", action.command)) {
+        error = "\"command\" is missing";
         return false;
     }
-    action.on = on->boolean;
     return true;
 }
 
@@ -87,10 +78,8 @@ bool readNeeds(Needs needs, const JsonValue& json, CockpitAction& action, std::s
         return readControl(json, action, error);
     case Needs::Turn:
         return readTurn(json, action, error);
-    case Needs::Switch:
-        return readSwitch(json, action, error);
-    case Needs::Percent:
-        return readNumber(json, "percent", action.percent, error, 0, 100);
+    case Needs::Command:
+        return readCommand(json, action, error);
     }
     return true;
 }
@@ -99,10 +88,6 @@ bool readNeeds(Needs needs, const JsonValue& json, CockpitAction& action, std::s
 
 bool concernsBoard(CockpitActionKind kind) {
     return kind <= CockpitActionKind::Unplug;
-}
-
-bool concernsSimulator(CockpitActionKind kind) {
-    return kind >= CockpitActionKind::StartSimulator && kind <= CockpitActionKind::SetLight;
 }
 
 bool readCockpitAction(const JsonValue& json, CockpitAction& action, std::string& error) {

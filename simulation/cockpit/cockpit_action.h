@@ -12,16 +12,8 @@ enum class CockpitActionKind {
     Turn,
     Plug,
     Unplug,
-    // On the simulator.
-    StartSimulator,
-    QuitSimulator,
-    CrashSimulator,
-    DropSessions,
-    RefuseSessions,
-    SilenceModule,
-    FailRegistrations,
-    SwitchBattery,
-    SetLight,
+    /// On the simulator.
+    ControlSimulator,
     // On the bridge.
     StartBridge,
     StopBridge,
@@ -34,14 +26,14 @@ struct CockpitAction {
     std::uint16_t control = 0;
     std::int8_t detents = 0;
     std::uint8_t speed = 0;
-    bool on = false;
-    std::int32_t percent = 0;
+    /// What the simulator's console takes, such as "battery off"; not checked yet.
+    std::string command;
 
     bool operator==(const CockpitAction&) const = default;
 };
 
 bool concernsBoard(CockpitActionKind kind);
-bool concernsSimulator(CockpitActionKind kind);
 
-/// Reads {"do": "press", "board": "PFD", "control": 5} and its like. False with the reason in `error`.
+/// Reads {"do": "press", "board": "PFD", "control": 5}, {"do": "sim", "command": "battery off"} and the like. False
+/// with the reason in `error`.
 bool readCockpitAction(const JsonValue& json, CockpitAction& action, std::string& error);

@@ -1,6 +1,7 @@
 #include "simulation/cockpit/cockpit_controller.h"
 
 #include "simulation/cockpit/panel_json.h"
+#include "simulation/rig/rig_controls.h"
 #include "simulation/scenarios/json_text.h"
 
 #include <algorithm>
@@ -14,11 +15,8 @@ using namespace std::chrono_literals;
 
 /// Below what an eye takes for a delay.
 constexpr std::chrono::milliseconds watchPeriod = 15ms;
-/// The cockpit's light at the start, in percent.
-constexpr std::int32_t firstLight = 80;
 /// How makeNextSessionHeard ends up in the records.
 constexpr std::string_view otherClientsPing = " MF.Ping";
-constexpr const char* lightVariable = "LIGHTING_POTENTIOMETER_5";
 
 /// Milliseconds since 1970, as pages count time.
 JsonValue timeNow() {
@@ -59,7 +57,7 @@ bool CockpitController::start(std::string& error) {
     }
     rig.plugAll();
     if (!sides.realSimulator) {
-        setLight(firstLight);
+        applyControl(rig, *findSimulatorControl("light")->request(settings.at("light")));
         rig.startSimulator();
     }
     startBridge();
@@ -90,6 +88,7 @@ std::string CockpitController::panel() const {
     JsonValue root = jsonObject();
     root.object["configuration"] = jsonString(configuration.title);
     root.object["boards"] = std::move(boards);
+    root.object["controls"] = simulatorControlLabels();
     return jsonText(root);
 }
 
@@ -201,11 +200,11 @@ JsonValue CockpitController::simulatorState() const {
     simulator.object["running"] = jsonBool(rig.simulatorRunning());
     simulator.object["connected"] =
         jsonBool(sides.realSimulator ? boardsKnowASimulator() : rig.simulator().sessionCount() > 0);
-    simulator.object["battery"] = jsonBool(battery);
-    simulator.object["light"] = jsonNumber(light);
-    simulator.object["refusing"] = jsonBool(refusing);
-    simulator.object["silent"] = jsonBool(moduleSilent);
-    simulator.object["failing"] = jsonBool(moduleFailing);
+    JsonValue shown = jsonObject();
+    for (const auto& [word, argument] : settings) {
+        shown.object[word] = jsonString(argument);
+    }
+    simulator.object["settings"] = std::move(shown);
     return simulator;
 }
 
@@ -228,12 +227,6 @@ void CockpitController::startBridge() {
     bridgeExitCode.reset();
 }
 
-/// Whole percents travel as numbers whose last byte is zero, which the bridge doesn't take for text.
-void CockpitController::setLight(std::int32_t percent) {
-    light = percent;
-    rig.simulator().setLVar(lightVariable, percent);
-}
-
 /// A command or an answer that equals the one before is no news for the module or its clients, and the next session
 /// begins as the last one did. A busy simulator has other clients whose commands come in between.
 void CockpitController::makeNextSessionHeard() {
@@ -245,19 +238,14 @@ bool CockpitController::act(const JsonValue& json, std::string& error) {
     if (!readCockpitAction(json, action, error)) {
         return false;
     }
-    if (concernsSimulator(action.kind) && sides.realSimulator) {
-        error = "the simulator is this machine's own";
-        return false;
-    }
     if (concernsBoard(action.kind)) {
         return actOnBoard(action, error);
     }
-    const std::lock_guard lock(mutex);
-    if (concernsSimulator(action.kind)) {
-        actOnSimulator(action);
-    } else {
-        actOnBridge(action.kind);
+    if (action.kind == CockpitActionKind::ControlSimulator) {
+        return actOnSimulator(action.command, error);
     }
+    const std::lock_guard lock(mutex);
+    actOnBridge(action.kind);
     notify();
     return true;
 }
@@ -304,45 +292,34 @@ void CockpitController::plug(const CockpitAction& action) {
     }
 }
 
-void CockpitController::actOnSimulator(const CockpitAction& action) {
-    VirtualSimulator& simulator = rig.simulator();
-    switch (action.kind) {
-    case CockpitActionKind::StartSimulator:
-        rig.startSimulator();
+bool CockpitController::actOnSimulator(const std::string& command, std::string& error) {
+    if (sides.realSimulator) {
+        error = "the simulator is this machine's own";
+        return false;
+    }
+    const std::optional<SimulatorRequest> request = readSimulatorRequest(command, error);
+    if (!request) {
+        return false;
+    }
+    const std::lock_guard lock(mutex);
+    control(*request);
+    notify();
+    return true;
+}
+
+void CockpitController::control(const SimulatorRequest& request) {
+    const std::string_view word = request.control->word;
+    bridgeEnding = bridgeEnding || word == "quit" || word == "die";
+    if (word == "drop") {
+        makeNextSessionHeard();
+    }
+    applyControl(rig, request);
+    if (word == "start") {
         // As the simulator itself does it.
         startBridge();
-        break;
-    case CockpitActionKind::QuitSimulator:
-        bridgeEnding = true;
-        rig.quitSimulator();
-        break;
-    case CockpitActionKind::CrashSimulator:
-        bridgeEnding = true;
-        rig.crashSimulator();
-        break;
-    case CockpitActionKind::DropSessions:
-        makeNextSessionHeard();
-        simulator.dropSessions();
-        break;
-    case CockpitActionKind::RefuseSessions:
-        refusing = action.on;
-        rig.refuseSessions(action.on);
-        break;
-    case CockpitActionKind::SilenceModule:
-        moduleSilent = action.on;
-        simulator.silenceModule(action.on);
-        break;
-    case CockpitActionKind::FailRegistrations:
-        moduleFailing = action.on;
-        simulator.failRegistrations(action.on);
-        break;
-    case CockpitActionKind::SwitchBattery:
-        battery = action.on;
-        simulator.setBattery(action.on);
-        break;
-    default:
-        setLight(action.percent);
-        break;
+    }
+    if (const auto setting = settings.find(word); setting != settings.end()) {
+        setting->second = request.argument;
     }
 }
 

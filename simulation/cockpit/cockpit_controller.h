@@ -6,9 +6,12 @@
 #include "simulation/cockpit/event_feed.h"
 #include "simulation/cockpit/held_buttons.h"
 #include "simulation/rig/rig_observer.h"
+#include "simulation/simulator/simulator_controls.h"
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -30,7 +33,8 @@ public:
     /// Ends the feed and asks the bridge to end. Nothing else may be called afterwards.
     void stop();
 
-    /// What doesn't change: the configuration's name, the boards and their controls.
+    /// What doesn't change: the configuration's name, the boards and their controls, and what the page offers of the
+    /// simulator's controls.
     std::string panel() const;
     EventFeed& feed() { return events; }
 
@@ -48,11 +52,10 @@ private:
     std::mutex mutex;
     BridgeRig rig;
     RigObserver observer;
-    bool battery = true;
-    std::int32_t light = 0;
-    bool refusing = false;
-    bool moduleSilent = false;
-    bool moduleFailing = false;
+    /// The last argument of each control whose state the page shows, by the control's word. The light is in whole
+    /// percents: as numbers their last byte is zero, so that the bridge doesn't take them for text.
+    std::map<std::string, std::string, std::less<>> settings{
+        {"battery", "on"}, {"light", "80"}, {"refuse", "off"}, {"silent", "off"}, {"error", "off"}};
     /// Something was done at which the bridge ends.
     bool bridgeEnding = false;
     std::optional<std::string> bridgeExitCode;
@@ -63,6 +66,7 @@ private:
 
     void watch();
     bool actOnBoard(const CockpitAction& action, std::string& error);
+    bool actOnSimulator(const std::string& command, std::string& error);
     void plug(const CockpitAction& action);
     void tellSent(const std::string& board, std::uint16_t control, std::string_view report, int detents, int speed);
 
@@ -74,9 +78,8 @@ private:
     JsonValue simulatorState() const;
     bool boardsKnowASimulator() const;
     JsonValue bridgeState() const;
-    void actOnSimulator(const CockpitAction& action);
+    void control(const SimulatorRequest& request);
     void actOnBridge(CockpitActionKind kind);
     void startBridge();
     void makeNextSessionHeard();
-    void setLight(std::int32_t percent);
 };

@@ -3,6 +3,7 @@
 #include "config/names.h"
 #include "simulation/rig/stream_texts.h"
 #include "simulation/scenarios/json_text.h"
+#include "simulation/simulator/simulator_controls.h"
 
 #include <algorithm>
 #include <array>
@@ -89,4 +90,19 @@ JsonValue eventRecord(const HidEventLine& event) {
     record.object["simEventSent"] = jsonBool(event.simEventSent);
     record.object["rpnQueued"] = jsonBool(event.rpnQueued);
     return record;
+}
+
+JsonValue simulatorControlLabels() {
+    JsonValue labels;
+    labels.type = JsonType::Array;
+    for (const SimulatorControl& control : simulatorControls()) {
+        if (!control.label.empty()) {
+            JsonValue label = jsonObject();
+            label.object["word"] = jsonString(std::string(control.word));
+            label.object["label"] = jsonString(std::string(control.label));
+            label.object["help"] = jsonString(std::string(control.help));
+            labels.array.push_back(std::move(label));
+        }
+    }
+    return labels;
 }

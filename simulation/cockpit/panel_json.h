@@ -21,4 +21,7 @@ JsonValue boardState(const VirtualBoard& board);
 /// simulator event or queued a command.
 JsonValue eventRecord(const HidEventLine& event);
 
+/// The simulator's controls that the page offers: word, label and help.
+JsonValue simulatorControlLabels();
+
 JsonValue jsonBool(bool value);

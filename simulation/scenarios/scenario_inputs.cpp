@@ -1,12 +1,16 @@
 #include "simulation/scenarios/scenario_inputs.h"
 
+#include "simulation/rig/rig_controls.h"
 #include "simulation/scenarios/scenario_boards.h"
 #include "simulation/scenarios/scenario_player.h"
+#include "simulation/simulator/simulator_controls.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -214,135 +218,27 @@ Action parseConsole(ScenarioLine& line, const Scenario& scenario) {
 
 // The simulator.
 
-/// `call` gets the simulator and the switch that stands behind the word.
-template <typename Call>
-Action switchOf(ScenarioLine& line, Call call) {
-    const bool on = line.onOff();
-    line.end();
-    return [call, on](ScenarioPlayer& player) { call(player.rig().simulator(), on); };
+std::vector<std::string_view> controlWords() {
+    std::vector<std::string_view> words;
+    for (const SimulatorControl& control : simulatorControls()) {
+        words.push_back(control.word);
+    }
+    return words;
 }
 
-Action parseSimSwitch(ScenarioLine& line, std::string_view word) {
-    if (word == "refuse") {
-        const bool on = line.onOff();
-        line.end();
-        return [on](ScenarioPlayer& player) { player.rig().refuseSessions(on); };
-    }
-    if (word == "hangup") {
-        return switchOf(line, [](VirtualSimulator& simulator, bool on) { simulator.hangUpOnOpens(on); });
-    }
-    if (word == "stall") {
-        return switchOf(line, [](VirtualSimulator& simulator, bool on) { simulator.stopReading(on); });
-    }
-    return switchOf(line, [](VirtualSimulator& simulator, bool on) { simulator.sendByteByByte(on); });
-}
-
-Action parseSimEvent(ScenarioLine& line, std::string_view word) {
-    line.end();
-    if (word == "start") {
-        return [](ScenarioPlayer& player) { player.rig().startSimulator(); };
-    }
-    if (word == "vanish") {
-        return [](ScenarioPlayer& player) { player.rig().hideProcess(); };
-    }
-    if (word == "quit") {
-        return [](ScenarioPlayer& player) { player.rig().quitSimulator(); };
-    }
-    if (word == "die") {
-        return [](ScenarioPlayer& player) { player.rig().crashSimulator(); };
-    }
-    if (word == "drop") {
-        return [](ScenarioPlayer& player) { player.rig().simulator().dropSessions(); };
-    }
-    return [](ScenarioPlayer& player) { player.rig().simulator().cutMessage(); };
-}
-
-Action parseProtocols(ScenarioLine& line) {
-    constexpr long first = VirtualSimulator::oldestProtocol;
-    constexpr long last = VirtualSimulator::newestProtocol;
-    const long oldest = line.number("oldest protocol version", first, last);
-    const long newest = line.number("newest protocol version", oldest, last);
-    line.end();
-    return [oldest, newest](ScenarioPlayer& player) {
-        player.rig().simulator().takeProtocols(static_cast<std::uint32_t>(oldest), static_cast<std::uint32_t>(newest));
-    };
-}
-
+/// A control as the simulator's console takes it: `> sim battery on`.
 Action parseSim(ScenarioLine& line, const Scenario&) {
-    static constexpr std::array<std::string_view, 13> known{"start", "vanish", "quit",     "die",    "drop",
-                                                            "cut",   "refuse", "stall",    "hangup", "trickle",
-                                                            "delay", "raw",    "protocols"};
-    const std::size_t word = line.choice("thing that the simulator does", known);
-    if (known[word] == "raw") {
-        return [bytes = line.hexBytes()](ScenarioPlayer& player) { player.rig().simulator().sendRaw(bytes); };
+    const std::string word = line.word("a control of the simulator");
+    const SimulatorControl* const control = findSimulatorControl(word);
+    if (control == nullptr) {
+        line.fail(unknownWord("control of the simulator", word, controlWords()));
     }
-    if (known[word] == "protocols") {
-        return parseProtocols(line);
+    const std::string argument = line.atEnd() ? "" : line.rest("its argument");
+    const std::optional<SimulatorRequest> request = control->request(argument);
+    if (!request) {
+        line.fail("expected \"sim " + control->usage() + '"');
     }
-    if (known[word] == "delay") {
-        const auto time = line.duration();
-        line.end();
-        return [time](ScenarioPlayer& player) { player.rig().simulator().delayOpens(time); };
-    }
-    return word < 6 ? parseSimEvent(line, known[word]) : parseSimSwitch(line, known[word]);
-}
-
-Action parseAnswers(ScenarioLine& line) {
-    const auto answers = static_cast<ModuleAnswers>(line.choice("kind of answers", moduleAnswersWords));
-    line.end();
-    return [answers](ScenarioPlayer& player) { player.rig().simulator().setModuleAnswers(answers); };
-}
-
-Action parseModule(ScenarioLine& line, const Scenario&) {
-    static constexpr std::array<std::string_view, 7> known{"silent", "refuse", "says",   "lvars",
-                                                           "start",  "stop",   "answers"};
-    switch (line.choice("thing that the module does", known)) {
-    case 0:
-        return switchOf(line, [](VirtualSimulator& simulator, bool on) { simulator.silenceModule(on); });
-    case 1:
-        return switchOf(line, [](VirtualSimulator& simulator, bool on) { simulator.failRegistrations(on); });
-    case 2:
-        return [text = line.rest("what it says")](ScenarioPlayer& player) { player.rig().simulator().respond(text); };
-    case 3:
-        return [text = line.rest("the area's text")](ScenarioPlayer& player) {
-            player.rig().simulator().setLVarsText(text);
-        };
-    case 4:
-        line.end();
-        return [](ScenarioPlayer& player) { player.rig().simulator().startModule(); };
-    case 5:
-        line.end();
-        return [](ScenarioPlayer& player) { player.rig().simulator().stopModule(); };
-    default:
-        return parseAnswers(line);
-    }
-}
-
-Action parseOtherClient(ScenarioLine& line, const Scenario&) {
-    return [text = line.rest("what another program sends to the module")](ScenarioPlayer& player) {
-        player.rig().simulator().sendAsOtherClient(text);
-    };
-}
-
-Action parseBattery(ScenarioLine& line, const Scenario&) {
-    return switchOf(line, [](VirtualSimulator& simulator, bool on) { simulator.setBattery(on); });
-}
-
-Action parseLVar(ScenarioLine& line, const Scenario&) {
-    const std::string name = line.word("the variable's name");
-    const double value = line.decimal("value");
-    line.end();
-    return [name, value](ScenarioPlayer& player) { player.rig().simulator().setLVar(name, value); };
-}
-
-/// The name may have blanks; the value is the last word.
-Action parseAircraftVariable(ScenarioLine& line, const Scenario&) {
-    std::string name = line.word("the variable's name");
-    while (!line.atLastWord()) {
-        name += ' ' + line.word("the variable's name");
-    }
-    const double value = line.decimal("value");
-    return [name, value](ScenarioPlayer& player) { player.rig().simulator().setAircraftVariable(name, value); };
+    return [request = *request](ScenarioPlayer& player) { applyControl(player.rig(), request); };
 }
 
 // Time and words.
@@ -367,7 +263,7 @@ Action parseSay(ScenarioLine& line, const Scenario&) {
 
 constexpr std::string_view sayWord = "say ";
 
-constexpr std::array<Verb, 17> verbs{{{"plug", parsePlug},
+constexpr std::array<Verb, 12> verbs{{{"plug", parsePlug},
                                       {"unplug", parseUnplug},
                                       {"replug", parseReplug},
                                       {"start", parseStart},
@@ -376,11 +272,6 @@ constexpr std::array<Verb, 17> verbs{{{"plug", parsePlug},
                                       {"session", parseSession},
                                       {"console", parseConsole},
                                       {"sim", parseSim},
-                                      {"module", parseModule},
-                                      {"battery", parseBattery},
-                                      {"lvar", parseLVar},
-                                      {"avar", parseAircraftVariable},
-                                      {"other-client", parseOtherClient},
                                       {"wait", parseWait},
                                       {"pause", parsePause},
                                       {"say", parseSay}}};
@@ -403,6 +294,9 @@ Action parseAction(ScenarioLine& line, const Scenario& scenario) {
     auto words = wordsOf(verbs);
     const auto found = std::find(words.begin(), words.end(), word);
     if (found == words.end()) {
+        if (findSimulatorControl(word) != nullptr) {
+            line.fail("\"" + word + "\" is a control of the simulator: write \"sim " + word + '"');
+        }
         for (const RigBoard& board : scenario.boards) {
             words.emplace_back(board.name);
         }

@@ -73,10 +73,6 @@ void ScenarioLine::dropLastWord() {
     next = std::min(next, text.size());
 }
 
-bool ScenarioLine::atLastWord() const {
-    return text.find_first_of(blanks, next) == std::string::npos;
-}
-
 std::string ScenarioLine::word(std::string_view what) {
     if (atEnd()) {
         failAtEnd("expected " + std::string(what));
@@ -124,15 +120,6 @@ long ScenarioLine::number(std::string_view what, long least, long most) {
     if (!value) {
         fail(quoted(found) + " is no " + std::string(what) + ": a whole number from " + std::to_string(least) + " to " +
              std::to_string(most) + " was meant to stand here");
-    }
-    return *value;
-}
-
-double ScenarioLine::decimal(std::string_view what) {
-    const std::string found = word(what);
-    const std::optional<double> value = decimalNumber(found);
-    if (!value) {
-        fail(quoted(found) + " is no " + std::string(what) + ": a number such as 0.5 was meant to stand here");
     }
     return *value;
 }

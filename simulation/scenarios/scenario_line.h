@@ -39,8 +39,6 @@ public:
     /// The last word of all that is left, and the same without that word.
     std::string_view lastWordOfAll() const;
     void dropLastWord();
-    /// Whether one word at most is left.
-    bool atLastWord() const;
 
     /// The next word; `what` says in the message what is missing when there is none.
     std::string word(std::string_view what);
@@ -53,7 +51,6 @@ public:
     std::size_t choice(std::string_view what, std::span<const std::string_view> known);
     bool onOff();
     long number(std::string_view what, long least, long most);
-    double decimal(std::string_view what);
     /// Such as 60ms, 2s or 1.5s.
     std::chrono::milliseconds duration();
     /// Pairs of hexadecimal digits, in groups or not, to the end of the line.

@@ -2,6 +2,7 @@
 // standard output as JSON, one object a line.
 
 #include "simulation/simulator/simulator_console.h"
+#include "simulation/simulator/simulator_controls.h"
 #include "simulation/simulator/virtual_simulator.h"
 
 #include <charconv>

@@ -40,14 +40,14 @@ test('the panel’s light is the last station of the path', async () => {
 
 test('without a session the boards flash and know of no simulator', async () => {
   const {view} = shared;
-  await view.faultSwitch('refuse-sessions');
-  await view.fault('drop-sessions');
+  await view.faultSwitch('refuse');
+  await view.fault('drop');
   await view.effectIs('PFD', 'flash');
   await view.effectIs('MFD', 'flash');
   assert.equal(await view.lightText('PFD'), 'flash 4 × 150 ms at 100 %');
   assert.equal(await view.boards('PFD').locator('.lamp').textContent(), 'simulator not connected');
   assert.deepEqual(await view.levelsSeen('PFD', (levels) => levels.length > 1), [0, 1]);
-  await view.faultSwitch('refuse-sessions');
+  await view.faultSwitch('refuse');
   await view.effectIs('PFD', 'steady');
   assert.equal(await view.boards('PFD').locator('.lamp').textContent(), 'simulator connected');
 });

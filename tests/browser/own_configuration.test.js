@@ -49,10 +49,10 @@ test('a number beyond the usual ones turns its knob', async () => {
 
 test('a light that the profile puts out is out', async () => {
   const {view} = shared;
-  await view.faultSwitch('refuse-sessions');
-  await view.fault('drop-sessions');
+  await view.faultSwitch('refuse');
+  await view.fault('drop');
   await view.effectIs('PFD', 'off');
   assert.deepEqual([...new Set(await view.glows('PFD', 3))], [0]);
-  await view.faultSwitch('refuse-sessions');
+  await view.faultSwitch('refuse');
   await view.effectIs('PFD', 'steady');
 });

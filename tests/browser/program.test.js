@@ -64,7 +64,7 @@ test('with this machine’s boards the page shows none, and waits for them', asy
 
 test('with this machine’s simulator the page has no switches for it, and takes no such action', async () => {
   const cockpit = await Cockpit.start('--real-simulator');
-  assert.equal((await cockpit.act({do: 'battery', on: false})).status, 400);
+  assert.equal((await cockpit.act({do: 'sim', command: 'battery off'})).status, 400);
   await withBrowserAt(cockpit, async (page) => {
     await page.getByText('This machine’s own simulator is in use.').waitFor();
     assert.equal(await page.locator('#simulator-controls').isVisible(), false);

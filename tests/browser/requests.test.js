@@ -130,8 +130,8 @@ test('actions that make no sense are refused with the reason', async () => {
     [{do: 'press', board: 'PFD', control: 65536}, /"control" is missing or out of its range/],
     [{do: 'press', board: 'AUDIO', control: 5}, /there is no board AUDIO/],
     [{do: 'turn', board: 'PFD', control: 5, detents: 128, speed: 1}, /"detents"/],
-    [{do: 'battery', on: 1}, /"on" is missing/],
-    [{do: 'light', percent: 101}, /"percent"/],
+    [{do: 'sim', on: true}, /"command" is missing/],
+    [{do: 'sim', command: 'light bright'}, /Usage: light VALUE/],
   ]) {
     const reply = await cockpit.act(action);
     assert.equal(reply.status, 400, JSON.stringify(action));

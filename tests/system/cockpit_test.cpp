@@ -67,7 +67,7 @@ TEST_F(LinuxCockpit, TakesThisMachinesBoardsToItsOwnSimulator) {
     EXPECT_TRUE(waitForReport(board, reportOf({0x11, 1})));
     board.panel.press(Controls::button);
     EXPECT_TRUE(isTold("rpn (>H:BUTTON_PRESS)"));
-    ASSERT_TRUE(act(R"({"do": "battery", "on": false})"));
+    ASSERT_TRUE(act(R"({"do": "sim", "command": "battery off"})"));
     EXPECT_TRUE(waitForLastReport(board, reportOf({0x10, 2, 0, 5, 0xE8, 0x03, 50})));
 }
 

@@ -37,7 +37,7 @@ class Page {
 
   constructor() {
     wireThemes(byId('themes'));
-    this.#simulator = new Simulator(byId('simulator'), (action) => this.#send(action), new Announcer(byId('announcer')));
+    this.#simulator = new Simulator(byId('simulator'), (command) => this.#send({do: 'sim', command}), new Announcer(byId('announcer')));
     for (const button of document.querySelectorAll('[data-do]')) {
       button.addEventListener('click', () => this.#send({do: button.dataset.do}));
     }
@@ -62,7 +62,8 @@ class Page {
 
   #send(action) { this.#actions.send(action); }
 
-  #build({configuration, boards}) {
+  #build({configuration, boards, controls}) {
+    this.#simulator.label(controls);
     setText(byId('configuration'), `with ${configuration}`);
     for (const made of boards) {
       const board = new Board(made, (action) => this.#send(action));
@@ -99,18 +100,19 @@ class Page {
   }
 
   #show(state) {
-    const before = this.#state?.simulator;
+    const before = this.#state?.simulator.settings;
+    const now = state.simulator.settings;
     this.#state = state;
-    const displaysOn = state.simulator.real || state.simulator.running && state.simulator.battery;
+    const displaysOn = state.simulator.real || state.simulator.running && now.battery === 'on';
     for (const board of state.boards) {
       this.#boards.get(board.name)?.show(board, displaysOn);
     }
     this.#simulator.show(state.simulator);
     this.#bridge.show(state.bridge);
-    if (before && before.battery !== state.simulator.battery) {
-      this.#pressPath.aircraftChanged(`battery ${state.simulator.battery ? 'on' : 'off'}`);
-    } else if (before && before.light !== state.simulator.light) {
-      this.#pressPath.aircraftChanged(`cockpit light ${state.simulator.light} %`);
+    if (before && before.battery !== now.battery) {
+      this.#pressPath.aircraftChanged(`battery ${now.battery}`);
+    } else if (before && before.light !== now.light) {
+      this.#pressPath.aircraftChanged(`cockpit light ${now.light} %`);
     }
   }
 

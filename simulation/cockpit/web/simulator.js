@@ -1,11 +1,9 @@
-// The simulator's side: its state, its switches, and what it received.
+// The simulator's side: its state, its controls, and what it received. `send` takes a control as the simulator's console
+// does: "battery off".
 
 import {setText} from './dom.js';
 import {Lines} from './lines.js';
 
-const switchStates = {
-  'battery': 'battery', 'refuse-sessions': 'refusing', 'silence-module': 'silent', 'fail-registrations': 'failing',
-};
 const kinds = {rpn: 'command', code: 'code', event: 'event', command: 'module', exception: 'error', unchanged: 'unchanged'};
 
 // "rpn (>K:AP_MASTER)" as the kind "command" and its text.
@@ -24,14 +22,27 @@ export class Simulator {
     this.#root = root;
     this.#announcer = announcer;
     this.#received = new Lines(root.querySelector('#received'));
-    for (const input of root.querySelectorAll('[data-switch]')) {
-      input.addEventListener('change', () => send({do: input.dataset.switch, on: input.checked}));
+    for (const button of root.querySelectorAll('button[data-sim]')) {
+      button.addEventListener('click', () => send(button.dataset.sim));
     }
-    const slider = root.querySelector('#cockpit-light');
+    for (const input of root.querySelectorAll('input[type=checkbox][data-sim]')) {
+      input.addEventListener('change', () => send(`${input.dataset.sim} ${input.checked ? 'on' : 'off'}`));
+    }
+    const slider = this.#control('light');
     slider.addEventListener('input', () => {
-      this.#showLight(Number(slider.value));
-      send({do: 'light', percent: Number(slider.value)});
+      this.#showLight(slider.value);
+      send(`light ${slider.value}`);
     });
+  }
+
+  // Names the controls as the program does. A switch and a slider are inside their label.
+  label(controls) {
+    for (const {word, label, help} of controls) {
+      const control = this.#control(word);
+      const place = control.closest('label') ?? control;
+      place.title = help;
+      setText(place.querySelector('span') ?? place, label);
+    }
   }
 
   show(state) {
@@ -40,19 +51,18 @@ export class Simulator {
     this.#root.querySelector('#simulator-controls').hidden = state.real;
     this.#root.querySelector('header .buttons').hidden = state.real;
     this.#root.querySelector('#simulator-real').hidden = !state.real;
-    for (const input of this.#root.querySelectorAll('[data-switch]')) {
-      input.checked = state[switchStates[input.dataset.switch]];
+    for (const input of this.#root.querySelectorAll('input[type=checkbox][data-sim]')) {
+      input.checked = state.settings[input.dataset.sim] === 'on';
     }
-    const slider = this.#root.querySelector('#cockpit-light');
+    const slider = this.#control('light');
     if (document.activeElement !== slider) {
-      slider.value = state.light;
-      this.#showLight(state.light);
+      slider.value = state.settings.light;
+      this.#showLight(state.settings.light);
     }
-    this.#enable('start-simulator', !state.running);
-    for (const action of ['quit-simulator', 'crash-simulator']) {
-      this.#enable(action, state.running);
-    }
-    this.#enable('drop-sessions', state.connected);
+    this.#control('start').disabled = state.running;
+    this.#control('quit').disabled = !state.running;
+    this.#control('die').disabled = !state.running;
+    this.#control('drop').disabled = !state.connected;
   }
 
   // Gives what came, with how often in a row.
@@ -67,7 +77,7 @@ export class Simulator {
 
   #showLight(percent) { setText(this.#root.querySelector('#cockpit-light-value'), `${percent} %`); }
 
-  #enable(action, enabled) { this.#root.querySelector(`[data-do="${action}"]`).disabled = !enabled; }
+  #control(word) { return this.#root.querySelector(`[data-sim="${word}"]`); }
 
   #pill(name, on, text) {
     const pill = this.#root.querySelector(`[data-shows="${name}"]`);

@@ -104,10 +104,10 @@ export class CockpitPage {
     return [...seen].sort((a, b) => a - b);
   }
 
-  toggle(name) { return this.page.locator(`[data-switch="${name}"]`).click(); }
+  toggle(name) { return this.page.locator(`[data-sim="${name}"]`).click(); }
   async fault(name) {
     await this.openFaults();
-    await this.page.locator(`[data-do="${name}"]`).click();
+    await this.page.locator(`[data-sim="${name}"]`).click();
   }
   async faultSwitch(name) {
     await this.openFaults();

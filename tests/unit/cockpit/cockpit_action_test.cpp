@@ -35,23 +35,17 @@ TEST(CockpitAction, ReadsWhatAHandDoes) {
     EXPECT_EQ(readAction(R"({"do":"unplug","board":"MFD"})").kind, CockpitActionKind::Unplug);
 }
 
-TEST(CockpitAction, ReadsWhatHappensToTheSimulator) {
-    EXPECT_TRUE(readAction(R"({"do":"battery","on":true})").on);
-    EXPECT_FALSE(readAction(R"({"do":"refuse-sessions","on":false})").on);
-    EXPECT_EQ(readAction(R"({"do":"light","percent":100})").percent, 100);
-    for (const char* name : {"start-simulator", "quit-simulator", "crash-simulator", "drop-sessions"}) {
-        const CockpitAction action = readAction(std::string(R"({"do":")").append(name).append("\"}"));
-        EXPECT_TRUE(concernsSimulator(action.kind)) << name;
-        EXPECT_FALSE(concernsBoard(action.kind)) << name;
-    }
+TEST(CockpitAction, LeavesTheSimulatorsCommandToItsReader) {
+    CockpitAction control;
+    control.kind = CockpitActionKind::ControlSimulator;
+    control.command = "battery off";
+    EXPECT_EQ(readAction(R"({"do":"sim","command":"battery off"})"), control);
 }
 
 TEST(CockpitAction, KnowsWhomItConcerns) {
     EXPECT_TRUE(concernsBoard(CockpitActionKind::Press));
     EXPECT_TRUE(concernsBoard(CockpitActionKind::Unplug));
-    EXPECT_TRUE(concernsSimulator(CockpitActionKind::SetLight));
-    EXPECT_FALSE(concernsSimulator(CockpitActionKind::StartBridge));
-    EXPECT_FALSE(concernsSimulator(CockpitActionKind::Unplug));
+    EXPECT_FALSE(concernsBoard(CockpitActionKind::ControlSimulator));
     EXPECT_FALSE(concernsBoard(readAction(R"({"do":"stop-bridge"})").kind));
 }
 
@@ -66,8 +60,8 @@ TEST(CockpitAction, RefusesOneThatLacksAMember) {
     EXPECT_EQ(failureOf(R"({"do":"press","control":5})"), "\"board\" is missing");
     EXPECT_EQ(failureOf(R"({"do":"plug","board":""})"), "\"board\" is missing");
     EXPECT_EQ(failureOf(R"({"do":"press","board":"PFD"})"), "\"control\" is missing or out of its range");
-    EXPECT_EQ(failureOf(R"({"do":"battery"})"), "\"on\" is missing");
-    EXPECT_EQ(failureOf(R"({"do":"battery","on":1})"), "\"on\" is missing");
+    EXPECT_EQ(failureOf(R"({"do":"sim"})"), "\"command\" is missing");
+    EXPECT_EQ(failureOf(R"({"do":"sim","command":1})"), "\"command\" is missing");
 }
 
 TEST(CockpitAction, RefusesNumbersOutOfTheirRange) {
@@ -80,6 +74,4 @@ TEST(CockpitAction, RefusesNumbersOutOfTheirRange) {
     EXPECT_EQ(failureOf(R"({"do":"turn","board":"PFD","control":5,"detents":128,"speed":1})"), "\"detents\"" + range);
     EXPECT_EQ(failureOf(R"({"do":"turn","board":"PFD","control":5,"detents":-129,"speed":1})"), "\"detents\"" + range);
     EXPECT_EQ(failureOf(R"({"do":"turn","board":"PFD","control":5,"detents":1,"speed":256})"), "\"speed\"" + range);
-    EXPECT_EQ(failureOf(R"({"do":"light","percent":101})"), "\"percent\"" + range);
-    EXPECT_EQ(failureOf(R"({"do":"light","percent":-1})"), "\"percent\"" + range);
 }

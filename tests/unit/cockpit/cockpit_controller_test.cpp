@@ -23,6 +23,8 @@ protected:
         return controller->act(JsonParser::parse(action).value, failure);
     }
 
+    bool control(const std::string& command) { return act(R"({"do":"sim","command":")" + command + "\"}"); }
+
     /// Whether the feed tells that text, behind what was found before.
     bool comes(const std::string& text) {
         const auto found = [&] {
@@ -68,11 +70,19 @@ TEST_F(CockpitControllerTest, ReleasesButtonsThatNobodyHoldsAnyMore) {
 }
 
 TEST_F(CockpitControllerTest, ShowsBatteryAndLightOnTheBoards) {
-    EXPECT_TRUE(act(R"({"do":"battery","on":false})"));
+    EXPECT_TRUE(control("battery off"));
     EXPECT_TRUE(comes(R"("board": "MFD", "text": "led breathe count=5 period=1000 level=50")"));
-    EXPECT_TRUE(act(R"({"do":"battery","on":true})"));
-    EXPECT_TRUE(act(R"({"do":"light","percent":35})"));
+    EXPECT_TRUE(control("battery on"));
+    EXPECT_TRUE(control("light 35"));
     EXPECT_TRUE(comes(R"("board": "PFD", "text": "led steady 35")"));
+}
+
+TEST_F(CockpitControllerTest, TellsTheStateOfEachControlThatThePageShows) {
+    EXPECT_TRUE(control("refuse on"));
+    EXPECT_TRUE(control("light 35"));
+    EXPECT_TRUE(control("silent on"));
+    EXPECT_TRUE(
+        comes(R"("settings": {"battery": "on", "error": "off", "light": "35", "refuse": "on", "silent": "on"})"));
 }
 
 TEST_F(CockpitControllerTest, PullsAPlugAndPutsItBack) {
@@ -84,7 +94,7 @@ TEST_F(CockpitControllerTest, PullsAPlugAndPutsItBack) {
 }
 
 TEST_F(CockpitControllerTest, WorksAgainAfterADroppedSession) {
-    EXPECT_TRUE(act(R"({"do":"drop-sessions"})"));
+    EXPECT_TRUE(control("drop"));
     EXPECT_TRUE(comes("SimConnect disconnected"));
     EXPECT_TRUE(comes("MF.SimVars.Add."));
     EXPECT_TRUE(act(R"({"do":"press","board":"PFD","control":6})"));
@@ -92,19 +102,19 @@ TEST_F(CockpitControllerTest, WorksAgainAfterADroppedSession) {
 }
 
 TEST_F(CockpitControllerTest, WorksAgainAfterTheModuleWasSilent) {
-    EXPECT_TRUE(act(R"({"do":"silence-module","on":true})"));
-    EXPECT_TRUE(act(R"({"do":"drop-sessions"})"));
+    EXPECT_TRUE(control("silent on"));
+    EXPECT_TRUE(control("drop"));
     EXPECT_TRUE(comes("MF.Clients.Add."));
-    EXPECT_TRUE(act(R"({"do":"silence-module","on":false})"));
-    EXPECT_TRUE(act(R"({"do":"drop-sessions"})"));
+    EXPECT_TRUE(control("silent off"));
+    EXPECT_TRUE(control("drop"));
     EXPECT_TRUE(comes("MF.SimVars.Add."));
 }
 
 TEST_F(CockpitControllerTest, StartsTheBridgeWithTheSimulatorAfterBothHaveEnded) {
-    EXPECT_TRUE(act(R"({"do":"quit-simulator"})"));
+    EXPECT_TRUE(control("quit"));
     EXPECT_TRUE(comes("event: exit"));
     EXPECT_TRUE(comes(R"("exitCode": "0", "running": false)"));
-    EXPECT_TRUE(act(R"({"do":"start-simulator"})"));
+    EXPECT_TRUE(control("start"));
     EXPECT_TRUE(comes(R"("exitCode": null, "running": true)"));
     EXPECT_TRUE(comes("MF.SimVars.Add."));
 }
@@ -121,6 +131,10 @@ TEST_F(CockpitControllerTest, RefusesWhatIsNotThere) {
     EXPECT_EQ(failure, "there is no board AUDIO");
     EXPECT_FALSE(act(R"({"do":"sing"})"));
     EXPECT_EQ(failure, "unknown action \"sing\"");
+    EXPECT_FALSE(control("sing"));
+    EXPECT_EQ(failure, "Unknown command: sing");
+    EXPECT_FALSE(control("battery maybe"));
+    EXPECT_EQ(failure, "Usage: battery on|off");
 }
 
 TEST(CockpitControllerSides, LeaveARealSimulatorAlone) {
@@ -128,6 +142,6 @@ TEST(CockpitControllerSides, LeaveARealSimulatorAlone) {
     std::string error;
     ASSERT_TRUE(loadCockpitConfiguration("", configuration, error)) << error;
     CockpitController controller(configuration, {false, true});
-    EXPECT_FALSE(controller.act(JsonParser::parse(R"({"do":"battery","on":false})").value, error));
+    EXPECT_FALSE(controller.act(JsonParser::parse(R"({"do":"sim","command":"battery off"})").value, error));
     EXPECT_EQ(error, "the simulator is this machine's own");
 }

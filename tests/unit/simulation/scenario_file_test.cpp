@@ -205,14 +205,11 @@ TEST(ScenarioFile, EveryStepIsRead) {
     const std::string lines = "> plug PFD1\n> unplug PFD1\n> start\n> stop\n> connect\n> session\n> console quit\n"
                               "> PFD1 press HDG mode=1 times=2 every=5 value=1\n> PFD1 hold 5\n> PFD1 release 65535\n"
                               "> PFD1 turn HDG -128 speed=255\n> PFD1 event 255 0\n> PFD1 notice\n> PFD1 raw 01 02ff\n"
-                              "> PFD1 fault reads no-report-id\n> sim start\n> sim quit\n> sim die\n> sim vanish\n"
-                              "> sim drop\n> sim cut\n> sim refuse on\n> sim stall off\n> sim trickle on\n"
-                              "> sim delay 1.5s\n> sim raw 00\n> module silent on\n> module refuse off\n"
-                              "> module says a b\n> module lvars c d\n> battery off\n> lvar NAME -1.5e3\n> wait 60ms\n"
-                              "> avar LIGHT POTENTIOMETER:3 0.4\n> other-client MF.SimVars.Clear\n> module start\n"
-                              "> module stop\n> module answers measured\n> pause 2s\n> replug PFD1\n> say Good bye.\n";
+                              "> PFD1 fault reads no-report-id\n> sim start\n> sim battery off\n"
+                              "> sim avar LIGHT POTENTIOMETER:3 0.4\n> wait 60ms\n> pause 2s\n> replug PFD1\n"
+                              "> say Good bye.\n";
     const Scenario scenario = parsed("board PFD1\ncontrol 21 = HDG\nconsole\n" + lines);
-    EXPECT_EQ(scenario.steps.size(), 41U);
+    EXPECT_EQ(scenario.steps.size(), 22U);
     EXPECT_EQ(std::get<ScenarioInput>(scenario.steps.back()).remark, "Good bye.");
     EXPECT_EQ(std::get<ScenarioInput>(scenario.steps.front()).line, 4U);
 }
@@ -264,15 +261,20 @@ TEST(ScenarioFileErrors, NumbersOutOfTheirRanges) {
 TEST(ScenarioFileErrors, TimesBytesAndSwitches) {
     EXPECT_EQ(errorOf("> wait 60\n"), "a.scenario:1:8: \"60\" is no time: write it as 60ms, 2s or 1.5s");
     EXPECT_EQ(errorOf("> wait soon\n"), "a.scenario:1:8: \"soon\" is no time: write it as 60ms, 2s or 1.5s");
-    EXPECT_EQ(errorOf("> sim raw 0\n"),
-              "a.scenario:1:11: \"0\" is no row of bytes: pairs of hexadecimal digits were meant to stand here");
-    EXPECT_EQ(errorOf("> battery of\n"), "a.scenario:1:11: unknown on or off \"of\"; did you mean \"off\"?");
-    EXPECT_EQ(errorOf("> avar LIGHT POTENTIOMETER:3\n"),
-              "a.scenario:1:14: \"POTENTIOMETER:3\" is no value: a number such as 0.5 was meant to stand here");
-    EXPECT_EQ(errorOf("> module answers same\n"),
-              "a.scenario:1:18: unknown kind of answers \"same\"; known: equal, different, measured");
-    EXPECT_EQ(errorOf("> lvar X much\n"),
-              "a.scenario:1:10: \"much\" is no value: a number such as 0.5 was meant to stand here");
+    EXPECT_EQ(errorOf("board P\n> P raw 0\n"),
+              "a.scenario:2:9: \"0\" is no row of bytes: pairs of hexadecimal digits were meant to stand here");
+    EXPECT_EQ(errorOf("hotplug of\n"), "a.scenario:1:9: unknown on or off \"of\"; did you mean \"off\"?");
+}
+
+TEST(ScenarioFileErrors, ControlsOfTheSimulator) {
+    EXPECT_EQ(errorOf("> sim\n"), "a.scenario:1:6: expected a control of the simulator");
+    EXPECT_EQ(errorOf("> sim batery on\n"),
+              "a.scenario:1:7: unknown control of the simulator \"batery\"; did you mean \"battery\"?");
+    EXPECT_EQ(errorOf("> sim battery of\n"), "a.scenario:1:15: expected \"sim battery on|off\"");
+    EXPECT_EQ(errorOf("> sim battery\n"), "a.scenario:1:7: expected \"sim battery on|off\"");
+    EXPECT_EQ(errorOf("> sim quit now\n"), "a.scenario:1:12: expected \"sim quit\"");
+    EXPECT_EQ(errorOf("> battery off\n"),
+              "a.scenario:1:3: \"battery\" is a control of the simulator: write \"sim battery\"");
 }
 
 TEST(ScenarioFileErrors, BoardOptions) {

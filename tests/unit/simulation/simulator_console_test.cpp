@@ -96,7 +96,7 @@ TEST_F(SimulatorConsole, EndsTheSimulatorAndStartsItAgain) {
         EXPECT_TRUE(client.waitForLoss());
         EXPECT_EQ(client.messagesOf(simConnectRecvQuit).size(), std::string_view(line) == "quit" ? 1U : 0U);
         EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectFail);
-        EXPECT_EQ(run("refuse off"), ConsoleOutcome::Done);
+        EXPECT_EQ(run(std::string_view(line) == "quit" ? "refuse off" : "start"), ConsoleOutcome::Done);
     }
     SimulatorClient client(simulator);
     EXPECT_TRUE(client.waitFor(simConnectRecvOpen));
@@ -161,6 +161,20 @@ TEST_F(SimulatorConsole, UnknownCommandIsTold) {
     EXPECT_EQ(error, "Unknown command: batery");
 }
 
+TEST_F(SimulatorConsole, ControlOfAListOfProcessesIsUnknown) {
+    EXPECT_EQ(run("vanish"), ConsoleOutcome::BadCommand);
+    EXPECT_EQ(error, "Unknown command: vanish");
+    EXPECT_EQ(consoleHelp().find("vanish"), std::string::npos);
+}
+
+TEST_F(SimulatorConsole, SendsBytesAsTheyAreGiven) {
+    SimulatorClient client(simulator);
+    ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
+    EXPECT_EQ(run("trickle on"), ConsoleOutcome::Done);
+    EXPECT_EQ(run("raw 0c000000 04 00 00 00 03000000"), ConsoleOutcome::Done);
+    EXPECT_TRUE(client.waitFor(simConnectRecvQuit));
+}
+
 TEST_F(SimulatorConsole, WrongArgumentsTellTheUsage) {
     for (const char* line : {"battery", "battery maybe", "battery on off", "refuse 1"}) {
         EXPECT_EQ(run(line), ConsoleOutcome::BadCommand) << line;
@@ -194,7 +208,12 @@ TEST_F(SimulatorConsole, WrongArgumentsTellTheUsage) {
                              "module begin",
                              "module start now",
                              "module answers",
-                             "module answers same"}) {
+                             "module answers same",
+                             "raw",
+                             "raw 0",
+                             "raw 0 0",
+                             "trickle",
+                             "start now"}) {
         EXPECT_EQ(run(line), ConsoleOutcome::BadCommand) << line;
         EXPECT_TRUE(error.starts_with("Usage: ")) << error;
     }
@@ -202,9 +221,9 @@ TEST_F(SimulatorConsole, WrongArgumentsTellTheUsage) {
 
 TEST_F(SimulatorConsole, HelpNamesEveryCommand) {
     const std::string help = consoleHelp();
-    for (const char* name :
-         {"battery", "lvar",   "light",     "avar", "other-client", "module", "text",  "respond", "quit", "die", "drop",
-          "refuse",  "hangup", "protocols", "late", "silent",       "error",  "stall", "cut",     "help", "exit"}) {
+    for (const char* name : {"battery",   "lvar",   "light", "avar",  "text",    "respond", "other-client", "start",
+                             "quit",      "die",    "drop",  "cut",   "refuse",  "hangup",  "late",         "module",
+                             "protocols", "silent", "error", "stall", "trickle", "raw",     "help",         "exit"}) {
         EXPECT_NE(help.find("  " + std::string(name) + " "), std::string::npos) << name;
     }
 }
