@@ -40,9 +40,9 @@ struct HidReadResult {
     std::span<const std::uint8_t> data;
 };
 
-/// Reads one report of at most hidReportSize bytes, waiting no longer than the limit. Called on one thread at a time. It holds
-/// whatever a pending read needs (buffer, event, overlapped record), so it must outlive the handle it was made for:
-/// close the handle first, then destroy the reader.
+/// Reads one report of at most hidReportSize bytes, waiting no longer than the limit. Called on one thread at a time.
+/// It holds whatever a pending read needs (buffer, event, overlapped record), so it must outlive the handle it was made
+/// for: close the handle first, then destroy the reader.
 using HidReader = std::function<HidReadResult(std::chrono::milliseconds limit)>;
 
 struct HidWriteResult {
