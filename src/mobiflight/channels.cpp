@@ -39,8 +39,9 @@ bool writeCommandArea(const SimConnectLibrary& library, SimConnectClient* client
         error = "Empty command";
         return false;
     }
-    if (text.size() >= commandAreaSize)
+    if (text.size() >= commandAreaSize) {
         logWarn("MobiFlight command truncated to 256 bytes");
+    }
     // One byte less than the area, so that the text always ends in a zero.
     std::array<char, commandAreaSize> block{};
     text.copy(block.data(), block.size() - 1);
@@ -52,10 +53,12 @@ bool writeCommandArea(const SimConnectLibrary& library, SimConnectClient* client
     const ChannelIds ids = channelIds(attachment);
     const SimConnectResult result =
         library.setClientData(session, ids.commandArea, ids.commandDefinition, 0, 0, commandAreaSize, block.data());
-    if (!callSucceeded("SimConnect_SetClientData", result, error))
+    if (!callSucceeded("SimConnect_SetClientData", result, error)) {
         return false;
+    }
     // The whole text even when it was cut: the reader wants to know which command was too long.
-    if (Logger::instance().debugEnabledNow())
+    if (Logger::instance().debugEnabledNow()) {
         Logger::instance().debug("MobiFlight command: " + std::string(text));
+    }
     return true;
 }

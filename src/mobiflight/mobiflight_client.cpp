@@ -25,15 +25,17 @@ void MobiFlightClient::setExtensions(const ExtensionsConfig& config) {
 bool MobiFlightClient::start(SimConnectClient* client, const MobiFlightConfig& config, std::string& error) {
     // Before the refusals below: a client that runs takes the new settings, or is disabled, by a start that fails.
     configure(client, config);
-    if (!enabled)
+    if (!enabled) {
         return true;
+    }
     if (worker.running()) {
         error = "MobiFlight client already running";
         return false;
     }
-    if (simConnect != nullptr)
+    if (simConnect != nullptr) {
         simConnect->setClientDataCallback([this](std::uint32_t requestId, const std::uint8_t* data,
                                                  std::uint32_t size) { onClientData(requestId, data, size); });
+    }
     return worker.start(
         host, [this] { workerLoop(); }, "Failed to start MobiFlight worker: ", error);
 }
@@ -50,8 +52,9 @@ void MobiFlightClient::configure(SimConnectClient* client, const MobiFlightConfi
 }
 
 void MobiFlightClient::stop() {
-    if (!worker.requestStop())
+    if (!worker.requestStop()) {
         return;
+    }
     {
         // A worker that has found itself running but doesn't wait yet would miss the broadcast. It holds this mutex
         // until it waits.
@@ -66,13 +69,15 @@ void MobiFlightClient::stop() {
         forgetSession();
     }
     setLVarHandler(nullptr);
-    if (simConnect != nullptr)
+    if (simConnect != nullptr) {
         simConnect->setClientDataCallback(nullptr);
+    }
 }
 
 void MobiFlightClient::onSimConnectState(bool nowConnected) {
-    if (!enabled || !worker.running())
+    if (!enabled || !worker.running()) {
         return;
+    }
     simConnected = nowConnected;
     ready = false;
     {
@@ -81,10 +86,11 @@ void MobiFlightClient::onSimConnectState(bool nowConnected) {
         forgetSession();
     }
     queueCondition.notify_all();
-    if (nowConnected)
+    if (nowConnected) {
         beginSession();
-    else
+    } else {
         logInfo("MobiFlight client waiting for SimConnect");
+    }
 }
 
 void MobiFlightClient::forgetSession() {
@@ -97,25 +103,30 @@ bool MobiFlightClient::isReady() const {
 }
 
 void MobiFlightClient::onClientData(std::uint32_t requestId, const std::uint8_t* data, std::uint32_t size) {
-    if (!enabled)
+    if (!enabled) {
         return;
-    if (requestId == responseRequestId)
+    }
+    if (requestId == responseRequestId) {
         onResponse(blockText(data, size));
-    else if (requestId == lvarsRequestId)
+    } else if (requestId == lvarsRequestId) {
         onLVars(data, size);
+    }
 }
 
 void MobiFlightClient::onLVars(const std::uint8_t* data, std::uint32_t size) {
     const std::optional<std::string> text = lvarText(data, size, extensions.lvarNumbers);
-    if (!text)
+    if (!text) {
         return;
+    }
     LVarHandler handler;
     {
         const std::lock_guard lock(handlerMutex);
         handler = lvarHandler;
     }
-    if (handler)
+    if (handler) {
         handler(*text);
-    if (Logger::instance().debugEnabledNow())
+    }
+    if (Logger::instance().debugEnabledNow()) {
         Logger::instance().debug("MobiFlight LVars: " + *text);
+    }
 }

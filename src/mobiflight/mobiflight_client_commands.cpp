@@ -43,22 +43,25 @@ bool MobiFlightClient::checkRunning(std::string& error) const {
 }
 
 bool MobiFlightClient::queueRpn(const std::string& rpn, RpnKind kind, std::uint32_t amount, std::string& error) {
-    if (!checkRunning(error))
+    if (!checkRunning(error)) {
         return false;
+    }
     if (rpn.empty()) {
         error = emptyRpn;
         return false;
     }
     MobiFlightCommand command = rpnCommand(rpn, kind);
     const std::lock_guard lock(queueMutex);
-    if (queue.enqueue(std::move(command), amount))
+    if (queue.enqueue(std::move(command), amount)) {
         queueCondition.notify_one();
+    }
     return true;
 }
 
 bool MobiFlightClient::sendRpnNow(const std::string& rpn, std::string& error) {
-    if (!checkRunning(error))
+    if (!checkRunning(error)) {
         return false;
+    }
     if (!simConnected) {
         error = "SimConnect is not connected";
         return false;
@@ -76,8 +79,9 @@ bool MobiFlightClient::sendRpnNow(const std::string& rpn, std::string& error) {
 }
 
 void MobiFlightClient::cancelRpn(const std::string& rpn) {
-    if (rpn.empty())
+    if (rpn.empty()) {
         return;
+    }
     const std::string text = commandText(rpn);
     const std::lock_guard lock(queueMutex);
     queue.cancel(text);
@@ -91,8 +95,9 @@ void MobiFlightClient::workerLoop() {
     MobiFlightCommand command;
     while (worker.running()) {
         renewRegistrationIfDue();
-        if (takeNext(command))
+        if (takeNext(command)) {
             serve(command);
+        }
     }
 }
 
@@ -106,10 +111,11 @@ void MobiFlightClient::waitForWork(std::unique_lock<std::mutex>& lock) {
     const std::optional<std::int64_t> due = renewal.nextDue();
     // A renewal that begins meanwhile is due at another time.
     const auto hasWork = [&] { return !worker.running() || !queue.waiting().empty() || renewal.nextDue() != due; };
-    if (due)
+    if (due) {
         queueCondition.wait_for(lock, std::chrono::nanoseconds(std::max<std::int64_t>(0, *due - host.now())), hasWork);
-    else
+    } else {
         queueCondition.wait(lock, hasWork);
+    }
 }
 
 void MobiFlightClient::serve(const MobiFlightCommand& command) {
@@ -124,8 +130,9 @@ void MobiFlightClient::serve(const MobiFlightCommand& command) {
     waitForRateLimit();
     // Dropped, not sent late: a press of minutes ago must not act in the flight that is loaded now. While no session
     // has followed, the command goes on and fails, so that the log shows the loss.
-    if (inFlightIsStale())
+    if (inFlightIsStale()) {
         return;
+    }
     // A command that fails is not repeated: by then it may no longer be what the pilot wants. The log has the cause.
     sendCommand(command);
     const std::lock_guard lock(queueMutex);
@@ -140,8 +147,9 @@ void MobiFlightClient::retryLater(std::chrono::milliseconds delay) {
 
 void MobiFlightClient::waitForRateLimit() {
     const std::chrono::milliseconds delay = rateLimit.delay(rpnRateLimitMs, host.now());
-    if (delay.count() > 0)
+    if (delay.count() > 0) {
         host.sleepFor(delay);
+    }
 }
 
 bool MobiFlightClient::inFlightIsStale() {
@@ -158,13 +166,15 @@ bool MobiFlightClient::sendBurst(const MobiFlightCommand& command) {
     while (worker.running()) {
         // Detents that come during the burst extend it.
         const std::int32_t count = takeDetents(command.text);
-        if (count == 0)
+        if (count == 0) {
             return true;
+        }
         // No pause between them: with one, a fast knob would lag behind the pilot.
         for (std::int32_t sent = 0; sent < count && worker.running(); ++sent) {
             // The detents left are lost with it, as with any command that fails.
-            if (!sendOnce(command))
+            if (!sendOnce(command)) {
                 return false;
+            }
         }
     }
     return true;

@@ -52,8 +52,9 @@ void MobiFlightClient::queueRegistration(std::uint32_t attachment) {
     commandAttachment = attachment;
     // The module's answer may equal what its area holds already, and the simulator then delivers nothing. The answer to
     // a ping comes in between and changes the area.
-    if (extensions.renewRegistration)
+    if (extensions.renewRegistration) {
         queueHandshake(ping);
+    }
     // A client with channels of its own makes this its last write to the shared one. The registration must not remain
     // there: the next session's would be the same bytes, and the module wouldn't notice it. So the dummy follows.
     queueHandshake(registrationText(clientName), extensions.ownChannels);
@@ -82,8 +83,9 @@ void MobiFlightClient::onResponse(const std::string& text) {
 
 void MobiFlightClient::onConfirmation() {
     // A registration that was repeated may be answered twice.
-    if (ready)
+    if (ready) {
         return;
+    }
     if (!extensions.ownChannels) {
         becomeReady(std::nullopt);
         return;
@@ -103,10 +105,12 @@ void MobiFlightClient::becomeReady(std::optional<std::uint32_t> ownAttachment) {
     {
         const std::lock_guard lock(queueMutex);
         renewal.stop();
-        if (ownAttachment)
+        if (ownAttachment) {
             commandAttachment = *ownAttachment;
-        if (ready.exchange(true))
+        }
+        if (ready.exchange(true)) {
             return;
+        }
     }
     logInfo("MobiFlight client registered");
     const std::lock_guard lock(queueMutex);
@@ -115,8 +119,9 @@ void MobiFlightClient::becomeReady(std::optional<std::uint32_t> ownAttachment) {
 }
 
 void MobiFlightClient::renewRegistrationIfDue() {
-    if (!extensions.renewRegistration)
+    if (!extensions.renewRegistration) {
         return;
+    }
     bool moduleIsSilent = false;
     bool isDue = false;
     std::uint32_t session = 0;
@@ -127,10 +132,12 @@ void MobiFlightClient::renewRegistrationIfDue() {
         isDue = renewal.takeDue(now) && !handshakeWaits();
         session = sessionNumber;
     }
-    if (moduleIsSilent)
+    if (moduleIsSilent) {
         logWarn("MobiFlight module has not answered for 10 seconds; it may not be installed");
-    if (isDue)
+    }
+    if (isDue) {
         renewRegistration(session);
+    }
 }
 
 bool MobiFlightClient::handshakeWaits() const {
@@ -142,10 +149,12 @@ void MobiFlightClient::renewRegistration(std::uint32_t session) {
     const std::uint32_t attachment = ++furtherAttachments;
     // The first attachment of the session has reported why it failed.
     std::string ignoredError;
-    if (!attachToSharedChannels(attachment, ignoredError))
+    if (!attachToSharedChannels(attachment, ignoredError)) {
         return;
+    }
     const std::lock_guard lock(queueMutex);
     // The answer may have come, or the session have ended, while the calls were made.
-    if (session == sessionNumber && !ready)
+    if (session == sessionNumber && !ready) {
         queueRegistration(attachment);
+    }
 }

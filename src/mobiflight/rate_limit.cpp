@@ -8,8 +8,9 @@ void RateLimit::noteSend(std::int64_t now) {
 }
 
 std::chrono::milliseconds RateLimit::delay(std::int32_t limitMs, std::int64_t now) const {
-    if (limitMs < 1 || !hasLastSend)
+    if (limitMs < 1 || !hasLastSend) {
         return std::chrono::milliseconds(0);
+    }
     // Whole milliseconds, truncated: the wait is never too short.
     const auto elapsed =
         std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::nanoseconds(now - lastSendAt));

@@ -16,15 +16,17 @@ void RegistrationRenewal::begin(std::int64_t now) {
 }
 
 bool RegistrationRenewal::takeDue(std::int64_t now) {
-    if (!nextAt || now < *nextAt)
+    if (!nextAt || now < *nextAt) {
         return false;
+    }
     nextAt = now + periodNs;
     return true;
 }
 
 bool RegistrationRenewal::takeWarning(std::int64_t now) {
-    if (!nextAt || warned || now < warnAt)
+    if (!nextAt || warned || now < warnAt) {
         return false;
+    }
     warned = true;
     return true;
 }

@@ -15,32 +15,37 @@ std::int32_t addDetents(std::int32_t count, std::uint32_t amount) {
 } // namespace
 
 bool RpnQueue::enqueue(MobiFlightCommand command, std::uint32_t amount) {
-    if (amount == 0 || isAbsorbed(command, amount))
+    if (amount == 0 || isAbsorbed(command, amount)) {
         return false;
+    }
     commands.push_back(std::move(command));
     return true;
 }
 
 bool RpnQueue::isAbsorbed(const MobiFlightCommand& command, std::uint32_t amount) {
-    if (command.kind == RpnKind::Hold)
+    if (command.kind == RpnKind::Hold) {
         return !pendingHolds.insert(command.text).second;
+    }
     return command.kind == RpnKind::Encoder && addToDetents(command, amount);
 }
 
 bool RpnQueue::addToDetents(const MobiFlightCommand& command, std::uint32_t amount) {
     EncoderPending& detents = encoderPending[command.text];
-    if (detents.pendingCount == 0)
+    if (detents.pendingCount == 0) {
         detents.firstQueuedAt = command.queuedAt;
+    }
     detents.pendingCount = addDetents(detents.pendingCount, amount);
-    if (detents.inFlight)
+    if (detents.inFlight) {
         return true;
+    }
     return std::exchange(detents.queued, true);
 }
 
 bool RpnQueue::takeNext(bool ready, MobiFlightCommand& command) {
     const auto next = nextEntry(ready);
-    if (next == commands.end())
+    if (next == commands.end()) {
         return false;
+    }
     inFlight = std::move(*next);
     commands.erase(next);
     leaveTables(*inFlight);
@@ -49,8 +54,9 @@ bool RpnQueue::takeNext(bool ready, MobiFlightCommand& command) {
 }
 
 std::deque<MobiFlightCommand>::iterator RpnQueue::nextEntry(bool ready) {
-    if (ready)
+    if (ready) {
         return commands.begin();
+    }
     // Not simply the first: an RPN command that came before the registration returns to the front until the module
     // confirms the registration, which would then never be sent.
     const auto next = std::find_if(commands.begin(), commands.end(),
@@ -61,15 +67,18 @@ std::deque<MobiFlightCommand>::iterator RpnQueue::nextEntry(bool ready) {
 void RpnQueue::leaveTables(MobiFlightCommand& command) {
     // A hold in flight absorbs nothing: a repeat that comes while its text is being sent must become an entry of its
     // own, or a held button would lose it.
-    if (command.kind == RpnKind::Hold)
+    if (command.kind == RpnKind::Hold) {
         pendingHolds.erase(command.text);
-    if (command.kind != RpnKind::Encoder)
+    }
+    if (command.kind != RpnKind::Encoder) {
         return;
+    }
     EncoderPending& detents = encoderPending[command.text];
     detents.queued = false;
     detents.inFlight = true;
-    if (command.queuedAt == 0)
+    if (command.queuedAt == 0) {
         command.queuedAt = detents.firstQueuedAt;
+    }
 }
 
 std::int32_t RpnQueue::takeDetents(const std::string& text) {
@@ -80,11 +89,13 @@ std::int32_t RpnQueue::takeDetents(const std::string& text) {
 void RpnQueue::putBack() {
     std::optional<MobiFlightCommand> command = std::exchange(inFlight, std::nullopt);
     // The queue was emptied because the session ended: the command must not reach the next one.
-    if (!command)
+    if (!command) {
         return;
+    }
     // A repeat of the hold came meanwhile and waits; one of the two is enough.
-    if (command->kind == RpnKind::Hold && !pendingHolds.insert(command->text).second)
+    if (command->kind == RpnKind::Hold && !pendingHolds.insert(command->text).second) {
         return;
+    }
     if (command->kind == RpnKind::Encoder) {
         EncoderPending& detents = encoderPending[command->text];
         detents.inFlight = false;
@@ -95,8 +106,9 @@ void RpnQueue::putBack() {
 
 void RpnQueue::finish() {
     std::optional<MobiFlightCommand> command = std::exchange(inFlight, std::nullopt);
-    if (!command || command->kind != RpnKind::Encoder)
+    if (!command || command->kind != RpnKind::Encoder) {
         return;
+    }
     EncoderPending& detents = encoderPending[command->text];
     if (detents.pendingCount == 0) {
         encoderPending.erase(command->text);
@@ -112,13 +124,15 @@ void RpnQueue::cancel(const std::string& text) {
     std::erase_if(commands, [&](const MobiFlightCommand& command) { return command.text == text; });
     pendingHolds.erase(text);
     const auto detents = encoderPending.find(text);
-    if (detents == encoderPending.end())
+    if (detents == encoderPending.end()) {
         return;
+    }
     // The entry of a command in flight stays, so that detents of the next moments still join it.
-    if (detents->second.inFlight)
+    if (detents->second.inFlight) {
         detents->second = EncoderPending{.inFlight = true};
-    else
+    } else {
         encoderPending.erase(detents);
+    }
 }
 
 void RpnQueue::clear() {

@@ -15,8 +15,9 @@ std::string simConnectError(const char* call, SimConnectResult result) {
 }
 
 bool callSucceeded(const char* call, SimConnectResult result, std::string& error) {
-    if (!simConnectFailed(result))
+    if (!simConnectFailed(result)) {
         return true;
+    }
     error = simConnectError(call, result);
     return false;
 }

@@ -60,24 +60,28 @@ bool SimClientSession::open(const std::string& clientName, std::string& error) {
         error = simConnectError("SimConnect_Open", result);
         return false;
     }
-    if (!adoptHandle(newHandle))
+    if (!adoptHandle(newHandle)) {
         return true;
+    }
     // Before `connected` is set: nobody else may use a session that is still being set up.
     watchBattery();
     const bool wasConnected = connected.exchange(true);
     everConnected = true;
-    if (!wasConnected && connectionCallback)
+    if (!wasConnected && connectionCallback) {
         connectionCallback(true);
+    }
     logInfo("SimConnect connected");
     return true;
 }
 
 void SimClientSession::logNoticeOnce() {
-    if (std::exchange(noticeLogged, true) || !library.notice)
+    if (std::exchange(noticeLogged, true) || !library.notice) {
         return;
+    }
     const std::string notice = library.notice();
-    if (!notice.empty())
+    if (!notice.empty()) {
         logWarn(notice);
+    }
 }
 
 bool SimClientSession::adoptHandle(SimConnectHandle newHandle) {
@@ -99,14 +103,16 @@ void SimClientSession::watchBattery() {
         logWarn("SimConnect data definitions failed: " + error);
         return;
     }
-    if (!requestBattery(error))
+    if (!requestBattery(error)) {
         logWarn("SimConnect data request failed: " + error);
+    }
 }
 
 bool SimClientSession::defineBattery(std::string& error) {
     const SimConnectHandle session = batteryHandle(error);
-    if (session == nullptr)
+    if (session == nullptr) {
         return false;
+    }
     const std::string variable = batteryVariable + std::to_string(batteryIndex);
     const SimConnectResult result = library.addToDataDefinition(session, batteryDefinitionId, variable.c_str(), "Bool",
                                                                 simConnectDataTypeInt32, 0.0F, simConnectUnused);
@@ -115,8 +121,9 @@ bool SimClientSession::defineBattery(std::string& error) {
 
 bool SimClientSession::requestBattery(std::string& error) {
     const SimConnectHandle session = batteryHandle(error);
-    if (session == nullptr)
+    if (session == nullptr) {
         return false;
+    }
     const SimConnectResult result =
         library.requestDataOnSimObject(session, batteryRequestId, batteryDefinitionId, simConnectObjectIdUser,
                                        simConnectPeriodSimFrame, simConnectRequestFlagChanged, 0, 0, 0);
@@ -125,8 +132,9 @@ bool SimClientSession::requestBattery(std::string& error) {
 
 SimConnectHandle SimClientSession::batteryHandle(std::string& error) {
     const SimConnectHandle session = currentHandle();
-    if (session == nullptr)
+    if (session == nullptr) {
         error = "SimConnect handle unavailable";
+    }
     return session;
 }
 
@@ -137,11 +145,13 @@ SimConnectHandle SimClientSession::currentHandle() {
 
 void SimClientSession::poll() {
     const SimConnectHandle session = currentHandle();
-    if (session == nullptr)
+    if (session == nullptr) {
         return;
+    }
     const SimConnectResult result = library.callDispatch(session, dispatch, this);
-    if (simConnectFailed(result))
+    if (simConnectFailed(result)) {
         close("dispatch error " + hresultText(result));
+    }
 }
 
 void SimClientSession::close(const std::string& reason) {
@@ -159,17 +169,20 @@ void SimClientSession::close(const std::string& reason) {
     // The handle is out of reach before it is closed. A call that copied it earlier may still use it and then fails
     // like any other.
     library.close(oldHandle);
-    if (!connected.exchange(false))
+    if (!connected.exchange(false)) {
         return;
+    }
     logWarn("SimConnect disconnected: " + reason);
-    if (connectionCallback)
+    if (connectionCallback) {
         connectionCallback(false);
+    }
 }
 
 void SimClientSession::dispatch(SimConnectRecv* message, std::uint32_t size, void* context) {
     // Even the header may be missing: the network client passes on what it received.
-    if (message == nullptr || context == nullptr || size < sizeof(SimConnectRecv))
+    if (message == nullptr || context == nullptr || size < sizeof(SimConnectRecv)) {
         return;
+    }
     static_cast<SimClientSession*>(context)->handleMessage(message, size);
 }
 
@@ -196,34 +209,39 @@ void SimClientSession::handleMessage(const SimConnectRecv* message, std::uint32_
 
 void SimClientSession::handleBattery(const SimConnectRecv* message, std::uint32_t size) {
     std::uint32_t value = 0;
-    if (size < dataHeaderSize + sizeof value || requestIdOf(message) != batteryRequestId)
+    if (size < dataHeaderSize + sizeof value || requestIdOf(message) != batteryRequestId) {
         return;
+    }
     std::memcpy(&value, dataBlock(message), sizeof value);
     BatteryCallback callback;
     {
         const std::lock_guard lock(mutex);
         callback = batteryCallback;
     }
-    if (callback)
+    if (callback) {
         callback(value != 0);
+    }
 }
 
 void SimClientSession::handleClientData(const SimConnectRecv* message, std::uint32_t size) {
-    if (size <= dataHeaderSize)
+    if (size <= dataHeaderSize) {
         return;
+    }
     ClientDataCallback callback;
     {
         const std::lock_guard lock(mutex);
         callback = clientDataCallback;
     }
-    if (callback)
+    if (callback) {
         callback(requestIdOf(message), dataBlock(message), size - dataHeaderSize);
+    }
 }
 
 void SimClientSession::requestShutdown() {
     // Spent even without a callback: one that is set later has missed the simulator's end.
-    if (shutdownRequested.exchange(true))
+    if (shutdownRequested.exchange(true)) {
         return;
+    }
     QuitCallback callback;
     {
         const std::lock_guard lock(mutex);

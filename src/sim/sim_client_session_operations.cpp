@@ -16,8 +16,9 @@ SimConnectHandle SimClientSession::connectedHandle() {
 
 SimConnectHandle SimClientSession::usableHandle(std::string& error) {
     const SimConnectHandle session = connectedHandle();
-    if (session == nullptr)
+    if (session == nullptr) {
         error = notConnected;
+    }
     return session;
 }
 
@@ -28,8 +29,9 @@ bool SimClientSession::transmitEvent(const std::string& eventName, std::string& 
     }
     SimConnectHandle session = nullptr;
     std::uint32_t eventId = 0;
-    if (!resolveEvent(eventName, session, eventId, error))
+    if (!resolveEvent(eventName, session, eventId, error)) {
         return false;
+    }
     const SimConnectResult result =
         library.transmitClientEvent(session, simConnectObjectIdUser, eventId, 0, simConnectGroupPriorityHighest,
                                     simConnectEventFlagGroupIdIsPriority);
@@ -52,24 +54,27 @@ bool SimClientSession::resolveEvent(const std::string& eventName, SimConnectHand
     // Spent even if the call fails: the simulator may have taken it.
     eventId = nextEventId++;
     const SimConnectResult result = library.mapClientEventToSimEvent(session, eventId, eventName.c_str());
-    if (!callSucceeded("SimConnect_MapClientEventToSimEvent", result, error))
+    if (!callSucceeded("SimConnect_MapClientEventToSimEvent", result, error)) {
         return false;
+    }
     eventIds.emplace(eventName, eventId);
     return true;
 }
 
 bool SimClientSession::mapClientDataName(const std::string& name, std::uint32_t clientDataId, std::string& error) {
     const SimConnectHandle session = usableHandle(error);
-    if (session == nullptr)
+    if (session == nullptr) {
         return false;
+    }
     const SimConnectResult result = library.mapClientDataNameToId(session, name.c_str(), clientDataId);
     return callSucceeded("SimConnect_MapClientDataNameToID", result, error);
 }
 
 bool SimClientSession::addClientDataDefinition(std::uint32_t definitionId, std::uint32_t size, std::string& error) {
     const SimConnectHandle session = usableHandle(error);
-    if (session == nullptr)
+    if (session == nullptr) {
         return false;
+    }
     const SimConnectResult result =
         library.addToClientDataDefinition(session, definitionId, 0, size, 0.0F, simConnectUnused);
     return callSucceeded("SimConnect_AddToClientDataDefinition", result, error);
@@ -78,8 +83,9 @@ bool SimClientSession::addClientDataDefinition(std::uint32_t definitionId, std::
 bool SimClientSession::requestClientData(std::uint32_t clientDataId, std::uint32_t requestId,
                                          std::uint32_t definitionId, std::string& error) {
     const SimConnectHandle session = usableHandle(error);
-    if (session == nullptr)
+    if (session == nullptr) {
         return false;
+    }
     const SimConnectResult result =
         library.requestClientData(session, clientDataId, requestId, definitionId, simConnectClientDataPeriodOnSet,
                                   simConnectRequestFlagChanged, 0, 0, 0);

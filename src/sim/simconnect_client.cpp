@@ -53,8 +53,9 @@ bool SimConnectClient::start(const std::string& name, ConnectionCallback onConne
 }
 
 void SimConnectClient::stop() {
-    if (!worker.requestStop())
+    if (!worker.requestStop()) {
         return;
+    }
     worker.join();
     session.close("shutdown");
 }
@@ -91,14 +92,17 @@ void SimConnectClient::workerStep(WorkerState& state) {
     // Scanned even without a board, and only without a session: the end of an open one shows in its messages.
     const bool simRunning = host.findProcess(isSimulatorProcess);
     // The loop goes on: it is the application that ends, and that stops this worker.
-    if (session.wasEverConnected() && !simRunning)
+    if (session.wasEverConnected() && !simRunning) {
         session.requestShutdown();
-    if (!deviceAttached(state))
+    }
+    if (!deviceAttached(state)) {
         return;
-    if (simRunning)
+    }
+    if (simRunning) {
         tryOpen(state);
-    else
+    } else {
         waitForSimulator(state);
+    }
 }
 
 bool SimConnectClient::deviceAttached(WorkerState& state) {
@@ -137,8 +141,9 @@ void SimConnectClient::tryOpen(WorkerState& state) {
         state.backoffMs = firstBackoffMs;
         return;
     }
-    if (!error.empty())
+    if (!error.empty()) {
         logWarn("Waiting for SimConnect connection: " + error);
+    }
     sleepBackoff(state);
 }
 

@@ -60,8 +60,9 @@ public:
         mobiflight.start(&simConnect, config.mobiflight, error);
         simConnect.start(
             "bench", [this](bool connected) { mobiflight.onSimConnectState(connected); }, {}, error);
-        while (!simConnect.isConnected())
+        while (!simConnect.isConnected()) {
             std::this_thread::yield();
+        }
         static constexpr char confirmation[] = "MF.Clients.Add.bench.Finished";
         waitForWrites(1);
         mobiflight.onClientData(0x1200, reinterpret_cast<const std::uint8_t*>(confirmation), sizeof confirmation);
@@ -81,8 +82,9 @@ public:
     }
 
     void waitForWrites(std::uint64_t count) const {
-        while (simulator.writes.load() < count)
+        while (simulator.writes.load() < count) {
             std::this_thread::yield();
+        }
     }
 
     CountingSimulator simulator;

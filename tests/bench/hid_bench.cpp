@@ -45,10 +45,12 @@ void sendEqualLedCommand(benchmark::State& state) {
     const std::string deviceName = manager.listDevices().at(0).deviceName;
     const LedCommand command{1, 80, 0, 0, 0};
     manager.sendLedControl(deviceName, 0, command);
-    for (auto _ : state)
+    for (auto _ : state) {
         benchmark::DoNotOptimize(manager.sendLedControl(deviceName, 0, command));
-    if (board->outputs().size() != 1)
+    }
+    if (board->outputs().size() != 1) {
         state.SkipWithError("an equal command was written");
+    }
     manager.stop();
 }
 BENCHMARK(sendEqualLedCommand);

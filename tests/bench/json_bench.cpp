@@ -25,8 +25,9 @@ std::string commandFile(int controls) {
 /// An event map of that many numbers.
 std::string eventMap(int controls) {
     std::string text = R"({"event_types": {"BUTTON": 1, "ENCODER": 2}, "control_ids": {)";
-    for (int i = 0; i < controls; ++i)
+    for (int i = 0; i < controls; ++i) {
         text += (i == 0 ? "\"CONTROL_" : ", \"CONTROL_") + std::to_string(i) + "\": " + std::to_string(i);
+    }
     return text + "}}";
 }
 
@@ -43,8 +44,9 @@ void parseJson(benchmark::State& state) {
     const std::string text = textOf(state);
     for (auto _ : state) {
         const JsonParseResult result = JsonParser::parse(text);
-        if (!result.ok)
+        if (!result.ok) {
             state.SkipWithError(result.error.c_str());
+        }
         benchmark::DoNotOptimize(result.value);
     }
     countBytes(state, text);
@@ -61,9 +63,11 @@ void parseJsonPeer(benchmark::State& state) {
 
 void files(benchmark::internal::Benchmark* bench) {
     bench->ArgNames({"file", "controls"});
-    for (const int file : {0, 1})
-        for (const int controls : {50, 1000})
+    for (const int file : {0, 1}) {
+        for (const int controls : {50, 1000}) {
             bench->Args({file, controls});
+        }
+    }
 }
 
 BENCHMARK(parseJson)->Apply(files);

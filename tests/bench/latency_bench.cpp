@@ -109,12 +109,13 @@ void idle(const LatencySubject& bridge) {
 
 bool readOptions(int argc, char** argv, Options& options) {
     for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--check") == 0)
+        if (std::strcmp(argv[i], "--check") == 0) {
             options.check = true;
-        else if (std::strcmp(argv[i], "--reports") == 0 && i + 1 < argc)
+        } else if (std::strcmp(argv[i], "--reports") == 0 && i + 1 < argc) {
             options.flood = std::stoul(argv[++i]);
-        else
+        } else {
             return false;
+        }
     }
     return true;
 }

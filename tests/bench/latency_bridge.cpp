@@ -20,8 +20,9 @@ bool stopApp(unsigned) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 4)
+    if (argc != 4) {
         return 2;
+    }
     const auto port = static_cast<std::uint16_t>(std::atoi(argv[2]));
     Platform platform = systemPlatform();
     platform.hid = socketBoardTransport(std::atoi(argv[1]));

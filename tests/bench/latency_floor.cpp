@@ -38,8 +38,9 @@ void fillSetClientData(std::uint8_t* packet, const char* text) {
 bool sendAll(int link, const std::uint8_t* bytes, std::size_t size) {
     while (size > 0) {
         const ssize_t sent = send(link, bytes, size, MSG_NOSIGNAL);
-        if (sent <= 0)
+        if (sent <= 0) {
             return false;
+        }
         bytes += sent;
         size -= static_cast<std::size_t>(sent);
     }
@@ -49,12 +50,14 @@ bool sendAll(int link, const std::uint8_t* bytes, std::size_t size) {
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3)
+    if (argc != 3) {
         return 2;
+    }
     const int reports = std::atoi(argv[1]);
     const int link = connectTo(static_cast<std::uint16_t>(std::atoi(argv[2])));
-    if (link < 0)
+    if (link < 0) {
         return 1;
+    }
     std::array<std::uint8_t, 32> report{};
     std::array<std::uint8_t, 2 * packetSize> packets{};
     fillSetClientData(packets.data() + packetSize, "MF.DummyCmd");
@@ -62,8 +65,9 @@ int main(int argc, char** argv) {
         std::array<char, 64> text{};
         std::snprintf(text.data(), text.size(), "MF.SimVars.Set.1 %u (>K:BENCH)", report[4] | report[5] << 8U);
         fillSetClientData(packets.data(), text.data());
-        if (!sendAll(link, packets.data(), packets.size()))
+        if (!sendAll(link, packets.data(), packets.size())) {
             return 1;
+        }
     }
     close(link);
     return 0;

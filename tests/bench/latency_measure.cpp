@@ -23,15 +23,17 @@ class SubjectProcess {
 public:
     SubjectProcess(const LatencySubject& subject, std::uint16_t port) {
         std::array<int, 2> ends{};
-        if (socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends.data()) != 0)
+        if (socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends.data()) != 0) {
             throw std::runtime_error("no socket for reports");
+        }
         reports = ends[0];
         fcntl(reports, F_SETFD, FD_CLOEXEC);
         std::vector<std::string> words{subject.program, std::to_string(ends[1]), std::to_string(port)};
         words.insert(words.end(), subject.arguments.begin(), subject.arguments.end());
         std::vector<char*> argv;
-        for (std::string& word : words)
+        for (std::string& word : words) {
             argv.push_back(word.data());
+        }
         argv.push_back(nullptr);
         pid = fork();
         if (pid == 0) {
@@ -51,8 +53,9 @@ public:
     void press(std::uint32_t controlId) const {
         const std::array<std::uint8_t, 32> report{
             0x01, 0, 1, 0, static_cast<std::uint8_t>(controlId & 0xFFU), static_cast<std::uint8_t>(controlId >> 8U), 1};
-        if (send(reports, report.data(), report.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(report.size()))
+        if (send(reports, report.data(), report.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(report.size())) {
             throw std::runtime_error("the subject is gone");
+        }
     }
 
     int pid = -1;
@@ -79,9 +82,10 @@ std::vector<Clock::time_point> feed(const SubjectProcess& process, const Latency
     const std::chrono::duration<double> pause(load.reportsPerSecond > 0 ? 1 / load.reportsPerSecond : 0);
     const auto start = Clock::now();
     for (std::size_t i = 0; i < load.reports; ++i) {
-        if (load.reportsPerSecond > 0)
+        if (load.reportsPerSecond > 0) {
             std::this_thread::sleep_until(start +
                                           std::chrono::duration_cast<Clock::duration>(pause * static_cast<double>(i)));
+        }
         sent[i] = Clock::now();
         process.press(static_cast<std::uint32_t>(i % load.controls));
     }
@@ -99,8 +103,9 @@ double watchIdle(int pid, double seconds) {
 LatencyResult measureLatency(const LatencySubject& subject, const LatencyLoad& load) {
     LatencySimulator simulator(load.reports, load.controls);
     const SubjectProcess process(subject, simulator.port());
-    if (!simulator.waitUntilReady(subject.registers))
+    if (!simulator.waitUntilReady(subject.registers)) {
         throw std::runtime_error(subject.name + " doesn't connect");
+    }
     // The registration's own writes settle.
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
 
@@ -108,18 +113,21 @@ LatencyResult measureLatency(const LatencySubject& subject, const LatencyLoad& l
     LatencyResult result;
     result.complete = simulator.waitForAll();
     result.residentMiB = residentMiB(std::to_string(process.pid));
-    if (load.idleSeconds > 0)
+    if (load.idleSeconds > 0) {
         result.idleCpu = watchIdle(process.pid, load.idleSeconds);
+    }
     result.sent = load.reports;
     result.received = simulator.received();
     result.misplaced = simulator.misplaced();
     const std::size_t whole = std::min(result.sent, result.received);
-    for (std::size_t i = 0; i < whole; ++i)
+    for (std::size_t i = 0; i < whole; ++i) {
         result.latencyUs.push_back(
             std::chrono::duration<double, std::micro>(simulator.arrivals()[i] - sent[i]).count());
-    if (whole > 0)
+    }
+    if (whole > 0) {
         result.reportsPerSecond = static_cast<double>(whole) /
                                   std::chrono::duration<double>(simulator.arrivals()[whole - 1] - sent.front()).count();
+    }
     return result;
 }
 
@@ -131,8 +139,9 @@ double idleWithoutSimulator(const LatencySubject& subject, double seconds) {
 }
 
 double percentile(std::vector<double> samples, double share) {
-    if (samples.empty())
+    if (samples.empty()) {
         return 0;
+    }
     const auto rank = static_cast<std::size_t>(share * static_cast<double>(samples.size() - 1));
     const auto place = samples.begin() + static_cast<std::ptrdiff_t>(rank);
     std::nth_element(samples.begin(), place, samples.end());

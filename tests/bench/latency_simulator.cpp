@@ -38,8 +38,9 @@ template <typename Condition>
 bool waitFor(Condition condition, std::chrono::seconds limit) {
     const auto end = LatencySimulator::Clock::now() + limit;
     while (!condition()) {
-        if (LatencySimulator::Clock::now() > end)
+        if (LatencySimulator::Clock::now() > end) {
             return false;
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return true;
@@ -54,16 +55,18 @@ LatencySimulator::LatencySimulator(std::size_t expectedCommands, std::uint32_t c
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t length = sizeof address;
     if (listener < 0 || bind(listener, reinterpret_cast<const sockaddr*>(&address), length) != 0 ||
-        listen(listener, 1) != 0 || getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length) != 0)
+        listen(listener, 1) != 0 || getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
         throw std::runtime_error("no port to listen on");
+    }
     listeningPort = ntohs(address.sin_port);
     thread = std::thread([this] { serve(); });
 }
 
 LatencySimulator::~LatencySimulator() {
     shutdown(listener, SHUT_RDWR);
-    if (const int link = openLink.load(); link >= 0)
+    if (const int link = openLink.load(); link >= 0) {
         shutdown(link, SHUT_RDWR);
+    }
     thread.join();
     close(listener);
 }
@@ -80,8 +83,9 @@ bool LatencySimulator::waitForAll() const {
             last = count.load();
             lastChange = Clock::now();
         }
-        if (Clock::now() - lastChange > std::chrono::seconds(10))
+        if (Clock::now() - lastChange > std::chrono::seconds(10)) {
             return false;
+        }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return true;
@@ -89,8 +93,9 @@ bool LatencySimulator::waitForAll() const {
 
 void LatencySimulator::serve() {
     const int link = accept(listener, nullptr, nullptr);
-    if (link < 0)
+    if (link < 0) {
         return;
+    }
     const int on = 1;
     setsockopt(link, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     openLink = link;
@@ -105,14 +110,16 @@ void LatencySimulator::readLink(int link) {
     std::size_t filled = 0;
     while (true) {
         const ssize_t got = recv(link, buffer.data() + filled, buffer.size() - filled, 0);
-        if (got <= 0)
+        if (got <= 0) {
             return;
+        }
         filled += static_cast<std::size_t>(got);
         std::size_t taken = 0;
         while (filled - taken >= 16) {
             const std::size_t size = wordAt(buffer.data() + taken);
-            if (size < 16 || filled - taken < size)
+            if (size < 16 || filled - taken < size) {
                 break;
+            }
             handle(link, buffer.data() + taken, size);
             taken += size;
         }
@@ -122,8 +129,9 @@ void LatencySimulator::readLink(int link) {
 }
 
 void LatencySimulator::handle(int link, const std::uint8_t* packet, std::size_t size) {
-    if (wordAt(packet + 8) != setClientData || size <= 36)
+    if (wordAt(packet + 8) != setClientData || size <= 36) {
         return;
+    }
     const char* text = reinterpret_cast<const char*>(packet + 36);
     handleCommand(link, {text, strnlen(text, size - 36)});
 }
@@ -135,8 +143,9 @@ void LatencySimulator::handleCommand(int link, std::string_view text) {
         if (number >= times.size() || control != number % controls) {
             ++wrong;
         }
-        if (number < times.size())
+        if (number < times.size()) {
             times[number] = Clock::now();
+        }
         count.store(number + 1);
     } else if (text.starts_with(registerPrefix)) {
         const auto message = responseMessage(std::string(text) + ".Finished");

@@ -44,8 +44,9 @@ private:
         result.startThread = [this](std::function<void()> body) {
             const bool isEventWorker = threads++ == 0;
             return std::thread([this, isEventWorker, work = std::move(body)] {
-                while (isEventWorker && !released)
+                while (isEventWorker && !released) {
                     std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                }
                 work();
             });
         };
@@ -64,8 +65,9 @@ void submitEvent(benchmark::State& state) {
         if (pairs == pairsPerRound) {
             state.PauseTiming();
             stalled = std::make_unique<StalledEngine>();
-            for (int i = 0; i < queued; ++i)
+            for (int i = 0; i < queued; ++i) {
                 stalled->engine.submitEvent(buttonEvent(static_cast<std::uint16_t>(100 + i % 50), 1), deviceName, 0);
+            }
             pairs = 0;
             state.ResumeTiming();
         }
@@ -105,8 +107,9 @@ void resolveEvents(benchmark::State& state) {
     const HidProtocol::HidEvent press = buttonEvent(22, 1);
     for (auto _ : state) {
         const std::uint64_t before = bridge.simulator.writes;
-        for (std::uint64_t i = 0; i < burst; ++i)
+        for (std::uint64_t i = 0; i < burst; ++i) {
             bridge.engine.submitEvent(press, deviceName, 0);
+        }
         bridge.waitForWrites(before + 2 * burst);
     }
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(burst));

@@ -13,13 +13,15 @@ void queueRpn(benchmark::State& state) {
     std::string error;
     std::uint64_t queued = 0;
     for (auto _ : state) {
-        if (!bridge.mobiflight.queueRpn(command, kind, 1, error))
+        if (!bridge.mobiflight.queueRpn(command, kind, 1, error)) {
             state.SkipWithError(error.c_str());
+        }
         // Lets the worker catch up now and then, so that the queue doesn't grow without end.
         if (++queued % 4096 == 0) {
             state.PauseTiming();
-            while (bridge.simulator.writes.load() < 3)
+            while (bridge.simulator.writes.load() < 3) {
                 std::this_thread::yield();
+            }
             bridge.mobiflight.cancelRpn(command);
             state.ResumeTiming();
         }

@@ -25,13 +25,15 @@ public:
     explicit PacedBridge(int debounceMs)
         : rig(settings(debounceMs)), simulator(rig.simulator()), board(rig.board(panel)) {
         std::string error;
-        if (!rig.setUp(error))
+        if (!rig.setUp(error)) {
             throw std::runtime_error(error);
+        }
         rig.plug(panel);
         rig.startSimulator();
         rig.startBridge();
-        if (!simulator.waitForText(SimulatorRecordKind::Command, subscription))
+        if (!simulator.waitForText(SimulatorRecordKind::Command, subscription)) {
             throw std::runtime_error("no session");
+        }
     }
 
     /// Milliseconds from a battery switch to the light report at the board.
@@ -47,8 +49,9 @@ public:
         const auto start = Clock::now();
         simulator.setBattery(on);
         std::unique_lock lock(mutex);
-        if (!told.wait_for(lock, std::chrono::seconds(5), [&] { return reported; }))
+        if (!told.wait_for(lock, std::chrono::seconds(5), [&] { return reported; })) {
             throw std::runtime_error("no light report");
+        }
         const auto end = Clock::now();
         lock.unlock();
         board.setOutputCallback(nullptr);
@@ -66,11 +69,13 @@ public:
         Clock::time_point last{};
         for (const SimulatorRecord& record : simulator.records()) {
             // The press itself comes a period ahead of the first repeat.
-            if (record.kind != SimulatorRecordKind::Executed || record.text != "1 (>K:PAN)")
+            if (record.kind != SimulatorRecordKind::Executed || record.text != "1 (>K:PAN)") {
                 continue;
-            if (last != Clock::time_point{})
+            }
+            if (last != Clock::time_point{}) {
                 deviations.push_back(
                     std::abs(std::chrono::duration<double, std::milli>(record.time - last).count() - periodMs));
+            }
             last = record.time;
         }
         return deviations;

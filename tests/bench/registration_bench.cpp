@@ -17,8 +17,9 @@ const char* const shapes[] = {
 std::string textOf(const benchmark::State& state) {
     const std::string piece = shapes[state.range(0)];
     std::string text = "<SimBase.Document>\r\n";
-    while (text.size() < static_cast<std::size_t>(state.range(1)))
+    while (text.size() < static_cast<std::size_t>(state.range(1))) {
         text += piece;
+    }
     return text + "\r\n</SimBase.Document>\r\n";
 }
 
@@ -46,9 +47,11 @@ void registerAddonFloor(benchmark::State& state) {
 
 void sizes(benchmark::internal::Benchmark* bench) {
     bench->ArgNames({"shape", "bytes"});
-    for (const int shape : {0, 1, 2, 3})
-        for (const int bytes : {100'000, 10'000'000})
+    for (const int shape : {0, 1, 2, 3}) {
+        for (const int bytes : {100'000, 10'000'000}) {
             bench->Args({shape, bytes});
+        }
+    }
 }
 
 BENCHMARK(registerAddon)->Apply(sizes);

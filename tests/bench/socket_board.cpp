@@ -15,13 +15,16 @@ HidReadResult readReport(int reportSocket, int cancelEvent, std::array<std::uint
                          std::chrono::milliseconds limit) {
     std::array<pollfd, 2> waits{{{reportSocket, POLLIN, 0}, {cancelEvent, POLLIN, 0}}};
     const int ready = poll(waits.data(), waits.size(), static_cast<int>(limit.count()));
-    if (ready == 0)
+    if (ready == 0) {
         return {HidReadStatus::Timeout, {}};
-    if (ready < 0 || waits[1].revents != 0)
+    }
+    if (ready < 0 || waits[1].revents != 0) {
         return {};
+    }
     const ssize_t count = read(reportSocket, buffer.data(), buffer.size());
-    if (count <= 0)
+    if (count <= 0) {
         return {};
+    }
     return {HidReadStatus::Data, std::span(buffer).first(static_cast<std::size_t>(count))};
 }
 

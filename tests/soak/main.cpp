@@ -27,14 +27,15 @@ struct Options {
 
 bool readOptions(int argc, char** argv, Options& options) {
     for (int i = 1; i + 1 < argc; i += 2) {
-        if (std::strcmp(argv[i], "--lives") == 0)
+        if (std::strcmp(argv[i], "--lives") == 0) {
             options.lives = std::atoi(argv[i + 1]);
-        else if (std::strcmp(argv[i], "--minutes") == 0)
+        } else if (std::strcmp(argv[i], "--minutes") == 0) {
             options.minutes = std::atof(argv[i + 1]);
-        else if (std::strcmp(argv[i], "--seed") == 0)
+        } else if (std::strcmp(argv[i], "--seed") == 0) {
             options.seed = static_cast<std::uint32_t>(std::strtoul(argv[i + 1], nullptr, 10));
-        else
+        } else {
             return false;
+        }
     }
     return argc % 2 == 1;
 }

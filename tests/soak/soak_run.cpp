@@ -26,8 +26,9 @@ constexpr LedCommand batteryOffLight{2, 0, 5, 1000, 50};
 constexpr LedCommand backlight{1, 80, 0, 0, 0};
 
 void require(bool holds, const std::string& what) {
-    if (!holds)
+    if (!holds) {
         throw std::runtime_error(what);
+    }
 }
 
 RigBoard makeBoard(const std::string& name, std::uint8_t number) {
@@ -39,8 +40,9 @@ RigBoard makeBoard(const std::string& name, std::uint8_t number) {
 RigSettings soakRig() {
     RigSettings settings;
     settings.boards.push_back(makeBoard(witnessName, 100));
-    for (const std::string& victim : victims)
+    for (const std::string& victim : victims) {
         settings.boards.push_back(makeBoard(victim, static_cast<std::uint8_t>(settings.boards.size() - 1)));
+    }
     settings.files = numberedControls(controls, "(>K:SOAK)");
     settings.files["config.json"] =
         R"({"hid":{"vid":"1234","pid":"ABCD","scanIntervalMs":5},"mappings":{"buttonConfigPath":"buttons.json"},)"
@@ -156,8 +158,9 @@ void SoakRun::replugOne() {
     const std::string& victim = victims[random() % victims.size()];
     setRandomFaults(victim);
     rig.unplug(victim);
-    if (chance(0.5))
+    if (chance(0.5)) {
         std::this_thread::sleep_for(std::chrono::milliseconds(random() % 10));
+    }
     rig.plug(victim);
     rig.board(victim).press(static_cast<std::uint16_t>(controls + 1));
     ++sum.replugs;
@@ -165,16 +168,20 @@ void SoakRun::replugOne() {
 
 void SoakRun::setRandomFaults(const std::string& board) {
     HidLinkFaults faults;
-    if (chance(0.3))
+    if (chance(0.3)) {
         faults.writeError = 5;
-    if (chance(0.2))
+    }
+    if (chance(0.2)) {
         faults.refusedOpens.push_back({HidAccess::ReadWrite, HidMode::Overlapped});
-    if (chance(0.2))
+    }
+    if (chance(0.2)) {
         faults.refusedOpens.push_back({HidAccess::ReadWrite, HidMode::Synchronous});
+    }
     faults.readsFail = chance(0.1);
     faults.serialFails = chance(0.2);
-    if (chance(0.2))
+    if (chance(0.2)) {
         faults.failingFeatures.insert(HidProtocol::protocolInfoReportId);
+    }
     rig.setFaults(board, faults);
 }
 
@@ -190,8 +197,9 @@ void SoakRun::clearFaults() {
 
 std::vector<std::uint32_t> SoakRun::executedNumbers() const {
     std::vector<std::uint32_t> numbers;
-    for (const std::string& text : simulator.texts(SimulatorRecordKind::Executed))
+    for (const std::string& text : simulator.texts(SimulatorRecordKind::Executed)) {
         numbers.push_back(static_cast<std::uint32_t>(std::stoul(text.substr(commandPrefix.size()))));
+    }
     return numbers;
 }
 
@@ -219,8 +227,9 @@ void SoakRun::checkPresses(std::uint32_t count) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     const std::vector<std::uint32_t> numbers = executedNumbers();
     require(numbers.size() == count, "a press came twice");
-    for (std::uint32_t number = 0; number < count; ++number)
+    for (std::uint32_t number = 0; number < count; ++number) {
         require(numbers[number] == number, "presses came in another order");
+    }
     sum.checkedPresses += count;
 }
 
@@ -246,8 +255,9 @@ void SoakRun::dieAndEnd() {
     rig.crashSimulator();
     ++sum.deaths;
     require(waitUntil([this] { return !rig.bridge().running(); }, patience), "the bridge outlives the simulator");
-    for (const std::string& victim : victims)
+    for (const std::string& victim : victims) {
         require(rig.board(victim).simConnected() == false, "a board wasn't told of the session's end");
+    }
     simulator.clearRecords();
 }
 

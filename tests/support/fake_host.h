@@ -147,8 +147,9 @@ private:
         {
             const std::lock_guard lock(mutex);
             ++scans;
-            if (processListFails)
+            if (processListFails) {
                 return false;
+            }
             names = processes;
         }
         return std::any_of(names.begin(), names.end(), visit);
@@ -183,8 +184,9 @@ private:
     std::thread startThread(std::function<void()> body) {
         {
             const std::lock_guard lock(mutex);
-            if (threadLimit && threadsStartedSoFar >= *threadLimit)
+            if (threadLimit && threadsStartedSoFar >= *threadLimit) {
                 throw refusal();
+            }
             ++threadsStartedSoFar;
         }
         return std::thread([body = std::move(body), ended = threadsEndedSoFar] {

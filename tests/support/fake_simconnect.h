@@ -157,8 +157,9 @@ private:
     static std::string field(const void* pointer) { return pointer == nullptr ? "null" : "pointer"; }
     static std::string field(std::uint32_t number) {
         std::ostringstream text;
-        if (number >= 0x1000)
+        if (number >= 0x1000) {
             text << "0x" << std::hex << std::uppercase;
+        }
         text << number;
         return text.str();
     }
@@ -181,16 +182,19 @@ private:
         {
             const std::lock_guard lock(mutex);
             ++counts[call];
-            if (!text.empty())
+            if (!text.empty()) {
                 record.push_back(text);
+            }
             hookNow = hook;
         }
-        if (hookNow)
+        if (hookNow) {
             hookNow(call);
+        }
         const std::lock_guard lock(mutex);
         std::deque<SimConnectResult>& script = scripts[call];
-        if (script.empty())
+        if (script.empty()) {
             return results[call];
+        }
         const SimConnectResult result = script.front();
         script.pop_front();
         return result;
@@ -212,8 +216,9 @@ private:
 
     SimConnectResult openSession(SimConnectHandle* handle, const std::string& arguments) {
         const SimConnectResult result = enter(SimCall::Open, "Open(" + arguments + ")");
-        if (result < 0)
+        if (result < 0) {
             return result;
+        }
         const std::lock_guard lock(mutex);
         open.push_back(true);
         *handle = reinterpret_cast<SimConnectHandle>(open.size());
@@ -223,8 +228,9 @@ private:
     SimConnectResult closeSession(SimConnectHandle handle) {
         const SimConnectResult result = callOn(SimCall::Close, "Close", handle);
         const std::lock_guard lock(mutex);
-        if (isOpenLocked(handle))
+        if (isOpenLocked(handle)) {
             open[sessionNumber(handle) - 1] = false;
+        }
         messages.clear();
         return result;
     }
@@ -232,8 +238,9 @@ private:
     /// Takes the next message for an open session; none when there is nothing to hand over.
     std::optional<Bytes> takeMessage(SimConnectHandle handle) {
         const std::lock_guard lock(mutex);
-        if (messages.empty() || !isOpenLocked(handle))
+        if (messages.empty() || !isOpenLocked(handle)) {
             return std::nullopt;
+        }
         Bytes bytes = std::move(messages.front());
         messages.pop_front();
         return bytes;
@@ -241,8 +248,9 @@ private:
 
     void handOver(Bytes bytes, SimConnectDispatchProc proc, void* context) {
         std::uint32_t id = 0;
-        if (bytes.size() >= sizeof(SimConnectRecv))
+        if (bytes.size() >= sizeof(SimConnectRecv)) {
             std::memcpy(&id, bytes.data() + offsetof(SimConnectRecv, dwID), sizeof id);
+        }
         note("CallDispatch: message " + std::to_string(id) + " of " + std::to_string(bytes.size()));
         // Alone in memory of just its size, so that a sanitizer sees a read past its end.
         bytes.shrink_to_fit();
@@ -251,10 +259,12 @@ private:
 
     SimConnectResult dispatch(SimConnectHandle handle, SimConnectDispatchProc proc, void* context) {
         const SimConnectResult result = enter(SimCall::CallDispatch, "");
-        while (std::optional<Bytes> bytes = takeMessage(handle))
+        while (std::optional<Bytes> bytes = takeMessage(handle)) {
             handOver(std::move(*bytes), proc, context);
-        if (result < 0)
+        }
+        if (result < 0) {
             note("CallDispatch(h" + std::to_string(sessionNumber(handle)) + ") failed");
+        }
         return result;
     }
 

@@ -34,8 +34,9 @@ public:
         FileSystem::readFile(folder.path("capture.log"), text);
         std::vector<std::string> result;
         std::istringstream stream(text);
-        for (std::string line; std::getline(stream, line);)
+        for (std::string line; std::getline(stream, line);) {
             result.push_back(withoutTime(line));
+        }
         return result;
     }
 
@@ -60,8 +61,9 @@ public:
 private:
     static std::string withoutTime(std::string line) {
         constexpr std::size_t timeLength = 20; // "2024-03-01 14:07:09 "
-        if (!line.empty() && line.back() == '\r')
+        if (!line.empty() && line.back() == '\r') {
             line.pop_back();
+        }
         return line.size() > timeLength ? line.substr(timeLength) : line;
     }
 

@@ -6,8 +6,10 @@
 /// Resident memory in MiB of a process, by its number or as "self"; 0 when it can't be told. Linux alone.
 inline double residentMiB(const std::string& process) {
     std::ifstream file("/proc/" + process + "/status");
-    for (std::string line; std::getline(file, line);)
-        if (line.starts_with("VmRSS:"))
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with("VmRSS:")) {
             return std::stod(line.substr(6)) / 1024;
+        }
+    }
     return 0;
 }

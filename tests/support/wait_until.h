@@ -9,8 +9,9 @@ bool waitUntil(Condition condition, std::chrono::milliseconds bound = std::chron
                std::chrono::milliseconds pause = std::chrono::milliseconds(1)) {
     const auto end = std::chrono::steady_clock::now() + bound;
     while (!condition()) {
-        if (std::chrono::steady_clock::now() >= end)
+        if (std::chrono::steady_clock::now() >= end) {
             return false;
+        }
         std::this_thread::sleep_for(pause);
     }
     return true;

@@ -44,9 +44,11 @@ protected:
     bool holdsOpen(const std::string& path) {
         const std::string folder = "/proc/" + std::to_string(bridge->process().id()) + "/fd";
         std::error_code error;
-        for (const auto& entry : std::filesystem::directory_iterator(folder, error))
-            if (std::filesystem::read_symlink(entry.path(), error) == path)
+        for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
+            if (std::filesystem::read_symlink(entry.path(), error) == path) {
                 return true;
+            }
+        }
         return false;
     }
 };

@@ -28,9 +28,11 @@ protected:
 
     /// Presses of controls not used before, on both boards by turns.
     void burst(std::uint16_t size) {
-        for (std::uint16_t i = 0; i < size; ++i, ++nextControl)
-            for (const auto& board : boards)
+        for (std::uint16_t i = 0; i < size; ++i, ++nextControl) {
+            for (const auto& board : boards) {
                 board->panel.press(nextControl);
+            }
+        }
     }
 
     /// The controls of the board's events that the bridge has logged, in order.
@@ -40,16 +42,18 @@ protected:
         std::istringstream log(bridge->log());
         for (std::string line; std::getline(log, line);) {
             const std::size_t place = line.find(key);
-            if (line.find("HID event from " + nameOf(board) + " ") != std::string::npos && place != std::string::npos)
+            if (line.find("HID event from " + nameOf(board) + " ") != std::string::npos && place != std::string::npos) {
                 controls.push_back(std::atoi(line.c_str() + place + key.size()));
+            }
         }
         return controls;
     }
 
     void expectAllInOrder() {
         std::vector<int> sent;
-        for (int control = firstControl; control < nextControl; ++control)
+        for (int control = firstControl; control < nextControl; ++control) {
             sent.push_back(control);
+        }
         for (const auto& board : boards) {
             waitUntil([&] { return controlsOf(*board).size() >= sent.size(); }, ChildProcess::defaultLimit,
                       BridgeProcess::logPause);

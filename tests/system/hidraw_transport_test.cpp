@@ -316,15 +316,17 @@ public:
         listening = source.setUp(error);
         EXPECT_TRUE(listening) << error;
         thread = std::thread([this] {
-            if (!listening)
+            if (!listening) {
                 return;
+            }
             source.run([this] { ++changes; });
             source.tearDown();
         });
     }
     ~NotificationListener() {
-        if (listening)
+        if (listening) {
             source.requestEnd();
+        }
         thread.join();
     }
     NotificationListener(const NotificationListener&) = delete;

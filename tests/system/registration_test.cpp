@@ -36,16 +36,18 @@ protected:
         boxed2024 = roaming + "/Microsoft Flight Simulator 2024/EXE.xml";
     }
     void TearDown() override {
-        for (const std::string& path : {store2024, boxed, boxed2024})
+        for (const std::string& path : {store2024, boxed, boxed2024}) {
             std::filesystem::remove_all(FileSystem::parentPath(path));
+        }
     }
 
     /// The profile's folder of application data in the prefix that the tested program runs in.
     static std::string winePrefixFolder(const std::string& name) {
         const auto users = std::filesystem::path(TestedSystem::machineDataFolder()).parent_path() / "users";
         for (const auto& user : std::filesystem::directory_iterator(users)) {
-            if (user.path().filename() != "Public")
+            if (user.path().filename() != "Public") {
                 return user.path() / "AppData" / name;
+            }
         }
         throw std::runtime_error("no user in " + users.string());
     }

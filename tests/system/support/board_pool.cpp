@@ -17,8 +17,9 @@ PluggedBoards& kept() {
 std::unique_ptr<UhidBoard> takeKept(const VirtualBoardModel& model) {
     const auto found =
         std::find_if(kept().begin(), kept().end(), [&](const auto& board) { return board->panel.model() == model; });
-    if (found == kept().end())
+    if (found == kept().end()) {
         return nullptr;
+    }
     std::unique_ptr<UhidBoard> board = std::move(*found);
     kept().erase(found);
     board->reboot();
@@ -26,9 +27,10 @@ std::unique_ptr<UhidBoard> takeKept(const VirtualBoardModel& model) {
 }
 
 void waitUntilKnown(std::size_t count) {
-    if (TestedSystem::isWindows() && !HidWatch::ofThisRun().waitForDevices(count))
+    if (TestedSystem::isWindows() && !HidWatch::ofThisRun().waitForDevices(count)) {
         throw std::runtime_error("Wine doesn't see " + std::to_string(count) +
                                  " boards but: " + HidWatch::ofThisRun().lastDevices());
+    }
 }
 
 std::size_t pluggedIn(const PluggedBoards& boards) {
@@ -39,8 +41,9 @@ std::size_t pluggedIn(const PluggedBoards& boards) {
 } // namespace
 
 std::unique_ptr<UhidBoard> BoardPool::take(const VirtualBoardModel& model, const PluggedBoards& inUse) {
-    if (std::unique_ptr<UhidBoard> board = takeKept(model))
+    if (std::unique_ptr<UhidBoard> board = takeKept(model)) {
         return board;
+    }
     auto board = std::make_unique<UhidBoard>(model);
     waitUntilKnown(kept().size() + pluggedIn(inUse) + 1);
     return board;
@@ -56,12 +59,14 @@ void BoardPool::unplugOthers(const PluggedBoards& inUse) {
 }
 
 void BoardPool::giveBack(PluggedBoards boards) {
-    if (!TestedSystem::isWindows())
+    if (!TestedSystem::isWindows()) {
         return;
+    }
     for (std::unique_ptr<UhidBoard>& board : boards) {
         // The pace is that of the test which is over.
         board->setNoPace();
-        if (board->pluggedIn())
+        if (board->pluggedIn()) {
             kept().push_back(std::move(board));
+        }
     }
 }

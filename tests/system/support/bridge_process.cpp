@@ -39,27 +39,32 @@ std::string logFolder(const BridgeInstallation& installation, const std::vector<
 
 std::size_t countOf(std::string_view text, std::string_view part) {
     std::size_t count = 0;
-    for (std::size_t at = text.find(part); at != std::string_view::npos; at = text.find(part, at + part.size()))
+    for (std::size_t at = text.find(part); at != std::string_view::npos; at = text.find(part, at + part.size())) {
         ++count;
+    }
     return count;
 }
 
 void installProgram(const std::string& program, const std::string& target) {
     std::error_code error;
     std::filesystem::create_hard_link(program, target, error);
-    if (error)
+    if (error) {
         std::filesystem::copy_file(program, target);
+    }
 }
 
 BridgeInstallation::BridgeInstallation(const BridgeFiles& files, std::optional<std::uint16_t> simulatorPort) {
     installProgram(TestedSystem::bridge(), executable());
-    if (TestedSystem::hasDll())
+    if (TestedSystem::hasDll()) {
         installProgram(TestedSystem::simConnectDll(), folder.path("SimConnect.dll"));
-    if (simulatorPort)
+    }
+    if (simulatorPort) {
         folder.write("SimConnect.cfg", simConnectSettings(*simulatorPort));
+    }
     const auto writeFile = [this](const std::string& name, const std::string& text) {
-        if (!text.empty())
+        if (!text.empty()) {
             folder.write("config/" + name, text);
+        }
     };
     writeFile("config.json", files.config);
     writeFile("buttons.json", files.buttons);

@@ -51,21 +51,25 @@ BridgeFiles TestConfiguration::files() const {
 
 std::vector<std::uint8_t> reportOf(std::initializer_list<int> bytes) {
     std::vector<std::uint8_t> report;
-    for (const int byte : bytes)
+    for (const int byte : bytes) {
         report.push_back(static_cast<std::uint8_t>(byte));
+    }
     report.resize(HidProtocol::reportSize);
     return report;
 }
 
 void BridgeTest::TearDown() {
-    if (bridge && consoleRun && bridge->process().running())
+    if (bridge && consoleRun && bridge->process().running()) {
         endBridge();
+    }
     BoardPool::giveBack(std::move(boards));
     // A command that the simulator doesn't know would leave a test without its subject.
-    for (const SimulatorLine& line : simulator ? simulator->lines() : std::vector<SimulatorLine>())
+    for (const SimulatorLine& line : simulator ? simulator->lines() : std::vector<SimulatorLine>()) {
         EXPECT_NE(line.kind, "error") << line.text;
-    if (HasFailure() && bridge)
+    }
+    if (HasFailure() && bridge) {
         ADD_FAILURE() << "the bridge's log:\n" << lastOf(bridge->log());
+    }
 }
 
 void BridgeTest::endBridge() {
@@ -88,8 +92,9 @@ SimulatorProcess& BridgeTest::startSimulator(const std::vector<std::string>& opt
 }
 
 BridgeProcess& BridgeTest::startBridge(const std::vector<std::string>& arguments) {
-    if (!installation)
+    if (!installation) {
         installation = std::make_unique<BridgeInstallation>(configuration.files(), simulator ? simulator->port() : 1);
+    }
     BoardPool::unplugOthers(boards);
     consoleRun = std::find(arguments.begin(), arguments.end(), "--console") != arguments.end();
     bridge = std::make_unique<BridgeProcess>(*installation, arguments);
@@ -117,15 +122,18 @@ void BridgeTest::sendPaced(const std::function<void()>& send) {
     const auto events = [this] { return bridge ? bridge->countInLog("HID event from ") : 0; };
     const std::size_t before = TestedSystem::isWindows() ? events() : 0;
     send();
-    if (TestedSystem::isWindows() && bridge)
+    if (TestedSystem::isWindows() && bridge) {
         waitUntil([&] { return events() > before; }, dealtWith, BridgeProcess::logPause);
+    }
 }
 
 std::vector<std::vector<std::uint8_t>> BridgeTest::reports(const UhidBoard& board, std::uint8_t reportId) {
     std::vector<std::vector<std::uint8_t>> result;
-    for (const BoardOutput& output : board.panel.outputs())
-        if (!output.bytes.empty() && output.bytes[0] == reportId)
+    for (const BoardOutput& output : board.panel.outputs()) {
+        if (!output.bytes.empty() && output.bytes[0] == reportId) {
             result.push_back(output.bytes);
+        }
+    }
     return result;
 }
 

@@ -23,8 +23,9 @@ struct Pipe {
 
 Pipe makePipe() {
     std::array<int, 2> ends{};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0)
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         throw std::system_error(errno, std::generic_category(), "pipe");
+    }
     return {ends[0], ends[1]};
 }
 
@@ -33,11 +34,13 @@ std::vector<std::string> environmentWith(const std::vector<std::pair<std::string
     for (char** entry = environ; *entry != nullptr; ++entry) {
         const std::string text = *entry;
         const std::string name = text.substr(0, text.find('='));
-        if (std::none_of(additions.begin(), additions.end(), [&](const auto& pair) { return pair.first == name; }))
+        if (std::none_of(additions.begin(), additions.end(), [&](const auto& pair) { return pair.first == name; })) {
             result.push_back(text);
+        }
     }
-    for (const auto& [name, value] : additions)
+    for (const auto& [name, value] : additions) {
         result.push_back(std::string(name).append("=").append(value));
+    }
     return result;
 }
 
@@ -58,8 +61,9 @@ void restoreBrokenPipes(posix_spawnattr_t& attributes) {
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
     pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts)
+    for (std::string& text : texts) {
         pointers.push_back(text.data());
+    }
     pointers.push_back(nullptr);
     return pointers;
 }
@@ -75,11 +79,13 @@ ChildProcess::ChildProcess(const ChildProcessSettings& settings) {
     outputStream = out.readEnd;
     errorStream = error.readEnd;
     const int result = spawn(settings, in.readEnd, out.writeEnd, error.writeEnd);
-    for (const int given : {in.readEnd, out.writeEnd, error.writeEnd})
+    for (const int given : {in.readEnd, out.writeEnd, error.writeEnd}) {
         close(given);
+    }
     if (result != 0) {
-        for (const int own : {input, outputStream, errorStream})
+        for (const int own : {input, outputStream, errorStream}) {
             close(own);
+        }
         throw std::system_error(result, std::generic_category(), settings.command.front());
     }
     collector = std::thread([this, closes = settings.closeOutputAfterLine] { collect(closes); });
@@ -93,8 +99,9 @@ int ChildProcess::spawn(const ChildProcessSettings& settings, int in, int out, i
     posix_spawn_file_actions_adddup2(&actions, in, STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, out, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, error, STDERR_FILENO);
-    if (!settings.workingFolder.empty())
+    if (!settings.workingFolder.empty()) {
         posix_spawn_file_actions_addchdir_np(&actions, settings.workingFolder.c_str());
+    }
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     restoreBrokenPipes(attributes);
@@ -118,39 +125,45 @@ ChildProcess::~ChildProcess() {
 
 void ChildProcess::writeLine(std::string_view line) {
     const std::string text = std::string(line) + "\n";
-    if (write(input, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+    if (write(input, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
         throw std::system_error(errno, std::generic_category(), "write to a program's input");
+    }
 }
 
 void ChildProcess::closeInput() {
-    if (input >= 0)
+    if (input >= 0) {
         close(input);
+    }
     input = -1;
 }
 
 void ChildProcess::sendSignal(int number) {
     // A process that has been reaped has given its id away.
-    if (running())
+    if (running()) {
         kill(process, number);
+    }
 }
 
 std::optional<int> ChildProcess::waitForExit(std::chrono::milliseconds limit) {
     // With its end all that it wrote is here, too.
-    if (waitUntil([this] { return !running(); }, limit))
+    if (waitUntil([this] { return !running(); }, limit)) {
         waitUntil([this] { return collected.load(); });
+    }
     return exitCode;
 }
 
 bool ChildProcess::running() {
-    if (!exitCode)
+    if (!exitCode) {
         reap();
+    }
     return !exitCode;
 }
 
 void ChildProcess::reap() {
     int status = 0;
-    if (waitpid(process, &status, WNOHANG) != process)
+    if (waitpid(process, &status, WNOHANG) != process) {
         return;
+    }
     exitCode = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
@@ -174,16 +187,19 @@ void ChildProcess::collect(bool closeOutputAfterLine) {
     std::array<pollfd, 2> waits{pollfd{outputStream, POLLIN, 0}, pollfd{errorStream, POLLIN, 0}};
     // A negative descriptor is one that poll passes over.
     while (waits[0].fd >= 0 || waits[1].fd >= 0) {
-        if (poll(waits.data(), waits.size(), -1) < 0)
+        if (poll(waits.data(), waits.size(), -1) < 0) {
             continue;
-        if (waits[0].revents != 0 && !collectFrom(outputStream, outputText))
+        }
+        if (waits[0].revents != 0 && !collectFrom(outputStream, outputText)) {
             waits[0].fd = -1;
+        }
         if (closeOutputAfterLine && waits[0].fd >= 0 && outputText.find('\n') != std::string::npos) {
             close(outputStream);
             outputStream = waits[0].fd = -1;
         }
-        if (waits[1].revents != 0 && !collectFrom(errorStream, errorText))
+        if (waits[1].revents != 0 && !collectFrom(errorStream, errorText)) {
             waits[1].fd = -1;
+        }
     }
     collected = true;
 }
@@ -191,8 +207,9 @@ void ChildProcess::collect(bool closeOutputAfterLine) {
 bool ChildProcess::collectFrom(int stream, std::string& target) {
     std::array<char, 4096> buffer{};
     const ssize_t count = read(stream, buffer.data(), buffer.size());
-    if (count <= 0)
+    if (count <= 0) {
         return false;
+    }
     const std::lock_guard lock(mutex);
     target.append(buffer.data(), static_cast<std::size_t>(count));
     grown.notify_all();

@@ -21,8 +21,9 @@ bool HidWatch::waitForDevices(std::size_t count) {
 
 std::string HidWatch::lastLine(const std::string& output) {
     const std::size_t end = output.rfind('\n');
-    if (end == std::string::npos || end == 0)
+    if (end == std::string::npos || end == 0) {
         return {};
+    }
     const std::size_t begin = output.rfind('\n', end - 1);
     return begin == std::string::npos ? output.substr(0, end) : output.substr(begin + 1, end - begin - 1);
 }

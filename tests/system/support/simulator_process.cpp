@@ -18,8 +18,9 @@ std::vector<SimulatorLine> linesOf(const std::string& output) {
     std::istringstream stream(output);
     for (std::string text; std::getline(stream, text) && !stream.eof();) {
         const JsonParseResult object = JsonParser::parse(text);
-        if (!object.ok)
+        if (!object.ok) {
             throw std::runtime_error("the simulator printed what is no JSON: " + text);
+        }
         SimulatorLine& line = result.emplace_back();
         getString(object.value, "kind", line.kind);
         getString(object.value, "text", line.text);
@@ -31,9 +32,11 @@ std::vector<SimulatorLine> linesOf(const std::string& output) {
 
 std::vector<std::string> textsOf(SimulatorRecordKind kind, const std::string& output) {
     std::vector<std::string> result;
-    for (const SimulatorLine& line : linesOf(output))
-        if (line.kind == simulatorRecordKindName(kind))
+    for (const SimulatorLine& line : linesOf(output)) {
+        if (line.kind == simulatorRecordKindName(kind)) {
             result.push_back(line.text);
+        }
+    }
     return result;
 }
 
@@ -54,10 +57,12 @@ void SimulatorProcess::start() {
         ChildProcessSettings{TestedSystem::command(folder.path("FlightSimulator.exe"), arguments), folder.path(), {}});
     child->waitForOutput([](const std::string& output) { return countOf(output, "\n") > 0; });
     const std::vector<SimulatorLine> first = lines();
-    if (first.empty() || first[0].kind != "listening")
+    if (first.empty() || first[0].kind != "listening") {
         throw std::runtime_error("the simulator doesn't listen: " + child->output() + child->errorOutput());
-    if (!TestedSystem::overPipe())
+    }
+    if (!TestedSystem::overPipe()) {
         listeningPort = static_cast<std::uint16_t>(first[0].port);
+    }
 }
 
 void SimulatorProcess::command(std::string_view line) {
@@ -71,8 +76,9 @@ void SimulatorProcess::command(std::string_view line) {
             std::count_if(all.begin(), all.end(), [](const SimulatorLine& one) { return one.kind == "help"; });
         return answers >= static_cast<std::ptrdiff_t>(commandsGiven);
     });
-    if (!done)
+    if (!done) {
         throw std::runtime_error("the simulator takes no command: " + std::string(line));
+    }
 }
 
 void SimulatorProcess::kill() {

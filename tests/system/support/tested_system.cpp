@@ -14,9 +14,11 @@ std::string environment(const char* name, const std::string& otherwise) {
 const std::string& chosen() {
     static const std::string name = [] {
         const std::string given = environment("BRIDGE_TEST_SYSTEM", "linux");
-        for (const char* known : {"linux", "windows-dll", "windows-tcp", "windows-pipe"})
-            if (given == known)
+        for (const char* known : {"linux", "windows-dll", "windows-tcp", "windows-pipe"}) {
+            if (given == known) {
                 return given;
+            }
+        }
         throw std::runtime_error("BRIDGE_TEST_SYSTEM is " + given);
     }();
     return name;
@@ -65,8 +67,9 @@ std::string TestedSystem::incompleteDll() {
 
 std::vector<std::string> TestedSystem::command(const std::string& program, const std::vector<std::string>& arguments) {
     std::vector<std::string> result;
-    if (isWindows())
+    if (isWindows()) {
         result.push_back(environment("WINELOADER", "/usr/lib/wine/wine64"));
+    }
     result.push_back(program);
     result.insert(result.end(), arguments.begin(), arguments.end());
     return result;
@@ -77,8 +80,9 @@ std::string TestedSystem::machineDataFolder() {
 }
 
 std::string TestedSystem::pathSeenByBridge(const std::string& path) {
-    if (!isWindows())
+    if (!isWindows()) {
         return path;
+    }
     std::string result = path.starts_with(driveC()) ? "C:" + path.substr(driveC().size()) : "Z:" + path;
     std::replace(result.begin(), result.end(), '/', '\\');
     return result;

@@ -35,8 +35,9 @@ UhidHandlers handlersOf(VirtualBoard& panel, std::atomic<int>& featureRequests) 
     handlers.feature = [&](std::uint8_t reportId) -> std::optional<std::vector<std::uint8_t>> {
         ++featureRequests;
         const auto reply = panel.featureReply(reportId);
-        if (!reply)
+        if (!reply) {
             return std::nullopt;
+        }
         return std::vector<std::uint8_t>(reply->begin(), reply->end());
     };
     handlers.output = [&panel](std::span<const std::uint8_t> report, UhidOutputRoute route) {
@@ -58,8 +59,9 @@ UhidBoard::~UhidBoard() {
 
 void UhidBoard::bootFirmware() {
     panel.powerOn([this](std::span<const std::uint8_t> report) {
-        if (UhidDevice* device = link)
+        if (UhidDevice* device = link) {
             pace([&] { device->sendInput(report); });
+        }
     });
 }
 

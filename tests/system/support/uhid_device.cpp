@@ -52,9 +52,11 @@ bool writeEvent(int device, const uhid_event& event) {
 
 bool standsAt(const std::filesystem::path& hidrawFolder, const std::string& location) {
     std::ifstream properties(hidrawFolder / "device" / "uevent");
-    for (std::string line; std::getline(properties, line);)
-        if (line == "HID_PHYS=" + location)
+    for (std::string line; std::getline(properties, line);) {
+        if (line == "HID_PHYS=" + location) {
             return true;
+        }
+    }
     return false;
 }
 
@@ -62,14 +64,16 @@ bool standsAt(const std::filesystem::path& hidrawFolder, const std::string& loca
 
 UhidDevice::UhidDevice(const UhidIdentity& identity, UhidHandlers newHandlers)
     : handlers(std::move(newHandlers)), location(nextLocation()), device(open("/dev/uhid", O_RDWR | O_CLOEXEC)) {
-    if (device < 0)
+    if (device < 0) {
         throw failure("/dev/uhid can't be opened");
+    }
     wakeUp = eventfd(0, EFD_CLOEXEC);
     // The kernel asks nothing before it has the device, and may ask before the write returns.
     server = std::thread([this] { serve(); });
     const bool created = writeEvent(device, createEvent(identity, location));
-    if (created && waitUntil([this] { return findNode(), !nodePath.empty(); }, std::chrono::seconds(60)))
+    if (created && waitUntil([this] { return findNode(), !nodePath.empty(); }, std::chrono::seconds(60))) {
         return;
+    }
     const std::string reason = failure(created ? "no hidraw node came" : "the device was refused").what();
     endServing();
     throw std::runtime_error(reason);
@@ -96,16 +100,18 @@ void UhidDevice::sendInput(std::span<const std::uint8_t> report) {
     event.type = UHID_INPUT2;
     event.u.input2.size = static_cast<__u16>(std::min(report.size(), sizeof event.u.input2.data));
     std::copy_n(report.begin(), event.u.input2.size, event.u.input2.data);
-    if (!writeEvent(device, event))
+    if (!writeEvent(device, event)) {
         throw failure("an input report was refused");
+    }
 }
 
 void UhidDevice::findNode() {
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator("/sys/class/hidraw", error)) {
         const std::filesystem::path node = std::filesystem::path("/dev") / entry.path().filename();
-        if (!standsAt(entry.path(), location) || access(node.c_str(), F_OK) != 0)
+        if (!standsAt(entry.path(), location) || access(node.c_str(), F_OK) != 0) {
             continue;
+        }
         sysfsPath = std::filesystem::canonical(entry.path(), error).string();
         nodePath = node.string();
         return;
@@ -115,17 +121,19 @@ void UhidDevice::findNode() {
 void UhidDevice::serve() {
     pollfd waits[] = {{device, POLLIN, 0}, {wakeUp, POLLIN, 0}};
     while (poll(waits, 2, -1) >= 0 || errno == EINTR) {
-        if ((waits[0].revents & POLLIN) != 0)
+        if ((waits[0].revents & POLLIN) != 0) {
             handleEvent();
-        else if (waits[1].revents != 0)
+        } else if (waits[1].revents != 0) {
             return;
+        }
     }
 }
 
 void UhidDevice::handleEvent() {
     uhid_event event{};
-    if (read(device, &event, sizeof event) <= 0)
+    if (read(device, &event, sizeof event) <= 0) {
         return;
+    }
     switch (event.type) {
     case UHID_OPEN:
         ++openCount;

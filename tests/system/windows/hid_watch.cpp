@@ -19,8 +19,9 @@ public:
     void look() {
         const std::lock_guard lock(mutex);
         const std::string now = list();
-        if (now == last)
+        if (now == last) {
             return;
+        }
         last = now;
         std::cout << now << std::endl;
     }
@@ -34,9 +35,11 @@ private:
 
     std::string list() const {
         std::string paths = "devices:";
-        for (const std::string& path : platform.hid.enumerate())
-            if (isOfTests(path))
+        for (const std::string& path : platform.hid.enumerate()) {
+            if (isOfTests(path)) {
                 paths.append(" ").append(path);
+            }
+        }
         return paths;
     }
 

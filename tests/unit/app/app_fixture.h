@@ -78,8 +78,9 @@ private:
         listener = std::this_thread::get_id();
         while (true) {
             changed.wait(lock, [this] { return ending || pendingChanges > 0; });
-            if (pendingChanges == 0)
+            if (pendingChanges == 0) {
                 return;
+            }
             --pendingChanges;
             recorded.emplace_back("change");
             lock.unlock();
@@ -120,10 +121,12 @@ private:
 
     private:
         int_type underflow() override {
-            if (std::exchange(given, true))
+            if (std::exchange(given, true)) {
                 return traits_type::eof();
-            if (onRead)
+            }
+            if (onRead) {
                 onRead();
+            }
             setg(text.data(), text.data(), text.data() + text.size());
             return text.empty() ? traits_type::eof() : traits_type::to_int_type(text.front());
         }
@@ -188,8 +191,9 @@ protected:
         FileSystem::readFile(logPath(console), text);
         std::istringstream stream(text);
         std::vector<std::string> lines;
-        for (std::string line; std::getline(stream, line);)
+        for (std::string line; std::getline(stream, line);) {
             lines.push_back(line.substr(std::min(line.size(), timeLength)));
+        }
         return lines;
     }
 

@@ -88,8 +88,9 @@ TEST_F(AppInit, NoEventMapPathLoadsNothingAndSaysNothing) {
     App app(platform());
     ASSERT_TRUE(app.init(configPath, false, error)) << error;
     runAndStop(app);
-    for (const std::string& line : log())
+    for (const std::string& line : log()) {
         EXPECT_EQ(line.find("event map"), std::string::npos) << line;
+    }
 }
 
 TEST_F(AppInit, BrokenButtonTableIsFatalAndLeavesTheErrorEmpty) {

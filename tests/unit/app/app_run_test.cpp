@@ -155,8 +155,9 @@ TEST_F(AppRun, TwoStopSourcesAtOnceHaveTheEffectOfOne) {
     });
     const bool stopped = waitUntil([&] { return returned.load(); });
     EXPECT_TRUE(stopped);
-    if (!stopped)
+    if (!stopped) {
         app.requestStop();
+    }
     runner.join();
     EXPECT_TRUE(allThreadsEnd());
     testing::internal::GetCapturedStdout();
@@ -164,8 +165,9 @@ TEST_F(AppRun, TwoStopSourcesAtOnceHaveTheEffectOfOne) {
     for (const char* line :
          {"[INFO] Stop requested from console", "[INFO] Simulator closed; requesting application shutdown",
           "[WARN] SimConnect disconnected: SimConnect quit", "[INFO] HID device disconnected: 0000000000000001",
-          "[INFO] Application run loop stopped"})
+          "[INFO] Application run loop stopped"}) {
         EXPECT_EQ(std::count(lines.begin(), lines.end(), line), 1) << line;
+    }
     EXPECT_EQ(sim.count(SimCall::Close), 1U);
     const HidProtocol::Report status = HidProtocol::encodeSimStatus(false);
     const BoardOutput sessionEnd{OutputCall::Write, {status.begin(), status.end()}};
@@ -364,8 +366,9 @@ TEST_F(AppRun, AStopEndsAllThreadsButTheBoardsBeforeTheSession) {
     EXPECT_TRUE(waitUntil([this] { return logHas("[INFO] SimConnect connected"); }));
     std::size_t endedAtClose = 0;
     sim.setHook([&](SimCall call) {
-        if (call == SimCall::Close)
+        if (call == SimCall::Close) {
             endedAtClose = host.threadsEnded();
+        }
     });
     runAndStop(app);
     constexpr std::size_t scanAndReader = 2;

@@ -192,8 +192,9 @@ protected:
     }
 
     void TearDown() override {
-        if (!returned)
+        if (!returned) {
             handleControlEvent(0);
+        }
         runner.join();
         testing::internal::GetCapturedStdout();
         Program::TearDown();

@@ -203,8 +203,9 @@ TEST_F(RegistrationCommands, NeitherOpenALogNorAskForTheLockNorStartAThread) {
         asked = true;
         return SingleInstance::Acquired;
     };
-    for (const char* option : {"--list-exe-xml", "--register", "--unregister"})
+    for (const char* option : {"--list-exe-xml", "--register", "--unregister"}) {
         EXPECT_EQ(runOn(records, {option, "--console"}), 0) << option;
+    }
     EXPECT_FALSE(asked);
     EXPECT_FALSE(FileSystem::exists(host.dataFolder));
     EXPECT_FALSE(FileSystem::exists(logPath(true)));

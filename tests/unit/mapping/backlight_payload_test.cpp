@@ -19,8 +19,9 @@ const string name(backlightVariable);
 std::optional<double> parsed(const string& text) {
     constexpr double untouched = -12345.5;
     double value = untouched;
-    if (parseBacklightPayload(text, value))
+    if (parseBacklightPayload(text, value)) {
         return value;
+    }
     EXPECT_EQ(value, untouched) << text;
     return std::nullopt;
 }
@@ -31,8 +32,9 @@ struct Row {
 };
 
 void expectValues(const std::vector<Row>& rows) {
-    for (const auto& [text, value] : rows)
+    for (const auto& [text, value] : rows) {
         EXPECT_EQ(parsed(text), value) << text;
+    }
 }
 
 TEST(BacklightPayload, NumberAloneIsTheValue) {
@@ -68,8 +70,9 @@ TEST(BacklightPayload, InfinityAndNotANumberAreValues) {
 }
 
 TEST(BacklightPayload, TooLargeAndTooSmallAreRefused) {
-    for (const char* text : {"1e999", "-1e999", "1e-999", "-1e-999", "1e400"})
+    for (const char* text : {"1e999", "-1e999", "1e-999", "-1e-999", "1e400"}) {
         expectValues({{text, none}, {name + "=" + text, none}});
+    }
 }
 
 TEST(BacklightPayload, AnythingElseWithoutTheNameIsRefused) {
@@ -93,8 +96,9 @@ TEST(BacklightPayload, AnythingElseWithoutTheNameIsRefused) {
                              "(L:OTHER_5)=0.5;",
                              "LIGHTING_POTENTIOMETER=0.5",
                              "LIGHTING POTENTIOMETER 5=0.5",
-                             "LIGHTING_POTENTIOMETER_4=0.5"})
+                             "LIGHTING_POTENTIOMETER_4=0.5"}) {
         expectValues({{text, none}});
+    }
     expectValues({{string("0.5\0", 4), none}});
 }
 
@@ -114,8 +118,9 @@ TEST(BacklightPayload, ValueFollowsTheFirstEqualsSignBehindTheName) {
                   {name + "5=3", 3.0},
                   {"MY_" + name + "=3", 3.0},
                   {"\xC3\xA4\xFF" + name + "\x80=0.5", 0.5}});
-    for (const char* rest : {"=abc", "=", "==1", "= = 1", "=;", "=x1", "", " 0.5", ":0.5"})
+    for (const char* rest : {"=abc", "=", "==1", "= = 1", "=;", "=x1", "", " 0.5", ":0.5"}) {
         expectValues({{name + rest, none}});
+    }
 }
 
 TEST(BacklightPayload, ValueEndsAtSemicolonOrLineEndAndMayBeFollowedByWords) {

@@ -32,8 +32,9 @@ protected:
         const EventDecision decision = decideEvent(config, buttons, eventMap, event, deviceName, index);
         string text = decision.pausesLights ? ", pause" : "";
         text += decision.isMapButton ? ", map" : "";
-        for (const string& command : decision.cancelled)
+        for (const string& command : decision.cancelled) {
             text += ", cancel " + command;
+        }
         if (!decision.command.empty()) {
             const char* const kind = decision.kind == RpnKind::Hold      ? "hold "
                                      : decision.kind == RpnKind::Encoder ? "turn "
@@ -46,15 +47,17 @@ protected:
     }
 
     void expectMeanings(const std::vector<Row>& rows) const {
-        for (const auto& [event, expected] : rows)
+        for (const auto& [event, expected] : rows) {
             EXPECT_EQ(meaning(event), expected)
                 << "type " << int{event.type} << " control " << event.controlId << " value " << int{event.value}
                 << " speed " << int{event.speed} << " mode " << int{event.mode};
+        }
     }
 
     void expectNothing(const std::vector<HidEvent>& events) const {
-        for (const HidEvent& event : events)
+        for (const HidEvent& event : events) {
             expectMeanings({{event, ""}});
+        }
     }
 };
 
@@ -75,8 +78,9 @@ TEST_F(EventDecisionTest, ActionWithoutCommandMeansNothing) {
 
 TEST_F(EventDecisionTest, EventWithoutActionMeansNothing) {
     expectNothing({button(20, 5), button(20, 127), button(20, -128), button(20, -1), encoder(21, 0, 9)});
-    for (const int type : {0, 3, 255})
+    for (const int type : {0, 3, 255}) {
         expectNothing({{.type = static_cast<std::uint8_t>(type), .controlId = 20, .value = 1}});
+    }
 }
 
 TEST_F(EventDecisionTest, NamesAreComparedWithoutCaseAndSpace) {
@@ -169,8 +173,9 @@ TEST_F(EventDecisionTest, ListedControlFiresNothing) {
 TEST_F(EventDecisionTest, ListedControlMeansNothingWhileMobiFlightIsDisabled) {
     addControl(5, "AP", R"("PRESS":{"":"AP"},"HOLD":{"":"AP_HELD"},"RELEASE":{"":"AP_UP"})");
     config.mobiflight.enabled = false;
-    for (const int value : {0, 1, 2})
+    for (const int value : {0, 1, 2}) {
         expectNothing({button(5, value), button(30, value), encoder(21, value)});
+    }
     expectMeanings({{button(50, 2), "pause"}});
 }
 

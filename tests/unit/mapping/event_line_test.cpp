@@ -59,8 +59,9 @@ TEST_F(EventLine, NamesTheAction) {
         {encoder(1, 1, 0, 9), " action=ENC_CW("},   {encoder(1, -1, 0, 9), " action=ENC_CCW("},
         {button(1, 5, 9), " type=1(BUTTON) "},      {encoder(1, 0, 0, 9), " type=2(ENCODER) "},
     };
-    for (const auto& [event, piece] : rows)
+    for (const auto& [event, piece] : rows) {
         EXPECT_NE(lineOf(event).find(piece), string::npos) << piece;
+    }
 }
 
 TEST_F(EventLine, ShowsTheConfiguredRoleWhereItDiffers) {
@@ -73,8 +74,9 @@ TEST_F(EventLine, ShowsTheConfiguredRoleWhereItDiffers) {
         {"D", " role=PFD configuredRole=pfd(BUTTON)"},
         {"E", " role=PFD configuredRole=Co Pilot(BUTTON)"},
     };
-    for (const auto& [deviceName, piece] : rows)
+    for (const auto& [deviceName, piece] : rows) {
         EXPECT_NE(lineOf(button(1, 1), {}, deviceName).find(piece), string::npos) << deviceName;
+    }
     EXPECT_NE(lineOf(button(1, 1, 3), {}, "E").find(" role=Co Pilot(BUTTON)"), string::npos);
 }
 

@@ -36,11 +36,13 @@ TEST_F(EventRouterTest, ReleaseTakesQueuedHoldAndPressOfItsControlOutOfTheQueue)
     limitRate();
     connectModuleAndStartEngine();
     fillHand(button(22, 1));
-    for (const auto& event : {button(20, 1), button(20, 2), encoder(21, 1), button(20, 0)})
+    for (const auto& event : {button(20, 1), button(20, 2), encoder(21, 1), button(20, 0)}) {
         handle(event);
+    }
     // Holds of one command wait once only.
-    for (const int value : {2, 3, 4, 2})
+    for (const int value : {2, 3, 4, 2}) {
         handle(button(20, value));
+    }
     mobiflightHost.letSleepsPass();
     EXPECT_EQ(rpnSent(), (vector<string>{"MENU", "INC", "LET_GO", "SWAP_LONG"}));
 }
@@ -122,8 +124,9 @@ TEST_F(EventRouterTest, MapPressGoesPastTheQueueAndReleaseTakesItsCommandsOutOfI
     connectModuleAndStartEngine();
     fillHand(button(20, 1));
     string error;
-    for (const char* command : {"LEFT", "LEFT_HELD", "LEFT", "UP"})
+    for (const char* command : {"LEFT", "LEFT_HELD", "LEFT", "UP"}) {
         ASSERT_TRUE(mobiflight.queueRpn(command, RpnKind::Normal, 1, error));
+    }
     EXPECT_EQ(lineAfter(button(30, 1)), "[DEBUG] HID event from B index=0 type=1 action=BUTTON_PRESS role=PFD(BUTTON) "
                                         "controlId=30(MAP_LEFT) value=1 speed=0 mode=0");
     EXPECT_EQ(writtenCount(), 2U);

@@ -18,8 +18,9 @@ struct Submitted {
 /// What is left in the queue, oldest first: "type:value of control on board".
 std::vector<string> left(const std::vector<Submitted>& events) {
     HidEventQueue queue;
-    for (const auto& [event, deviceName, index] : events)
+    for (const auto& [event, deviceName, index] : events) {
         queue.push({event, deviceName, static_cast<std::uint32_t>(index)});
+    }
     std::vector<string> texts;
     while (!queue.empty()) {
         const QueuedHidEvent entry = queue.pop();
@@ -66,8 +67,9 @@ TEST(HidEventQueue, EverythingElseOfTheButtonStays) {
 }
 
 TEST(HidEventQueue, OnlyAButtonsReleaseRemovesHolds) {
-    for (const HidEvent& last : {button(7, 1), encoder(7, 0), notice(), HidEvent{.type = 3, .controlId = 7}})
+    for (const HidEvent& last : {button(7, 1), encoder(7, 0), notice(), HidEvent{.type = 3, .controlId = 7}}) {
         EXPECT_EQ(left({{button(7, 2)}, {last}}).size(), 2U) << int{last.type};
+    }
 }
 
 } // namespace

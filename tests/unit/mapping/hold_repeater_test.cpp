@@ -38,8 +38,9 @@ protected:
 
     void holdUpSends() {
         sim.setHook([this](SimCall call) {
-            if (call == SimCall::SetClientData)
+            if (call == SimCall::SetClientData) {
                 gate.pass();
+            }
         });
     }
 
@@ -62,8 +63,9 @@ TEST_F(HoldRepeaterTest, RepeatsEachPeriodPastTheRateLimitUntilTheRelease) {
     handle(button(30, 2));
     letHoldsPoll();
     EXPECT_EQ(writtenCount(), 0U);
-    for (int period = 0; period < 3; ++period)
+    for (int period = 0; period < 3; ++period) {
         expectSendAfter(25 * msNs);
+    }
     // The same button in another mode is another hold.
     handle(button(30, 0, 1));
     expectSendAfter(25 * msNs);
@@ -118,8 +120,9 @@ TEST_F(HoldRepeaterTest, WaitsWhileNoHoldIsActive) {
     connectModuleAndStartEngine();
     ASSERT_TRUE(waitUntil([this] { return clockReads(HoldWorker) >= 2; }));
     const std::size_t before = clockReads(HoldWorker);
-    for (int count = 0; count < 50; ++count)
+    for (int count = 0; count < 50; ++count) {
         handle(button(31, 1));
+    }
     // Woken by each press, which ends a hold that isn't there, it goes back to its wait.
     EXPECT_LE(clockReads(HoldWorker) - before, 200U);
 }

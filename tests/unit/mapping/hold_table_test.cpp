@@ -21,8 +21,9 @@ protected:
     /// The commands due at a time, sorted.
     vector<string> due(std::int64_t now) {
         vector<string> commands;
-        for (const DueHold& hold : holds.takeDue(now, period))
+        for (const DueHold& hold : holds.takeDue(now, period)) {
             commands.push_back(hold.command);
+        }
         std::sort(commands.begin(), commands.end());
         return commands;
     }
@@ -79,8 +80,9 @@ TEST(HoldPeriod, BelowOneMillisecondCountsAsTen) {
     EXPECT_EQ(holdPeriodNs(1), 1'000'000);
     EXPECT_EQ(holdPeriodNs(25), 25'000'000);
     EXPECT_EQ(holdPeriodNs(highest), std::int64_t{highest} * 1'000'000);
-    for (const std::int32_t configured : {0, -5, lowest})
+    for (const std::int32_t configured : {0, -5, lowest}) {
         EXPECT_EQ(holdPeriodNs(configured), 10'000'000) << configured;
+    }
 }
 
 } // namespace

@@ -43,8 +43,9 @@ void expectLevels(const std::vector<LevelRow>& rows) {
 TEST(LedCommandState, SessionComesBeforeBatteryAndBatteryBeforeBacklight) {
     OutputProfile profile = makeDefaultProfile();
     for (const bool known : {false, true}) {
-        for (const bool on : {false, true})
+        for (const bool on : {false, true}) {
             EXPECT_EQ(computeLedCommand(profile, false, known, on, known, 0.5), disconnectedFlash);
+        }
         EXPECT_EQ(computeLedCommand(profile, true, true, false, known, 0.5), batteryBreathe);
         // An unknown battery counts as on.
         EXPECT_EQ(computeLedCommand(profile, true, false, known, true, 0.5), steady(50));
@@ -79,8 +80,9 @@ TEST(BacklightMode, FixedOffOrTheVariable) {
 }
 
 TEST(BacklightMode, FixedValueIsCutToAByte) {
-    for (const std::int32_t value : {lowest, -1, 0, 1, 254, 255, 256, 300, highest})
+    for (const std::int32_t value : {lowest, -1, 0, 1, 254, 255, 256, 300, highest}) {
         EXPECT_EQ(lit({.mode = "FIXED", .value = value}, false, 0.0), steady(byteOf(value))) << value;
+    }
 }
 
 TEST(BacklightLevel, UpToOneIsAFractionAndAboveOneAPercentage) {
@@ -99,8 +101,9 @@ TEST(BacklightLevel, UpToOneIsAFractionAndAboveOneAPercentage) {
                   {-50.0, 12, 12},
                   // Two negatives make a level.
                   {-0.3, 30, 0, 100, -1.0}});
-    for (int percent = 0; percent <= 100; ++percent)
+    for (int percent = 0; percent <= 100; ++percent) {
         expectLevels({{percent / 100.0, percent}, {percent > 1 ? percent : 0.0, percent > 1 ? percent : 0}});
+    }
 }
 
 TEST(BacklightLevel, HalvesRoundAwayFromZero) {
@@ -117,12 +120,14 @@ TEST(BacklightLevel, HalvesRoundAwayFromZero) {
 
 TEST(BacklightLevel, UnknownValueShowsTheDefaultScaledAndBounded) {
     for (const auto& [level, brightness] :
-         std::vector<std::pair<std::int32_t, int>>{{80, 80}, {1, 100}, {0, 0}, {2, 2}, {100, 100}, {-1, 0}})
+         std::vector<std::pair<std::int32_t, int>>{{80, 80}, {1, 100}, {0, 0}, {2, 2}, {100, 100}, {-1, 0}}) {
         EXPECT_EQ(lit({.defaultValue = level}, false, 55.0), steady(byteOf(brightness))) << level;
-    for (const auto& [level, brightness] : std::vector<std::pair<std::int32_t, int>>{{80, 40}, {0, 10}, {1, 50}})
+    }
+    for (const auto& [level, brightness] : std::vector<std::pair<std::int32_t, int>>{{80, 40}, {0, 10}, {1, 50}}) {
         EXPECT_EQ(lit({.min = 10, .max = 60, .defaultValue = level, .scale = 0.5}, false, 0.0),
                   steady(byteOf(brightness)))
             << level;
+    }
 }
 
 TEST(BacklightLevel, BoundsApplyAfterTheScaleAndTheUpperOneRules) {
@@ -143,10 +148,12 @@ TEST(BacklightLevel, BoundsApplyAfterTheScaleAndTheUpperOneRules) {
 }
 
 TEST(BacklightLevel, WhatIsNoNumberOrTooLargeCountsAsZero) {
-    for (const double value : {nan, infinity, -infinity, highestDouble, -highestDouble, 1e300, 0x1p63, -0x1p63})
+    for (const double value : {nan, infinity, -infinity, highestDouble, -highestDouble, 1e300, 0x1p63, -0x1p63}) {
         expectLevels({{value, 0}, {value, 12, 12}});
-    for (const double scale : {nan, infinity, -infinity, highestDouble})
+    }
+    for (const double scale : {nan, infinity, -infinity, highestDouble}) {
         expectLevels({{50.0, 12, 12, 100, scale}});
+    }
     expectLevels({{0.0, 12, 12, 100, infinity}});
 }
 
@@ -166,14 +173,18 @@ LedCommand effect(const char* name, std::int32_t param0, std::int32_t param1, st
 }
 
 TEST(EffectCommand, NamesAreReadInAnyCaseAndSpacing) {
-    for (const char* name : {"STEADY", " st eady"})
+    for (const char* name : {"STEADY", " st eady"}) {
         EXPECT_EQ(effect(name, 1, 2, 3), steady(9)) << name;
-    for (const char* name : {"BREATHE", "Breathe"})
+    }
+    for (const char* name : {"BREATHE", "Breathe"}) {
         EXPECT_EQ(effect(name, 1, 2, 3), (LedCommand{2, 0, 1, 2, 3})) << name;
-    for (const char* name : {"FLASH", "\tflash\n"})
+    }
+    for (const char* name : {"FLASH", "\tflash\n"}) {
         EXPECT_EQ(effect(name, 1, 2, 3), (LedCommand{3, 0, 1, 2, 3})) << name;
-    for (const char* name : {"OFF", "off", "", "  ", "PULSE", "STEADYX", "FLAS"})
+    }
+    for (const char* name : {"OFF", "off", "", "  ", "PULSE", "STEADYX", "FLAS"}) {
         EXPECT_EQ(effect(name, 1, 2, 3), LedCommand{}) << name;
+    }
 }
 
 TEST(EffectCommand, NumbersAreCutToTheirFields) {
@@ -201,8 +212,9 @@ TEST(EffectCommand, NumbersAreCutToTheirFields) {
 TEST(BoardLedCommand, IsThatOfTheBoardsProfile) {
     MappingSettings settings;
     OutputsConfig& outputs = settings.config.outputs;
-    for (const auto& [name, brightness] : {std::pair{"BRIGHT", 90}, {"DIM", 10}, {"AARDVARK", 33}})
+    for (const auto& [name, brightness] : {std::pair{"BRIGHT", 90}, {"DIM", 10}, {"AARDVARK", 33}}) {
         outputs.profiles[name].simDisconnected = {"STEADY", brightness, 0, 0, 0};
+    }
     outputs.roleProfiles["MFD"] = "DIM";
     outputs.devices = {{"A", -1, "", " bright"}, {"", 1, "mfd", ""}, {"C", -1, "", "NOSUCH"}};
     EXPECT_EQ(boardLedCommand(settings.config, "A", 0, {}), steady(90));

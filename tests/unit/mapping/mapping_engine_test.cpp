@@ -14,8 +14,9 @@ protected:
         connectSimulator();
         ASSERT_TRUE(startEngine());
         sim.setHook([this](SimCall call) {
-            if (call == SimCall::TransmitClientEvent)
+            if (call == SimCall::TransmitClientEvent) {
                 gate.pass();
+            }
         });
         submit(button(5, 1));
         ASSERT_TRUE(gate.waitForArrival());
@@ -50,8 +51,9 @@ protected:
             EXPECT_TRUE(engine.start(missing == 0 ? nullptr : &config, &hid, missing == 1 ? nullptr : &simConnect,
                                      missing == 2 ? nullptr : &mobiflight, missing == 3 ? nullptr : &buttons,
                                      missing == 4 ? nullptr : &eventMap, &simState, error));
-            for (const auto& event : events)
+            for (const auto& event : events) {
                 engine.submitEvent(event, "B", 0);
+            }
             std::this_thread::sleep_for(std::chrono::milliseconds(waitMs));
             engine.stop();
             EXPECT_EQ(log.lines(), vector<string>{});
@@ -61,8 +63,9 @@ protected:
             engine.stop();
             const bool wasEmpty = eventLines().size() == 1;
             log.clear();
-            if (wasEmpty)
+            if (wasEmpty) {
                 return true;
+            }
         }
         return false;
     }
@@ -107,8 +110,9 @@ TEST_F(EngineStart, LeavesNoThreadBehindWhenOneIsRefused) {
 
 TEST_F(EngineStart, MissingReferenceEndsEachEventWithoutAWordOrAnEffect) {
     addControl(9, "LISTED", R"("PRESS":{"":"X"})");
-    for (int missing = 0; missing < 5; ++missing)
+    for (int missing = 0; missing < 5; ++missing) {
         EXPECT_TRUE(takesEventsSilentlyWithout(missing)) << missing;
+    }
 }
 
 TEST_F(EngineStart, WorksWithoutAHidManager) {
@@ -183,26 +187,30 @@ TEST_F(EngineQueue, EventsOfEachThreadKeepTheirOrder) {
     for (std::uint16_t reader = 0; reader < 4; ++reader) {
         readers.emplace_back([this, reader] {
             const string name{'R', static_cast<char>('0' + reader)};
-            for (std::uint16_t number = 0; number < perThread; ++number)
+            for (std::uint16_t number = 0; number < perThread; ++number) {
                 engine.submitEvent(button(number, 1), name, reader);
+            }
         });
     }
-    for (std::thread& reader : readers)
+    for (std::thread& reader : readers) {
         reader.join();
+    }
     submitted = std::size_t{4} * perThread;
     ASSERT_TRUE(drain());
     for (int reader = 0; reader < 4; ++reader) {
         const auto lines = log.linesWith("from R" + std::to_string(reader) + " ");
         ASSERT_EQ(lines.size(), perThread);
-        for (std::size_t number = 0; number < perThread; ++number)
+        for (std::size_t number = 0; number < perThread; ++number) {
             ASSERT_NE(lines[number].find("controlId=" + std::to_string(number) + " "), string::npos) << lines[number];
+        }
     }
 }
 
 TEST_F(EngineQueue, ReleaseRemovesTheQueuedHoldsOfItsButton) {
     holdEventWorker();
-    for (const int value : {1, 2, 3, 0})
+    for (const int value : {1, 2, 3, 0}) {
         submit(button(7, value));
+    }
     submitted -= 2;
     gate.open();
     ASSERT_TRUE(drain());

@@ -153,8 +153,9 @@ protected:
         flushCommands();
         std::vector<std::string> commands;
         for (const std::string& text : sim.commands()) {
-            if (text.starts_with(rpnPrefix) && text != rpnPrefix + "MARK")
+            if (text.starts_with(rpnPrefix) && text != rpnPrefix + "MARK") {
                 commands.push_back(text.substr(rpnPrefix.size()));
+            }
         }
         return commands;
     }

@@ -100,8 +100,9 @@ TEST_F(MappingStress, BoardsSessionsAndTheEngineComeAndGo) {
             ASSERT_EQ(workersEnded, 3 * ++engineStops);
             ASSERT_TRUE(startEngine());
         }
-        if (round % 3 == 0)
+        if (round % 3 == 0) {
             sim.script(SimCall::CallDispatch, {simConnectFail});
+        }
     }
     playing = false;
     player.join();

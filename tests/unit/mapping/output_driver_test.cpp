@@ -38,8 +38,9 @@ protected:
         vector<LedCommand> result;
         for (const BoardOutput& output : board.outputs()) {
             const auto& bytes = output.bytes;
-            if (bytes.size() < 7 || bytes[0] != HidProtocol::ledCtlReportId)
+            if (bytes.size() < 7 || bytes[0] != HidProtocol::ledCtlReportId) {
                 continue;
+            }
             result.push_back(
                 {bytes[1], bytes[2], bytes[3], static_cast<std::uint16_t>(bytes[4] | (bytes[5] << 8)), bytes[6]});
         }
@@ -168,8 +169,9 @@ TEST_F(OutputPush, GivesEachBoardItsOwnLightAndWritesItOnce) {
     start();
     auto first = connectBoard(1);
     auto last = connectBoard(2);
-    for (int count = 0; count < 20; ++count)
+    for (int count = 0; count < 20; ++count) {
         engine.requestOutputUpdate();
+    }
     EXPECT_TRUE(waitForLights(*last, {disconnectedFlash}));
     EXPECT_EQ(lights(*first), vector<LedCommand>{steady(10)});
 }
@@ -267,8 +269,9 @@ TEST_F(BacklightText, UnreadableOneIsAWarningIfItHasTheName) {
         expected.push_back(unreadable + text);
     }
     for (const char* text : {"", "abc", "LIGHTING_POTENTIOMETER_", "lighting_potentiometer_5=abc",
-                             "A very long text that names no variable at all=1"})
+                             "A very long text that names no variable at all=1"}) {
         engine.onBacklightPayload(text);
+    }
     EXPECT_EQ(log.lines(), expected);
     const std::lock_guard lock(simState.mutex);
     EXPECT_FALSE(simState.backlightKnown);

@@ -56,8 +56,9 @@ TEST(ClientDataText, OfAVariableIsTextOrANumberBehindAZero) {
         {{0, 0, 0}, none},
         {{}, none},
     };
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_EQ(read(row.block), row.text) << "row " << &row - rows;
+    }
     EXPECT_FALSE(lvarText(nullptr, 4, false));
 }
 

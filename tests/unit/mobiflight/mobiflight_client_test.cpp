@@ -64,8 +64,9 @@ TEST_F(MobiFlightStart, StopWithoutStartDoesNothing) {
 TEST_F(MobiFlightStart, StopEmptiesTheQueueAndDropsTheCallbacks) {
     becomeReady();
     holdAtGate("first");
-    for (const RpnKind kind : allKinds)
+    for (const RpnKind kind : allKinds) {
         ASSERT_TRUE(queue("a", kind));
+    }
     stopAtGate();
     EXPECT_EQ(sinceHandshake(), pairs({"first"}));
     EXPECT_FALSE(client.isReady());

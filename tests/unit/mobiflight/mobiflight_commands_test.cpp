@@ -172,8 +172,9 @@ TEST_F(MobiFlightSending, SendNowComesBehindTheWholeOfABurstHoweverOftenThatIsEx
         gate.pass();
         const int turn = --left;
         std::string reason;
-        if (call == SimCall::SetClientData && turn > 1 && turn % 2 == 1)
+        if (call == SimCall::SetClientData && turn > 1 && turn % 2 == 1) {
             client.queueRpn("a", RpnKind::Encoder, 1, reason);
+        }
     });
     ASSERT_TRUE(queue("a", RpnKind::Encoder));
     ASSERT_TRUE(gate.waitForSomebody());
@@ -246,8 +247,9 @@ TEST_F(MobiFlightWaiting, BeforeTheConfirmationTheWorkerLooksEveryFiftyMilliseco
 TEST_F(MobiFlightWaiting, CommandThatCameDuringTheAttachmentLetsTheRegistrationPass) {
     ASSERT_TRUE(start());
     sim.setHook([this](SimCall call) {
-        if (call != SimCall::MapClientDataNameToId)
+        if (call != SimCall::MapClientDataNameToId) {
             return;
+        }
         sim.setHook(nullptr);
         std::string reason;
         EXPECT_TRUE(client.queueRpn("a", RpnKind::Normal, 1, reason));
@@ -299,8 +301,9 @@ TEST_F(MobiFlightWaiting, FailedWriteDoesntCountForTheRateLimit) {
 TEST_F(MobiFlightWaiting, CommandsThatWaitAreNotSentToTheNextSession) {
     becomeReady();
     holdAtGate("first");
-    for (const RpnKind kind : allKinds)
+    for (const RpnKind kind : allKinds) {
         ASSERT_TRUE(queue("a", kind));
+    }
     changeSession();
     EXPECT_EQ(wakeInNewSession(), Lines());
     EXPECT_EQ(sentCount("a"), 0);

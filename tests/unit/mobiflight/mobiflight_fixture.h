@@ -67,9 +67,10 @@ protected:
     /// The session's worker opens one, and tells the client.
     void openSession() {
         const bool isFirst = !simConnect.isConnected() && simHost.threadsStarted() == 0;
-        if (isFirst)
+        if (isFirst) {
             simConnect.start(
                 "bridge", [this](bool connected) { client.onSimConnectState(connected); }, nullptr, error);
+        }
         ASSERT_EQ(isFirst ? simHost.waitForSleep() : simHost.nextSleep(), 15);
     }
 
@@ -123,8 +124,9 @@ protected:
     /// Has every write to the command area wait at the gate, which is closed.
     void gateWrites() {
         sim.setHook([this](SimCall call) {
-            if (call == SimCall::SetClientData)
+            if (call == SimCall::SetClientData) {
                 gate.pass();
+            }
         });
         gate.close();
     }

@@ -29,8 +29,9 @@ protected:
     /// The writes since the last look: the area's number and the text.
     Lines takeWrites() {
         Lines writes = takeCalls("SetClientData");
-        for (std::string& call : writes)
+        for (std::string& call : writes) {
             call = call.substr(0, 6) + call.substr(call.rfind(", ") + 1);
+        }
         return writes;
     }
 
@@ -38,8 +39,9 @@ protected:
     Lines takeCalls(const std::string& name) {
         Lines result;
         for (const std::string& call : sim.takeCalls()) {
-            if (call.starts_with(name))
+            if (call.starts_with(name)) {
                 result.push_back(call.substr(name.size() + 5, call.size() - name.size() - 6));
+            }
         }
         return result;
     }
@@ -133,8 +135,9 @@ TEST_F(MobiFlightRegistration, AnswersAreReadFromTheResponseAreaAlone) {
     const std::string text = "MF.Clients.Add.bridge.Finished";
     const std::vector<std::uint8_t> block(text.begin(), text.end());
     const auto size = static_cast<std::uint32_t>(block.size());
-    for (const std::uint32_t id : {0U, 1U, 0x1000U, 0x11FFU, 0x1201U, 0x1202U, 0xFFFFFFFFU})
+    for (const std::uint32_t id : {0U, 1U, 0x1000U, 0x11FFU, 0x1201U, 0x1202U, 0xFFFFFFFFU}) {
         client.onClientData(id, block.data(), size);
+    }
     client.onClientData(0x1200, block.data(), size - 1);
     EXPECT_FALSE(client.isReady());
     client.onClientData(0x1200, block.data(), size);
@@ -189,8 +192,9 @@ protected:
     void onNextRequest(std::function<void()> action) {
         auto once = std::make_shared<std::function<void()>>(std::move(action));
         sim.setHook([once](SimCall call) {
-            if (call == SimCall::RequestClientData && *once)
+            if (call == SimCall::RequestClientData && *once) {
                 std::exchange(*once, nullptr)();
+            }
         });
     }
 

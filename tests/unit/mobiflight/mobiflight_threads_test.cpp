@@ -11,14 +11,16 @@ protected:
 
     void spawn(int times, const std::function<void(int time)>& action) {
         threads.emplace_back([times, action] {
-            for (int time = 0; time < times; ++time)
+            for (int time = 0; time < times; ++time) {
                 action(time);
+            }
         });
     }
 
     void joinAll() {
-        for (std::thread& thread : threads)
+        for (std::thread& thread : threads) {
             thread.join();
+        }
         threads.clear();
     }
 
@@ -42,8 +44,9 @@ protected:
         int broken = 0;
         bool dummyDue = false;
         for (const std::string& text : commands) {
-            if ((text == dummy) != dummyDue)
+            if ((text == dummy) != dummyDue) {
                 ++broken;
+            }
             dummyDue = text.starts_with(set(""));
         }
         return broken + (dummyDue ? 1 : 0);
@@ -99,10 +102,11 @@ TEST_F(MobiFlightThreads, SessionsMayChangeUnderAllCallers) {
 TEST_F(MobiFlightThreads, StopMayComeWhileEverybodyIsBusy) {
     for (int round = 0; round < 5; ++round) {
         ASSERT_TRUE(start());
-        if (round == 0)
+        if (round == 0) {
             openSession();
-        else
+        } else {
             client.onSimConnectState(true);
+        }
         confirm();
         spawn(50, [this](int) {
             std::string reason;

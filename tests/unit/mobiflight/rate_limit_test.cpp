@@ -23,6 +23,7 @@ TEST(RateLimit, LeavesTheRestOfItBetweenTwoCommands) {
     RateLimit limit;
     EXPECT_EQ(limit.delay(100, 0).count(), 0) << "nothing was sent yet";
     limit.noteSend(sent);
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_EQ(limit.delay(row.limitMs, sent + row.elapsed).count(), row.delayMs) << "row " << &row - rows;
+    }
 }

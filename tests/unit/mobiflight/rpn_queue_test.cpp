@@ -22,8 +22,9 @@ public:
     static std::string play(const std::string& script) {
         QueueScript player;
         std::istringstream steps(script);
-        for (std::string step; std::getline(steps, step, ',');)
+        for (std::string step; std::getline(steps, step, ',');) {
             player.perform(step);
+        }
         return player.record + player.remainder();
     }
 
@@ -33,33 +34,35 @@ private:
         std::string verb;
         std::string text;
         words >> verb >> text;
-        if (verb == "at")
+        if (verb == "at") {
             now = std::stoll(text);
-        else if (verb == "take" || verb == "take-unready")
+        } else if (verb == "take" || verb == "take-unready") {
             take(verb == "take");
-        else if (verb == "detents")
+        } else if (verb == "detents") {
             note("x" + std::to_string(queue.takeDetents(text)));
-        else if (verb == "cancel")
+        } else if (verb == "cancel") {
             queue.cancel(text);
-        else if (verb == "back")
+        } else if (verb == "back") {
             queue.putBack();
-        else if (verb == "finish")
+        } else if (verb == "finish") {
             queue.finish();
-        else if (verb == "clear")
+        } else if (verb == "clear") {
             queue.clear();
-        else
+        } else {
             add(verb, text, words);
+        }
     }
 
     void add(const std::string& kind, const std::string& text, std::istringstream& words) {
         const bool isHandshake = kind == "handshake";
         MobiFlightCommand command{.text = text, .needsReady = !isHandshake, .queuedAt = now};
-        if (kind == "hold")
+        if (kind == "hold") {
             command.kind = RpnKind::Hold;
-        else if (kind == "knob")
+        } else if (kind == "knob") {
             command.kind = RpnKind::Encoder;
-        else if (kind != "normal" && !isHandshake)
+        } else if (kind != "normal" && !isHandshake) {
             ADD_FAILURE() << "no such step: " << kind;
+        }
         std::uint32_t count = 1;
         words >> count;
         note(queue.enqueue(command, words ? count : 1) ? "+" : "=");
@@ -72,8 +75,9 @@ private:
 
     std::string remainder() const {
         std::string texts;
-        for (const MobiFlightCommand& command : queue.waiting())
+        for (const MobiFlightCommand& command : queue.waiting()) {
             texts += (texts.empty() ? "" : " ") + command.text;
+        }
         return "[" + texts + "]" + (queue.hasInFlight() ? " in flight" : "");
     }
 
@@ -91,8 +95,9 @@ struct Row {
 };
 
 void expectAll(const std::vector<Row>& rows) {
-    for (const Row& row : rows)
+    for (const Row& row : rows) {
         EXPECT_EQ(QueueScript::play(row.script), row.record) << row.rule;
+    }
 }
 
 } // namespace

@@ -18,8 +18,9 @@ TEST(ExeXmlEscape, ReplacesTheThreeSignsOfMarkup) {
 TEST(ExeXmlEscape, LeavesQuotesAndEverythingElse) {
     std::string others;
     for (int byte = 0; byte < 256; ++byte) {
-        if (byte != '&' && byte != '<' && byte != '>')
+        if (byte != '&' && byte != '<' && byte != '>') {
             others.push_back(static_cast<char>(byte));
+        }
     }
     EXPECT_EQ(escapeXmlText(others), others);
     EXPECT_EQ(escapeXmlText(""), "");

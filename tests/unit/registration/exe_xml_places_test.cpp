@@ -34,8 +34,9 @@ TEST_F(ExeXmlDiscovery, FindsNothingOnAMachineWithoutASimulator) {
 TEST_F(ExeXmlDiscovery, KeepsTheOrderWhateverWasInstalledFirst) {
     const Installation reversed[] = {Boxed2024, Boxed, Store2024, StoreState, StoreCache};
     Paths expected;
-    for (const Installation installation : reversed)
+    for (const Installation installation : reversed) {
         expected.insert(expected.begin(), install(installation));
+    }
     EXPECT_EQ(ExeXmlRegistrar::discoverExeXmlPaths(host), expected);
 }
 

@@ -20,8 +20,9 @@ TEST_F(RegisterInExeXml, WithoutASimulatorWritesNothing) {
 }
 
 TEST_F(RegisterInExeXml, WritesEveryInstallation) {
-    for (const Installation installation : {StoreCache, StoreState, Store2024, Boxed, Boxed2024})
+    for (const Installation installation : {StoreCache, StoreState, Store2024, Boxed, Boxed2024}) {
         install(installation);
+    }
     EXPECT_EQ(registerIt(), 5);
     EXPECT_EQ(error, "");
     for (const Installation installation : {StoreCache, StoreState, Store2024, Boxed, Boxed2024}) {
@@ -127,8 +128,9 @@ TEST_F(UnregisterFromExeXml, WritesAndCountsOnlyTheFilesWithTheEntry) {
     EXPECT_EQ(contentOf(pathOf(StoreCache)), head + entryOf("A") + tail);
     EXPECT_EQ(contentOf(pathOf(Store2024)), "");
     EXPECT_FALSE(exists(pathOf(StoreState)));
-    for (const Installation installation : {StoreCache, StoreState, Store2024})
+    for (const Installation installation : {StoreCache, StoreState, Store2024}) {
         EXPECT_FALSE(exists(pathOf(installation) + ".bak"));
+    }
 }
 
 TEST_F(UnregisterFromExeXml, TheSecondTimeWritesNothing) {

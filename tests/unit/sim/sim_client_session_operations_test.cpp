@@ -34,8 +34,9 @@ TEST_F(SessionOperations, WithoutASessionAreRefused) {
 TEST_F(SessionOperations, WhileTheSessionOpensAreRefused) {
     bool refused = false;
     sim.setHook([&](SimCall call) {
-        if (call == SimCall::AddToDataDefinition)
+        if (call == SimCall::AddToDataDefinition) {
             refused = !transmit("AP_MASTER") && session.connectedHandle() == nullptr && !session.isConnected();
+        }
     });
     EXPECT_TRUE(open());
     EXPECT_TRUE(refused);
@@ -44,8 +45,9 @@ TEST_F(SessionOperations, WhileTheSessionOpensAreRefused) {
 
 TEST_F(SessionOperations, EventsAreMappedOnceForEachNameWhoseCaseCounts) {
     connect();
-    for (const char* name : {"AP_MASTER", "AP_MASTER", "ap_master"})
+    for (const char* name : {"AP_MASTER", "AP_MASTER", "ap_master"}) {
         EXPECT_TRUE(transmit(name));
+    }
     EXPECT_EQ(sim.calls(), (Lines{R"(MapClientEventToSimEvent(h1, 1, "AP_MASTER"))", transmission1, transmission1,
                                   R"(MapClientEventToSimEvent(h1, 2, "ap_master"))", transmission2}));
 }
@@ -115,8 +117,9 @@ protected:
         std::atomic<bool> answered{false};
         bool answeredDuringTheCall = false;
         sim.setHook([&](SimCall call) {
-            if (call != watched || other.joinable())
+            if (call != watched || other.joinable()) {
                 return;
+            }
             other = std::thread([&] {
                 session.connectedHandle();
                 answered = true;
@@ -150,8 +153,9 @@ TEST_F(SessionLocks, LibraryCallsRunUnlocked) {
         {SimCall::RequestClientData, [this] { EXPECT_TRUE(session.requestClientData(1, 2, 3, error)); }},
     };
     connect();
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         EXPECT_TRUE(answersDuring(row.call, row.action)) << "row " << &row - rows;
+    }
 }
 
 TEST_F(SessionLocks, ThreadsThatShareANameMapItOnce) {
@@ -167,8 +171,9 @@ TEST_F(SessionLocks, ThreadsThatShareANameMapItOnce) {
             }
         });
     }
-    for (std::thread& thread : threads)
+    for (std::thread& thread : threads) {
         thread.join();
+    }
     EXPECT_EQ(sim.count(SimCall::MapClientEventToSimEvent), 2U);
     EXPECT_EQ(sim.count(SimCall::TransmitClientEvent), 400U);
 }

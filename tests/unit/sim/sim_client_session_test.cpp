@@ -83,8 +83,9 @@ TEST_F(OpenSession, LostBeforeTheRequestIsNamedThere) {
 
 TEST_F(OpenSession, PositiveResultsAreSuccesses) {
     for (const SimCall call :
-         {SimCall::Open, SimCall::AddToDataDefinition, SimCall::RequestDataOnSimObject, SimCall::CallDispatch})
+         {SimCall::Open, SimCall::AddToDataDefinition, SimCall::RequestDataOnSimObject, SimCall::CallDispatch}) {
         sim.setResult(call, 1);
+    }
     EXPECT_TRUE(open());
     session.poll();
     EXPECT_EQ(log.lines(), (Lines{announced, connectedLine}));
@@ -237,8 +238,9 @@ TEST_F(SessionMessages, TruncatedOnesAreIgnored) {
     connect();
     for (const Bytes& whole :
          {battery(1, {1, 1, 1, 1}), clientData(1, {}), FakeSimConnect::message(simConnectRecvQuit, {})}) {
-        for (std::size_t size = 0; size < whole.size(); ++size)
+        for (std::size_t size = 0; size < whole.size(); ++size) {
             sim.deliver({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)});
+        }
     }
     session.poll();
     EXPECT_TRUE(sim.allDelivered());

@@ -71,8 +71,9 @@ protected:
     /// The durations of this sleep and the next ones.
     Sleeps walk(std::size_t count) {
         Sleeps result{host.waitForSleep()};
-        while (result.size() < count)
+        while (result.size() < count) {
             result.push_back(host.nextSleep());
+        }
         return result;
     }
 
@@ -144,8 +145,9 @@ TEST_F(SimConnectClientTest, StopEndsTheSessionOnceOnTheCallersThread) {
     connect();
     std::thread::id closer;
     sim.setHook([&](SimCall call) {
-        if (call == SimCall::Close)
+        if (call == SimCall::Close) {
             closer = std::this_thread::get_id();
+        }
     });
     stop();
     client.stop();
@@ -248,9 +250,10 @@ TEST(SimConnectClientWaits, ForTheBoardFirstAndThenForTheSimulator) {
             board = turn.board;
             host.setProcesses(turn.simulator ? Lines{"FlightSimulator.exe"} : Lines());
             const bool isFirst = &turn == &row.turns.front();
-            if (isFirst)
+            if (isFirst) {
                 client.start(
                     "bridge", nullptr, [&] { return board.load(); }, error);
+            }
             asleep = isFirst ? host.waitForSleep() : host.nextSleep();
             EXPECT_EQ(asleep, turn.sleep) << "row " << &row - rows;
         }
@@ -383,8 +386,9 @@ TEST_F(SimConnectClientTest, QuitDuringStopEndsTheSessionOnce) {
     std::atomic<bool> inDispatch{false};
     std::atomic<bool> stopping{false};
     sim.setHook([&](SimCall call) {
-        if (call != SimCall::CallDispatch)
+        if (call != SimCall::CallDispatch) {
             return;
+        }
         inDispatch = true;
         waitUntil([&] { return stopping.load(); });
     });
@@ -403,8 +407,9 @@ TEST_F(SimConnectClientTest, ExceptionWithoutASessionBacksOffAndResumes) {
     Host failing = host.record();
     std::atomic<bool> fail{true};
     failing.findProcess = [&, working = failing.findProcess](const auto& visit) {
-        if (fail)
+        if (fail) {
             throw std::runtime_error("no processes");
+        }
         return working(visit);
     };
     SimConnectClient other(sim.library(), failing);
@@ -421,8 +426,9 @@ TEST_F(SimConnectClientTest, ExceptionWithoutASessionBacksOffAndResumes) {
 TEST_F(SimConnectClientTest, ExceptionWhileOpeningClosesTheHalfOpenSessionUnannounced) {
     std::atomic<bool> once{false};
     sim.setHook([&](SimCall call) {
-        if (call == SimCall::AddToDataDefinition && !once.exchange(true))
+        if (call == SimCall::AddToDataDefinition && !once.exchange(true)) {
             throw std::runtime_error("library broke");
+        }
     });
     startWithSimulator();
     EXPECT_EQ(walk(2), (Sleeps{5000, 15}));
@@ -450,10 +456,11 @@ TEST_F(SimConnectClientTest, CallbacksThatThrowEndTheSessionAndANewOneOpens) {
     for (const auto& row : rows) {
         log.clear();
         announcementsToFail = row.announcements;
-        if (row.battery)
+        if (row.battery) {
             sim.deliverBattery(1);
-        else
+        } else {
             loseSession();
+        }
         EXPECT_EQ(host.nextSleep(), 5000);
         EXPECT_FALSE(sim.isOpen());
         EXPECT_EQ(log.lines(), row.lines) << "row " << &row - rows;

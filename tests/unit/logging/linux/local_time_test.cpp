@@ -19,8 +19,9 @@ namespace {
 class TimeZone {
 public:
     explicit TimeZone(const char* rule) {
-        if (const char* value = std::getenv("TZ"))
+        if (const char* value = std::getenv("TZ")) {
             before = value;
+        }
         set(rule);
     }
     ~TimeZone() { set(before ? before->c_str() : nullptr); }
@@ -29,10 +30,11 @@ public:
 
 private:
     static void set(const char* rule) {
-        if (rule != nullptr)
+        if (rule != nullptr) {
             setenv("TZ", rule, 1);
-        else
+        } else {
             unsetenv("TZ");
+        }
         tzset();
     }
 

@@ -33,8 +33,9 @@ private:
 /// More than a stream holds back until it is closed.
 std::string longText() {
     std::string text = Samples::head + Samples::entry;
-    for (int i = 0; i < 1000; ++i)
+    for (int i = 0; i < 1000; ++i) {
         text += Samples::entryOf("A");
+    }
     return text + Samples::tail;
 }
 
