@@ -10,7 +10,7 @@ run_lane=(docs unit schemas scenarios soak system wine system_wine browser)
 alone=(bench)
 
 # The longest first, so that none runs alone at the end.
-unit_programs=(cockpit mapping registration app hid simulation wire platform logging config sim mobiflight)
+unit_programs=(cockpit mapping registration app hid simulation wire platform logging config sim mobiflight text)
 
 is_in() { # word, list...
   local word=$1
