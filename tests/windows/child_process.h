@@ -67,7 +67,7 @@ public:
     bool isRunning() const { return process != nullptr && WaitForSingleObject(process, 0) == WAIT_TIMEOUT; }
 
     /// Waits for the end. 1000 when there is none within the limit, or the process couldn't be started.
-    DWORD exitCode(DWORD limitMs = 20000) const {
+    DWORD exitCode(DWORD limitMs = 60000) const {
         DWORD code = 1000;
         if (process != nullptr && WaitForSingleObject(process, limitMs) == WAIT_OBJECT_0) {
             GetExitCodeProcess(process, &code);
