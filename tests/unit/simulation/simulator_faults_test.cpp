@@ -7,26 +7,28 @@ namespace {
 using Kind = SimulatorRecordKind;
 using std::chrono::milliseconds;
 
-class VirtualSimulatorFaults : public testing::TestWithParam<Transport> {};
+class VirtualSimulatorFaults : public testing::TestWithParam<Transport> {
+protected:
+    void SetUp() override { ASSERT_TRUE(client.waitFor(simConnectRecvOpen)); }
+
+    bool accepts() { return SimulatorClient(simulator).openResult() == simConnectOk; }
+
+    RunningSimulator simulator{GetParam()};
+    SimulatorClient client{simulator};
+};
 
 INSTANTIATE_TEST_SUITE_P(Transports, VirtualSimulatorFaults, testing::ValuesIn(transports()), transportName);
 
-TEST_P(VirtualSimulatorFaults, QuitIsSaidBeforeTheEnd) {
-    RunningSimulator simulator(GetParam());
-    SimulatorClient client(simulator);
-    ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
+TEST_P(VirtualSimulatorFaults, QuitIsSentBeforeTheEnd) {
     simulator.quit();
     EXPECT_EQ(simulator.sessionCount(), 0U);
     EXPECT_TRUE(client.waitForLoss());
     EXPECT_EQ(client.log.messages.back(), simulatorMessage(3));
-    EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectFail);
+    EXPECT_FALSE(accepts());
 }
 
 TEST_P(VirtualSimulatorFaults, QuitReachesAClientWhoseRequestsWereNotRead) {
-    RunningSimulator simulator(GetParam());
-    SimulatorClient client(simulator);
     client.attach();
-    ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
     simulator.stopReading(true);
     client.command("MF.Ping");
     simulator.quit();
@@ -34,131 +36,103 @@ TEST_P(VirtualSimulatorFaults, QuitReachesAClientWhoseRequestsWereNotRead) {
     EXPECT_EQ(client.log.messages.back(), simulatorMessage(3));
 }
 
-TEST_P(VirtualSimulatorFaults, DeathHasNoQuit) {
-    RunningSimulator simulator(GetParam());
-    SimulatorClient client(simulator);
-    ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
+TEST_P(VirtualSimulatorFaults, CrashSendsNoQuit) {
     simulator.die();
     EXPECT_TRUE(client.waitForLoss());
     EXPECT_EQ(client.log.ids(), std::vector<std::uint32_t>{simConnectRecvOpen});
-    EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectFail);
+    EXPECT_FALSE(accepts());
 }
 
 TEST_P(VirtualSimulatorFaults, NextRunListensInTheSamePlaceWithNewAreas) {
-    RunningSimulator simulator(GetParam());
     const SimConnectEndpoint before = simulator.endpoint();
-    simulator.setBattery(true);
-    {
-        SimulatorClient client(simulator);
-        client.attach();
-        client.command("MF.Ping");
-        ASSERT_TRUE(client.waitFor(simConnectRecvClientData));
-    }
+    client.attach();
+    client.command("MF.Ping");
+    ASSERT_TRUE(client.waitFor(simConnectRecvClientData));
     simulator.die();
     simulator.refuseOpens(false);
     EXPECT_EQ(simulator.endpoint().port, before.port);
     EXPECT_EQ(simulator.endpoint().pipe, before.pipe);
-    SimulatorClient client(simulator);
-    ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
-    client.attach();
-    // In the same run the command and its answer would both be what the areas hold already.
-    client.command("MF.Ping");
-    ASSERT_TRUE(client.waitFor(simConnectRecvClientData));
-    EXPECT_EQ(client.textsOf(SimulatorClient::responseRequest), std::vector<std::string>{"MF.Pong"});
+    SimulatorClient next(simulator);
+    next.attach();
+    // In the same run the areas would already hold this command and its answer.
+    next.command("MF.Ping");
+    ASSERT_TRUE(next.waitFor(simConnectRecvClientData));
+    EXPECT_EQ(next.textsOf(SimulatorClient::responseRequest), std::vector<std::string>{"MF.Pong"});
 }
 
 TEST_P(VirtualSimulatorFaults, DroppedClientsMayComeBackAtOnce) {
-    RunningSimulator simulator(GetParam());
-    SimulatorClient client(simulator);
-    ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
     simulator.dropSessions();
     EXPECT_TRUE(client.waitForLoss());
     EXPECT_TRUE(client.messagesOf(simConnectRecvQuit).empty());
-    SimulatorClient again(simulator);
-    EXPECT_TRUE(again.waitFor(simConnectRecvOpen));
+    EXPECT_TRUE(accepts());
 }
 
-TEST_P(VirtualSimulatorFaults, RefusedOpensFailAndOpenSessionsStay) {
-    RunningSimulator simulator(GetParam());
-    SimulatorClient client(simulator);
-    ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
-    simulator.refuseOpens(true);
-    EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectFail);
-    EXPECT_TRUE(client.settle());
-    simulator.refuseOpens(false);
-    SimulatorClient again(simulator);
-    EXPECT_TRUE(again.waitFor(simConnectRecvOpen));
+TEST_P(VirtualSimulatorFaults, RefusedAndHungUpOpensFailAndOpenSessionsStay) {
+    for (const auto refuse : {&VirtualSimulator::refuseOpens, &VirtualSimulator::hangUpOnOpens}) {
+        (simulator.*refuse)(true);
+        EXPECT_FALSE(accepts());
+        EXPECT_TRUE(client.settle());
+        (simulator.*refuse)(false);
+        EXPECT_TRUE(accepts());
+    }
+    // The client, two accepted ones and the one that was hung up on.
+    EXPECT_EQ(simulator.texts(Kind::Connected).size(), 4U);
 }
 
-TEST_P(VirtualSimulatorFaults, HungUpOpensFailAndOpenSessionsStay) {
-    RunningSimulator simulator(GetParam());
-    SimulatorClient client(simulator);
-    ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
-    simulator.hangUpOnOpens(true);
-    EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectFail);
-    EXPECT_EQ(simulator.texts(Kind::Connected).size(), 2U);
-    EXPECT_TRUE(client.settle());
-    simulator.hangUpOnOpens(false);
-    SimulatorClient again(simulator);
-    EXPECT_TRUE(again.waitFor(simConnectRecvOpen));
-}
-
-TEST_P(VirtualSimulatorFaults, ClientOfAnotherProtocolComesBackInOneThatIsTaken) {
-    RunningSimulator simulator(GetParam());
+TEST_P(VirtualSimulatorFaults, ClientOfARefusedProtocolTriesAnAcceptedOne) {
     for (const std::uint32_t protocol : {5U, 6U}) {
         simulator.clearRecords();
         simulator.takeProtocols(protocol, protocol);
-        SimulatorClient client(simulator);
+        SimulatorClient other(simulator);
         ASSERT_TRUE(simulator.waitForKind(Kind::Opened));
         EXPECT_EQ(simulator.records().back().value, protocol);
-        EXPECT_TRUE(client.settle());
+        EXPECT_TRUE(other.settle());
     }
     simulator.takeProtocols(2, 3);
-    EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectFail);
+    EXPECT_FALSE(accepts());
 }
 
 TEST_P(VirtualSimulatorFaults, RefusalBeforeStartDoesNothing) {
-    VirtualSimulator simulator;
-    simulator.refuseOpens(false);
-    simulator.refuseOpens(true);
-    startOn(simulator, GetParam());
-    EXPECT_EQ(SimulatorClient(simulator).openResult(), simConnectOk);
+    VirtualSimulator later;
+    later.refuseOpens(false);
+    later.refuseOpens(true);
+    startOn(later, GetParam());
+    EXPECT_EQ(SimulatorClient(later).openResult(), simConnectOk);
 }
 
 TEST_P(VirtualSimulatorFaults, LateOpenKeepsTheRequestsUntilThen) {
-    RunningSimulator simulator(GetParam());
     constexpr milliseconds delay{200};
     simulator.delayOpens(delay);
     const auto begin = std::chrono::steady_clock::now();
-    SimulatorClient client(simulator, "impatient", {milliseconds(0)});
-    client.attach();
-    client.command("MF.Ping");
-    EXPECT_EQ(client.dispatch(), simConnectOk);
-    ASSERT_TRUE(client.waitFor(simConnectRecvClientData));
+    SimulatorClient impatient(simulator, "impatient", {milliseconds(0)});
+    impatient.attach();
+    impatient.command("MF.Ping");
+    EXPECT_EQ(impatient.dispatch(), simConnectOk);
+    ASSERT_TRUE(impatient.waitFor(simConnectRecvClientData));
     EXPECT_GE(std::chrono::steady_clock::now() - begin, delay);
-    EXPECT_EQ(client.log.ids(), (std::vector<std::uint32_t>{simConnectRecvOpen, simConnectRecvClientData}));
+    EXPECT_EQ(impatient.log.ids(), (std::vector<std::uint32_t>{simConnectRecvOpen, simConnectRecvClientData}));
 }
 
 TEST_P(VirtualSimulatorFaults, StallBacksUpAndLosesNothing) {
     VirtualSimulatorOptions options;
     options.receiveBufferBytes = 4096;
-    RunningSimulator simulator(GetParam(), options);
-    SimulatorClient client(simulator);
-    client.attach();
-    ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
-    simulator.stopReading(true);
+    RunningSimulator small(GetParam(), options);
+    SimulatorClient sender(small);
+    sender.attach();
+    ASSERT_TRUE(sender.waitFor(simConnectRecvOpen));
+    small.stopReading(true);
     // A socket holds megabytes before anything waits in the client, a pipe next to nothing.
     const std::size_t commands = GetParam() == Transport::Tcp ? 20000 : 2000;
     for (std::size_t i = 0; i < commands; ++i) {
-        client.command("MF.SimVars.Set." + std::to_string(i));
+        sender.command("MF.SimVars.Set." + std::to_string(i));
     }
-    EXPECT_FALSE(simulator.waitForKind(Kind::Executed, commands, milliseconds(20)));
-    simulator.stopReading(false);
+    EXPECT_FALSE(small.waitForKind(Kind::Executed, commands, milliseconds(20)));
+    small.stopReading(false);
     EXPECT_TRUE(waitUntil([&] {
-        EXPECT_EQ(client.dispatch(), simConnectOk);
-        return simulator.waitForKind(Kind::Executed, commands, milliseconds(1));
+        EXPECT_EQ(sender.dispatch(), simConnectOk);
+        return small.waitForKind(Kind::Executed, commands, milliseconds(1));
     }));
-    const auto texts = simulator.texts(Kind::Executed);
+    const auto texts = small.texts(Kind::Executed);
     ASSERT_EQ(texts.size(), commands);
     for (std::size_t i = 0; i < commands; ++i) {
         ASSERT_EQ(texts[i], std::to_string(i));
@@ -166,18 +140,12 @@ TEST_P(VirtualSimulatorFaults, StallBacksUpAndLosesNothing) {
 }
 
 TEST_P(VirtualSimulatorFaults, CutMessageEndsTheClientsLink) {
-    RunningSimulator simulator(GetParam());
-    SimulatorClient client(simulator);
-    ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
     simulator.cutMessage();
     EXPECT_TRUE(client.waitForLoss());
     EXPECT_EQ(client.log.messages.size(), 1U);
 }
 
 TEST_P(VirtualSimulatorFaults, RawBytesReachTheClientAsTheyAre) {
-    RunningSimulator simulator(GetParam());
-    SimulatorClient client(simulator);
-    ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
     simulator.sendRaw(simulatorMessage(99, {1, 2, 3}));
     ASSERT_TRUE(client.waitFor(99));
     EXPECT_EQ(client.log.messages.back(), simulatorMessage(99, {1, 2, 3}));
@@ -186,30 +154,23 @@ TEST_P(VirtualSimulatorFaults, RawBytesReachTheClientAsTheyAre) {
 }
 
 TEST_P(VirtualSimulatorFaults, SingleBytesMakeTheSameMessages) {
-    RunningSimulator simulator(GetParam());
     simulator.sendByteByByte(true);
-    SimulatorClient client(simulator);
-    client.attach();
-    client.command("MF.Version.Get");
-    ASSERT_TRUE(client.waitFor(simConnectRecvClientData));
-    EXPECT_EQ(client.textsOf(SimulatorClient::responseRequest), std::vector<std::string>{"MF.Version.1.0.1"});
-    EXPECT_EQ(client.messagesOf(simConnectRecvOpen).front().size(), 308U);
+    SimulatorClient other(simulator);
+    other.attach();
+    other.command("MF.Version.Get");
+    ASSERT_TRUE(other.waitFor(simConnectRecvClientData));
+    EXPECT_EQ(other.textsOf(SimulatorClient::responseRequest), std::vector<std::string>{"MF.Version.1.0.1"});
+    EXPECT_EQ(other.messagesOf(simConnectRecvOpen).front().size(), 308U);
 }
 
-TEST_P(VirtualSimulatorFaults, ClientThatGoesIsNoticed) {
-    RunningSimulator simulator(GetParam());
-    {
-        const SimulatorClient client(simulator);
-        ASSERT_TRUE(simulator.waitForSessionCount(1));
-    }
+TEST_P(VirtualSimulatorFaults, NoticesThatAClientHasGone) {
+    EXPECT_TRUE(simulator.waitForSessionCount(1));
+    client.close();
     EXPECT_TRUE(simulator.waitForSessionCount(0));
     EXPECT_TRUE(simulator.waitForKind(Kind::Closed));
 }
 
 TEST_P(VirtualSimulatorFaults, EachEndIsRecordedOnce) {
-    RunningSimulator simulator(GetParam());
-    SimulatorClient client(simulator);
-    ASSERT_TRUE(client.waitFor(simConnectRecvOpen));
     simulator.quit();
     simulator.die();
     simulator.dropSessions();
