@@ -7,142 +7,116 @@ using Exceptions = std::vector<std::array<std::uint32_t, 3>>;
 using Bytes = std::vector<std::uint8_t>;
 using Words = std::vector<std::uint32_t>;
 
-// The module's own areas by other ids, to have one of each kind at hand.
 constexpr std::uint32_t area = 31;
 constexpr std::uint32_t definition = 32;
 constexpr std::uint32_t request = 33;
 
-// A client with a 4-byte definition at an offset of "MobiFlight.LVars".
-void map(const SimulatorClient& client, const char* name = "MobiFlight.LVars", std::uint32_t offset = 0) {
-    SimConnect_MapClientDataNameToID(client.get(), name, area);
-    SimConnect_AddToClientDataDefinition(client.get(), definition, offset, 4, 0, simConnectUnused);
-}
+// Periods and a flag of requests.
+constexpr std::uint32_t never = 0;
+constexpr std::uint32_t once = 1;
+constexpr std::uint32_t eachFrame = 2;
+constexpr std::uint32_t onSet = 3;
+constexpr std::uint32_t changed = 1;
 
-void subscribe(const SimulatorClient& client, std::uint32_t period = 3, std::uint32_t flags = 1) {
-    SimConnect_RequestClientData(client.get(), area, request, definition, period, flags, 0, 0, 0);
-}
+/// A client with a 4-byte definition at an offset of an area.
+class AreaClient : public SimulatorClient {
+public:
+    explicit AreaClient(const VirtualSimulator& simulator, const char* name = "MobiFlight.LVars",
+                        std::uint32_t offset = 0)
+        : SimulatorClient(simulator) {
+        SimConnect_MapClientDataNameToID(get(), name, area);
+        SimConnect_AddToClientDataDefinition(get(), definition, offset, 4, 0, simConnectUnused);
+    }
 
-void set(const SimulatorClient& client, std::uint32_t value) {
-    Bytes data{static_cast<std::uint8_t>(value), 0, 0, 0};
-    SimConnect_SetClientData(client.get(), area, definition, 0, 0, 4, data.data());
-}
+    void subscribe(std::uint32_t period = onSet, std::uint32_t flags = changed) {
+        SimConnect_RequestClientData(get(), area, request, definition, period, flags, 0, 0, 0);
+    }
+    void set(std::uint32_t value) {
+        Bytes data{static_cast<std::uint8_t>(value), 0, 0, 0};
+        SimConnect_SetClientData(get(), area, definition, 0, 0, 4, data.data());
+    }
+    /// All values received, once everything sent so far has been answered.
+    Words received() {
+        EXPECT_TRUE(settle());
+        return wordsOf(request);
+    }
+};
 
-TEST(ClientData, ReachesEveryClientThatAskedIncludingTheWriter) {
+class ClientDataTest : public testing::Test {
+protected:
     RunningSimulator simulator;
-    SimulatorClient writer(simulator);
-    SimulatorClient reader(simulator);
-    map(reader);
-    subscribe(reader);
+    AreaClient client{simulator};
+};
+
+TEST_F(ClientDataTest, ReachesEveryClientThatAskedIncludingTheWriter) {
+    AreaClient reader(simulator);
+    reader.subscribe();
     ASSERT_TRUE(reader.settle());
-    map(writer);
-    subscribe(writer);
-    set(writer, 5);
+    client.subscribe();
+    client.set(5);
     ASSERT_TRUE(reader.waitFor(simConnectRecvClientData));
-    ASSERT_TRUE(writer.waitFor(simConnectRecvClientData));
-    EXPECT_EQ(reader.wordsOf(request), Words{5});
+    ASSERT_TRUE(client.waitFor(simConnectRecvClientData));
     const Bytes expected{44, 0, 0, 0, 4, 0, 0, 0, 16, 0, 0, 0, 33, 0, 0, 0, 0, 0, 0, 0, 32, 0,
                          0,  0, 1, 0, 0, 0, 1, 0, 0,  0, 1, 0, 0,  0, 1, 0, 0, 0, 5, 0, 0,  0};
     EXPECT_EQ(reader.messagesOf(simConnectRecvClientData).front(), expected);
 }
 
-TEST(ClientData, EqualBlockIsNotDeliveredAgain) {
-    RunningSimulator simulator;
-    SimulatorClient client(simulator);
-    map(client);
-    subscribe(client);
+TEST_F(ClientDataTest, EqualBlockIsDeliveredAgainOnlyWithoutTheChangedFlag) {
+    AreaClient reader(simulator);
+    reader.subscribe(onSet, 0);
+    ASSERT_TRUE(reader.settle());
+    client.subscribe();
     for (const std::uint32_t value : {1U, 1U, 2U, 2U, 1U}) {
-        set(client, value);
+        client.set(value);
     }
-    ASSERT_TRUE(client.settle());
-    EXPECT_EQ(client.wordsOf(request), (Words{1, 2, 1}));
+    EXPECT_EQ(client.received(), (Words{1, 2, 1}));
+    EXPECT_EQ(reader.received(), (Words{1, 1, 2, 2, 1}));
 }
 
-TEST(ClientData, EqualBlockIsDeliveredWithoutTheChangedFlag) {
-    RunningSimulator simulator;
-    SimulatorClient client(simulator);
-    map(client);
-    subscribe(client, 3, 0);
-    for (const std::uint32_t value : {1U, 1U}) {
-        set(client, value);
+TEST_F(ClientDataTest, ChangeIsJudgedByTheDefinitionsBytesAlone) {
+    AreaClient reader(simulator, "MobiFlight.LVars", 4);
+    reader.subscribe();
+    ASSERT_TRUE(reader.settle());
+    client.set(9);
+    ASSERT_TRUE(client.settle());
+    EXPECT_EQ(reader.received(), Words());
+}
+
+TEST_F(ClientDataTest, PeriodDecidesWhatIsDelivered) {
+    struct Case {
+        std::uint32_t period;
+        Words delivered;
+    };
+    // The area holds 5 at the time of the request; then come 5 and 6.
+    for (const Case& one : {Case{onSet, {5, 6}}, Case{once, {5}}, Case{eachFrame, {5, 6}}}) {
+        SCOPED_TRACE(one.period);
+        AreaClient reader(simulator);
+        reader.set(5);
+        reader.subscribe(one.period, one.period == eachFrame ? changed : 0);
+        reader.set(5);
+        reader.set(6);
+        EXPECT_EQ(reader.received(), one.delivered);
     }
-    ASSERT_TRUE(client.settle());
-    EXPECT_EQ(client.wordsOf(request), (Words{1, 1}));
 }
 
-TEST(ClientData, ChangeIsJudgedByTheDefinitionsBytesAlone) {
-    RunningSimulator simulator;
-    SimulatorClient reader(simulator);
-    map(reader, "MobiFlight.LVars", 4);
-    subscribe(reader);
-    ASSERT_TRUE(reader.settle());
-    SimulatorClient writer(simulator);
-    map(writer, "MobiFlight.LVars", 0);
-    set(writer, 9);
-    ASSERT_TRUE(writer.settle());
-    ASSERT_TRUE(reader.settle());
-    EXPECT_TRUE(reader.messagesOf(simConnectRecvClientData).empty());
+TEST_F(ClientDataTest, NeverEndsARequestAndAnotherOfItsIdReplacesIt) {
+    client.subscribe();
+    client.subscribe();
+    client.set(1);
+    client.subscribe(never);
+    client.set(2);
+    EXPECT_EQ(client.received(), Words{1});
 }
 
-TEST(ClientData, OnSetDoesNotTellWhatIsThereAlready) {
-    RunningSimulator simulator;
-    SimulatorClient client(simulator);
-    map(client);
-    set(client, 5);
-    subscribe(client);
-    ASSERT_TRUE(client.settle());
-    EXPECT_TRUE(client.messagesOf(simConnectRecvClientData).empty());
-}
-
-TEST(ClientData, OnceTellsWhatIsThereOnce) {
-    RunningSimulator simulator;
-    SimulatorClient client(simulator);
-    map(client);
-    set(client, 5);
-    subscribe(client, 1, 0);
-    set(client, 6);
-    ASSERT_TRUE(client.settle());
-    EXPECT_EQ(client.wordsOf(request), Words{5});
-}
-
-TEST(ClientData, FramePeriodTellsAtOnceAndWhatDiffersFromTheLast) {
-    RunningSimulator simulator;
-    SimulatorClient client(simulator);
-    map(client);
-    set(client, 5);
-    subscribe(client, 2, 1);
-    set(client, 5);
-    set(client, 6);
-    ASSERT_TRUE(client.settle());
-    EXPECT_EQ(client.wordsOf(request), (Words{5, 6}));
-}
-
-TEST(ClientData, NeverEndsARequestAndARequestIdIsReplaced) {
-    RunningSimulator simulator;
-    SimulatorClient client(simulator);
-    map(client);
-    subscribe(client);
-    subscribe(client);
-    set(client, 1);
-    subscribe(client, 0);
-    set(client, 2);
-    ASSERT_TRUE(client.settle());
-    EXPECT_EQ(client.wordsOf(request), Words{1});
-}
-
-TEST(ClientData, NamesAreFoundInAnyCase) {
-    RunningSimulator simulator;
-    SimulatorClient client(simulator);
-    map(client, "mobiflight.lvars");
-    subscribe(client);
-    set(client, 3);
-    ASSERT_TRUE(client.settle());
-    EXPECT_EQ(client.wordsOf(request), Words{3});
+TEST_F(ClientDataTest, NamesAreFoundInAnyCase) {
+    AreaClient other(simulator, "mobiflight.lvars");
+    other.subscribe();
+    other.set(3);
+    EXPECT_EQ(other.received(), Words{3});
     EXPECT_TRUE(simulator.waitForText(SimulatorRecordKind::Subscribed, "MobiFlight.LVars"));
 }
 
-TEST(ClientData, SmallDefinitionOnALargeAreaIsLegal) {
-    RunningSimulator simulator;
-    SimulatorClient client(simulator);
+TEST_F(ClientDataTest, SmallDefinitionOnALargeAreaIsLegal) {
     client.attach();
     client.command("MF.Ping");
     ASSERT_TRUE(client.waitFor(simConnectRecvClientData));
@@ -150,36 +124,32 @@ TEST(ClientData, SmallDefinitionOnALargeAreaIsLegal) {
     EXPECT_TRUE(client.messagesOf(simConnectRecvException).empty());
 }
 
-TEST(ClientData, DefinitionOfSeveralPiecesIsOneBlock) {
-    RunningSimulator simulator;
-    SimulatorClient client(simulator);
-    SimConnect_MapClientDataNameToID(client.get(), "MobiFlight.LVars", area);
-    SimConnect_AddToClientDataDefinition(client.get(), definition, 8, 2, 0, simConnectUnused);
-    // FLOAT32 behind the previous piece.
-    SimConnect_AddToClientDataDefinition(client.get(), definition, 0xFFFFFFFF, 0xFFFFFFFB, 0, simConnectUnused);
-    SimConnect_AddToClientDataDefinition(client.get(), definition, 0, 2, 0, simConnectUnused);
+TEST_F(ClientDataTest, DefinitionOfSeveralPiecesIsOneBlock) {
+    constexpr std::uint32_t pieces = definition + 1;
+    SimConnect_AddToClientDataDefinition(client.get(), pieces, 8, 2, 0, simConnectUnused);
+    // A FLOAT32 after the previous piece.
+    SimConnect_AddToClientDataDefinition(client.get(), pieces, 0xFFFFFFFF, 0xFFFFFFFB, 0, simConnectUnused);
+    SimConnect_AddToClientDataDefinition(client.get(), pieces, 0, 2, 0, simConnectUnused);
     SimConnect_AddToClientDataDefinition(client.get(), 40, 0, 16, 0, simConnectUnused);
     SimConnect_RequestClientData(client.get(), area, 40, 40, 3, 1, 0, 0, 0);
     Bytes data{1, 2, 3, 4, 5, 6, 7, 8};
-    SimConnect_SetClientData(client.get(), area, definition, 0, 0, 8, data.data());
+    SimConnect_SetClientData(client.get(), area, pieces, 0, 0, 8, data.data());
     ASSERT_TRUE(client.settle());
     ASSERT_EQ(client.messagesOf(simConnectRecvClientData).size(), 1U);
     const Bytes message = client.messagesOf(simConnectRecvClientData).front();
     EXPECT_EQ(Bytes(message.begin() + 40, message.end()), (Bytes{7, 8, 0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 0, 0}));
 }
 
-TEST(ClientData, TaggedDataTravelBehindTheirIds) {
-    RunningSimulator simulator;
-    SimulatorClient client(simulator);
-    SimConnect_MapClientDataNameToID(client.get(), "MobiFlight.LVars", area);
-    SimConnect_AddToClientDataDefinition(client.get(), definition, 8, 2, 0, 70);
-    SimConnect_AddToClientDataDefinition(client.get(), definition, 4, 1, 0, 71);
-    // Changed ones only.
-    subscribe(client, 3, 3);
+TEST_F(ClientDataTest, TaggedDataFollowTheirIds) {
+    constexpr std::uint32_t taggedPieces = definition + 1;
+    constexpr std::uint32_t changedAndTagged = 3;
+    SimConnect_AddToClientDataDefinition(client.get(), taggedPieces, 8, 2, 0, 70);
+    SimConnect_AddToClientDataDefinition(client.get(), taggedPieces, 4, 1, 0, 71);
+    SimConnect_RequestClientData(client.get(), area, request, taggedPieces, onSet, changedAndTagged, 0, 0, 0);
     Bytes both{71, 0, 0, 0, 1, 70, 0, 0, 0, 2, 3};
-    SimConnect_SetClientData(client.get(), area, definition, 1, 0, 11, both.data());
+    SimConnect_SetClientData(client.get(), area, taggedPieces, 1, 0, 11, both.data());
     Bytes one{71, 0, 0, 0, 9};
-    SimConnect_SetClientData(client.get(), area, definition, 1, 0, 5, one.data());
+    SimConnect_SetClientData(client.get(), area, taggedPieces, 1, 0, 5, one.data());
     ASSERT_TRUE(client.settle());
     const auto messages = client.messagesOf(simConnectRecvClientData);
     ASSERT_EQ(messages.size(), 2U);
@@ -189,11 +159,9 @@ TEST(ClientData, TaggedDataTravelBehindTheirIds) {
     EXPECT_EQ(Bytes(messages[1].begin() + 40, messages[1].end()), one);
 }
 
-TEST(ClientData, RequestsAreRefusedWithTheirSendIdAndArgument) {
-    RunningSimulator simulator;
-    SimulatorClient client(simulator);
+TEST_F(ClientDataTest, RequestsAreRefusedWithTheirSendIdAndArgument) {
+    // Send ids 1 to 3 were those of opening, mapping and defining.
     Bytes data(16);
-    map(client);                                                                    // 2, 3
     SimConnect_MapClientDataNameToID(client.get(), "Other", area);                  // 4: id taken
     SimConnect_MapClientDataNameToID(client.get(), "Nobody.Command", 50);           // 5
     SimConnect_AddToClientDataDefinition(client.get(), 51, 0, 0, 0, 0);             // 6: no size
@@ -209,52 +177,37 @@ TEST(ClientData, RequestsAreRefusedWithTheirSendIdAndArgument) {
     SimConnect_SetClientData(client.get(), area, definition, 0, 0, 5, data.data()); // 16: wrong size
     SimConnect_SetClientData(client.get(), area, definition, 1, 0, 4, data.data()); // 17: no such datum
     ASSERT_TRUE(client.waitFor(simConnectRecvException, 12));
-    EXPECT_EQ(client.exceptions(), (Exceptions{{29, 4, 2},
-                                               {19, 6, 3},
-                                               {31, 7, 2},
-                                               {3, 9, 1},
-                                               {3, 10, 3},
-                                               {27, 11, 4},
-                                               {3, 12, 1},
-                                               {3, 13, 2},
-                                               {31, 14, 1},
-                                               {31, 15, 1},
-                                               {2, 16, 5},
-                                               {30, 17, 6}}));
+    const Exceptions expected{{29, 4, 2}, {19, 6, 3}, {31, 7, 2},  {3, 9, 1},   {3, 10, 3}, {27, 11, 4},
+                              {3, 12, 1}, {3, 13, 2}, {31, 14, 1}, {31, 15, 1}, {2, 16, 5}, {30, 17, 6}};
+    EXPECT_EQ(client.exceptions(), expected);
 }
 
-TEST(ClientData, RequestBeforeTheAreaIsMadeStaysDead) {
+TEST_F(ClientDataTest, DeadRequestEndsTheOneWhoseIdItTakes) {
+    client.subscribe();
+    SimConnect_MapClientDataNameToID(client.get(), "Nobody", area + 10);
+    SimConnect_RequestClientData(client.get(), area + 10, request, definition, onSet, changed, 0, 0, 0);
+    client.set(1);
+    EXPECT_EQ(client.received(), Words());
+}
+
+TEST(ClientDataWithoutTheModule, RequestBeforeTheAreaIsMadeStaysDead) {
     RunningSimulator simulator(Transport::Tcp, {.moduleInstalled = false});
-    SimulatorClient client(simulator);
-    map(client);
-    for (const std::uint32_t period : {1U, 2U, 3U}) {
+    AreaClient client(simulator);
+    for (const std::uint32_t period : {once, eachFrame, onSet}) {
         SimConnect_RequestClientData(client.get(), area, request + period, definition, period, 0, 0, 0, 0);
     }
     ASSERT_TRUE(client.settle());
     simulator.startModule();
-    set(client, 1);
+    client.set(1);
     ASSERT_TRUE(client.settle());
     EXPECT_TRUE(client.messagesOf(simConnectRecvClientData).empty());
-    EXPECT_EQ(client.exceptions().size(), 2U) << "those of settling only";
-    subscribe(client);
-    set(client, 2);
-    ASSERT_TRUE(client.settle());
-    EXPECT_EQ(client.wordsOf(request), Words{2});
+    EXPECT_EQ(client.exceptions().size(), 2U) << "only those of settling";
+    client.subscribe();
+    client.set(2);
+    EXPECT_EQ(client.received(), Words{2});
 }
 
-TEST(ClientData, DeadRequestEndsTheOneWhoseIdItTakes) {
-    RunningSimulator simulator;
-    SimulatorClient client(simulator);
-    map(client);
-    subscribe(client);
-    SimConnect_MapClientDataNameToID(client.get(), "Nobody", area + 10);
-    SimConnect_RequestClientData(client.get(), area + 10, request, definition, 3, 1, 0, 0, 0);
-    set(client, 1);
-    ASSERT_TRUE(client.settle());
-    EXPECT_TRUE(client.messagesOf(simConnectRecvClientData).empty());
-}
-
-TEST(ClientData, WithoutTheModuleItsAreasCannotBeFilled) {
+TEST(ClientDataWithoutTheModule, AreasCannotBeFilled) {
     RunningSimulator simulator(Transport::Tcp, {.moduleInstalled = false});
     SimulatorClient client(simulator);
     client.attach();
@@ -278,7 +231,7 @@ TEST(ClientDataAreas, LimitsAreThoseOfTheSimulator) {
     EXPECT_EQ(areas.create("c", 1), AreaCreation::NoRoom);
 }
 
-TEST(ClientDataAreas, WriteTellsTheBytesBefore) {
+TEST(ClientDataAreas, ListenerGetsTheBytesBeforeAWrite) {
     ClientDataAreas areas;
     areas.create("Area", 2);
     std::vector<Bytes> told;
@@ -293,7 +246,7 @@ TEST(ClientDataAreas, WriteTellsTheBytesBefore) {
     EXPECT_EQ(told, (std::vector<Bytes>{{0, 0}, {0, 7}, {3}}));
 }
 
-TEST(ClientDataAreas, BytesBehindTheEndReadAsZeros) {
+TEST(ClientDataAreas, BytesBeyondTheEndReadAsZeros) {
     const Bytes block{1, 2, 3};
     EXPECT_EQ(bytesOf(block, 1, 4), (Bytes{2, 3, 0, 0}));
     EXPECT_EQ(bytesOf(block, 3, 2), (Bytes{0, 0}));

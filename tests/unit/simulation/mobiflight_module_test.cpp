@@ -60,7 +60,7 @@ TEST_F(MobiFlightModuleTest, AnswersPingAndVersion) {
     EXPECT_EQ(simulator.texts(Kind::Command), (Texts{"MF.Ping", "MF.Version.Get"}));
 }
 
-TEST_F(MobiFlightModuleTest, AnotherClientsPingMakesAnEqualCommandAndAnswerNewsAgain) {
+TEST_F(MobiFlightModuleTest, AnotherClientsPingLetsAnEqualCommandAndAnswerThrough) {
     client.command("MF.Version.Get");
     EXPECT_EQ(responses(), Texts{"MF.Version.1.0.1"});
     simulator.pingModule();
@@ -80,63 +80,53 @@ TEST_F(MobiFlightModuleTest, IdenticalCommandIsNotSeenWithoutADummyBetween) {
     EXPECT_EQ(simulator.texts(Kind::Unchanged), Texts{"MF.SimVars.Set.1 (>K:BEACON_TOGGLE)"});
 }
 
-TEST_F(MobiFlightModuleTest, IdenticalAnswerIsNotDelivered) {
-    client.command("MF.Ping");
-    client.command("MF.DummyCmd");
-    client.command("MF.Ping");
-    EXPECT_EQ(responses(), Texts{"MF.Pong"});
-    EXPECT_EQ(simulator.texts(Kind::Command).size(), 2U);
-}
-
-TEST_F(MobiFlightModuleTest, EqualAnswersMakeEachLaterRegistrationUnheard) {
-    EXPECT_EQ(registerOnce(simulator).size(), 1U);
-    EXPECT_EQ(registerOnce(simulator).size(), 0U);
-    EXPECT_EQ(registerOnce(simulator).size(), 0U);
+TEST_F(MobiFlightModuleTest, AnswersSettingDecidesWhichRegistrationsAreHeard) {
+    struct Case {
+        ModuleAnswers answers;
+        std::array<std::size_t, 3> heard;
+    };
+    for (const Case& one : {Case{ModuleAnswers::Equal, {1, 0, 0}}, Case{ModuleAnswers::Different, {1, 1, 1}},
+                            Case{ModuleAnswers::Measured, {1, 1, 0}}}) {
+        RunningSimulator fresh;
+        fresh.setModuleAnswers(one.answers);
+        for (const std::size_t count : one.heard) {
+            EXPECT_EQ(registerOnce(fresh).size(), count) << static_cast<int>(one.answers);
+        }
+        fresh.pingModule();
+        EXPECT_EQ(registerOnce(fresh).size(), 1U) << static_cast<int>(one.answers);
+    }
 }
 
 TEST_F(MobiFlightModuleTest, DifferentAnswersAreAllHeard) {
     constexpr std::size_t moreThanAByteCounts = 300;
     simulator.setModuleAnswers(ModuleAnswers::Different);
-    EXPECT_EQ(registerOnce(simulator).size(), 1U);
-    EXPECT_EQ(registerOnce(simulator).size(), 1U);
-    EXPECT_EQ(registerOnce(simulator).size(), 1U);
     for (std::size_t i = 0; i < moreThanAByteCounts; ++i) {
         client.command("MF.Ping");
         client.command("MF.DummyCmd");
     }
-    EXPECT_EQ(responses().size(), 3 + moreThanAByteCounts);
-}
-
-TEST_F(MobiFlightModuleTest, AnswersAsMeasuredMakeTheThirdRegistrationUnheard) {
-    simulator.setModuleAnswers(ModuleAnswers::Measured);
-    EXPECT_EQ(registerOnce(simulator).size(), 1U);
-    EXPECT_EQ(registerOnce(simulator).size(), 1U);
-    EXPECT_EQ(registerOnce(simulator).size(), 0U);
-    simulator.pingModule();
-    EXPECT_EQ(registerOnce(simulator).size(), 1U);
+    EXPECT_EQ(responses().size(), moreThanAByteCounts);
 }
 
 TEST_F(MobiFlightModuleTest, AreasHaveTheSizesOfTheRealOnes) {
+    constexpr std::uint32_t beyondTheArea = 31;
     std::uint32_t id = 100;
     const auto setTwoBytes = [&](const char* name, std::uint32_t offset) {
         std::array<char, 2> bytes{};
         SimConnect_MapClientDataNameToID(client.get(), name, ++id);
         SimConnect_AddToClientDataDefinition(client.get(), id, offset, bytes.size(), 0, simConnectUnused);
         SimConnect_SetClientData(client.get(), id, id, 0, 0, bytes.size(), bytes.data());
+        const std::size_t before = client.exceptions().size();
+        EXPECT_TRUE(client.settle());
+        return client.exceptions().at(before)[0];
     };
-    setTwoBytes("MobiFlight.Command", 1022);
-    setTwoBytes("MobiFlight.Response", 1022);
-    setTwoBytes("MobiFlight.LVars", 4094);
-    // No area is larger than this one.
-    setTwoBytes("MobiFlight.StringVars", 8190);
-    ASSERT_TRUE(client.settle());
-    EXPECT_EQ(client.exceptions().size(), 2U) << "those of settling only";
-    setTwoBytes("MobiFlight.Command", 1023);
-    setTwoBytes("MobiFlight.Response", 1023);
-    setTwoBytes("MobiFlight.LVars", 4095);
-    ASSERT_TRUE(client.waitFor(simConnectRecvException, 5));
-    for (std::size_t i = 2; i < 5; ++i) {
-        EXPECT_EQ(client.exceptions()[i][0], 31U) << i;
+    struct Case {
+        const char* name;
+        std::uint32_t size;
+    };
+    for (const Case& one : {Case{"MobiFlight.Command", 1024}, Case{"MobiFlight.Response", 1024},
+                            Case{"MobiFlight.LVars", 4096}, Case{"MobiFlight.StringVars", 8192}}) {
+        EXPECT_NE(setTwoBytes(one.name, one.size - 2), beyondTheArea) << one.name;
+        EXPECT_EQ(setTwoBytes(one.name, one.size - 1), beyondTheArea) << one.name;
     }
 }
 
@@ -165,30 +155,32 @@ TEST_F(MobiFlightModuleTest, PrefixIsFoundAnywhereButCutOffTheFront) {
     EXPECT_EQ(values(2), Words{oneHalf});
 }
 
-TEST_F(MobiFlightModuleTest, RegistersAClientOnTheChannelItAskedOn) {
-    client.command("MF.Clients.Add.VantrelBridge");
-    EXPECT_EQ(responses(), Texts{"MF.Clients.Add.VantrelBridge.Finished"});
-    // Its own areas exist now.
-    SimulatorClient own(simulator);
-    own.attach("VantrelBridge");
-    own.command("MF.Ping");
-    ASSERT_TRUE(own.settle());
-    EXPECT_EQ(own.textsOf(SimulatorClient::responseRequest), Texts{"MF.Pong"});
+TEST_F(MobiFlightModuleTest, ClientsHaveTheirOwnListsAndAreas) {
+    client.command("MF.Clients.Add.Second");
+    EXPECT_EQ(responses(), Texts{"MF.Clients.Add.Second.Finished"});
+    SimulatorClient second(simulator);
+    second.attach("Second");
+    second.command("MF.Ping");
+    second.command("MF.SimVars.Add.(L:B)");
+    client.command("MF.SimVars.Add.(L:A)");
+    ASSERT_TRUE(second.settle());
+    ASSERT_TRUE(client.settle());
+    simulator.setLVar("B", 1);
+    simulator.setLVar("A", 0.5);
+    ASSERT_TRUE(second.settle());
+    EXPECT_EQ(second.textsOf(SimulatorClient::responseRequest), Texts{"MF.Pong"});
+    EXPECT_EQ(second.wordsOf(SimulatorClient::lvarsRequest), Words{one});
+    EXPECT_EQ(values(), Words{oneHalf});
     EXPECT_EQ(responses().size(), 1U);
 }
 
-TEST_F(MobiFlightModuleTest, RepeatedRegistrationIsAnsweredAgain) {
-    client.command(registration);
-    client.command("MF.Ping");
-    client.command(registration);
-    const std::string confirmation = std::string(registration) + ".Finished";
-    EXPECT_EQ(responses(), (Texts{confirmation, "MF.Pong", confirmation}));
-}
-
-TEST_F(MobiFlightModuleTest, KnownClientKeepsItsVariables) {
+TEST_F(MobiFlightModuleTest, RepeatedRegistrationIsAnsweredAgainAndKeepsTheVariables) {
     client.command("MF.Clients.Add.MobiFlight");
     client.command(lightCode);
+    client.command("MF.Ping");
     client.command("MF.Clients.Add.MobiFlight");
+    const std::string confirmation = "MF.Clients.Add.MobiFlight.Finished";
+    EXPECT_EQ(responses(), (Texts{confirmation, "MF.Pong", confirmation}));
     simulator.setLVar("LIGHTING_POTENTIOMETER_5", 1);
     EXPECT_EQ(values(), Words{one});
 }
@@ -203,29 +195,24 @@ TEST_F(MobiFlightModuleTest, FailingModuleAnswersError) {
     EXPECT_EQ(responses().back(), "MF.Clients.Add.VantrelBridge.Finished");
 }
 
-TEST_F(MobiFlightModuleTest, SilentModuleTakesCommandsAndSaysNothing) {
+TEST_F(MobiFlightModuleTest, SilentModuleTakesCommandsAndDeliversValuesLater) {
+    client.command(lightCode);
+    ASSERT_TRUE(client.settle());
     simulator.silenceModule(true);
     client.command("MF.Ping");
     client.command("MF.SimVars.Set.1 (>K:X)");
+    simulator.setLVar("LIGHTING_POTENTIOMETER_5", 0.5);
     EXPECT_EQ(responses(), Texts());
-    EXPECT_EQ(simulator.texts(Kind::Command), Texts{"MF.Ping"});
+    EXPECT_EQ(values(), Words());
+    EXPECT_EQ(simulator.texts(Kind::Command), (Texts{std::string(lightCode), "MF.Ping"}));
     EXPECT_EQ(simulator.texts(Kind::Executed), Texts{"1 (>K:X)"});
     simulator.silenceModule(false);
     client.command("MF.Ping");
     EXPECT_EQ(responses(), Texts{"MF.Pong"});
-}
-
-TEST_F(MobiFlightModuleTest, SilentModuleDeliversValuesWhenItSpeaksAgain) {
-    client.command(lightCode);
-    ASSERT_TRUE(client.settle());
-    simulator.silenceModule(true);
-    simulator.setLVar("LIGHTING_POTENTIOMETER_5", 0.5);
-    EXPECT_EQ(values(), Words());
-    simulator.silenceModule(false);
     EXPECT_EQ(values(), Words{oneHalf});
 }
 
-TEST_F(MobiFlightModuleTest, AddedVariableIsToldAtOnceUnlessItIsZero) {
+TEST_F(MobiFlightModuleTest, AddedVariableIsDeliveredAtOnceUnlessItIsZero) {
     client.command(lightCode);
     EXPECT_EQ(values(), Words());
     simulator.setLVar("LIGHTING_POTENTIOMETER_5", 0.5);
@@ -246,7 +233,7 @@ TEST_F(MobiFlightModuleTest, ChangedVariableGoesToItsPlaceOnly) {
     EXPECT_EQ(client.messagesOf(simConnectRecvClientData).back().size(), 40U + 4096U);
 }
 
-TEST_F(MobiFlightModuleTest, AircraftVariableIsToldAsALocalOneIs) {
+TEST_F(MobiFlightModuleTest, AircraftVariableIsDeliveredLikeALocalOne) {
     simulator.setAircraftVariable("Light Potentiometer:3", 0.5);
     client.command("MF.SimVars.Add.(A:LIGHT POTENTIOMETER:3, percent over 100)");
     EXPECT_EQ(values(), Words{oneHalf});
@@ -298,7 +285,7 @@ TEST_F(MobiFlightModuleTest, StoppedModuleLeavesItsAreasAndForgetsItsClients) {
     client.command("MF.Ping");
     EXPECT_EQ(responses(), (Texts{"A", "MF.Pong"}));
     EXPECT_EQ(client.wordsOf(SimulatorClient::lvarsRequest), Words());
-    EXPECT_EQ(client.exceptions().size(), 5U) << "those of settling only";
+    EXPECT_EQ(client.exceptions().size(), 5U) << "only those of settling";
 }
 
 TEST_F(MobiFlightModuleTest, RunningModuleIsNotStartedAgain) {
@@ -407,7 +394,7 @@ TEST_F(MobiFlightModuleTest, OtherTextsHaveNoEffect) {
     EXPECT_EQ(simulator.texts(Kind::Command).size(), 5U);
 }
 
-TEST_F(MobiFlightModuleTest, AnswerHasOldMemoryBehindItsZeroByte) {
+TEST_F(MobiFlightModuleTest, AnswerHasOldMemoryAfterItsZeroByte) {
     client.command("MF.Ping");
     ASSERT_TRUE(client.waitFor(simConnectRecvClientData));
     const auto message = client.messagesOf(simConnectRecvClientData).front();
@@ -416,34 +403,12 @@ TEST_F(MobiFlightModuleTest, AnswerHasOldMemoryBehindItsZeroByte) {
     EXPECT_NE(message.back(), 0);
 }
 
-TEST_F(MobiFlightModuleTest, TextsCanBePutIntoTheAreas) {
+TEST_F(MobiFlightModuleTest, TextsCanBeWrittenToTheAreasAndAreCutAtTheirEnd) {
     simulator.setLVarsText("LIGHTING:0.5");
-    simulator.respond("MF.Clients.Add.Other.Finished");
-    ASSERT_TRUE(client.settle());
-    EXPECT_EQ(client.textsOf(SimulatorClient::lvarsRequest), Texts{"LIGHTING:0.5"});
-    EXPECT_EQ(client.textsOf(SimulatorClient::responseRequest), Texts{"MF.Clients.Add.Other.Finished"});
-}
-
-TEST_F(MobiFlightModuleTest, TextTooLongForAnAreaIsCut) {
     simulator.setLVarsText(std::string(5000, 'x'));
-    ASSERT_TRUE(client.settle());
-    EXPECT_EQ(client.textsOf(SimulatorClient::lvarsRequest), Texts{std::string(4095, 'x')});
-}
-
-TEST_F(MobiFlightModuleTest, ClientsHaveTheirOwnListsAndAreas) {
-    client.command("MF.Clients.Add.Second");
-    ASSERT_TRUE(client.settle());
-    SimulatorClient second(simulator);
-    second.attach("Second");
-    second.command("MF.SimVars.Add.(L:B)");
-    client.command("MF.SimVars.Add.(L:A)");
-    ASSERT_TRUE(second.settle());
-    ASSERT_TRUE(client.settle());
-    simulator.setLVar("B", 1);
-    simulator.setLVar("A", 0.5);
-    ASSERT_TRUE(second.settle());
-    EXPECT_EQ(second.wordsOf(SimulatorClient::lvarsRequest), Words{one});
-    EXPECT_EQ(values(), Words{oneHalf});
+    simulator.respond("MF.Clients.Add.Other.Finished");
+    EXPECT_EQ(responses(), Texts{"MF.Clients.Add.Other.Finished"});
+    EXPECT_EQ(client.textsOf(SimulatorClient::lvarsRequest), (Texts{"LIGHTING:0.5", std::string(4095, 'x')}));
 }
 
 TEST_F(MobiFlightModuleTest, ListOutlivesItsClientsSession) {

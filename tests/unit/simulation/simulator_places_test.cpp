@@ -26,7 +26,7 @@ TEST_P(SimulatorPlaces, StartFailsAtATakenPlaceAndTwice) {
     VirtualSimulator second;
     std::string error;
     EXPECT_FALSE(startAt(second, first.endpoint(), error));
-    const SimConnectEndpoint& taken = first.endpoint();
+    const SimConnectEndpoint taken = first.endpoint();
     const std::string place = taken.pipe.empty() ? "port " + std::to_string(taken.port) : "pipe " + taken.pipe;
     EXPECT_TRUE(error.starts_with("Failed to listen on " + place + ": ")) << error;
     EXPECT_FALSE(startAt(first, {}, error));
