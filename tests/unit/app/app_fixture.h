@@ -20,7 +20,7 @@
 #include <utility>
 #include <vector>
 
-/// News of boards in memory: the test says when one came or went.
+/// Device notifications in memory: a test announces each change.
 class FakeNotifications {
 public:
     DeviceNotificationSource record() {
@@ -51,13 +51,13 @@ public:
         return recorded;
     }
 
-    /// Waits until so many announced changes have been handled to their end.
+    /// Waits until the listener has handled `count` announced changes completely.
     bool waitForChanges(int count) {
         std::unique_lock lock(mutex);
         return changed.wait_for(lock, std::chrono::seconds(30), [&] { return handledChanges >= count; });
     }
 
-    /// The thread that listens.
+    /// The thread that called `run`.
     std::thread::id thread() {
         const std::lock_guard lock(mutex);
         return listener;
@@ -140,8 +140,8 @@ private:
     std::streambuf* before;
 };
 
-/// The whole application on boards, a simulator and a host in memory, with its configuration and log in a folder of its
-/// own. The configuration reads boards 1234:ABCD every 20 ms.
+/// The whole application on boards, a simulator and a host in memory. Its configuration and log are in a temporary
+/// folder. The configuration looks for boards 1234:ABCD every 20 ms.
 class AppTest : public testing::Test {
 protected:
     TempFolder folder;
@@ -163,14 +163,14 @@ protected:
         folder.write("config/map.json", R"({"event_types":{"BUTTON":1},"control_ids":{"KNOB":21}})");
     }
 
-    /// Neither the console echo nor the log's folder may reach into the next test: the process has one logger.
+    /// The process has one logger, so each test resets its console echo and folder for the next.
     void TearDown() override {
         Logger::instance().setDebugEnabled(false);
         Logger::instance().configure(folder.path(), "after-the-test", false);
         Logger::instance().close();
     }
 
-    /// config.json with more members behind those needed, as in `,"logging":{"debug":1}`.
+    /// Writes config.json with `more` after the required members, as in `,"logging":{"debug":1}`.
     std::string writeConfig(const std::string& more) {
         return folder.write("config/config.json",
                             R"({"hid":{"vid":"1234","pid":"ABCD","scanIntervalMs":20},)"
@@ -208,8 +208,8 @@ protected:
         host.setProcesses({"explorer.exe", "FlightSimulator.exe"});
     }
 
-    /// Gives a running application the time to look at its stop flag. The scan thread alone sleeps at least once a
-    /// millisecond or so; two others sleep beside it.
+    /// Gives a running application the time to check its stop flag. The scan thread alone sleeps about once a
+    /// millisecond; two other threads sleep too.
     bool waitForPolls() {
         constexpr std::size_t enough = 500;
         const std::size_t before = host.sleeps().size();

@@ -30,38 +30,29 @@ TEST_F(ConfigSearch, FileBesideTheExecutableWins) {
     EXPECT_EQ(defaultConfigPath(fake.record()), beside());
 }
 
-TEST_F(ConfigSearch, PerMachineFolderIsTheFallbackWhetherTheFileExistsOrNot) {
-    EXPECT_EQ(defaultConfigPath(fake.record()), inData());
-}
-
-TEST_F(ConfigSearch, WithoutPerMachineFolderTheFirstCandidateIsGivenThoughMissing) {
-    fake.dataFolder.clear();
-    EXPECT_EQ(defaultConfigPath(fake.record()), beside());
-}
-
-TEST_F(ConfigSearch, UnknownExecutableLeavesThePerMachineFolder) {
-    fake.executable.clear();
-    EXPECT_EQ(defaultConfigPath(fake.record()), inData());
-}
-
-TEST_F(ConfigSearch, WithNothingKnownThePathIsRelative) {
-    fake.executable.clear();
-    fake.dataFolder.clear();
-    EXPECT_EQ(defaultConfigPath(fake.record()), FileSystem::join("config", "config.json"));
-    EXPECT_TRUE(configCandidates(fake.record()).empty());
-}
-
-TEST_F(ConfigSearch, CandidatesAreGivenInTheOrderOfTheSearch) {
-    EXPECT_EQ(configCandidates(fake.record()), (std::vector<std::string>{beside(), inData()}));
-    fake.executable.clear();
-    EXPECT_EQ(configCandidates(fake.record()), std::vector<std::string>{inData()});
-}
-
-TEST(LogDirectory, IsThePerMachineFolderWithoutConsole) {
-    EXPECT_EQ(logDirectory(false, "data", "exe"), joined("data", "VantrelBridge", "logs"));
+TEST_F(ConfigSearch, WithoutAnyFileTheKnownFoldersDecide) {
+    struct Case {
+        bool executable;
+        bool data;
+        std::string path;
+        std::vector<std::string> candidates;
+    };
+    const Case cases[] = {
+        {true, true, inData(), {beside(), inData()}},
+        {true, false, beside(), {beside()}},
+        {false, true, inData(), {inData()}},
+        {false, false, FileSystem::join("config", "config.json"), {}},
+    };
+    for (const Case& each : cases) {
+        fake.executable = each.executable ? folder.path("VantrelBridgeHID.exe") : "";
+        fake.dataFolder = each.data ? folder.path("data") : "";
+        EXPECT_EQ(defaultConfigPath(fake.record()), each.path);
+        EXPECT_EQ(configCandidates(fake.record()), each.candidates);
+    }
 }
 
 TEST(LogDirectory, IsTheExecutablesInConsoleModeAndWithoutPerMachineFolder) {
+    EXPECT_EQ(logDirectory(false, "data", "exe"), joined("data", "VantrelBridge", "logs"));
     EXPECT_EQ(logDirectory(true, "data", "exe"), "exe");
     EXPECT_EQ(logDirectory(false, "", "exe"), "exe");
     EXPECT_EQ(logDirectory(true, "", ""), "");

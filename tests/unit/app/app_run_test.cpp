@@ -307,9 +307,4 @@ TEST_F(AppRun, ALostSessionReachesTheBoardsBeforeTheMobiFlightClient) {
     EXPECT_EQ(std::count_if(lost, reported, startsWith("[DEBUG] HID OUT sim_status device=0000000000000001 ")), 1);
 }
 
-TEST_F(AppRun, AnAppThatWasNeverStartedIsDestroyedQuietly) {
-    { const App app(platform()); }
-    EXPECT_TRUE(log().empty());
-}
-
 } // namespace

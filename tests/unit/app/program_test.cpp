@@ -3,7 +3,6 @@
 #include "tests/unit/app/app_fixture.h"
 
 #include <atomic>
-#include <filesystem>
 #include <limits>
 #include <thread>
 
@@ -33,38 +32,34 @@ protected:
         sim.deliverQuit();
     }
 
-    static bool exists(const std::string& path) { return std::filesystem::exists(FileSystem::fromBytes(path)); }
+    /// The log can be moved away, and the next line makes a new one.
+    void expectLogIsClosed(bool console = false) const {
+        EXPECT_TRUE(FileSystem::renameFile(logPath(console), folder.path("moved.log")));
+        testing::internal::CaptureStdout();
+        logInfo("next");
+        testing::internal::GetCapturedStdout();
+        EXPECT_EQ(log(console), Lines{"[INFO] next"});
+    }
 };
 
 TEST_F(Program, ARunThatEndsInOrderGivesZero) {
     makeRunEnd();
     EXPECT_EQ(run({"--config", configPath.c_str()}), 0);
     EXPECT_EQ(log().back(), "[INFO] Application run loop stopped");
+    expectLogIsClosed();
+    EXPECT_EQ(host.controlHandler.load(), nullptr);
+    EXPECT_FALSE(Logger::instance().debugEnabledNow());
 }
 
-TEST_F(Program, ASecondInstanceGivesZero) {
+TEST_F(Program, ASecondInstanceGivesZeroAndTouchesNothing) {
     host.instance = SingleInstance::AlreadyRunning;
     EXPECT_EQ(run({"--config", "nowhere.json"}), 0);
-}
-
-TEST_F(Program, ASecondInstanceWritesNoLog) {
-    host.instance = SingleInstance::AlreadyRunning;
-    runSilently({"--config", configPath.c_str()});
-    runSilently({"--console", "--config", configPath.c_str()});
-    EXPECT_FALSE(exists(host.dataFolder));
-    EXPECT_FALSE(exists(logPath(true)));
-}
-
-TEST_F(Program, ASecondInstanceStartsNoThread) {
-    host.instance = SingleInstance::AlreadyRunning;
-    run({"--config", configPath.c_str()});
+    EXPECT_EQ(run({"--console", "--config", configPath.c_str()}), 0);
+    EXPECT_FALSE(FileSystem::exists(host.dataFolder));
+    EXPECT_FALSE(FileSystem::exists(logPath(true)));
     EXPECT_EQ(host.threadsStarted(), 0U);
-}
-
-TEST_F(Program, ASecondInstanceInstallsNoControlHandler) {
-    host.instance = SingleInstance::AlreadyRunning;
-    run({"--console", "--config", configPath.c_str()});
     EXPECT_EQ(host.controlHandler.load(), nullptr);
+    EXPECT_EQ(host.consoleAttachments, 2);
 }
 
 TEST_F(Program, ALockThatCannotBeHadDoesNotKeepTheProgramFromRunning) {
@@ -85,21 +80,27 @@ TEST_F(Program, AsksOnceForTheLockOfItsName) {
     EXPECT_EQ(names, Lines{R"(Local\VantrelBridgeHID.singleton)"});
 }
 
-TEST_F(Program, MissingConfigurationGivesOneAndItsErrorTwice) {
-    const std::string missing = folder.path("nowhere.json");
-    EXPECT_EQ(run({"--config", missing.c_str()}), 1);
-    const std::string text =
-        "Config file not found: " + missing +
-        " (default search order: " + FileSystem::join(FileSystem::join(folder.path("exe"), "config"), "config.json") +
-        "; " + FileSystem::join(FileSystem::join(folder.path("data"), "VantrelBridge"), "config.json") + ")";
-    EXPECT_EQ(log(),
-              (Lines{"[INFO] Initializing application", "[ERROR] " + text, "[ERROR] Failed to initialize: " + text}));
+TEST_F(Program, AFailedStartGivesOneAndLogsItsErrorAgainAsTheLastLine) {
+    EXPECT_EQ(runSilently({"--console", "--config", "nowhere.json"}), 1);
+    EXPECT_EQ(host.controlHandler.load(), &handleControlEvent);
+    const Lines lines = log(true);
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_TRUE(lines[1].starts_with("[ERROR] Config file not found: nowhere.json (default search order: "));
+    EXPECT_EQ(lines[2], "[ERROR] Failed to initialize: " + lines[1].substr(std::string("[ERROR] ").size()));
+    expectLogIsClosed(true);
 }
 
-TEST_F(Program, BrokenButtonTableGivesOneAndALastLineWithNothingBehindItsColon) {
+TEST_F(Program, AStartThatFailsWithoutAnErrorEndsItsLastLineAtTheColon) {
+    folder.write("exe/config/config.json", "{");
     folder.write("config/buttons.json", "nul");
     EXPECT_EQ(run({"--config", configPath.c_str()}), 1);
     EXPECT_EQ(log().back(), "[ERROR] Failed to initialize: ");
+}
+
+TEST_F(Program, EmptyConfigArgumentLeadsToTheSearch) {
+    folder.write("exe/config/config.json", "{");
+    EXPECT_EQ(run({"--config", ""}), 1);
+    EXPECT_EQ(log().back(), "[ERROR] Failed to initialize: Config parse error: Unterminated object");
 }
 
 TEST_F(Program, HidTraceOptionOpensTheDebugGateAndTracesReports) {
@@ -112,26 +113,7 @@ TEST_F(Program, HidTraceOptionOpensTheDebugGateAndTracesReports) {
     }));
 }
 
-TEST_F(Program, WithoutHidTraceOptionTheFileDecidesOnDebug) {
-    makeRunEnd();
-    EXPECT_EQ(run({"--config", configPath.c_str()}), 0);
-    EXPECT_FALSE(Logger::instance().debugEnabledNow());
-}
-
-TEST_F(Program, EmptyConfigArgumentLeadsToTheSearch) {
-    folder.write("exe/config/config.json", "{");
-    EXPECT_EQ(run({"--config", ""}), 1);
-    EXPECT_EQ(log().back(), "[ERROR] Failed to initialize: Config parse error: Unterminated object");
-}
-
-TEST_F(Program, ConfigArgumentWinsOverTheSearch) {
-    folder.write("exe/config/config.json", "{");
-    folder.write("config/buttons.json", "nul");
-    run({"--config", configPath.c_str()});
-    EXPECT_TRUE(logHas("[INFO] Configuration loaded"));
-}
-
-TEST_F(Program, JoinsTheConsoleOnceBeforeItAsksForAnythingElse) {
+TEST_F(Program, AttachesTheConsoleOnceBeforeItAsksForAnythingElse) {
     Platform records = platform();
     Lines order;
     const auto noted = [&order](const char* name, const auto& call) {
@@ -153,26 +135,8 @@ TEST_F(Program, JoinsTheConsoleOnceBeforeItAsksForAnythingElse) {
     EXPECT_EQ(std::count(order.begin(), order.end(), "attachConsole"), 1);
 }
 
-TEST_F(Program, JoinsTheConsoleInAnyMode) {
-    host.instance = SingleInstance::AlreadyRunning;
-    run({});
-    EXPECT_EQ(host.consoleAttachments, 1);
-    run({"--console"});
-    EXPECT_EQ(host.consoleAttachments, 2);
-}
-
-TEST_F(Program, ConsoleModeInstallsTheControlHandlerEvenWhenTheStartFails) {
-    EXPECT_EQ(runSilently({"--console", "--config", "nowhere.json"}), 1);
-    EXPECT_EQ(host.controlHandler.load(), &handleControlEvent);
-}
-
-TEST_F(Program, WithoutConsoleNoControlHandlerIsInstalled) {
-    makeRunEnd();
-    EXPECT_EQ(run({"--config", configPath.c_str()}), 0);
-    EXPECT_EQ(host.controlHandler.load(), nullptr);
-}
-
-/// A run in console mode on a thread of its own, which a control event ends at the latest when the test is over.
+/// A run in console mode on a thread of its own. The end of its input doesn't stop it; a control event does, at the
+/// latest in `TearDown`.
 class ProgramInConsole : public Program, public testing::WithParamInterface<unsigned> {
 protected:
     const ConsoleInput input{""};
@@ -187,7 +151,7 @@ protected:
             code = run({"--console", "--config", configPath.c_str()});
             returned = true;
         });
-        // The console thread, at the end of its input; the application must outlive it.
+        // The console thread ends with its input; the application must outlive it.
         EXPECT_TRUE(waitUntil([this] { return host.threadsEnded() == 1; }));
     }
 

@@ -18,7 +18,7 @@ protected:
         boxed2024 = install("Roaming", "Microsoft Flight Simulator 2024");
     }
 
-    /// Gives where the installation has its file, in a folder that exists now.
+    /// Makes the installation's folder and gives the path of its file.
     std::string install(const std::string& data, const std::string& simulator) const {
         const std::string path = FileSystem::toOwnSeparators(folder.path(data) + "\\" + simulator + "\\EXE.xml");
         FileSystem::makeFolders(FileSystem::parentPath(path));
@@ -42,13 +42,10 @@ protected:
         return text;
     }
 
-    /// The file of an installation that had none, for a program started with that configuration.
+    /// The content of a new file that starts the program with that configuration.
     std::string registered(const std::string& configuration) const {
         return ExeXmlRegistrar::applyRegistration("", "VantrelBridgeHID", host.executable,
                                                   "--config \"" + configuration + "\"");
-    }
-    static std::string fresh() {
-        return ExeXmlRegistrar::removeRegistration(ExeXmlRegistrar::applyRegistration("", "x", "", ""), "x");
     }
 
     std::string boxed;
@@ -57,26 +54,19 @@ protected:
     std::string errorOutput;
 };
 
-TEST_F(RegistrationCommands, ListPrintsEachPathOnALine) {
-    EXPECT_EQ(run({"--list-exe-xml"}), 0);
+TEST_F(RegistrationCommands, ListPrintsEachPathOnALineAndWinsOverTheOthers) {
+    EXPECT_EQ(run({"--register", "--unregister", "--console", "--list-exe-xml"}), 0);
     EXPECT_EQ(output, boxed + "\n" + boxed2024 + "\n");
     EXPECT_EQ(errorOutput, "");
+    EXPECT_EQ(contentOf(boxed), "(absent)");
 }
 
-TEST_F(RegistrationCommands, ListSaysWhenThereIsNoSimulator) {
+TEST_F(RegistrationCommands, AMissingSimulatorIsNoFailure) {
     host.variables.clear();
     EXPECT_EQ(run({"--list-exe-xml"}), 0);
     EXPECT_EQ(output, "No MSFS installations detected.\n");
-    host.variables["APPDATA"] = "";
-    host.variables["LOCALAPPDATA"] = "";
-    EXPECT_EQ(run({"--list-exe-xml"}), 0);
-    EXPECT_EQ(output, "No MSFS installations detected.\n");
-}
-
-TEST_F(RegistrationCommands, ListEndsTheRunWhateverStandsBesideIt) {
-    EXPECT_EQ(run({"--register", "--unregister", "--console", "--list-exe-xml"}), 0);
-    EXPECT_EQ(output, boxed + "\n" + boxed2024 + "\n");
-    EXPECT_EQ(contentOf(boxed), "(absent)");
+    EXPECT_EQ(run({"--register"}), 0);
+    EXPECT_EQ(output, "Registered in 0 MSFS EXE.xml file(s).\n");
 }
 
 TEST_F(RegistrationCommands, ListComesAfterTheSearchForTheConfiguration) {
@@ -94,106 +84,63 @@ TEST_F(RegistrationCommands, ListComesAfterTheSearchForTheConfiguration) {
     EXPECT_EQ(order, (Lines{"search", "APPDATA", "LOCALAPPDATA"}));
 }
 
-TEST_F(RegistrationCommands, RegisterEntersTheExecutableWithItsConfiguration) {
-    EXPECT_EQ(run({"--register", "--config", configPath.c_str()}), 0);
+TEST_F(RegistrationCommands, RegisterWinsOverUnregisterAndEntersTheExecutableWithItsConfigurationAlone) {
+    host.executable = "C:\\R&D\\VantrelBridgeHID.exe";
+    EXPECT_EQ(run({"--console", "--hid-trace", "--unregister", "--register", "--config", "../my <own>.json"}), 0);
     EXPECT_EQ(output, "Registered in 2 MSFS EXE.xml file(s).\n");
     EXPECT_EQ(errorOutput, "");
-    EXPECT_EQ(contentOf(boxed), registered(configPath));
-    EXPECT_EQ(contentOf(boxed2024), registered(configPath));
-}
-
-TEST_F(RegistrationCommands, RegisterWritesTheLinesThatTheSimulatorReads) {
-    host.executable = "C:\\R&D\\VantrelBridgeHID.exe";
-    run({"--register", "--config", "my <own>.json"});
+    EXPECT_EQ(contentOf(boxed2024), contentOf(boxed));
     EXPECT_NE(contentOf(boxed).find("    <Launch.Addon>\r\n"
                                     "        <Name>VantrelBridgeHID</Name>\r\n"
                                     "        <Disabled>False</Disabled>\r\n"
                                     "        <Path>C:\\R&amp;D\\VantrelBridgeHID.exe</Path>\r\n"
-                                    "        <CommandLine>--config \"my &lt;own&gt;.json\"</CommandLine>\r\n"
+                                    "        <CommandLine>--config \"../my &lt;own&gt;.json\"</CommandLine>\r\n"
                                     "    </Launch.Addon>\r\n"),
               std::string::npos);
 }
 
-TEST_F(RegistrationCommands, RegisterPassesARelativeConfigurationOnUnchanged) {
-    run({"--register", "--config", "../a b/./config.json"});
-    EXPECT_EQ(contentOf(boxed), registered("../a b/./config.json"));
-}
-
-TEST_F(RegistrationCommands, RegisterWithoutAConfigurationPassesTheFileBesideTheExecutable) {
-    folder.write("exe/config/config.json", "{}");
-    run({"--register"});
-    EXPECT_EQ(contentOf(boxed),
-              registered(FileSystem::join(FileSystem::join(folder.path("exe"), "config"), "config.json")));
-}
-
-TEST_F(RegistrationCommands, RegisterWithNoFileAnywherePassesTheOneOfThePerMachineFolder) {
+TEST_F(RegistrationCommands, RegisterWithoutAConfigurationEntersTheOneThatTheSearchFinds) {
     const std::string perMachine =
         FileSystem::join(FileSystem::join(folder.path("data"), "VantrelBridge"), "config.json");
+    for (const std::vector<const char*>& options :
+         {std::vector{"--register"}, {"--register", "--config", ""}, {"--register", "--config"}}) {
+        FileSystem::remove(boxed);
+        run(options);
+        EXPECT_EQ(contentOf(boxed), registered(perMachine));
+    }
+    folder.write("exe/config/config.json", "{}");
     run({"--register"});
-    EXPECT_EQ(contentOf(boxed), registered(perMachine));
-    run({"--register", "--config", ""});
-    EXPECT_EQ(contentOf(boxed), registered(perMachine));
-    run({"--register", "--config"});
-    EXPECT_EQ(contentOf(boxed), registered(perMachine));
-}
-
-TEST_F(RegistrationCommands, RegisterPassesNoOtherOptionOn) {
-    run({"--console", "--hid-trace", "--register", "--config", "c.json"});
-    EXPECT_EQ(contentOf(boxed), registered("c.json"));
+    EXPECT_NE(contentOf(boxed).find("--config \"" + folder.path("exe")), std::string::npos);
 }
 
 TEST_F(RegistrationCommands, RegisterOfAnUnknownExecutableWritesAnEmptyPath) {
     host.executable.clear();
     run({"--register", "--config", "c.json"});
-    EXPECT_EQ(contentOf(boxed), registered("c.json"));
     EXPECT_NE(contentOf(boxed).find("<Path></Path>"), std::string::npos);
 }
 
-TEST_F(RegistrationCommands, RegisterWinsOverUnregister) {
-    EXPECT_EQ(run({"--unregister", "--register", "--config", "c.json"}), 0);
-    EXPECT_EQ(output, "Registered in 2 MSFS EXE.xml file(s).\n");
-    EXPECT_EQ(contentOf(boxed), registered("c.json"));
-}
-
-TEST_F(RegistrationCommands, RegisterWithoutASimulatorIsNoFailure) {
-    host.variables.clear();
-    EXPECT_EQ(run({"--register"}), 0);
-    EXPECT_EQ(output, "Registered in 0 MSFS EXE.xml file(s).\n");
-}
-
-TEST_F(RegistrationCommands, UnregisterTakesTheEntryOut) {
+TEST_F(RegistrationCommands, UnregisterRemovesTheEntryAndWritesNothingWithoutOne) {
     run({"--register"});
     EXPECT_EQ(run({"--unregister"}), 0);
     EXPECT_EQ(output, "Unregistered from 2 MSFS EXE.xml file(s).\n");
     EXPECT_EQ(errorOutput, "");
-    EXPECT_EQ(contentOf(boxed), fresh());
-    EXPECT_EQ(contentOf(boxed2024), fresh());
-}
-
-TEST_F(RegistrationCommands, UnregisterWithoutAnEntryWritesNothing) {
+    EXPECT_EQ(contentOf(boxed).find("VantrelBridgeHID"), std::string::npos);
+    FileSystem::remove(boxed);
     EXPECT_EQ(run({"--unregister"}), 0);
     EXPECT_EQ(output, "Unregistered from 0 MSFS EXE.xml file(s).\n");
     EXPECT_EQ(contentOf(boxed), "(absent)");
 }
 
-TEST_F(RegistrationCommands, AFileThatCannotBeWrittenGivesOneAndSaysHowManyWereDone) {
+TEST_F(RegistrationCommands, AFileThatCannotBeWrittenGivesOneAndTheNumberOfThoseBefore) {
+    const std::string reason = " file(s): Failed to open for write: ";
     FileSystem::makeFolders(boxed2024);
     EXPECT_EQ(run({"--register"}), 1);
-    EXPECT_EQ(errorOutput, "EXE.xml update failed after 1 file(s): Failed to open for write: " + boxed2024 + "\n");
+    EXPECT_EQ(errorOutput, "EXE.xml update failed after 1" + reason + boxed2024 + "\n");
     EXPECT_EQ(output, "");
-}
-
-TEST_F(RegistrationCommands, AFirstFileThatCannotBeWrittenGivesOneAfterNone) {
+    FileSystem::remove(boxed);
     FileSystem::makeFolders(boxed);
     EXPECT_EQ(run({"--register"}), 1);
-    EXPECT_EQ(errorOutput, "EXE.xml update failed after 0 file(s): Failed to open for write: " + boxed + "\n");
-}
-
-TEST_F(RegistrationCommands, ABackupThatFailsIsNoFailure) {
-    run({"--register"});
-    FileSystem::makeFolders(boxed + ".bak");
-    EXPECT_EQ(run({"--register"}), 0);
-    EXPECT_EQ(output, "Registered in 2 MSFS EXE.xml file(s).\n");
+    EXPECT_EQ(errorOutput, "EXE.xml update failed after 0" + reason + boxed + "\n");
 }
 
 TEST_F(RegistrationCommands, NeitherOpenALogNorAskForTheLockNorStartAThread) {
@@ -212,19 +159,6 @@ TEST_F(RegistrationCommands, NeitherOpenALogNorAskForTheLockNorStartAThread) {
     EXPECT_EQ(host.threadsStarted(), 0U);
     EXPECT_EQ(host.controlHandler.load(), nullptr);
     EXPECT_EQ(host.consoleAttachments, 3);
-}
-
-TEST_F(RegistrationCommands, WorkBesideARunningBridge) {
-    host.instance = SingleInstance::AlreadyRunning;
-    EXPECT_EQ(run({"--register"}), 0);
-    EXPECT_EQ(output, "Registered in 2 MSFS EXE.xml file(s).\n");
-}
-
-TEST_F(RegistrationCommands, AreIgnoredInCapitals) {
-    host.instance = SingleInstance::AlreadyRunning;
-    EXPECT_EQ(run({"--REGISTER", "--List-Exe-Xml"}), 0);
-    EXPECT_EQ(output, "");
-    EXPECT_EQ(contentOf(boxed), "(absent)");
 }
 
 } // namespace
