@@ -92,13 +92,13 @@ void parseOptionalSections(const JsonValue& root, AppConfig& config) {
     if (getObject(root, "extensions", section)) {
         parseExtensions(*section, config.extensions);
     }
-    // Unlike the sections above, outputs never keep what the record held before: a profile that is gone from the file
-    // must not live on.
+    // Unlike the sections above, outputs never keep what the record held before: a profile that the file no longer has
+    // must disappear.
     config.outputs = getObject(root, "outputs", section) ? parseOutputs(*section) : OutputsConfig();
 }
 
-/// Finds the two other files. A path that the file gives is never replaced by the search, not even if there is no such
-/// file: the user means that one, and its absence is worth a message.
+/// Finds the two other files. The search never replaces a path that the file gives, even if no such file exists: the
+/// user means that one and must learn that it is missing.
 MappingsConfig resolveMappings(const std::string& path, const MappingsConfig& written) {
     MappingsConfig mappings;
     mappings.buttonConfigPath = resolveConfigPath(path, written.buttonConfigPath);
@@ -117,7 +117,7 @@ bool require(bool condition, const char* message, std::string& error) {
 }
 
 bool validateMobiFlight(const MobiFlightConfig& mobiflight, std::string& error) {
-    // The times of a disabled client are checked as well, its channels aren't.
+    // A disabled client's times are checked too, but not its channels.
     const bool off = !mobiflight.enabled;
     return require(mobiflight.rpnRateLimitMs >= 0, "mobiflight.rpnRateLimitMs must be >= 0", error) &&
            require(mobiflight.mapHoldRepeatMs > 0, "mobiflight.mapHoldRepeatMs must be > 0", error) &&

@@ -11,7 +11,7 @@ struct HidConfig {
     /// Hexadecimal text, with or without 0x.
     std::string vid;
     std::string pid;
-    /// Stored, but no read waits for it: a read waits for the report itself.
+    /// Stored but not used: a read waits for the report itself.
     std::int32_t readIntervalMs = 2;
     std::int32_t scanIntervalMs = 1000;
     bool trace = false;
@@ -42,7 +42,7 @@ struct LoggingConfig {
 };
 
 /// Departures from the bridge's fixed behaviour, each for a situation in which that behaviour leaves boards dead or
-/// dark. At its default every member is the fixed behaviour.
+/// dark. The default of every member is the fixed behaviour.
 struct ExtensionsConfig {
     /// Windows: wait again for a read that timed out instead of issuing another one into the same buffer.
     bool singlePendingRead = false;
@@ -50,7 +50,7 @@ struct ExtensionsConfig {
     bool reopenStoppedReaders = false;
     /// Attach to the module and register with it again every two seconds until it answers.
     bool renewRegistration = false;
-    /// Talk to the module over areas of our own once it has confirmed the registration.
+    /// Use client data areas of our own once the module has confirmed the registration.
     bool ownChannels = false;
     /// Every block of light values begins with a number; texts are not read.
     bool lvarNumbers = false;
@@ -75,7 +75,7 @@ struct AppConfig {
 /// new values. Throws as FileSystem::exists does when the file system can't say whether the file exists.
 bool loadAppConfig(const std::string& path, AppConfig& config, std::string& error);
 
-/// The same from a text. `path` is only where relative paths start.
+/// The same from a text. `path` only gives the folder that relative paths start from.
 bool parseAppConfig(std::string_view text, const std::string& path, AppConfig& config, std::string& error);
 
 bool validateAppConfig(const AppConfig& config, std::string& error);

@@ -87,7 +87,7 @@ void ButtonConfig::storeCommands(const std::string& name, const JsonValue& comma
 
 std::string ButtonConfig::lookup(std::string_view name, std::string_view action, std::string_view role) const {
     const std::string nameKey = normalizeName(name);
-    // A name of nothing but blanks makes an entry, which no control may reach: controls without a name have this one.
+    // A name of blanks alone normalises to the empty name, which unnamed controls have. They must not find this entry.
     if (nameKey.empty() || action.empty()) {
         return "";
     }
@@ -99,7 +99,7 @@ std::string ButtonConfig::lookup(std::string_view name, std::string_view action,
     if (roles == actions->second.end()) {
         return "";
     }
-    // A role with an empty command has one: that is how a file switches a control off for one display.
+    // An empty command is still a command: with it, a file switches a control off for one display.
     auto command = roles->second.find(roleKey(role));
     if (command == roles->second.end()) {
         command = roles->second.find(defaultRole);

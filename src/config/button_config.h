@@ -17,8 +17,8 @@ public:
     /// The same from the file's text.
     bool parse(std::string_view text, std::string& error);
 
-    /// The command for a control, an action and a role, or an empty text. A role without a command of its own gets that
-    /// of "DEFAULT", which an empty role means as well.
+    /// The command for a control, an action and a role, or an empty text. A role without a command of its own gets the
+    /// one of "DEFAULT"; so does an empty role.
     std::string lookup(std::string_view name, std::string_view action, std::string_view role) const;
 
     /// Whether the file lists the control, by its already normalised name.

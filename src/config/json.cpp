@@ -248,7 +248,7 @@ private:
         return readWord(value.boolean ? "true" : "false", "Invalid boolean");
     }
 
-    /// Nothing is checked behind the word; whoever reads on finds what doesn't belong there.
+    /// Doesn't check what follows the word: the caller's next read does.
     bool readWord(std::string_view word, const char* failure) {
         if (!rest().starts_with(word)) {
             return fail(failure);
@@ -287,6 +287,7 @@ const JsonValue* findOfType(const JsonValue& object, std::string_view key, JsonT
 
 std::int32_t truncateToInt(double number) {
     using Limits = std::numeric_limits<std::int32_t>;
+    // What an x86 processor gives for a number that doesn't fit; in C++ that conversion is undefined.
     const double whole = std::trunc(number);
     const bool fits = whole >= Limits::min() && whole <= Limits::max();
     return fits ? static_cast<std::int32_t>(whole) : Limits::min();

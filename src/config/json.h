@@ -37,7 +37,7 @@ JsonParseResult parse(std::string_view text);
 /// The member of that key, or null when `object` isn't an object or has none.
 const JsonValue* find(const JsonValue& object, std::string_view key);
 
-// A member of another type counts as a missing one: false, and `out` is left alone.
+// A member of another type is treated as missing: false, and `out` is unchanged.
 bool getString(const JsonValue& object, std::string_view key, std::string& out);
 /// Truncates toward zero. Outside the 32-bit range after truncation, and for NaN: -2147483648.
 bool getInt(const JsonValue& object, std::string_view key, std::int32_t& out);

@@ -72,7 +72,7 @@ bool parseDevice(const JsonValue& element, const std::string& place, DeviceEntry
         error = place + " must include boardId or index";
         return false;
     }
-    // Beside a boardId, -1 is the same as no index.
+    // With a boardId, an index of -1 means no index.
     if (entry.index < -1) {
         error = place + " index must be >= 0";
         return false;
@@ -115,7 +115,7 @@ bool validateProfile(const std::string& place, const OutputProfile& profile, std
     return true;
 }
 
-/// The name that the entry's own profile or else its role asks for; empty if neither does.
+/// The profile name of the entry itself, else of its role; empty if neither has one.
 std::string profileNameOf(const OutputsConfig& outputs, const DeviceEntry& entry) {
     std::string name = normalizeName(entry.ledProfile);
     if (name.empty() && !entry.role.empty()) {

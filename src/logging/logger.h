@@ -21,7 +21,7 @@ public:
     /// Opens `directory`/`baseName`.log, making the directory. An empty directory means the current one.
     void configure(const std::string& directory, const std::string& baseName, bool consoleEcho);
 
-    /// Writes one line whatever the level.
+    /// Writes one line at any level.
     void log(Level level, const std::string& message);
 
     /// Writes one line at DEBUG if debug lines are enabled.

@@ -7,10 +7,10 @@
 #include <string_view>
 #include <vector>
 
-/// Enters a program in the files named EXE.xml, by which the simulator starts add-ons, and takes it out again. The
-/// files belong to the simulator and to other add-ons, so an edit is a text scan that leaves every byte alone which it
-/// doesn't have to touch: comments, odd formatting, line ends, encoding. Texts are bytes, never decoded. There is no
-/// state; all of this is meant for one thread of a process that does nothing else.
+/// Adds a program to the files named EXE.xml, by which the simulator starts add-ons, and removes it again. The files
+/// belong to the simulator and to other add-ons, so an edit is a text scan that changes no byte unnecessarily:
+/// comments, odd formatting, line ends and encoding stay. Texts are bytes, never decoded. There is no state; all of
+/// this is meant for one thread of a process that does nothing else.
 namespace ExeXmlRegistrar {
 
 // Places.
@@ -24,19 +24,19 @@ std::vector<std::string> discoverExeXmlPaths(const Host& host);
 
 // Texts.
 
-/// Escapes what markup can't hold: ampersand, less-than and greater-than sign. Quotes stay as they are.
+/// Escapes ampersand, less-than and greater-than sign. Quotes stay as they are.
 std::string escapeXmlText(std::string_view text);
 
 /// Finds the first entry of that name, its whole first and last lines included: `start` is the index of its first byte,
-/// `end` the one behind its last. Tags and names count in any letter case. False, with both unchanged, when there is
-/// none, and when an entry before it has no end.
+/// `end` the one behind its last. Tags and names match in any letter case. False, with both unchanged, when there is
+/// none or an entry before it has no end.
 bool findAddonBlock(std::string_view text, std::string_view name, std::size_t& start, std::size_t& end);
 
 /// The lines of an entry. An empty command line has no line.
 std::string renderAddonEntry(std::string_view name, std::string_view path, std::string_view commandLine);
 
 /// The text with the entry in place of the one of that name, else in front of the line of the document's closing tag,
-/// else at the end. A text of white space alone counts as a fresh file.
+/// else at the end. A text of white space alone is treated as a new file.
 std::string applyRegistration(std::string_view text, std::string_view name, std::string_view path,
                               std::string_view commandLine);
 
@@ -45,24 +45,24 @@ std::string removeRegistration(std::string_view text, std::string_view name);
 
 // Files.
 
-/// All bytes of the file; empty when it can't be opened, whatever the reason. False, with the reason in `error` and
-/// `text` unchanged, when it is there and opens but its content can't be read.
+/// All bytes of the file; empty when it can't be opened for any reason. False, with the reason in `error` and `text`
+/// unchanged, when it opens but its content can't be read.
 bool readExeXml(const std::string& path, std::string& text, std::string& error);
 
-/// The same, where such a file counts as empty, too: for looking at a file that won't be written.
+/// The same, but such a file is treated as empty too: for looking at a file that won't be written.
 std::string readExeXml(const std::string& path);
 
-/// Copies what is there to a file of the same name with ".bak" behind it, then writes the text, making the folders that
-/// lack. A copy that fails is a warning in the log. False, with the reason in `error`, when the text can't be written;
-/// what the file holds is then unknown.
+/// Copies an existing file to its name with ".bak" appended, then writes the text, creating missing folders. A failed
+/// copy is a warning in the log. False, with the reason in `error`, when the text can't be written; the file's content
+/// is then unknown.
 bool writeExeXml(const std::string& path, std::string_view text, std::string& error);
 
-/// Enters the program in every file of this machine, and gives how many were written. The first file that can't be read
-/// or written ends it, with the reason in `error`; those before it stay written.
+/// Adds the program to every file of this machine and returns how many were written. Stops at the first file that can't
+/// be read or written, with the reason in `error`; those before it stay written.
 int registerInExeXml(const Host& host, const std::string& name, const std::string& path, const std::string& commandLine,
                      std::string& error);
 
-/// Takes the program out of every file of this machine that lists it; the rest as in `registerInExeXml`. A file without
+/// Removes the program from every file of this machine that lists it; the rest as in `registerInExeXml`. A file without
 /// the entry isn't written.
 int unregisterFromExeXml(const Host& host, const std::string& name, std::string& error);
 

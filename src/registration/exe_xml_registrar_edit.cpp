@@ -1,4 +1,4 @@
-// The edit itself: texts in, texts out.
+// The edit itself: takes and returns texts.
 
 #include "registration/exe_xml_registrar.h"
 #include "text/ascii.h"
@@ -13,7 +13,7 @@ constexpr std::string_view nameOpenTag = "<Name>";
 constexpr std::string_view nameCloseTag = "</Name>";
 constexpr std::string_view documentCloseTag = "</SimBase.Document>";
 
-/// What the simulator itself writes into a fresh file.
+/// What the simulator itself writes into a new file.
 constexpr std::string_view emptyDocument = "<?xml version=\"1.0\" encoding=\"Windows-1252\"?>\r\n"
                                            "<SimBase.Document Type=\"SimConnect\" version=\"1,0\">\r\n"
                                            "    <Descr>SimConnect</Descr>\r\n"
@@ -29,8 +29,8 @@ std::size_t findIgnoringCase(std::string_view text, std::string_view needle, std
     return found == rest.end() ? std::string_view::npos : from + static_cast<std::size_t>(found - rest.begin());
 }
 
-/// The name in an entry that reaches from its first tag to its last; empty when it has none. Looks at nothing behind
-/// the entry, which keeps a scan of many nameless entries linear.
+/// The name in an entry that reaches from its first tag to its last; empty when it has none. Reads nothing past the
+/// entry, so a scan of many nameless entries stays linear.
 std::string_view nameOf(std::string_view block) {
     const std::size_t open = findIgnoringCase(block, nameOpenTag, 0);
     if (open == std::string_view::npos) {

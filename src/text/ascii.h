@@ -1,8 +1,7 @@
 #pragma once
 
-// Questions about ASCII letters and white space, as the C locale answers them: spelled out, because a locale that is
-// set elsewhere in the process must not change what a name or a file means. Other bytes are neither letters nor white
-// space.
+// Questions about ASCII letters and white space, as the C locale answers them: written out here, because a locale that
+// other code sets must not change what a name or a file means. Other bytes are neither letters nor white space.
 
 #include <algorithm>
 #include <string>
