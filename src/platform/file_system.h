@@ -22,7 +22,7 @@ std::string toBytes(const std::filesystem::path& path);
 /// Whether something exists there. Throws std::filesystem::filesystem_error when the question itself fails.
 bool exists(const std::string& path);
 
-/// The same, where any failure counts as absent.
+/// The same, but any failure means absent.
 bool existsOrFalse(const std::string& path) noexcept;
 
 /// The folder part; empty for a bare file name.
@@ -37,8 +37,8 @@ std::string join(const std::string& folder, const std::string& name);
 /// Absolute by the system's own notion; on Windows also what begins with a root name and a separator.
 bool isAbsolute(const std::string& path);
 
-/// Every backslash turned into the system's own separator: paths as Windows programs write them, for files of theirs
-/// that another system holds.
+/// Every backslash turned into the system's own separator, for paths that Windows programs wrote and that are used on
+/// another system.
 std::string toOwnSeparators(std::string path);
 
 /// The path with every link followed and no dot parts; none when nothing is there.
@@ -62,7 +62,7 @@ enum class ReadOutcome {
 /// Reads a whole file. `text` is unchanged unless the outcome is Read.
 ReadOutcome tryReadFile(const std::string& path, std::string& text);
 
-/// The same, for callers to whom every failure is equal.
+/// The same, for callers that treat every failure alike.
 bool readFile(const std::string& path, std::string& text);
 
 /// A stream that empties the file, or creates it; not open when that can't be done.

@@ -7,9 +7,9 @@
 #include <mutex>
 #include <utility>
 
-/// The open devices of a transport by their handles. Handles are never given twice, so that one that is used after its
-/// closing finds nothing, whatever the system has opened since. A device is destroyed by `remove`, or, when another
-/// thread is using it at that moment, as soon as that thread lets go. Any thread may call.
+/// The open devices of a transport by their handles. No handle is given twice, so a closed handle finds nothing, even
+/// if the system has opened other devices since. `remove` destroys a device; if another thread is using it at that
+/// moment, that thread destroys it when it is done. Any thread may call.
 template <typename Device>
 class HandleTable {
 public:
@@ -28,7 +28,7 @@ public:
     }
 
     void remove(HidHandle handle) {
-        // Taken out under the lock, destroyed outside it, because closing a device may take its time.
+        // Taken out under the lock but destroyed outside it, because closing a device may be slow.
         std::shared_ptr<Device> device;
         const std::lock_guard lock(mutex);
         const auto found = devices.find(handle);

@@ -1,8 +1,8 @@
 #pragma once
 
-// All that touches the operating system, as plain records of callables. systemPlatform() fills them for the system at
-// hand; tests and the virtual cockpit fill them otherwise. Any callable may be called from any thread unless it says
-// otherwise; none of them throws unless it says so.
+// Everything that touches the operating system, as plain records of callables. systemPlatform() fills them for the
+// current system; tests and the virtual cockpit fill them with fakes. Any callable may be called from any thread unless
+// it says otherwise; none of them throws unless it says so.
 
 #include "simconnect/simconnect_api.h"
 
@@ -17,7 +17,7 @@
 #include <thread>
 #include <vector>
 
-/// An open HID device. Opaque to everybody but the transport that gave it.
+/// An open HID device. Opaque to all but the transport that returned it.
 using HidHandle = std::intptr_t;
 constexpr HidHandle invalidHidHandle = -1;
 
@@ -53,11 +53,11 @@ struct HidWriteResult {
     std::uint32_t error = 0;
 };
 
-/// Access to the machine's HID devices. A handle is used after `close` by nobody; different handles are independent.
+/// Access to the machine's HID devices. No handle may be used after `close`; different handles are independent.
 struct HidTransport {
-    /// The paths of all HID devices present, whoever made them, in the system's order.
+    /// The paths of all HID devices present, of any vendor, in the system's order.
     std::function<std::vector<std::string>()> enumerate;
-    /// Opens a path, shared for reading and writing with everybody else; invalidHidHandle when that fails.
+    /// Opens a path, shared with other programs for reading and writing; invalidHidHandle when that fails.
     std::function<HidHandle(const std::string& path, HidAccess access, HidMode mode)> open;
     std::function<void(HidHandle handle)> close;
     /// False when the device doesn't answer; `attributes` is then unchanged.
@@ -76,7 +76,7 @@ struct HidTransport {
     std::function<HidWriteResult(HidHandle handle, std::span<const std::uint8_t> report)> setOutputReport;
     /// Makes a reader as `makeReader` does, but one that never has two reads pending: a read that timed out is waited
     /// for again by the next call, so that no report overwrites another. It also has the system keep as many reports
-    /// for it as it can. May be left empty: reads never accumulate on this system, and `makeReader` serves.
+    /// for it as it can. May be left empty on a system where reads never accumulate; `makeReader` is used then.
     std::function<HidReader(HidHandle handle)> makeSinglePendingReader;
 };
 
@@ -93,14 +93,15 @@ struct SimConnectLibrary {
     std::function<decltype(SimConnect_AddToClientDataDefinition)> addToClientDataDefinition;
     std::function<decltype(SimConnect_RequestClientData)> requestClientData;
     std::function<decltype(SimConnect_SetClientData)> setClientData;
-    /// What the user should know of how the library was found, as a line for the log; empty when there is nothing to
-    /// say. Finds it when need be. May be left empty, which says nothing either.
+    /// What the user should know about how the library was found, as a line for the log; empty when there is nothing to
+    /// report. Loads the library if it isn't loaded yet. May be left empty, which means the same.
     std::function<std::string()> notice;
 };
 
-/// News of HID devices coming and going. `setUp`, `run` and `tearDown` are called on one thread, in this order.
+/// Notifications of HID devices that arrive or leave. `setUp`, `run` and `tearDown` are called on one thread, in this
+/// order.
 struct DeviceNotificationSource {
-    /// Starts listening. False with the reason in `error` when that can't be done; nothing is then left to tear down.
+    /// Starts listening. False with the reason in `error` on failure; nothing is then left to tear down.
     std::function<bool(std::string& error)> setUp;
     /// Calls `onChange` on this thread for each arrival or removal, until `requestEnd`.
     std::function<void(const std::function<void()>& onChange)> run;
@@ -116,8 +117,8 @@ using ControlHandler = bool (*)(unsigned event);
 
 /// The process and its surroundings.
 struct Host {
-    /// Calls `visit` with the executable name of each running process (UTF-8, no folder) until it returns true.
-    /// Returns whether it did: false also when the list can't be had.
+    /// Calls `visit` with the executable name of each running process (UTF-8, no folder) until it returns true. Returns
+    /// whether it did: false also when the system gives no list.
     std::function<bool(const std::function<bool(std::string_view name)>& visit)> findProcess;
     /// The running executable's path; empty when the system doesn't give it or it has 260 bytes or more.
     std::function<std::string()> executablePath;
@@ -127,10 +128,10 @@ struct Host {
     std::function<std::optional<std::string>(const std::string& name)> environmentVariable;
     /// Takes the lock of that name for the rest of the process's life.
     std::function<SingleInstance(const std::string& name)> acquireSingleInstance;
-    /// Joins the console of the process that started this one, if there is one. From here on writing to an output that
-    /// nobody reads any more fails instead of ending the process.
+    /// Joins the console of the process that started this one, if there is one. From here on, writing to an output
+    /// without a reader fails instead of ending the process.
     std::function<void()> attachConsole;
-    /// Has `handler` called on interrupt, break and close events, on a thread or in a signal frame of the system's.
+    /// Calls `handler` on interrupt, break and close events, on a thread or in a signal frame of the system's.
     std::function<void(ControlHandler handler)> installControlHandler;
     /// A plain sleep of the calling thread. Zero or less returns at once.
     std::function<void(std::chrono::milliseconds duration)> sleepFor;

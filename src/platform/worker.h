@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-/// The one thread of a subsystem, from its start until its owner has it stopped and joined.
+/// The one thread of a subsystem, from its start until its owner stops and joins it.
 ///
 /// The owner starts, stops and joins on one thread at a time, holding no lock that the body takes; `running` may be
 /// read by any thread. A worker that was started must be joined before it is destroyed. After that it can be started

@@ -1,5 +1,5 @@
 #pragma once
 
-/// Makes writing to a pipe that nobody reads any more an error like any other, for the whole process: by default it is
-/// a signal that ends the program before it can stop in order.
+/// Makes writing to a pipe without a reader an ordinary error in the whole process. By default it raises a signal,
+/// which ends the program before it can stop in order.
 void surviveClosedOutput();

@@ -30,7 +30,7 @@ private:
     int number = -1;
 };
 
-/// Makes a system call again as long as a signal interrupts it.
+/// Repeats a system call while a signal interrupts it.
 template <typename SystemCall>
 auto uninterrupted(SystemCall systemCall) {
     auto result = systemCall();

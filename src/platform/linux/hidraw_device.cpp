@@ -20,8 +20,9 @@ int openFlags(HidAccess access, HidMode mode) {
     return flags;
 }
 
-/// Between the listing and the opening, the board may have been replugged and another may bear the node's number. The
-/// folder's name is never used again: if it still has that number after the opening, it had it all the time.
+/// Between the listing and the opening, the board may have been replugged and another may have the node's number. The
+/// kernel never uses the folder's name again: if the folder still has that number after the opening, it had it all the
+/// time.
 bool belongsTo(const FileDescriptor& node, const std::string& nodeFolder) {
     struct stat status {};
     return fstat(node.get(), &status) == 0 && S_ISCHR(status.st_mode) &&

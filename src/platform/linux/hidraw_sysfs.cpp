@@ -29,7 +29,7 @@ std::vector<std::string> nodeFolders(const std::string& root) {
     const std::string classFolder = FileSystem::join(root, "sys/class/hidraw");
     std::vector<std::string> folders;
     for (const std::string& name : nodeNames(classFolder)) {
-        // A device that has gone in the meantime leaves a link to nowhere.
+        // A device that was unplugged meanwhile leaves a dangling link.
         if (std::optional<std::string> folder = FileSystem::resolved(FileSystem::join(classFolder, name))) {
             folders.push_back(std::move(*folder));
         }

@@ -6,8 +6,7 @@
 #include <vector>
 
 /// What sysfs knows about the hidraw nodes. A node is identified by its resolved sysfs folder: that holds the instance
-/// number of the HID device, which is new at each plug, while the kernel gives the number of /dev/hidrawN out again at
-/// once.
+/// number of the HID device, which is new at each plug, while the kernel reuses the number of /dev/hidrawN at once.
 namespace HidrawSysfs {
 
 /// The folders of all nodes present under `root`, in the order of the node numbers.

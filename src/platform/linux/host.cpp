@@ -13,7 +13,7 @@
 namespace {
 
 std::string executablePath() {
-    // As long as Windows lets it be, so that both systems refuse the same.
+    // The same limit as on Windows, so that both systems refuse the same paths.
     std::array<char, 260> path{};
     const auto size = readlink("/proc/self/exe", path.data(), path.size());
     const bool fits = size > 0 && static_cast<std::size_t>(size) < path.size();

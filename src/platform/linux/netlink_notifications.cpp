@@ -14,7 +14,7 @@
 
 namespace {
 
-enum class Reception { News, Nothing, Broken };
+enum class Reception { HidChange, Nothing, Broken };
 
 /// The kernel's device events. The kernel reports a node first; udev reports it again when its rules have run, and only
 /// then is the node accessible to its users.
@@ -27,7 +27,7 @@ public:
 
 private:
     FileDescriptor events;
-    // Kept by `tearDown`, since another thread may ask for the end of a listening that has ended by itself.
+    // `tearDown` keeps it, since another thread may call `requestEnd` after listening has ended by itself.
     WakeEvent end;
 
     Reception receive() const;
@@ -72,14 +72,14 @@ void UeventListener::run(const std::function<void()>& onChange) {
         if (reception == Reception::Broken) {
             return;
         }
-        if (reception == Reception::News) {
+        if (reception == Reception::HidChange) {
             onChange();
         }
     }
 }
 
 Reception UeventListener::receive() const {
-    // udev's messages are the longer ones, and hold no more than this.
+    // The longest messages are udev's, which fit in this.
     std::array<char, 8192> message{};
     alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(ucred))> control{};
     sockaddr_nl address{};
@@ -93,12 +93,12 @@ Reception UeventListener::receive() const {
     header.msg_controllen = control.size();
     const auto size = uninterrupted([&] { return recvmsg(events.get(), &header, 0); });
     if (size < 0) {
-        // ENOBUFS: there were more events than the socket holds, so that one of ours may be lost.
-        return errno == ENOBUFS ? Reception::News : errno == EAGAIN ? Reception::Nothing : Reception::Broken;
+        // ENOBUFS: the socket's buffer overflowed, so a HID event may be lost. A needless scan costs little.
+        return errno == ENOBUFS ? Reception::HidChange : errno == EAGAIN ? Reception::Nothing : Reception::Broken;
     }
     const UeventSender sender{address.nl_groups, address.nl_pid, senderUserId(header)};
-    const bool isNews = isHidNotification({message.data(), static_cast<std::size_t>(size)}, sender);
-    return isNews ? Reception::News : Reception::Nothing;
+    const bool isHidChange = isHidNotification({message.data(), static_cast<std::size_t>(size)}, sender);
+    return isHidChange ? Reception::HidChange : Reception::Nothing;
 }
 
 } // namespace

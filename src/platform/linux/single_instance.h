@@ -2,5 +2,5 @@
 
 #include "platform/platform.h"
 
-/// Takes the lock of that name, which goes with the process. Each user has locks of their own.
+/// Takes the lock of that name until the process ends. Each user has locks of their own.
 SingleInstance takeSingleInstance(const std::string& name);

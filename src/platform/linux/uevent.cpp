@@ -63,6 +63,6 @@ bool isHidNotification(std::string_view message, const UeventSender& sender) {
     const std::string_view properties =
         sender.group == ueventGroupKernel ? kernelProperties(message) : udevProperties(message);
     constexpr std::array actions{"add"sv, "remove"sv, "change"sv, "bind"sv};
-    const bool isNews = std::find(actions.begin(), actions.end(), property(properties, "ACTION")) != actions.end();
-    return isNews && property(properties, "SUBSYSTEM") == "hidraw";
+    const bool isKnown = std::find(actions.begin(), actions.end(), property(properties, "ACTION")) != actions.end();
+    return isKnown && property(properties, "SUBSYSTEM") == "hidraw";
 }

@@ -17,6 +17,6 @@ struct UeventSender {
     std::optional<std::uint32_t> userId;
 };
 
-/// Whether the message says that a hidraw node came, went or became accessible, and comes from somebody who knows: the
-/// kernel in its own group, root in udev's. Anybody may send to this socket, so any bytes are taken.
+/// Whether the message says that a hidraw node came, went or became accessible, and comes from a trusted sender: the
+/// kernel in its own group, root in udev's. Any process may send to this socket, so `message` may be any bytes.
 bool isHidNotification(std::string_view message, const UeventSender& sender);

@@ -13,8 +13,8 @@ namespace {
 constexpr char className[] = "VantrelBridgeHidNotify";
 constexpr char windowTitle[] = "Vantrel HID Notify";
 
-/// A hidden window that the system notifies about HID device interfaces. All but `requestEnd` runs on one thread, the
-/// window's.
+/// A hidden window that the system notifies about HID device interfaces. Everything except `requestEnd` runs on the
+/// window's thread.
 class NotificationWindow {
 public:
     explicit NotificationWindow(RegisterForDevices registerForDevices)

@@ -7,5 +7,5 @@
 /// Takes what RegisterDeviceNotificationA takes, and like it returns null when it fails.
 using RegisterForDevices = std::function<HDEVNOTIFY(HANDLE recipient, void* filter, DWORD flags)>;
 
-/// Notifications through a hidden message-only window, which `registerForDevices` has the system notify.
+/// Notifications through a hidden message-only window, which `registerForDevices` registers with the system.
 DeviceNotificationSource windowNotifications(RegisterForDevices registerForDevices);

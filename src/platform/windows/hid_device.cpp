@@ -7,8 +7,7 @@
 
 namespace {
 
-/// The most that the driver takes. It keeps 32 unless asked for more, which a knob that is spun can fill while the
-/// reader writes trace lines.
+/// The driver's maximum. By default it keeps 32, which a fast knob can fill while the reader writes trace lines.
 constexpr ULONG mostKeptReports = 512;
 
 } // namespace
@@ -44,7 +43,7 @@ bool HidDevice::attributes(HidAttributes& attributes) const {
 
 bool HidDevice::serialNumber(std::string& serial) const {
     constexpr std::size_t answerLength = 256;
-    // One more than the device may fill, so that the text ends in any case.
+    // One more than the device may fill, so that the text always ends in a zero.
     std::array<wchar_t, answerLength + 1> wide{};
     if (!HidD_GetSerialNumberString(handle, wide.data(), answerLength * sizeof(wchar_t))) {
         return false;
@@ -123,7 +122,7 @@ HidWriteResult HidDevice::write(std::span<const std::uint8_t> report) const {
 }
 
 HidWriteResult HidDevice::setOutputReport(std::span<const std::uint8_t> report) const {
-    // The call takes no constant bytes, though it changes none.
+    // The call's parameter isn't const, though it changes nothing.
     std::vector<std::uint8_t> bytes(report.begin(), report.end());
     if (!HidD_SetOutputReport(handle, bytes.data(), static_cast<ULONG>(bytes.size()))) {
         return {.ok = false, .count = 0, .error = GetLastError()};

@@ -40,17 +40,18 @@ public:
     bool getFeature(std::span<std::uint8_t> report) const;
 
     /// A timeout leaves the read pending, and the next call issues another one into the same buffer. A report that
-    /// completes an earlier read before the next call waits is not handed out; cancelling ends all that are pending.
+    /// completes an earlier read before the next call waits is lost. That is the bridge's fixed behaviour; with
+    /// `extensions.singlePendingRead` it calls `readSinglePending` instead. Cancelling ends all pending reads.
     HidReadResult read(HidRead& read, std::chrono::milliseconds limit);
 
-    /// A timeout leaves the read pending, and the next call waits for it again, so that every report is handed out. Not
-    /// to be mixed with `read` on the same `HidRead`.
+    /// A timeout leaves the read pending, and the next call waits for it again, so every report is returned. Don't mix
+    /// with `read` on the same `HidRead`.
     HidReadResult readSinglePending(HidRead& read, std::chrono::milliseconds limit);
 
-    /// Has the driver keep as many reports as it can for this handle while nobody reads. A refusal is ignored.
+    /// Makes the driver keep as many reports as it can for this handle between reads. A refusal is ignored.
     void keepMoreReports() const;
 
-    /// For good: every later read fails too.
+    /// Permanent: every later read fails too.
     void cancelReads();
     HidWriteResult write(std::span<const std::uint8_t> report) const;
     HidWriteResult setOutputReport(std::span<const std::uint8_t> report) const;
@@ -58,7 +59,7 @@ public:
 private:
     const HANDLE handle;
 
-    // Held while a read is issued and while all are cancelled, so that none slips in behind the cancelling.
+    // Held while a read is issued and while all are cancelled, so that no read starts after the cancelling.
     std::mutex issueMutex;
     bool cancelled = false;
 

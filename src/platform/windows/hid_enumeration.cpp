@@ -12,7 +12,7 @@ std::string interfacePath(HDEVINFO devices, SP_DEVICE_INTERFACE_DATA& deviceInte
     }
     std::vector<char> memory(size);
     auto* detail = reinterpret_cast<SP_DEVICE_INTERFACE_DETAIL_DATA_A*>(memory.data());
-    // The size of the fixed part, whatever follows it.
+    // The size of the fixed part alone.
     detail->cbSize = sizeof *detail;
     if (!calls.detail(devices, &deviceInterface, detail, size, nullptr, nullptr)) {
         return {};

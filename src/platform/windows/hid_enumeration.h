@@ -14,8 +14,8 @@ struct DeviceInterfaceCalls {
     std::function<decltype(SetupDiGetDeviceInterfaceDetailA)> detail;
 };
 
-/// The paths of a set's interfaces of that class, in the set's order. An interface whose detail can't be had, since it
-/// has just gone for example, is skipped.
+/// The paths of a set's interfaces of that class, in the set's order. An interface that gives no detail, for example
+/// because it has just been removed, is skipped.
 std::vector<std::string> interfacePaths(HDEVINFO devices, const GUID& interfaceClass,
                                         const DeviceInterfaceCalls& calls);
 

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Binds one export after the other, and remembers the first that isn't there.
+/// Binds one export after the other and remembers the first missing one.
 class Exports {
 public:
     explicit Exports(HMODULE dll) : dll(dll) {}
@@ -44,7 +44,7 @@ SimConnectLibrary bindAll(Exports& exports) {
 
 /// Null with the system's reason in `code`.
 HMODULE loadQuietly(const std::string& fileName, DWORD& code) {
-    // A message box about a bad library would wait for a click that nobody at a cockpit makes.
+    // A message box about a bad library would wait for a click, but a cockpit may have neither mouse nor keyboard.
     DWORD modeBefore = 0;
     SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &modeBefore);
     const HMODULE dll =

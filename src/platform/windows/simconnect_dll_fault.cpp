@@ -16,7 +16,7 @@ namespace {
 constexpr std::uint32_t errorVirusInfected = 225;
 constexpr std::uint32_t errorVirusDeleted = 226;
 
-/// The folders in which a library is sought, in this order.
+/// The folders that are searched for a library, in this order.
 std::array<std::string, 2> searchedFolders() {
     constexpr DWORD longestPath = 32767;
     std::string program(longestPath, '\0');
@@ -26,7 +26,7 @@ std::array<std::string, 2> searchedFolders() {
     return {FileSystem::parentPath(program), system};
 }
 
-/// The file that the system will have found; none: there is none.
+/// The file that the system must have found; none if there is no such file.
 std::optional<std::string> foundFile(const std::string& fileName) {
     for (const std::string& folder : searchedFolders()) {
         const std::string path = FileSystem::join(folder, fileName);
@@ -37,7 +37,7 @@ std::optional<std::string> foundFile(const std::string& fileName) {
     return std::nullopt;
 }
 
-/// False when the file has no room for it.
+/// False when the file is too short.
 template <typename Record>
 bool readInto(std::ifstream& file, Record& record) {
     std::array<char, sizeof(Record)> bytes{};
@@ -48,7 +48,7 @@ bool readInto(std::ifstream& file, Record& record) {
     return true;
 }
 
-/// The kind of processor that an executable file is made for; 0: it is no such file.
+/// The processor type of an executable file; 0 if it isn't one.
 std::uint16_t machineOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     IMAGE_DOS_HEADER dosHeader{};
