@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-/// Bytes that wait to be sent. Keeps its memory, so a steady flow allocates nothing. Not synchronised.
+/// Bytes that wait to be sent. Reuses its memory, so a steady flow allocates nothing. Not synchronised.
 class OutboundBuffer {
 public:
     /// Append new bytes here.

@@ -47,6 +47,6 @@ private:
 bool havePipes();
 
 /// Connects to the pipe \\host\pipe\name; "." is this machine. Waits up to the limit for a pipe whose instances are all
-/// taken. For a pipe of another machine the system alone decides how long this takes. Returns no pipe when nobody
+/// taken. For a pipe of another machine the system alone decides how long this takes. Returns no pipe when nothing
 /// listens there.
 Pipe connectPipe(const std::string& host, const std::string& name, std::chrono::milliseconds limit);

@@ -8,8 +8,8 @@
 namespace SimConnectWire {
 namespace {
 
-// What a client of a protocol version sends about itself in OPEN: the generation's name spelled backwards ("FSX", "KH",
-// "SR"), and the version and build of its library. Simulators check them against the protocol version.
+// What a client of each protocol version sends about itself in OPEN: the generation's name spelled backwards ("FSX",
+// "KH", "SR"), and the version and build of its library. Simulators check them against the protocol version.
 struct ClientLibrary {
     std::uint32_t protocol;
     std::uint32_t tag;

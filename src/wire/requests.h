@@ -53,7 +53,7 @@ enum RequestType : std::uint32_t {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// What a request's head has besides size and type.
+/// The fields of a request's head besides size and type.
 struct RequestHead {
     /// Counts a session's requests.
     std::uint32_t sendId = 0;

@@ -14,7 +14,7 @@ SimConnectHandle SessionRegistry::add(std::shared_ptr<WireSession> session) {
     const std::lock_guard lock(mutex);
     ++lastHandle;
     sessions.emplace(lastHandle, std::move(session));
-    // The interface wants a pointer. It is only a number, which nobody dereferences.
+    // The interface requires a pointer. It is only a number and is never dereferenced.
     return reinterpret_cast<SimConnectHandle>(lastHandle); // NOLINT(performance-no-int-to-ptr)
 }
 

@@ -25,7 +25,7 @@ using SimConnectEndpoints = std::vector<SimConnectEndpoint>;
 /// The pipe that the simulator makes for local clients.
 inline constexpr std::string_view simConnectPipe = R"(Microsoft Flight Simulator\SimConnect)";
 
-/// The configuration index that means the local simulator, whatever SimConnect.cfg says.
+/// The configuration index that means the local simulator and ignores SimConnect.cfg.
 constexpr std::uint32_t simConnectLocalIndex = 0xFFFFFFFFU;
 
 /// This machine's simulator: on its pipe where the system has pipes, else by TCP.
@@ -35,10 +35,10 @@ SimConnectEndpoints localSimConnectEndpoints();
 /// [SimConnect] is index 0 and [SimConnect.N] index N. Each of the keys may be missing: Protocol (Pipe, Ipv4, Ipv6,
 /// Auto), Address, and Port, which for a pipe is its name. Auto, the default, is the pipe if the address is this
 /// machine's, then IPv6, then IPv4; with a Port that is no number it is the pipe alone. Sections and keys match in any
-/// case, and the first of two counts.
+/// case; of duplicates, the first applies.
 ///
-/// simConnectInvalidArgument: there is no such section. simConnectFail: there is one, but no endpoint comes of it,
-/// because of an unknown protocol or an invalid port or pipe host. Both leave `endpoints` unchanged.
+/// simConnectInvalidArgument: there is no such section. simConnectFail: there is one, but it gives no endpoint, because
+/// of an unknown protocol or an invalid port or pipe host. Both leave `endpoints` unchanged.
 SimConnectResult parseSimConnectCfg(std::string_view text, std::uint32_t configIndex, SimConnectEndpoints& endpoints);
 
 /// Reads them from the first SimConnect.cfg in these folders. Without one, or with simConnectLocalIndex, they are the

@@ -7,19 +7,19 @@
 
 struct SimConnectOpenLimits {
     /// How long to wait for the first answer. A simulator that refuses a session does so at once, but one that is
-    /// starting up may take 20 seconds to agree. So silence counts as success, and a longer wait would gain nothing.
+    /// starting up may take 20 seconds to agree. So silence is a success, and a longer wait would gain nothing.
     std::chrono::milliseconds answer{250};
 };
 
-/// SimConnect_Open at a given endpoint, whatever SimConnect.cfg says. Waits up to 5 seconds for a TCP connection, or
-/// 1 second for a pipe that is busy, and then for the simulator's first answer: an exception or the connection's end
-/// within the limit is a failure, silence is not. The first dispatch hands out whatever arrived meanwhile, the answer
+/// SimConnect_Open at a given endpoint, ignoring SimConnect.cfg. Waits up to 5 seconds for a TCP connection, or 1
+/// second for a pipe that is busy, and then for the simulator's first answer: an exception or the connection's end
+/// within the limit is a failure, silence is not. The first dispatch delivers all that arrived meanwhile, the answer
 /// included. On VERSION_MISMATCH it connects again with the next protocol version.
 ///
 /// When VERSION_MISMATCH comes after the limit, the session stays open and mute until the simulator ends it. No other
 /// version is tried then, since the requests sent meanwhile can't be taken back.
 ///
-/// simConnectFail: nobody listens there, or the simulator gave no session.
+/// simConnectFail: nothing listens there, or the simulator refused a session.
 ///
 /// No later call waits for the simulator, except that the loss of a pipe may take up to a second. Requests that the
 /// simulator doesn't take wait in memory, so a stall of some seconds loses none of them. When it takes no byte for
@@ -28,6 +28,6 @@ struct SimConnectOpenLimits {
 SimConnectResult simConnectOpenAt(SimConnectHandle* handle, const char* name, const SimConnectEndpoint& endpoint,
                                   SimConnectOpenLimits limits = {});
 
-/// Tries the endpoints in turn and opens the session at the first one that gives one.
+/// Tries the endpoints in turn and opens the session at the first one that accepts it.
 SimConnectResult simConnectOpenAtFirst(SimConnectHandle* handle, const char* name, const SimConnectEndpoints& endpoints,
                                        SimConnectOpenLimits limits = {});

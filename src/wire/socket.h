@@ -41,6 +41,6 @@ private:
 enum class AddressFamily { Any, Ipv4, Ipv6 };
 
 /// Connects to a literal address or a host name, trying each of its addresses in turn. Gives up after the limit, which
-/// doesn't count the look-up of a name. Returns no socket when nobody listens there.
+/// doesn't count the look-up of a name. Returns no socket when nothing listens there.
 Socket connectSocket(const std::string& host, std::uint16_t port, AddressFamily family,
                      std::chrono::milliseconds limit);

@@ -30,7 +30,7 @@ enum class OpenOutcome {
     Refused,
 };
 
-/// Hands the reader's whole messages to `proc` in order while `proceed()` is true. Returns how many.
+/// Passes the reader's whole messages to `proc` in order while `proceed()` is true. Returns how many.
 template <typename Proceed>
 std::size_t handOutMessages(MessageReader& reader, SimConnectDispatchProc proc, void* context, const Proceed& proceed) {
     std::size_t count = 0;
@@ -54,7 +54,7 @@ public:
                          std::uint32_t protocolVersion = SimConnectWire::protocolVersions.front());
 
     /// Sends OPEN with this name, which satisfies `isName`, and waits up to the limit for the first message. The first
-    /// dispatch hands out whatever arrived meanwhile. Must be the first call, before other threads have the session.
+    /// dispatch delivers all that arrived meanwhile. Must be the first call, before other threads have the session.
     OpenOutcome open(const char* name, std::chrono::milliseconds answerLimit);
 
     /// Appends the request that `encode(bytes, head)` makes, and sends as much as the connection takes. Returns
@@ -70,13 +70,13 @@ public:
         return stateResult();
     }
 
-    /// Sends what waits, reads what has come, and hands it to `proc` with no lock held. Messages from before the link's
-    /// end come first, with success; only a call that finds none reports the loss. A call from inside `proc`, or from
-    /// another thread meanwhile, does nothing and succeeds.
+    /// Sends what waits, reads what has arrived, and passes it to `proc` with no lock held. Messages from before the
+    /// link's end come first, with success; only a call that finds none reports the loss. A call from inside `proc`, or
+    /// from another thread meanwhile, does nothing and succeeds.
     SimConnectResult dispatch(SimConnectDispatchProc proc, void* context);
 
-    /// Sends what the connection still takes, then ends it in order. Drops the messages not yet handed out. A call of
-    /// `proc` that another thread is in still runs to its end.
+    /// Sends what the connection still takes, then ends it in order. Drops the messages not yet delivered. A call of
+    /// `proc` on another thread still runs to its end.
     void close();
 
 private:

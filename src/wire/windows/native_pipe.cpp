@@ -9,7 +9,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// The system cancels operations on a local pipe at once; on another machine's it may take its time.
+// The system cancels operations on a local pipe at once; on another machine's pipe that may be slow.
 constexpr std::chrono::seconds cancelLimit{1};
 
 } // namespace

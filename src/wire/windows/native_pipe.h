@@ -13,7 +13,7 @@ struct PipeOperation : OVERLAPPED {
     PipeOperation() : OVERLAPPED{} {}
 
     std::vector<std::uint8_t> buffer;
-    /// From its begin until the caller has taken its outcome.
+    /// From its start until the caller has taken its outcome.
     bool begun = false;
     bool pending = false;
     /// The outcome, once it isn't pending.
@@ -24,7 +24,7 @@ struct PipeOperation : OVERLAPPED {
 };
 
 /// An open pipe and the operations on it. Not synchronised: one thread at a time. The system cancels an operation when
-/// the thread that began it ends, unless the handle has a completion port; so it has one.
+/// the thread that began it ends, unless the handle has a completion port; so the pipe has one.
 class NativePipe {
 public:
     /// Takes over an open pipe. On failure closes it and returns null.

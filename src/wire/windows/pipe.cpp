@@ -52,7 +52,7 @@ TransferStatus read(NativePipe& pipe) {
 
 // Null when the pipe can't be opened; the system's last error then says why.
 HANDLE openPipe(const std::string& path) {
-    // Lets whoever made the pipe see who this is, but not act as this user.
+    // Lets the pipe's server identify this user but not act as this user.
     constexpr DWORD flags = FILE_FLAG_OVERLAPPED | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
     const HANDLE handle =
         CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, flags, nullptr);
