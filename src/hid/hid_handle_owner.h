@@ -4,8 +4,8 @@
 
 #include <string>
 
-/// Owns an open handle of a transport, or none, and closes it at the end of its life or when another takes its place.
-/// The transport must outlive it. Not for use by two threads at once, except that any thread may use the handle itself.
+/// Owns an open handle of a transport, or none, and closes it when it is destroyed or gets another handle. The
+/// transport must outlive it. Not synchronised, except that any thread may use the handle itself.
 class HidHandleOwner {
 public:
     HidHandleOwner() = default;
@@ -29,5 +29,5 @@ private:
     HidHandle handle = invalidHidHandle;
 };
 
-/// Opens a path for reading and writing, or where that is refused for reading alone. Owns nothing when both are.
+/// Opens a path for reading and writing or, where that is refused, for reading alone. Owns nothing when both fail.
 HidHandleOwner openForReading(const HidTransport& transport, const std::string& path, HidMode mode);

@@ -11,10 +11,10 @@
 
 // The log lines that tools read back, each with its writer and its reader, so that a line can only change in one place.
 // The bridge writes them; the replay of a trace, the scenario player and the page read them. Logs that users have kept
-// hold them too, so their bytes are fixed.
+// contain them too, so their bytes are fixed.
 //
-// Writers make the log's message, without time and level. Readers skip what precedes it in the line, and give none for
-// any other line. Names come from boards and configuration files: a reader misreads a name that contains another
+// Writers make the log's message, without time and level. Readers skip what precedes it in the line, and return none
+// for any other line. Names come from boards and configuration files: a reader misreads a name that contains another
 // field's mark, such as a role with "(" in it.
 
 /// "HID device connected: BOARD index=0": the place in which a board was found.

@@ -11,7 +11,8 @@ namespace {
 /// Ids of USB devices have 16 bits.
 constexpr unsigned idLimit = 0x10000;
 
-/// As lenient as sscanf: a leading 0x and stray characters behind the digits pass. Files that work must go on working.
+/// As lenient as sscanf: a leading 0x and stray characters after the digits are accepted, so that files that users
+/// already have keep working.
 bool parseId(const std::string& text, std::uint32_t& id) {
     unsigned value = 0;
     if (text.empty() || std::sscanf(text.c_str(), "%x", &value) != 1 || value >= idLimit) {
@@ -89,8 +90,8 @@ void HidManager::scanDevices() {
         return;
     }
     // Outside the mutex, because every HID device on the machine is opened: one that hangs stalls this pass, not the
-    // boards at work. Of two passes at once the one with the older list may end a session that the other has just made;
-    // the next pass makes it again.
+    // connected boards. Of two simultaneous passes, the one with the older list may end a session that the other has
+    // just made; the next pass makes it again.
     const auto paths = findMatchingPaths(vendorId, productId);
     const std::lock_guard lock(mutex);
     disconnectEnded(paths);
@@ -137,7 +138,7 @@ void HidManager::disconnectEnded(const std::vector<std::string>& paths) {
 }
 
 bool HidManager::hasEnded(const HidDeviceSession& session, const std::vector<std::string>& paths) const {
-    // A board that comes back under its old path between two passes was never missing, but its old handles are dead.
+    // A board that was replugged under its old path between two passes was never missing, but its old handles are dead.
     const bool reopen = reopenStoppedReaders && session.readerEnded;
     return reopen || std::find(paths.begin(), paths.end(), session.path) == paths.end();
 }

@@ -21,7 +21,7 @@ struct HidManagerSettings {
     std::string productIdText;
     /// Stored, but no read waits for it.
     std::int32_t readIntervalMs = 2;
-    /// 0 or below: no pause between passes at all.
+    /// 0 or below: no pause between passes.
     std::int32_t scanIntervalMs = 1000;
     /// Reads by the transport's `makeSinglePendingReader`, where it has one.
     bool singlePendingRead = false;
@@ -72,7 +72,7 @@ struct HidDeviceSummary {
 
 /// Owns everything between the system and the boards: finds them, keeps one session and one reader thread for each, and
 /// writes to them. All operations may be called from any thread. Reader threads never take the mutex, and they are
-/// joined while it is held: whoever holds a lock that the event callback needs must not call into the manager.
+/// joined while it is held: a thread that holds a lock that the event callback needs must not call into the manager.
 class HidManager {
 public:
     HidManager(HidTransport transport, Host host);
@@ -91,8 +91,9 @@ public:
     /// Before `start` only.
     void setTraceEnabled(bool traceEnabled);
 
-    /// One pass: disconnects the boards that have gone, connects those that have come. With `reopenStoppedReaders` a
-    /// board whose reader has ended counts as both. Blocks as long as their feature reports and joins take.
+    /// One pass: disconnects the boards that have gone, connects those that have come. With `reopenStoppedReaders`, it
+    /// also disconnects and reconnects a board whose reader has ended. Blocks as long as their feature reports and
+    /// joins take.
     void scanDevices();
 
     /// The connected boards, in the order of their paths.
@@ -100,17 +101,18 @@ public:
 
     bool hasDevices();
 
-    /// Tells every board, present and to come, whether the simulator session is up. A repeated state writes nothing.
+    /// Reports to every board, present and future, whether the simulator session is up. A repeated state writes
+    /// nothing.
     void sendSimStatus(bool connected);
 
-    /// Sets one board's light. The name is looked for first, the index after it. False when there is no such board or
-    /// its output is disabled; true says that there was a board to write to, not that the write reached it.
+    /// Sets one board's light. Looks for the name first, then for the index. False when there is no such board or its
+    /// output is disabled; true says that there was a board to write to, not that the write reached it.
     bool sendLedControl(const std::string& deviceName, int index, const LedCommand& command);
 
-    /// Has the next light command to that board written even if it equals the last one.
+    /// Makes the next light command to that board be written even if it equals the last one.
     void invalidateLedCache(const std::string& deviceName, int index);
 
-    /// Tells every board to reboot into its firmware-update mode.
+    /// Reboots every board into its bootloader (BOOTSEL).
     void sendBootselCommand();
 
 private:
@@ -140,7 +142,7 @@ private:
     HidProtocol::Report lastSimStatus{};
     HidProtocol::Report lastLedCtl{};
     bool simStatusValid = false;
-    /// Stays false: a light is one board's own, so there is none to give to every new board.
+    /// Stays false: each board has its own light, so there is none to replay to every new board.
     bool ledCtlValid = false;
 
     // Written before `start`, read by every thread.
@@ -162,7 +164,7 @@ private:
     void announce(const HidDeviceSession& session);
     void replay(const HidDeviceSession& session, const char* reportName, const HidProtocol::Report& report);
     void startReader(HidDeviceSession& session);
-    /// Gives the session after the one that it ends.
+    /// Returns the iterator after the session that it ends.
     Sessions::iterator disconnectBoard(Sessions::iterator ended);
     HidDeviceSession* findBoard(const std::string& deviceName, int index);
     void sendReport(const HidDeviceSession& session, const char* reportName, const HidProtocol::Report& report);

@@ -1,4 +1,4 @@
-// The write half of the manager. All writes are synchronous, on the caller's thread, with the mutex held.
+// The manager's writes: all synchronous, on the caller's thread, with the mutex held.
 
 #include "hid/hex_text.h"
 #include "hid/hid_manager.h"
@@ -66,7 +66,7 @@ void HidManager::sendBootselCommand() {
     }
 }
 
-// The name first: a replugged board keeps its name, while its index is another's or nobody's by then.
+// The name first: a replugged board keeps its name, but its old index now belongs to another board or to none.
 HidDeviceSession* HidManager::findBoard(const std::string& deviceName, int index) {
     const auto first = [this](auto matches) -> HidDeviceSession* {
         const auto found = std::find_if(sessions.begin(), sessions.end(), matches);
@@ -92,8 +92,8 @@ void HidManager::sendReport(const HidDeviceSession& session, const char* reportN
     traceOutput(session, reportName, report, result.count);
 }
 
-// Nothing sends this report again, unlike a status or a light. So a short write counts as a failure here, and a failure
-// has the report sent another way.
+// Nothing repeats this report, unlike a status or a light. So a short write is a failure here, and after a failure the
+// report is sent over the control pipe.
 bool HidManager::sendBootsel(const HidDeviceSession& session, const HidProtocol::Report& report) {
     const auto written = transport.write(session.writeHandle, report);
     if (written.ok && written.count == report.size()) {

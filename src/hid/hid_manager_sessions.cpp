@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Only how often an idle reader looks whether it may go on: disconnecting cancels its read.
+/// Only how often an idle reader checks whether to go on: disconnecting cancels its read.
 constexpr std::chrono::milliseconds readLimit{1000};
 
 std::string protocolText(const HidProtocol::ProtocolInfo& info) {
@@ -39,8 +39,8 @@ void HidManager::connectBoard(const std::string& path) {
     if (simStatusValid) {
         replay(*session, "sim_status", lastSimStatus);
     }
-    // Never so: nothing sets the mark. One board's light isn't another's, and the output worker's next pass brings a
-    // new board its own within a second.
+    // Never happens: nothing sets the flag. Each board has its own light, and the output worker's next pass sends a new
+    // board its light within a second.
     if (ledCtlValid) {
         replay(*session, "led_ctl", lastLedCtl);
     }
@@ -71,7 +71,7 @@ void HidManager::identify(HidDeviceSession& session) {
         HidProtocol::decodeDeviceInfo(report, session.deviceInfo, ignoredError)) {
         session.deviceName = HidProtocol::boardIdText(session.deviceInfo);
     } else {
-        // Without a message: a board of another firmware works as well, by a name that isn't as good.
+        // Without a message: a board whose firmware doesn't answer works too, only under a less readable name.
         session.deviceName = session.serial.empty() ? session.path : session.serial;
     }
     session.protocolInfoValid = readFeature(transport, session.readHandle, HidProtocol::protocolInfoReportId, report) &&
@@ -114,8 +114,8 @@ HidManager::Sessions::iterator HidManager::disconnectBoard(Sessions::iterator en
 }
 
 void HidManager::readLoop(HidDeviceSession& session) {
-    // A read that is still pending may write to the reader's buffer at any moment: one copy, so that trace and event
-    // agree.
+    // A read that is still pending may write to the reader's buffer at any moment. One copy keeps trace and event in
+    // agreement.
     std::vector<std::uint8_t> report;
     while (session.running) {
         const auto result = session.reader(readLimit);

@@ -33,7 +33,7 @@ HidProtocol::HidEvent decodePayload(const std::uint8_t* payload) {
 namespace HidProtocol {
 
 bool decodeInputReport(const std::uint8_t* bytes, std::size_t length, HidEvent& event, std::string& error) {
-    // First, because such a read has no id to check: its first byte is the board's own, whatever it holds.
+    // First, because such a read has no id to check: its first byte is data and may have any value.
     if (length == sizeWithoutReportId) {
         event = decodePayload(bytes);
         return true;

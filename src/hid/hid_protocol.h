@@ -40,10 +40,10 @@ constexpr std::uint8_t eventTypeButton = 1;
 constexpr std::uint8_t eventTypeEncoder = 2;
 constexpr std::uint8_t eventTypeBoardNotice = 4;
 
-/// The only action of a device control report: reboot into the firmware-update mode.
+/// The only action of a device control report: reboot into the bootloader (BOOTSEL).
 constexpr std::uint8_t deviceActionBootsel = 2;
 
-/// A decoded input report. It knows nothing of the board it came from.
+/// A decoded input report, without the board that it came from.
 struct HidEvent {
     std::uint8_t headerByte = 0;
     std::uint8_t type = 0;
@@ -51,7 +51,7 @@ struct HidEvent {
     std::int8_t value = 0;
     /// Rotation speed class of an encoder.
     std::uint8_t speed = 0;
-    /// 0 stands for the role "PFD", 1 for "MFD"; any other leaves the role to the configuration.
+    /// 0 is the role "PFD", 1 "MFD"; with any other value the configuration decides the role.
     std::uint8_t mode = 0;
     std::uint16_t trailerWord = 0;
 
