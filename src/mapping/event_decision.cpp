@@ -13,7 +13,7 @@ using HidProtocol::HidEventAction;
 
 namespace {
 
-/// The speed class from which a control's fast command is taken. The firmware decides which turns belong to a class.
+/// The lowest speed class that uses a control's fast command. The firmware decides which turns belong to a class.
 constexpr std::uint8_t fastSpeed = 4;
 
 constexpr std::array mapButtons = {"MAP_LEFT", "MAP_RIGHT", "MAP_UP", "MAP_DOWN"};
@@ -32,7 +32,7 @@ std::string_view nameOf(const std::map<std::int32_t, std::string>& names, std::i
     return found == names.end() ? std::string_view() : found->second;
 }
 
-/// The board's own mode outranks the role that the configuration gives it.
+/// The board's own mode overrides the role in the configuration.
 std::string roleOf(const HidEvent& event, const DeviceEntry* device) {
     if (event.mode == 0) {
         return "PFD";

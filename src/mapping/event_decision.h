@@ -11,9 +11,9 @@
 #include <string_view>
 #include <vector>
 
-/// What an event is and what the bridge does about it, as far as the configuration decides that. Whether the simulator
-/// and the module can be reached is the router's business. Views and pointers reach into the configuration, the event
-/// map and constants, and live as long as those.
+/// What an event is and what the bridge does about it, as far as the configuration decides that. The router handles
+/// whether the simulator and the module can be reached. Views and pointers refer to the configuration, the event map
+/// and constants, and are valid as long as those.
 struct EventDecision {
     // What it is.
 
@@ -28,9 +28,9 @@ struct EventDecision {
 
     // What to do about it.
 
-    /// The board's lights are the firmware's own for a moment.
+    /// The firmware controls the board's lights for a moment.
     bool pausesLights = false;
-    /// A map button with MobiFlight enabled: its press goes out past the queue, its hold is repeated by the bridge.
+    /// A map button with MobiFlight enabled: its press bypasses the queue, and the bridge repeats its hold.
     bool isMapButton = false;
     /// Commands to take out of MobiFlight's queue, in this order.
     std::vector<std::string> cancelled;

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string>
 
-/// What came of an event.
+/// What the bridge did with an event.
 struct EventOutcome {
     /// What `queueRpn` was given for a knob; 0 for anything else.
     std::uint32_t mfAmount = 0;

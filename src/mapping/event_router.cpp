@@ -103,8 +103,8 @@ void EventRouter::queueCommand(const EventDecision& decision, EventOutcome& outc
         return;
     }
     if (!context.mobiflight->isReady()) {
-        // The line promises more than happens: a control with a command has no event of the simulator's to fall back
-        // to. The press is lost, so that it doesn't act on a flight that is loaded minutes later.
+        // The line is wrong: a control with a command has no simulator event to fall back to. People and tools know the
+        // line as it is. The press is lost, so that it doesn't act on a flight that is loaded minutes later.
         if (Logger::instance().debugEnabledNow()) {
             Logger::instance().debug("MobiFlight not ready; using SimConnect fallback for " +
                                      std::string(decision.controlName));

@@ -12,9 +12,9 @@
 #include <mutex>
 #include <string>
 
-/// Takes the boards' events one at a time, strictly in the order of their submission, and carries out what
-/// `decideEvent` says about each: on its own thread, the event worker. It never waits for MobiFlight's rate limit; only
-/// a map button's press and a simulator event are sent on this thread.
+/// Takes the boards' events one at a time, strictly in the order of their submission, and carries out each decision of
+/// `decideEvent` on its own thread, the event worker. It never waits for MobiFlight's rate limit; only a map button's
+/// press and a simulator event are sent on this thread.
 class EventRouter {
 public:
     /// The references must outlive the router.
@@ -24,7 +24,8 @@ public:
     bool start(std::string& error);
     bool running() const { return worker.running(); }
 
-    /// Ends the worker with the event it has in hand; the queued ones stay. True for the first call after a start.
+    /// Ends the worker after the event that it is handling; the queued ones stay. True for the first call after a
+    /// start.
     bool requestStop();
     void join() { worker.join(); }
 

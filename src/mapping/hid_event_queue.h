@@ -17,7 +17,7 @@ struct QueuedHidEvent {
 class HidEventQueue {
 public:
     /// Appends an event. A button's release first removes the queued hold repeats of the same button on the same board:
-    /// the button is up, and they would act after that. Everything else keeps its place.
+    /// the button is up, and the repeats would act after that. Everything else keeps its place.
     void push(QueuedHidEvent entry);
 
     /// Removes the oldest event. The queue must not be empty.

@@ -58,7 +58,7 @@ void HoldRepeater::run() {
 
 void HoldRepeater::sendDue(const std::vector<DueHold>& due) {
     for (const auto& [key, command] : due) {
-        // A release that came during the sends before this one ends the hold right away.
+        // A release that came during the earlier sends ends the hold right away.
         if (!isHeld(key)) {
             continue;
         }

@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-/// Repeats the commands of held map buttons at a steady pace of its own, past MobiFlight's queue and rate limit: on its
-/// own thread, the hold worker. A hold ends by `stopHold` or `clear` alone, so it outlives a board that goes away with
-/// the button down.
+/// Repeats the commands of held map buttons at a steady pace on its own thread, the hold worker, bypassing MobiFlight's
+/// queue and rate limit. Only `stopHold` or `clear` ends a hold, so it outlives a board that is unplugged with the
+/// button down.
 class HoldRepeater {
 public:
     /// The references must outlive the repeater.

@@ -24,7 +24,7 @@ struct DueHold {
 /// The key of a held button. The same button on two boards, or on one board in another mode, has two keys.
 std::string holdKey(const std::string& deviceName, int index, std::uint16_t controlId, const std::string& role);
 
-/// The period in nanoseconds for the configured milliseconds. A value below 1 counts as 10 ms.
+/// The period in nanoseconds for the configured milliseconds; 10 ms for a value below 1.
 std::int64_t holdPeriodNs(std::int32_t configuredMs);
 
 /// The held map buttons by key. Time is an argument in nanoseconds. Has no lock of its own.

@@ -10,8 +10,8 @@ class LedPauses {
 public:
     static constexpr std::int64_t pauseNs = 1'500'000'000;
 
-    /// Pauses a board until `pauseNs` after `now`; never shortens a pause. A board goes by its name, one without a name
-    /// by its index.
+    /// Pauses a board until `pauseNs` after `now`; never shortens a pause. A board is identified by its name, one
+    /// without a name by its index.
     void pause(const std::string& deviceName, int index, std::int64_t now);
 
     /// Whether the board is paused. Removes a pause that is over.

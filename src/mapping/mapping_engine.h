@@ -40,7 +40,7 @@ public:
     /// lookup, no logging, no I/O. While the engine isn't running the event is dropped.
     void submitEvent(const HidProtocol::HidEvent& event, const std::string& deviceName, int index);
 
-    /// Has the lights of all boards computed anew once no further request has come for `outputs.debounceMs`.
+    /// Recomputes the lights of all boards once no further request has come for `outputs.debounceMs`.
     void requestOutputUpdate();
 
     /// An LVar text from the module.

@@ -18,7 +18,7 @@ std::string lightLabel(const AppConfig* config) {
 }
 
 // Takes the lock twice, not once: the simulator sends battery and backlight in separate messages, so no pair of them is
-// more right than another, and what changes between the two has asked for a push of its own.
+// more right than another, and a change between the two has requested a push of its own.
 LightState readState(SharedSimState& state) {
     LightState snapshot;
     {
@@ -108,7 +108,7 @@ void OutputDriver::push() {
     }
     LightState state = readState(*context.simState);
     state.simConnected = simConnected;
-    // Every board each time: the manager writes no report that the board has got already.
+    // Every board each time: the manager doesn't write a report that equals the board's last one.
     for (const HidDeviceSummary& board : context.hid->listDevices()) {
         if (isPaused(board.deviceName, board.index)) {
             continue;
@@ -127,8 +127,8 @@ void OutputDriver::pause(const std::string& deviceName, int index) {
         const std::lock_guard lock(pauseMutex);
         pauses.pause(deviceName, index, now);
     }
-    // Whatever the firmware shows meanwhile: without its cache the board gets its state once the pause is over, even if
-    // that is the same as before.
+    // The firmware now shows something of its own. Without the cache, the board gets its state again after the pause,
+    // even if that hasn't changed.
     if (context.hid != nullptr) {
         context.hid->invalidateLedCache(deviceName, index);
     }

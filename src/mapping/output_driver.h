@@ -24,13 +24,13 @@ public:
     void requestStop();
     void join() { worker.join(); }
 
-    /// Asks for a push. Any thread.
+    /// Requests a push. Any thread.
     void requestUpdate();
 
-    /// Takes the light's value out of a text of the module's, stores it and asks for a push. Any thread.
+    /// Reads the light's value from a text of the module's, stores it and requests a push. Any thread.
     void onBacklightPayload(const std::string& text);
 
-    /// Leaves a board's lights alone for a moment, and has them written anew after it. On the event worker.
+    /// Pauses a board's lights for a moment and writes them again afterwards. On the event worker.
     void pause(const std::string& deviceName, int index);
 
 private:
@@ -51,7 +51,7 @@ private:
     LedPauses pauses;
 
     void run();
-    /// Waits until a push is due. False when the worker is to end instead.
+    /// Waits until a push is due. False when the worker must end instead.
     bool waitForTurn();
     void push();
     bool isPaused(const std::string& deviceName, int index);

@@ -74,8 +74,8 @@ LedCommand backlightCommand(const BacklightProfile& backlight, bool known, doubl
     return steady(backlightLevel(backlight, known, value));
 }
 
-/// Reads a number at the start of the text, white space before it allowed. How far it went is in `end`; 0 for none, and
-/// for one too large or too small for a double.
+/// Reads a number at the start of the text, white space before it allowed. `end` is the position after it. 0 for no
+/// number, and for one too large or too small for a double.
 double readNumber(const std::string& text, std::size_t& end) {
     char* stop = nullptr;
     errno = 0;
@@ -84,7 +84,7 @@ double readNumber(const std::string& text, std::size_t& end) {
     return number;
 }
 
-/// Where the variable's name stands in the text, best with its "L:"; npos for nowhere.
+/// The position of the variable's name in the text, preferably with its "L:"; npos if it isn't there.
 std::size_t findVariable(const std::string& text) {
     const std::string upper = upperCased(text);
     const std::size_t prefixed = upper.find("L:" + std::string(backlightVariable));

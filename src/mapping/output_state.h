@@ -22,7 +22,8 @@ std::optional<LedCommand> boardLedCommand(const AppConfig& config, const std::st
                                           const LightState& state);
 
 /// What a board's light shows for a state of the simulator: the disconnection effect, the battery effect, or the
-/// backlight. An unknown battery counts as on. Pure.
+/// backlight. An unknown battery is taken as on, so that a board doesn't show a lack of power before the first value
+/// has come. Pure.
 LedCommand computeLedCommand(const OutputProfile& profile, bool simConnected, bool batteryKnown, bool batteryOn,
                              bool backlightKnown, double backlightValue);
 

@@ -56,7 +56,7 @@ bool writeCommandArea(const SimConnectLibrary& library, SimConnectClient* client
     if (!callSucceeded("SimConnect_SetClientData", result, error)) {
         return false;
     }
-    // The whole text even when it was cut: the reader wants to know which command was too long.
+    // The whole text even when it was cut: the user needs to know which command was too long.
     if (Logger::instance().debugEnabledNow()) {
         Logger::instance().debug("MobiFlight command: " + std::string(text));
     }

@@ -13,5 +13,5 @@ std::string blockText(const std::uint8_t* data, std::uint32_t size);
 /// single that the block begins with, as "%f" prints it. None when the block is too short or the number isn't finite.
 ///
 /// The module writes numbers only, but their bytes can look like a text: 0.7 begins with "333?". With `numbersOnly` the
-/// block is always a number; otherwise such a value arrives as a text that means nothing.
+/// block is always a number; otherwise such a value arrives as a meaningless text.
 std::optional<std::string> lvarText(const std::uint8_t* data, std::uint32_t size, bool numbersOnly);

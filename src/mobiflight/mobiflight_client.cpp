@@ -23,7 +23,7 @@ void MobiFlightClient::setExtensions(const ExtensionsConfig& config) {
 }
 
 bool MobiFlightClient::start(SimConnectClient* client, const MobiFlightConfig& config, std::string& error) {
-    // Before the refusals below: a client that runs takes the new settings, or is disabled, by a start that fails.
+    // Before the refusals below: a start that fails still gives a running client the new settings, or disables it.
     configure(client, config);
     if (!enabled) {
         return true;
@@ -56,7 +56,7 @@ void MobiFlightClient::stop() {
         return;
     }
     {
-        // A worker that has found itself running but doesn't wait yet would miss the broadcast. It holds this mutex
+        // A worker that has seen itself running but doesn't wait yet would miss the broadcast. It holds this mutex
         // until it waits.
         const std::lock_guard lock(queueMutex);
     }

@@ -20,8 +20,8 @@
 
 using LVarHandler = std::function<void(const std::string& text)>;
 
-/// The bridge's end of the MobiFlight module: registers as its client over three client data areas, queues, merges and
-/// paces RPN commands, and reads the one variable it subscribes to. Operations may be called from any thread.
+/// The bridge's client of the MobiFlight module: registers as its client over three client data areas, queues, merges
+/// and paces RPN commands, and reads the one variable it subscribes to. Operations may be called from any thread.
 class MobiFlightClient {
 public:
     MobiFlightClient(SimConnectLibrary library, Host host);
@@ -52,12 +52,13 @@ public:
     /// The module has confirmed the registration in this session.
     bool isReady() const;
 
-    /// Queues an RPN command `amount` times (which counts for `Encoder` alone; 0 queues nothing). Never waits for the
-    /// rate limit or for the simulator. False with `error` set only for a disabled or stopped client and an empty text.
+    /// Queues an RPN command `amount` times (only for `Encoder`; the other kinds once; 0 queues nothing). Never waits
+    /// for the rate limit or for the simulator. False with `error` set only for a disabled or stopped client and an
+    /// empty text.
     bool queueRpn(const std::string& rpn, RpnKind kind, std::uint32_t amount, std::string& error);
 
-    /// Writes a command on the caller's thread, past the queue and the rate limit. False with `error` set, or with an
-    /// empty `error` when the write failed: the log then has the cause already.
+    /// Writes a command on the caller's thread, bypassing the queue and the rate limit. False with `error` set, or with
+    /// an empty `error` when the write failed: the log then already has the cause.
     bool sendRpnNow(const std::string& rpn, std::string& error);
 
     /// Removes the command from the queue. One that is in flight isn't stopped.
@@ -75,7 +76,7 @@ private:
     std::string responseChannel;
     std::string lvarsChannel;
     std::int32_t rpnRateLimitMs = 0;
-    /// Comes with its section of the settings and isn't read here: the mapping engine repeats the holds.
+    /// A setting of the MobiFlight section that is not used here: the mapping engine repeats the holds.
     std::int32_t mapHoldRepeatMs = 0;
     ExtensionsConfig extensions;
 
@@ -102,12 +103,12 @@ private:
     /// Counts the changes of the session.
     std::uint32_t sessionNumber = 0;
 
-    // Guards no member: whoever holds it may write to the command area. Held over a command and its dummy, and over a
+    // Guards no member: its holder may write to the command area. Held across a command and its dummy, and across a
     // whole burst of detents, so that two senders can't interleave.
     std::mutex sendMutex;
     RateLimit rateLimit;
 
-    // Guards `lvarHandler`, which is copied under it and called outside.
+    // Guards `lvarHandler`, which is copied under it and called without it.
     std::mutex handlerMutex;
     LVarHandler lvarHandler;
 
@@ -121,7 +122,7 @@ private:
     // Attachment and registration (mobiflight_client_registration.cpp).
     void beginSession();
     void onConfirmation();
-    /// `ownAttachment`: to the client's own channels; none with the shared ones.
+    /// `ownAttachment`: the attachment to the client's own channels; none with the shared ones.
     void becomeReady(std::optional<std::uint32_t> ownAttachment);
     void renewRegistrationIfDue();
     void renewRegistration(std::uint32_t session);

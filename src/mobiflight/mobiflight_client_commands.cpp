@@ -74,7 +74,7 @@ bool MobiFlightClient::sendRpnNow(const std::string& rpn, std::string& error) {
         error = emptyRpn;
         return false;
     }
-    // Any kind but Encoder, whose sending would take the detents that wait in the queue.
+    // Any kind except Encoder: sending one would take the detents that wait in the queue.
     return sendCommand(rpnCommand(rpn, RpnKind::Hold));
 }
 
@@ -164,14 +164,14 @@ bool MobiFlightClient::sendCommand(const MobiFlightCommand& command) {
 
 bool MobiFlightClient::sendBurst(const MobiFlightCommand& command) {
     while (worker.running()) {
-        // Detents that come during the burst extend it.
+        // Detents that arrive during the burst extend it.
         const std::int32_t count = takeDetents(command.text);
         if (count == 0) {
             return true;
         }
         // No pause between them: with one, a fast knob would lag behind the pilot.
         for (std::int32_t sent = 0; sent < count && worker.running(); ++sent) {
-            // The detents left are lost with it, as with any command that fails.
+            // The remaining detents are lost with it, as with any command that fails.
             if (!sendOnce(command)) {
                 return false;
             }

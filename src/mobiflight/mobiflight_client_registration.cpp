@@ -36,7 +36,8 @@ void MobiFlightClient::beginSession() {
 }
 
 bool MobiFlightClient::attachToSharedChannels(std::uint32_t attachment, std::string& error) {
-    // A client with channels of its own doesn't request the shared values: any program may change which they are.
+    // A client with channels of its own doesn't request the shared values: any program may change which variables they
+    // are.
     return attachToChannels(simConnect,
                             {commandChannel, responseChannel,
                              extensions.ownChannels ? std::nullopt : std::optional<std::string>(lvarsChannel)},
@@ -51,7 +52,7 @@ bool MobiFlightClient::attachToOwnChannels(std::uint32_t attachment, std::string
 void MobiFlightClient::queueRegistration(std::uint32_t attachment) {
     commandAttachment = attachment;
     // The module's answer may equal what its area holds already, and the simulator then delivers nothing. The answer to
-    // a ping comes in between and changes the area.
+    // a ping, which comes in between, changes the area.
     if (extensions.renewRegistration) {
         queueHandshake(ping);
     }
@@ -71,7 +72,7 @@ void MobiFlightClient::onResponse(const std::string& text) {
         const std::lock_guard lock(queueMutex);
         renewal.moduleHeard();
     }
-    // Anywhere in the text, and the confirmation first: a text that holds both counts as confirmed.
+    // Searched anywhere in the text, the confirmation first: a text that contains both is a confirmation.
     if (text.find(registration + ".Finished") != std::string::npos) {
         onConfirmation();
     } else if (text.find(registration + ".Error") != std::string::npos) {
@@ -147,7 +148,7 @@ bool MobiFlightClient::handshakeWaits() const {
 
 void MobiFlightClient::renewRegistration(std::uint32_t session) {
     const std::uint32_t attachment = ++furtherAttachments;
-    // The first attachment of the session has reported why it failed.
+    // The session's first attachment has already logged why it failed.
     std::string ignoredError;
     if (!attachToSharedChannels(attachment, ignoredError)) {
         return;

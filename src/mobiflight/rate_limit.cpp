@@ -11,7 +11,7 @@ std::chrono::milliseconds RateLimit::delay(std::int32_t limitMs, std::int64_t no
     if (limitMs < 1 || !hasLastSend) {
         return std::chrono::milliseconds(0);
     }
-    // Whole milliseconds, truncated: the wait is never too short.
+    // The elapsed time in whole milliseconds, truncated: the wait is never too short.
     const auto elapsed =
         std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::nanoseconds(now - lastSendAt));
     return std::max(std::chrono::milliseconds(limitMs) - elapsed, std::chrono::milliseconds(0));

@@ -4,9 +4,9 @@
 #include <chrono>
 #include <cstdint>
 
-/// Keeps the commands that the worker sends apart. Spaces queue entries: neither the repeats of one encoder entry nor
-/// the caller of `sendRpnNow` waits for it, though what they send counts. Never reset, so it spans sessions. Has no
-/// clock: times are the monotonic clock's nanoseconds.
+/// Keeps a minimum time between the queue entries that the worker sends. The repeats of one encoder entry and the
+/// caller of `sendRpnNow` don't wait for it, but what they send delays the next entry. Never reset, so it spans
+/// sessions. Has no clock: times are the monotonic clock's nanoseconds.
 ///
 /// Any thread may call it without a lock: a time that another thread is just replacing only changes one delay.
 class RateLimit {
@@ -14,7 +14,7 @@ public:
     /// A command other than the dummy was written at that time.
     void noteSend(std::int64_t now);
 
-    /// How long to wait before the next command, with `limitMs` between two; a limit below 1 is none.
+    /// How long to wait before the next command, with `limitMs` between two; below 1 there is no limit.
     std::chrono::milliseconds delay(std::int32_t limitMs, std::int64_t now) const;
 
 private:

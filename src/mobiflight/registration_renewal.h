@@ -10,10 +10,10 @@ public:
     /// The session's first registration is made now.
     void begin(std::int64_t now);
 
-    /// No answer is awaited any more: the module has answered, or the session is over.
+    /// Stops waiting for an answer: the module has answered, or the session is over.
     void stop() { nextAt.reset(); }
 
-    /// The module runs, whatever it said: no warning is due.
+    /// The module has sent something, so it runs: no warning is due.
     void moduleHeard() { warned = true; }
 
     /// When the next registration is due; none while no answer is awaited.

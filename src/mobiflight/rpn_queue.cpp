@@ -6,7 +6,7 @@
 
 namespace {
 
-/// The sum, which stays at the largest number when it would go past it.
+/// The sum, limited to the largest number.
 std::int32_t addDetents(std::int32_t count, std::uint32_t amount) {
     const std::int64_t sum = std::int64_t{count} + amount;
     return static_cast<std::int32_t>(std::min<std::int64_t>(sum, std::numeric_limits<std::int32_t>::max()));
@@ -57,8 +57,8 @@ std::deque<MobiFlightCommand>::iterator RpnQueue::nextEntry(bool ready) {
     if (ready) {
         return commands.begin();
     }
-    // Not simply the first: an RPN command that came before the registration returns to the front until the module
-    // confirms the registration, which would then never be sent.
+    // Not simply the first entry: an RPN command that was queued before the registration returns to the front until the
+    // module confirms the registration. If it blocked the queue, the registration would never be sent.
     const auto next = std::find_if(commands.begin(), commands.end(),
                                    [](const MobiFlightCommand& command) { return !command.needsReady; });
     return next == commands.end() ? commands.begin() : next;
@@ -88,11 +88,12 @@ std::int32_t RpnQueue::takeDetents(const std::string& text) {
 
 void RpnQueue::putBack() {
     std::optional<MobiFlightCommand> command = std::exchange(inFlight, std::nullopt);
-    // The queue was emptied because the session ended: the command must not reach the next one.
+    // The queue was emptied because the session ended: a press of minutes ago must not act in the next session's
+    // flight.
     if (!command) {
         return;
     }
-    // A repeat of the hold came meanwhile and waits; one of the two is enough.
+    // A repeat of the hold was queued meanwhile; one of the two is enough.
     if (command->kind == RpnKind::Hold && !pendingHolds.insert(command->text).second) {
         return;
     }
@@ -127,7 +128,7 @@ void RpnQueue::cancel(const std::string& text) {
     if (detents == encoderPending.end()) {
         return;
     }
-    // The entry of a command in flight stays, so that detents of the next moments still join it.
+    // The entry of a command in flight stays, so that later detents still join it.
     if (detents->second.inFlight) {
         detents->second = EncoderPending{.inFlight = true};
     } else {

@@ -46,9 +46,9 @@ struct EncoderPending {
 /// limit otherwise. Has no thread, clock or lock: the caller synchronises, and times come with the commands.
 class RpnQueue {
 public:
-    /// Adds the command. `amount` is the number of detents of an `Encoder`, and counts for no other kind but as 0,
-    /// which adds nothing. True when the queue has a new entry; false when an entry that is there already, or the
-    /// command in flight, covers this one.
+    /// Adds the command. `amount` is the number of detents of an `Encoder`; other kinds ignore it, except that 0 adds
+    /// nothing for any kind. True when the queue has a new entry; false when an existing entry, or the command in
+    /// flight, covers this one.
     bool enqueue(MobiFlightCommand command, std::uint32_t amount = 1);
 
     /// Takes the next command out and copies it to `command`; it is in flight from now on. False when nothing waits.
@@ -58,11 +58,11 @@ public:
     /// The detents counted for an encoder command's text, which are the caller's to send now.
     std::int32_t takeDetents(const std::string& text);
 
-    /// The command in flight couldn't be sent yet and returns to the front. Does nothing after `clear`.
+    /// Returns the command in flight, which couldn't be sent yet, to the front. Does nothing after `clear`.
     void putBack();
 
-    /// The command in flight was sent, or failed. Detents that were counted since go to the back of the queue. Does
-    /// nothing after `clear`.
+    /// Ends the command in flight, which was sent or failed. Detents that were counted since go to the back of the
+    /// queue. Does nothing after `clear`.
     void finish();
 
     /// False once `clear` has emptied the queue since the command was taken out.
