@@ -26,7 +26,7 @@ std::string notFoundError(const Host& host, const std::string& configPath) {
 
 } // namespace
 
-// The parameter is empty once it has been moved from, so the subsystems get their records from the member.
+// The parameter is moved from first, so the subsystems get their records from the member.
 App::App(Platform platform)
     : platform(std::move(platform)),
       hid(this->platform.hid, this->platform.host),
@@ -154,7 +154,7 @@ void App::run() {
     if (consoleMode) {
         platform.host.startThread([this] { consoleLoop(); }).detach();
     }
-    // Polled, because the control handler may run in a signal frame, where it can set a flag but wake nobody.
+    // Polled, because the control handler may run in a signal frame, where it can set a flag but not wake a thread.
     while (!stopRequested.load()) {
         std::this_thread::sleep_for(stopPollInterval);
     }
@@ -204,12 +204,12 @@ void App::onBattery(bool on) {
                              (on ? "1" : "0"));
 }
 
-// Detached, and nobody waits for it: after a stop from elsewhere it stays blocked in its read until the process ends.
+// Detached and never joined: after a stop from elsewhere it stays blocked in its read until the process ends.
 void App::consoleLoop() {
     logInfo("Console commands: bootsel, quit");
     std::string line;
     while (!stopRequested.load() && std::getline(std::cin, line)) {
-        // Not trimmed: a line with a blank in it is no command.
+        // Not trimmed: a line with a blank in it isn't a command.
         line = lowerCased(line);
         if (line == "bootsel" || line == "boot") {
             logInfo("Sending BOOTSEL command to devices");

@@ -17,7 +17,7 @@
 #include <thread>
 
 /// Owns every long-lived subsystem and is the only place where they are wired. Driven by the main thread: construct,
-/// `init`, and if that gave true `run`; each once, there is no restart.
+/// `init`, and if that returns true `run`; each once, there is no restart.
 class App {
 public:
     explicit App(Platform platform = systemPlatform());
@@ -54,7 +54,7 @@ private:
     CdcDebugReader cdcReader;
     std::thread notifyThread;
     // Guards setting `notifyActive`: the notification thread listens. The starter reads it and the thread clears it
-    // without the mutex: the hand-over at the start and the join at the end put these in order.
+    // without the mutex: the handover at the start and the join at the end order these accesses.
     std::mutex notifyMutex;
     bool notifyActive = false;
     bool hidTraceOverrideSet = false;

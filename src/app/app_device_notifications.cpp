@@ -2,7 +2,7 @@
 
 #include <condition_variable>
 
-/// The hand-over between the starter, which owns it, and the notification thread, which fills it.
+/// The result that the notification thread passes to the starter, which owns this.
 struct App::NotifyStartState {
     // Guards `done`.
     std::mutex mutex;
@@ -39,7 +39,7 @@ void App::notifyLoop(NotifyStartState& state) {
         notifyActive = true;
     }
     {
-        // Signalled under the lock: the state is the starter's, which may return and end it as soon as it wakes.
+        // Signalled under the lock: the starter owns this state and may destroy it as soon as it wakes.
         const std::lock_guard lock(state.mutex);
         state.succeeded = succeeded;
         state.done = true;

@@ -40,7 +40,8 @@ std::string defaultConfigPath(const Host& host) {
     if (commonAppData.empty()) {
         return first;
     }
-    // Not asked whether it exists: the message about a missing file then names the place where users keep theirs.
+    // Doesn't check that the file exists: the message about a missing file should name the place where users keep
+    // theirs.
     return inDataFolder(commonAppData);
 }
 

@@ -8,14 +8,14 @@
 
 /// The operations on an open serial port. Any thread may call them.
 struct SerialPort {
-    /// Ends every read that another thread waits in.
+    /// Cancels every read that another thread waits for.
     std::function<void()> cancelReads;
     std::function<void()> close;
 };
 
-/// The place of a reader for a board's serial debug stream. There is none yet: the configuration key that asks for it
-/// only logs a warning, so nothing sets `running`, and `stop` returns at once. `stop` keeps the order that a reader
-/// needs, and its place at the head of the stop sequence.
+/// A placeholder for a reader of a board's serial debug stream. There is no such reader yet: the configuration key for
+/// it only logs a warning, so nothing sets `running`, and `stop` returns at once. `stop` has the order of steps that a
+/// reader needs, and it comes first in the stop sequence.
 class CdcDebugReader {
 public:
     /// Cancels the pending reads, waits for the thread, then closes the port. Idempotent.

@@ -2,8 +2,8 @@
 
 #include <string>
 
-/// The options, as given. An unknown argument is ignored, and so is `--config` with nothing behind it; of several
-/// `--config` the last one counts.
+/// The options, as given. An unknown argument is ignored, and so is `--config` as the last argument; of several
+/// `--config` the last one applies.
 struct CommandLine {
     bool console = false;
     bool hidTrace = false;

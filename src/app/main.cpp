@@ -5,8 +5,8 @@
 
 int main(int argc, char** argv) {
     const int exitCode = runProgram(systemPlatform(), argc, argv);
-    // The console thread may sit in a read of standard input for good. It then holds the stream's lock, which the
-    // tidying up of an ordinary exit waits for on Windows. There is nothing left to tidy up but what was printed.
+    // The console thread may block in a read of standard input forever. It then holds the stream's lock, for which an
+    // ordinary exit on Windows would wait. Nothing else needs a clean-up, so flushing the output is enough.
     flushStandardOutputs();
     std::_Exit(exitCode);
 }

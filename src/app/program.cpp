@@ -59,8 +59,8 @@ int runProgram(const Platform& platform, int argc, const char* const* argv) {
     if (options.unregisterProgram) {
         return unregisterProgram(platform.host);
     }
-    // A second start is no error, since the simulator starts the bridge although the user may have done so already. A
-    // lock that can't be had at all doesn't keep the bridge from running.
+    // A second start isn't an error: the simulator starts the bridge even if the user already has. If the lock can't be
+    // created at all, the bridge runs without it.
     if (platform.host.acquireSingleInstance(singleInstanceName) == SingleInstance::AlreadyRunning) {
         return 0;
     }

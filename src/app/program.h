@@ -2,8 +2,8 @@
 
 #include "platform/platform.h"
 
-/// The whole program on these records: console, command line, configuration path, then either a registration command
-/// or single instance and bridge. Gives the process's exit code. Called once, on the main thread. Throws what the file
+/// The whole program on these records: console, command line, configuration path, then either a registration command or
+/// single instance and bridge. Returns the process's exit code. Called once, on the main thread. Throws what the file
 /// system throws when it can't say whether a file exists.
 int runProgram(const Platform& platform, int argc, const char* const* argv);
 

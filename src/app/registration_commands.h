@@ -5,7 +5,7 @@
 #include <string>
 
 // What the program does instead of running the bridge, for a person or an installer: each prints its result on the
-// standard streams and gives the process's exit code. No log is open meanwhile.
+// standard streams and returns the process's exit code. No log is open meanwhile.
 
 /// Prints where EXE.xml files are or may be put on this machine.
 int listExeXmlFiles(const Host& host);

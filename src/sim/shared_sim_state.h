@@ -5,7 +5,7 @@
 /// The last known state of the simulator. A `...Known` flag stays false until the first value has arrived; values
 /// survive the end of a session.
 struct SharedSimState {
-    /// Guards everything below; nothing is called under it.
+    /// Guards all members below; nothing is called under it.
     std::mutex mutex;
     bool batteryKnown = false;
     bool batteryOn = false;

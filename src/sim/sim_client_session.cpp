@@ -35,7 +35,8 @@ void SimClientSession::setConnectionCallback(ConnectionCallback callback) {
     connectionCallback = std::move(callback);
 }
 
-// A replaced callback is destroyed with the argument, after the lock is released: what it holds may call in here.
+// A replaced callback is destroyed with the argument, after the lock is released: its captures may call into this
+// object.
 
 void SimClientSession::setBatteryCallback(BatteryCallback callback) {
     const std::lock_guard lock(mutex);
@@ -63,7 +64,7 @@ bool SimClientSession::open(const std::string& clientName, std::string& error) {
     if (!adoptHandle(newHandle)) {
         return true;
     }
-    // Before `connected` is set: nobody else may use a session that is still being set up.
+    // Before `connected` is set: no other thread may use a session that is still being set up.
     watchBattery();
     const bool wasConnected = connected.exchange(true);
     everConnected = true;
@@ -202,7 +203,7 @@ void SimClientSession::handleMessage(const SimConnectRecv* message, std::uint32_
         handleClientData(message, size);
         break;
     default:
-        // The simulator's own exceptions too: they come later than the call that they are about and don't name it.
+        // The simulator's exceptions too: they arrive after the call that caused them and don't name it.
         break;
     }
 }
@@ -238,7 +239,7 @@ void SimClientSession::handleClientData(const SimConnectRecv* message, std::uint
 }
 
 void SimClientSession::requestShutdown() {
-    // Spent even without a callback: one that is set later has missed the simulator's end.
+    // Marked even without a callback: one that is set later has missed the simulator's end.
     if (shutdownRequested.exchange(true)) {
         return;
     }

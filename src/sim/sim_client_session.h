@@ -15,17 +15,17 @@ using BatteryCallback = std::function<void(bool on)>;
 using ClientDataCallback = std::function<void(std::uint32_t requestId, const std::uint8_t* data, std::uint32_t size)>;
 using QuitCallback = std::function<void()>;
 
-/// The session with the simulator: opens it, passes its messages on, carries the operations on it, and closes it; then
-/// the next can be opened. `open`, `poll` and `close` belong to one thread at a time; the rest may be called from any
-/// thread. Callbacks run on the thread of those three, with no lock held.
+/// The session with the simulator: opens it, passes its messages on, makes calls on it, and closes it; then the next
+/// one can be opened. One thread at a time may call `open`, `poll` and `close`; any thread may call the rest. Callbacks
+/// run on the thread of those three, with no lock held.
 class SimClientSession {
 public:
     explicit SimClientSession(SimConnectLibrary library);
     SimClientSession(const SimClientSession&) = delete;
     SimClientSession& operator=(const SimClientSession&) = delete;
 
-    /// Which of the aircraft's batteries is watched, counted from 1. Before the first `open`, like the connection
-    /// callback.
+    /// Which of the aircraft's batteries is watched, counted from 1. To be set before the first `open`, like the
+    /// connection callback.
     void setBatteryIndex(int index);
     void setConnectionCallback(ConnectionCallback callback);
     void setBatteryCallback(BatteryCallback callback);
@@ -42,7 +42,7 @@ public:
     /// Ends the session; without one it does nothing. `reason` is for the log.
     void close(const std::string& reason);
 
-    /// Has the quit callback called, the first time only: the simulator has gone, and the program is to follow it.
+    /// Calls the quit callback, the first time only: the simulator has ended, and the program must end too.
     void requestShutdown();
 
     bool isConnected() const { return connected; }
@@ -73,7 +73,7 @@ private:
     int batteryIndex = 2;
     ConnectionCallback connectionCallback;
 
-    /// The library's notice is in the log. Touched by `open` alone.
+    /// `library.notice` is in the log already. Only `open` uses this.
     bool noticeLogged = false;
 
     // Guards everything below. Held for short stretches, never across a callback, and across two library calls only:

@@ -1,4 +1,4 @@
-// The operations that others ask of the session.
+// The operations that other subsystems call.
 
 #include "sim/hresult_text.h"
 #include "sim/sim_client_session.h"
@@ -51,7 +51,7 @@ bool SimClientSession::resolveEvent(const std::string& eventName, SimConnectHand
         eventId = known->second;
         return true;
     }
-    // Spent even if the call fails: the simulator may have taken it.
+    // Used up even if the call fails: the simulator may have taken the number.
     eventId = nextEventId++;
     const SimConnectResult result = library.mapClientEventToSimEvent(session, eventId, eventName.c_str());
     if (!callSucceeded("SimConnect_MapClientEventToSimEvent", result, error)) {

@@ -78,7 +78,7 @@ void SimConnectClient::closeAfterException() {
     try {
         session.close("worker exception");
     } catch (const std::exception& failure) {
-        // A callback's; the session is over all the same, and the worker goes on.
+        // Thrown by a callback. The session is over all the same, and the worker goes on.
         logError(std::string("SimConnect worker exception: ") + failure.what());
     }
 }
@@ -152,7 +152,7 @@ void SimConnectClient::sleepBackoff(WorkerState& state) {
     state.backoffMs = std::min(2 * state.backoffMs, backoffLimitMs);
 }
 
-// What others set on the session and ask of it.
+// What other subsystems set on the session and request from it.
 
 void SimConnectClient::setBatteryIndex(int index) {
     session.setBatteryIndex(index);

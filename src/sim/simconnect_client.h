@@ -24,7 +24,7 @@ public:
     bool start(const std::string& name, ConnectionCallback onConnection, DeviceReadyCallback deviceReady,
                std::string& error);
 
-    /// Idempotent. Waits until the worker comes out of its sleep, up to 30 seconds.
+    /// Idempotent. Waits until the worker's sleep ends, up to 30 seconds.
     void stop();
 
     /// Which of the aircraft's batteries is watched, counted from 1. Before `start` only.
@@ -40,7 +40,7 @@ public:
 
     // The client data operations. False with `error` set without a session or when the call fails.
     bool mapClientDataName(const std::string& name, std::uint32_t clientDataId, std::string& error);
-    /// Offset 0 is sent whatever `offset` is.
+    /// Ignores `offset` and sends 0.
     bool addClientDataDefinition(std::uint32_t definitionId, std::uint32_t offset, std::uint32_t size,
                                  std::string& error);
     bool requestClientData(std::uint32_t clientDataId, std::uint32_t requestId, std::uint32_t definitionId,
@@ -58,7 +58,7 @@ private:
     std::string clientName;
     DeviceReadyCallback deviceReadyCallback;
 
-    /// What the worker remembers from turn to turn; touched by the worker alone.
+    /// The worker's state between two turns; only the worker uses it.
     struct WorkerState {
         bool waitingForSim = false;
         bool waitingForDevice = false;
