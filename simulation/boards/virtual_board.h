@@ -11,10 +11,10 @@
 #include <string>
 #include <vector>
 
-/// The way an output report took.
+/// How an output report reached the board.
 enum class OutputCall { Write, SetOutputReport };
 
-/// One output report as it reached a board, report id first. Shorter than 32 bytes when it was cut on the way.
+/// One output report as it reached a board, report id first. Shorter than 32 bytes when the bus cut it.
 struct BoardOutput {
     OutputCall call = OutputCall::Write;
     std::vector<std::uint8_t> bytes;
@@ -22,7 +22,7 @@ struct BoardOutput {
     bool operator==(const BoardOutput&) const = default;
 };
 
-/// What a board is made as.
+/// How a board is built.
 struct VirtualBoardModel {
     std::uint16_t vendorId = 0x1234;
     std::uint16_t productId = 0xABCD;
@@ -39,9 +39,9 @@ struct VirtualBoardModel {
     bool operator==(const VirtualBoardModel&) const = default;
 };
 
-/// The firmware side of one panel: answers feature reports, keeps what it was told, and sends input reports. A bus (see
-/// VirtualHidBus) carries it; a board that isn't plugged in sends to nobody. All operations may be called from any
-/// thread.
+/// The firmware side of one board: answers feature reports, keeps the output reports that it received, and sends input
+/// reports. A bus (see VirtualHidBus) carries it; reports of a board that isn't plugged in are lost. All operations may
+/// be called from any thread.
 class VirtualBoard {
 public:
     /// Takes one input report, of any length.
@@ -54,7 +54,7 @@ public:
 
     const VirtualBoardModel& model() const;
 
-    // What its user does. The mode is the role switch: 0 for PFD, 1 for MFD.
+    // What its user does. The mode is the position of the role switch: 0 for PFD, 1 for MFD.
     void press(std::uint16_t controlId, std::uint8_t mode = 0);
     /// One repeat of a button that is down; `value` is 2, 3 or 4.
     void hold(std::uint16_t controlId, std::uint8_t mode = 0, std::int8_t value = 2);
@@ -65,25 +65,25 @@ public:
     // What its firmware sends.
     void notice();
     void sendEvent(const HidProtocol::HidEvent& event);
-    /// As it is: any length, any id, nothing at all.
+    /// Sent unchanged: any length, any id, even no bytes.
     void sendRaw(std::span<const std::uint8_t> report);
 
-    // What it was told, since it was powered.
+    // What it received since it was powered.
     std::optional<LedCommand> led() const;
     std::optional<bool> simConnected() const;
     bool inBootsel() const;
 
-    /// All output reports in the order of their coming, since it was made or `clearOutputs`.
+    /// All output reports in the order of arrival, since construction or `clearOutputs`.
     std::vector<BoardOutput> outputs() const;
     void clearOutputs();
 
-    /// Called on the writing thread, with no lock of the board's or the bus's held, after the board took the report. A
-    /// writer may hold locks of its own: don't call back into it.
+    /// Called on the writing thread, with no lock of the board's or the bus's held, after the board took the report.
+    /// The writer may hold locks of its own: don't call back into it.
     void setOutputCallback(OutputCallback callback);
 
     // The bus's side.
 
-    /// Boots the firmware: it knows nothing of the host yet, and isn't in BOOTSEL mode.
+    /// Boots the firmware, which has received nothing from the host yet and isn't in BOOTSEL mode.
     void powerOn(InputSink sink);
     /// Its last state stays readable.
     void powerOff();

@@ -21,7 +21,7 @@ struct HidOpenKind {
     bool operator==(const HidOpenKind&) const = default;
 };
 
-/// What goes wrong between one board and the host; nothing unless told.
+/// The faults between one board and the host; none by default.
 struct HidLinkFaults {
     std::vector<HidOpenKind> refusedOpens{};
     bool attributesFail = false;
@@ -34,9 +34,9 @@ struct HidLinkFaults {
     bool readsFail = false;
     /// The transport takes byte 0 from each input report: a read of a whole report gives 31 bytes.
     bool readsLackReportId = false;
-    /// The code that `write` fails with; 0 lets it pass.
+    /// The error code of `write`; 0 lets it succeed.
     std::uint32_t writeError = 0;
-    /// The code that `setOutputReport` fails with; 0 lets it pass.
+    /// The error code of `setOutputReport`; 0 lets it succeed.
     std::uint32_t setOutputReportError = 0;
     /// A successful `write` carries and reports no more bytes than this.
     std::optional<std::uint32_t> writeCount{};
@@ -82,8 +82,8 @@ public:
 
     HidTransport transport() const;
 
-    /// Connects a board behind those present; one that is plugged already is pulled first. Gives its path: `port`,
-    /// which says where the path sorts, and a running number.
+    /// Connects a board; one that is already plugged is pulled first. Returns its path: `port`, which decides where the
+    /// path sorts, and a running number.
     std::string plug(const std::shared_ptr<VirtualBoard>& board, std::string_view port = "port");
 
     /// Pulls a plugged board and connects it again at once under the same path, as Windows does: no enumeration misses
@@ -93,13 +93,13 @@ public:
     /// Pulls a board, if it is plugged. Reads pending on it end with a failure once their queue is empty.
     void unplug(const std::shared_ptr<VirtualBoard>& board);
 
-    /// Holds from now on, before a plugging and after it.
+    /// Applies from now on, also across plugging and pulling.
     void setFaults(const std::shared_ptr<VirtualBoard>& board, const HidLinkFaults& faults);
 
     /// Empty when the board isn't plugged.
     std::string pathOf(const std::shared_ptr<VirtualBoard>& board) const;
 
-    /// How many input reports a handle holds for its reader, 64 as a kernel's; beyond it new ones are dropped.
+    /// How many input reports a handle keeps for its reader, 64 as in the kernel; further ones are dropped.
     void setQueueLimit(std::size_t reports);
     std::uint64_t droppedReports() const;
 
@@ -112,14 +112,14 @@ public:
     /// synchronous one.
     std::uint64_t misuseCount() const;
 
-    /// All calls in their order but the reads, which come from threads of their own at moments of their own.
+    /// All calls in order, except reads, whose order depends on the threads that make them.
     std::vector<HidCallRecord> calls() const;
     /// The texts of `calls`.
     std::vector<std::string> callTexts() const;
     /// The reads that have ended with data or a failure.
     std::vector<HidCallRecord> reads() const;
     void clearCalls();
-    /// On at first. A long run without an end has no use for an endless record.
+    /// On by default. A long run turns it off, because the record would grow without limit.
     void setRecording(bool enabled);
 
 private:

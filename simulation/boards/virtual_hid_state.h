@@ -1,6 +1,6 @@
 #pragma once
 
-// What a VirtualHidBus and the transports that it gave share. Private to the two.
+// The state that a VirtualHidBus shares with its transports. Private to both.
 
 #include "simulation/boards/virtual_hid_bus.h"
 
@@ -13,7 +13,7 @@ struct VirtualHidConnection {
     std::string path;
     std::shared_ptr<VirtualBoard> board;
     bool present = true;
-    /// Told when the board is pulled.
+    /// Notified when the board is pulled.
     std::condition_variable gone;
 };
 
@@ -24,16 +24,16 @@ struct VirtualHidOpenHandle {
     bool cancelled = false;
     bool closed = false;
     std::size_t pendingReads = 0;
-    /// Told when a read may have something to return.
+    /// Notified when a read may have something to return.
     std::condition_variable wake;
 };
 
 struct VirtualHidBus::State : std::enable_shared_from_this<VirtualHidBus::State> {
-    // Guards all below, connections and handles included. Boards are called without it, but for being powered.
+    // Guards everything below, connections and handles included. Boards are called without it, except to be powered.
     mutable std::mutex mutex;
     std::vector<std::shared_ptr<VirtualHidConnection>> connections;
     std::map<std::shared_ptr<VirtualBoard>, HidLinkFaults> faults;
-    // Handles that were given and are still open. A number is never given twice.
+    // The open handles. No number is given twice.
     std::map<HidHandle, std::shared_ptr<VirtualHidOpenHandle>> handles;
     HidHandle lastHandle = 0;
     std::uint64_t lastPlug = 0;

@@ -12,10 +12,10 @@
 
 namespace {
 
-/// How long the bridge may take to notice a board; generous for a busy machine.
+/// How long the bridge may take to find a board; generous for a busy machine.
 constexpr std::chrono::seconds readLimit{30};
 
-/// Whether the bridge reads a board of this model, as far as the rig knows: a configuration may ask for others.
+/// Whether the bridge reads a board of this model, as far as the rig knows: a configuration may select others.
 bool hasDefaultIds(const VirtualBoardModel& model) {
     const VirtualBoardModel usual;
     return model.vendorId == usual.vendorId && model.productId == usual.productId;
@@ -202,7 +202,7 @@ void BridgeRig::hideProcess() {
     processListed->store(false);
 }
 
-// The process goes first: a bridge that looks for it once its session has ended must not find it any more.
+// The process leaves the list first: a bridge that looks for it after its session's end must not find it.
 void BridgeRig::quitSimulator() {
     hideProcess();
     virtualSimulator.quit();

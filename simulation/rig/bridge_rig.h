@@ -55,7 +55,7 @@ public:
     VirtualBoard& board(const std::string& name) const;
     /// Whether the bridge waits for this board's next report, and so has taken all before it.
     bool awaited(const std::string& name) const;
-    /// From now on nobody waits until the bridge reads this board.
+    /// From now on, no operation waits until the bridge reads this board.
     void setFaults(const std::string& name, const HidLinkFaults& faults);
     /// The plugged boards that the bridge reads and writes.
     std::vector<std::string> usableBoards() const;

@@ -6,19 +6,19 @@
 #include <streambuf>
 #include <string>
 
-/// Stands in for the process's standard input and output while a bridge runs in console mode: what a user types comes
-/// from `type`, and the log's echo goes nowhere.
+/// Replaces the process's standard input and output while a bridge runs in console mode: `type` provides the user's
+/// input, and the log's echo is discarded.
 class ConsoleStreams {
 public:
     ConsoleStreams();
-    /// Gives the process its own streams back. Nobody may be reading any more.
+    /// Restores the process's own streams. No thread may still be reading.
     ~ConsoleStreams();
     ConsoleStreams(const ConsoleStreams&) = delete;
     ConsoleStreams& operator=(const ConsoleStreams&) = delete;
 
     /// Any thread.
     void type(const std::string& line);
-    /// The input is at its end: a reader returns. Any thread.
+    /// Ends the input, so a reader returns. Any thread.
     void end();
 
 private:

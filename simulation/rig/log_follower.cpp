@@ -8,7 +8,7 @@
 
 namespace {
 
-/// "2026-01-31 12:00:00 [LEVEL] message". A line that doesn't look like it belongs to the message before.
+/// "2026-01-31 12:00:00 [LEVEL] message". A line of another form belongs to the message before it.
 LogLine parseLine(const std::string& line) {
     const std::size_t open = line.find('[');
     const std::size_t close = line.find("] ");

@@ -11,8 +11,7 @@ struct LogLine {
     std::string message;
 };
 
-/// Reads a log file as it grows. The file needn't exist yet. Lines that a rotation takes away before they are read are
-/// not seen.
+/// Reads a log file as it grows. The file needn't exist yet. Misses lines that a rotation removes before they are read.
 class LogFollower {
 public:
     explicit LogFollower(std::string logPath);

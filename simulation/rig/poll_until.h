@@ -3,6 +3,6 @@
 #include <chrono>
 #include <functional>
 
-/// Asks until the condition holds, every other millisecond. False when it doesn't within the limit; it is asked at
-/// least once.
+/// Checks the condition every 2 milliseconds until it is true. False when it isn't within the limit. Checks at least
+/// once.
 bool pollUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit);

@@ -19,21 +19,21 @@ struct Observation {
 };
 
 /// Watches a rig: what the simulator gets from the bridge, what the boards receive, the log, and the bridge's exit
-/// codes. Takes the callbacks of the rig's boards, simulator and bridge for itself, so there is one observer for a rig,
-/// made before the rig's setUp. Driven by the thread that drives the rig.
+/// codes. Sets the callbacks of the rig's boards, simulator and bridge, so a rig has one observer, made before the
+/// rig's setUp. Driven by the thread that drives the rig.
 class RigObserver {
 public:
-    /// Takes one observation. True when it interrupts a quiet.
+    /// Takes one observation. True when it interrupts a quiet time.
     using Sink = std::function<bool(const Observation& observation)>;
 
-    /// Without a sink only `take` may be called. Dummy commands are left out unless asked for.
+    /// Without a sink only `take` may be called. Dummy commands are left out unless requested.
     explicit RigObserver(BridgeRig& observed, Sink takingSink = {}, bool dummiesToo = false);
 
-    /// What came since the last call: first all else as it came, then the log's lines.
+    /// What came since the last call: first everything else in order, then the log's lines.
     std::vector<Observation> take();
-    /// Hands what came since the last call to the sink.
+    /// Passes what came since the last call to the sink.
     void pump();
-    /// Pumps until the condition holds; false when it doesn't within the limit.
+    /// Pumps until the condition is true; false when it isn't within the limit.
     bool pumpUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit);
     void pumpFor(std::chrono::milliseconds duration);
     /// Pumps until nothing interrupted the quiet for this long from now on, or for as long as the limit.
@@ -42,7 +42,7 @@ public:
     bool quietFor(std::chrono::milliseconds duration) const;
 
 private:
-    /// What is reported from any thread.
+    /// The observations that arrive on any thread.
     struct Inbox;
 
     BridgeRig& rig;

@@ -14,7 +14,7 @@ struct RigBoard {
     std::string port = "port";
 };
 
-/// Which side of the bridge is this machine's own instead of a virtual one.
+/// Which side of the bridge is real, that is this machine's own, instead of virtual.
 struct RigSides {
     bool realBoards = false;
     bool realSimulator = false;
@@ -28,11 +28,10 @@ struct RigSettings {
     bool consoleMode = false;
     /// Whether the bridge is notified of boards that come and go, beside its own scan.
     bool hotPlugNotifications = true;
-    /// False: the simulator runs without the module until somebody starts it.
+    /// False: the simulator runs without the module until a control starts it.
     bool moduleInstalled = true;
-    /// Whether starting the bridge and plugging or pulling a board wait until the bridge has noticed: a report that a
-    /// board sends before somebody reads it is lost, and a pulled board that the bridge still writes to gives a
-    /// warning.
+    /// Whether starting the bridge and plugging or pulling a board wait until the bridge has reacted: a report that a
+    /// board sends before the bridge reads it is lost, and writing to a pulled board gives a warning.
     bool waitsForBridge = true;
     Pace pace = Pace::real();
     RigSides sides;

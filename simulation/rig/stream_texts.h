@@ -1,6 +1,6 @@
 #pragma once
 
-// What boards and simulator receive in words: the same text in expectations, comparisons and live columns.
+// What boards and simulator receive, in words: the same text in expectations, comparisons and live columns.
 
 #include "hid/hid_protocol.h"
 #include "simulation/boards/virtual_board.h"
@@ -15,6 +15,6 @@ std::string ledText(const LedCommand& command);
 /// "led steady 80", "status connected", "bootsel", or the bytes of a report that no board understands.
 std::string outputText(const BoardOutput& output);
 
-/// "rpn (>K:AP_MASTER)", "event AP_MASTER", "command MF.SimVars.Clear", "opened VantrelBridgeHID". None for what no
-/// scenario compares: that a connection was made.
+/// "rpn (>K:AP_MASTER)", "event AP_MASTER", "command MF.SimVars.Clear", "opened VantrelBridgeHID". None for a new
+/// connection, which no scenario compares.
 std::optional<std::string> recordText(const SimulatorRecord& record);

@@ -11,7 +11,7 @@ struct VirtualDeviceNotifications::State {
     std::mutex mutex;
     std::condition_variable changed;
     bool ended = false;
-    /// How many notifications there were, and how many of them the bridge has looked into.
+    /// How many notifications there were, and how many of them the bridge has handled.
     std::uint64_t sent = 0;
     std::uint64_t handled = 0;
 

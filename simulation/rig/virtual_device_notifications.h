@@ -5,7 +5,7 @@
 #include <chrono>
 #include <memory>
 
-/// Notifies one run of the bridge of boards that come and go. Any thread may call anything.
+/// Notifies one run of the bridge when boards are plugged or pulled. Any thread may call any member.
 class VirtualDeviceNotifications {
 public:
     /// Unavailable: the bridge's attempt to listen fails.
@@ -13,9 +13,9 @@ public:
 
     /// May outlive this object.
     DeviceNotificationSource source() const;
-    /// Something was plugged or pulled.
+    /// Reports that a board was plugged or pulled.
     void notify();
-    /// Until the bridge has looked into every notification so far, or has ended; false at the limit.
+    /// Waits until the bridge has handled every notification so far, or has ended; false at the limit.
     bool waitUntilHandled(std::chrono::milliseconds limit) const;
 
 private:

@@ -10,12 +10,12 @@
 #include <utility>
 #include <vector>
 
-/// A named block of bytes that clients share. Lives until the simulator ends, whoever made it.
+/// A named block of bytes that clients share. Lives until the simulator ends, even after its creator has left.
 struct ClientDataArea {
     /// As its creator wrote it.
     std::string name;
     std::vector<std::uint8_t> bytes;
-    /// Only this session may write; 0: everybody may.
+    /// Only this session may write; 0: every session may.
     std::uint32_t onlyWriter = 0;
 };
 
@@ -29,11 +29,11 @@ enum class AreaCreation { Created, Exists, BadSize, NoRoom };
 class ClientDataAreas {
 public:
     AreaCreation create(std::string_view name, std::size_t size, std::uint32_t onlyWriter = 0);
-    /// Null: nobody has made it. Valid until `clear`.
+    /// Null: no client has created it. Valid until `clear`.
     ClientDataArea* find(std::string_view name);
     void clear() { areas.clear(); }
 
-    /// Has `change` fill the area's bytes, then tells the listener. False: there is no such area.
+    /// Calls `change` to fill the area's bytes, then the listener. False: there is no such area.
     template <typename Change>
     bool write(std::string_view name, const Change& change, std::uint32_t session = 0) {
         ClientDataArea* const area = find(name);

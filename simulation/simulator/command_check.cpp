@@ -21,7 +21,7 @@ std::vector<std::string> wordsOf(std::string_view command) {
     return words;
 }
 
-/// Walks once over the words, with what the simulator's stack would hold.
+/// Goes once through the words and keeps what the simulator's stack would contain.
 class CommandCheck {
 public:
     std::string run(const std::vector<std::string>& words) {

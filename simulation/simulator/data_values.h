@@ -45,7 +45,7 @@ struct SetValue {
     std::span<const std::uint8_t> bytes;
 };
 
-/// What keeps a block from being read.
+/// Why a block can't be read.
 enum class BlockFault { WrongSize, UnknownDatum };
 
 struct SetValues {

@@ -3,8 +3,8 @@
 #include <string_view>
 
 /// What the simulator's public event lists say about the events and variables of a glass cockpit: the name, the unit of
-/// the value that goes before it in RPN, and what it does. The simulator silently ignores a misspelt name, so whoever
-/// checks a command text looks here.
+/// the value that goes before it in RPN, and what it does. The simulator silently ignores a misspelt name, so the
+/// command check compares names with this list.
 ///
 /// Constant data; any thread may ask.
 namespace EventFacts {

@@ -55,7 +55,7 @@ std::optional<std::uint16_t> readPort(std::string_view text) {
     return error == std::errc() && end == text.data() + text.size() ? std::optional(port) : std::nullopt;
 }
 
-// An option that stands alone.
+// An option without a value.
 bool readSwitch(std::string_view name, Options& options) {
     options.help = options.help || name == "--help";
     options.keep = options.keep || name == "--keep";
@@ -63,7 +63,7 @@ bool readSwitch(std::string_view name, Options& options) {
     return name == "--help" || name == "--keep" || name == "--module-missing";
 }
 
-// An option with a value behind it.
+// An option that is followed by its value.
 bool readValue(std::string_view name, std::string_view value, Options& options) {
     if (name == "--port") {
         options.port = readPort(value);
@@ -101,7 +101,7 @@ public:
         std::cout << line << std::endl; // Flushed: a reader at the other end of a pipe waits for this line.
     }
 
-    /// Prints the line that `make` makes, and nobody else's before it. False: it made none.
+    /// Prints the line that `make` returns, with no other line before it. False: it returned none.
     template <typename Make>
     bool printFirst(const Make& make) {
         const std::lock_guard lock(mutex);
@@ -116,7 +116,7 @@ private:
     std::mutex mutex;
 };
 
-// Carries out commands until one ends the program, or there are no more.
+// Carries out commands until one ends the program or the input ends.
 bool readCommands(VirtualSimulator& simulator, Printer& printer) {
     for (std::string line; std::getline(std::cin, line);) {
         std::string error;

@@ -38,7 +38,7 @@ std::string areaName(std::string_view client, std::string_view suffix) {
     return std::string(client) + std::string(suffix);
 }
 
-// Copies the text into the bytes, behind it a zero byte and then `filler`. A text too long for both is cut.
+// Copies the text into the bytes, followed by a zero byte and `filler`. Cuts a text that is too long for both.
 void fillWithText(std::span<std::uint8_t> bytes, std::string_view text, std::uint8_t filler) {
     std::fill(bytes.begin(), bytes.end(), filler);
     const std::string_view kept = text.substr(0, bytes.size() - 1);
@@ -126,7 +126,7 @@ void MobiFlightModule::handle(Client& sender, std::string_view command) {
     } else if (command == "MF.LVars.List") {
         listLVars(sender);
     }
-    // Anything else has no effect that a client could see.
+    // No other command has an effect that a client could see.
 }
 
 void MobiFlightModule::addClient(const Client& sender, std::string_view name) {

@@ -18,12 +18,12 @@ public:
     MobiFlightModule(ClientDataAreas& allAreas, const VariableValues& allVariables, SimulatorRecords& allRecords)
         : areas(allAreas), variables(allVariables), records(allRecords) {}
 
-    /// Makes the areas of the client "MobiFlight" and writes the names of all local variables there. Nothing when it
-    /// runs already.
+    /// Makes the areas of the client "MobiFlight" and writes the names of all local variables there. Does nothing when
+    /// it already runs.
     void start();
     /// Forgets all clients. Their areas stay.
     void stop() { clients.clear(); }
-    /// It has a client of its own from its start on.
+    /// From its start it has a client of its own.
     bool running() const { return !clients.empty(); }
 
     /// Looks at an area that `session` has just written, and that held `before`.

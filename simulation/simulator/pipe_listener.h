@@ -27,9 +27,9 @@ private:
 
     std::string name;
     int receiveBufferBytes = 0;
-    /// `listen` has succeeded, so further instances of the pipe are ours to make.
+    /// `listen` has succeeded, so this object may create further instances of the pipe.
     bool owned = false;
-    /// The instance that the next client gets, and the system's side of it.
+    /// The instance for the next client, and the system's side of it.
     Pipe waiting;
     NativePipe* instance = nullptr;
 };

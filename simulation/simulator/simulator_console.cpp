@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::string_view blanks = " \t\r\n";
 
-// Bytes above 127 are written by number, since nothing says that they are UTF-8.
+// Bytes above 127 are written as numbers, since they may not be UTF-8.
 std::string quoted(std::string_view text) {
     std::string json = "\"";
     for (const char letter : text) {

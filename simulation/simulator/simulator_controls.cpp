@@ -38,7 +38,7 @@ std::optional<double> numberOf(std::string_view text) {
     return error == std::errc() && end == text.data() + text.size() ? std::optional(value) : std::nullopt;
 }
 
-// The readers of arguments. A null action says that the argument is wrong.
+// These read arguments. A null action means that the argument is wrong.
 
 template <auto Act>
 SimulatorAction nothing(std::string_view argument) {

@@ -23,8 +23,8 @@ struct SimulatorControl {
     std::string_view label;
     /// What to do for this argument, which has no blanks around it. Null: the argument is wrong.
     SimulatorAction (*read)(std::string_view argument);
-    /// It changes the list of processes that the bridge sees. The program `virtual-simulator` is in the system's own
-    /// list and can't do it; the action does nothing.
+    /// The control changes the list of processes that the bridge sees. The program `virtual-simulator` is in the
+    /// system's own list and can't change that, so there the action does nothing.
     bool rigOnly = false;
 
     /// "battery on|off".
@@ -33,7 +33,7 @@ struct SimulatorControl {
     std::optional<SimulatorRequest> request(std::string_view givenArgument) const;
 };
 
-/// A control with an argument that was found right. It can be carried out now or later, any number of times.
+/// A control with a valid argument. It can be carried out now or later, any number of times.
 struct SimulatorRequest {
     const SimulatorControl* control = nullptr;
     std::string argument;

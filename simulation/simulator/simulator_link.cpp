@@ -7,7 +7,7 @@
 namespace {
 
 constexpr std::size_t readPiece = 64UL * 1024UL;
-// Keeps a client that sends without pause from holding up the others.
+// Keeps a client that sends without pause from delaying the others.
 constexpr std::size_t readsPerTurn = 16;
 // A client that reads nothing would otherwise make the simulator's memory grow forever.
 constexpr std::size_t largestBacklog = 64UL * 1024UL * 1024UL;

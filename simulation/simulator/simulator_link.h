@@ -13,14 +13,15 @@
 #include <span>
 #include <utility>
 
-/// The simulator's end of one connection. It never blocks: what the client doesn't take waits here. Not synchronised.
+/// The simulator's end of one connection. It never blocks: it keeps the bytes that the client doesn't take yet. Not
+/// synchronised.
 class SimulatorLink {
 public:
     using Clock = std::chrono::steady_clock;
 
     explicit SimulatorLink(ByteStream stream) : stream(std::move(stream)) {}
 
-    /// Neither side has begun to end it.
+    /// Neither side has begun to close it.
     bool live() const { return state == State::Live; }
     /// Nothing is left to do for it.
     bool over() const { return state == State::Over; }
@@ -35,7 +36,7 @@ public:
 
     /// Ends the connection in order, after sending what waits.
     void finish();
-    /// Ends it with a reset.
+    /// Closes it with a reset.
     void reset();
     /// Continues an end in order. Only while neither live nor over.
     void continueFinish(Clock::time_point now);

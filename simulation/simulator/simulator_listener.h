@@ -10,8 +10,7 @@
 #include <optional>
 #include <string>
 
-/// Where the virtual simulator listens: a port of 127.0.0.1 or a local pipe. It can close and listen there again. Not
-/// synchronised.
+/// Listens on a port of 127.0.0.1 or a local pipe. Can close and listen there again. Not synchronised.
 class SimulatorListener {
 public:
     SimulatorListener() = default;

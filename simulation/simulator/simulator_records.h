@@ -7,8 +7,8 @@
 #include <mutex>
 #include <vector>
 
-/// What the virtual simulator received, and who waits for it. Has a lock of its own, under which nothing else is
-/// locked, so that it may be used with or without the simulator's.
+/// What the virtual simulator received, and the threads that wait for it. Has a lock of its own and takes no other
+/// under it, so it may be used with or without the simulator's lock.
 class SimulatorRecords {
 public:
     /// Stamps and keeps a record.
@@ -30,7 +30,7 @@ private:
     mutable std::mutex mutex;
     mutable std::condition_variable changed;
     std::vector<SimulatorRecord> records;
-    /// Kept only while there is a callback to have them.
+    /// Kept only while there is a callback.
     std::deque<SimulatorRecord> undelivered;
     VirtualSimulator::RecordCallback callback;
     std::size_t sessions = 0;

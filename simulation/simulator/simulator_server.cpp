@@ -5,7 +5,7 @@
 
 namespace {
 
-// While a connection ends, waits for its time, or the port is still taken, time itself brings news; and pipes can't be
+// The longest wait while a connection ends or is delayed, while the port is still taken, or with pipes, which can't be
 // waited for together with sockets.
 constexpr std::chrono::milliseconds shortWait{5};
 constexpr std::chrono::milliseconds longWait{1000};
@@ -83,7 +83,7 @@ void SimulatorServer::setAircraftVariable(std::string_view name, double value) {
     }
 }
 
-// The port may be taken for a moment by a connection of somebody else's; the thread then tries again.
+// Another program's connection may use the port for a moment; the thread then tries again.
 void SimulatorServer::listenAgain() {
     if (running && !behaviour.refusing && !listener.listening()) {
         std::string error;
@@ -136,7 +136,7 @@ std::chrono::milliseconds SimulatorServer::interests(std::vector<SocketInterest>
         const SimulatorLink& link = session->link();
         const bool early = session->serviceBegin() > now;
         timed = timed || early || !link.live();
-        // One that isn't served isn't asked about either: its news would end each wait at once.
+        // Doesn't wait for a session that isn't served: its unread bytes would end each wait at once.
         if (link.live() && !early && !behaviour.stalled) {
             want(link.interest(true));
             flowing = flowing || link.flowing();

@@ -19,7 +19,7 @@
 #include <thread>
 #include <vector>
 
-/// How the simulator treats its clients; each told at the control of VirtualSimulator that sets it.
+/// How the simulator treats its clients. VirtualSimulator documents each at the member function that sets it.
 struct SimulatorFaults {
     bool refusing = false;
     bool stalled = false;
@@ -41,8 +41,8 @@ public:
     SimConnectEndpoint endpoint() const;
     const VirtualSimulatorOptions& startOptions() const { return options; }
 
-    /// Runs `action` under the lock while the thread waits for no socket: what a wait holds is closed only when the
-    /// wait ends, and until then clients would still reach it.
+    /// Runs `action` under the lock while the thread waits for no socket: a socket in a wait really closes only when
+    /// the wait ends, and until then clients would still reach it.
     template <typename Action>
     void control(const Action& action) {
         std::unique_lock lock(mutex);
@@ -60,7 +60,7 @@ public:
 
     // Only inside `control`.
 
-    /// Calls `action` with each session whose connection lives.
+    /// Calls `action` with each session whose connection is open.
     template <typename Action>
     void forEachSession(const Action& action) {
         for (const auto& session : sessions) {
@@ -71,9 +71,9 @@ public:
     }
     void setRefusing(bool refuse);
     void setAircraftVariable(std::string_view name, double value);
-    /// What a simulator's end leaves behind for the next run: no areas and no module clients but its own.
+    /// Resets what doesn't outlive a simulator's run: all areas, and all module clients except the module's own.
     void reset();
-    SimulatorFaults& conduct() { return behaviour; }
+    SimulatorFaults& faults() { return behaviour; }
     SimulatorWorld& world() { return shared; }
     MobiFlightModule& module() { return mobiflight; }
 
@@ -98,7 +98,7 @@ private:
     SimulatorRecords received;
     std::thread thread;
     std::atomic<bool> running{false};
-    /// Ends the thread's wait. Never replaced, so that any thread may send on it.
+    /// Ends the thread's wait. Never replaced, so any thread may use it.
     const WakeSocket wakeSocket;
 
     /// Guards the members below.
@@ -106,7 +106,7 @@ private:
     std::condition_variable turned;
     /// The thread waits for sockets, or is about to.
     bool polling = false;
-    /// Controls that want the thread to let them in before it waits again.
+    /// How many controls wait to run before the thread waits again.
     std::size_t controls = 0;
     SimulatorListener listener;
     SimulatorFaults behaviour;

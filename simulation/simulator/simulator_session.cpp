@@ -76,7 +76,7 @@ const SimulatorSession::Handler* SimulatorSession::handlerOf(std::uint32_t type)
     using namespace SimConnectWire;
     using Self = SimulatorSession;
     // Smallest sizes leave out what the oldest clients don't send: epsilon and datum id of an area's definition, and
-    // what stands behind the flags of a request.
+    // what follows the flags of a request.
     static constexpr std::array<Handler, 24> handlers{{
         {openRequest, 272, &Self::open},
         {mapClientEventToSimEventRequest, 276, &Self::mapClientEvent},
@@ -109,15 +109,16 @@ const SimulatorSession::Handler* SimulatorSession::handlerOf(std::uint32_t type)
     return found == handlers.end() ? nullptr : found;
 }
 
-// Clients use more of the interface than is simulated here: they get an exception, so that they don't wait for ever.
+// Some clients use parts of the interface that aren't simulated: they get an exception, so that they don't wait
+// forever.
 void SimulatorSession::handle(const Request& request) {
     if (!connection.live()) {
-        // It was refused a session, or hung up on, by a request before.
+        // An earlier request was refused or ended the connection.
         return;
     }
     const Handler* const handler = handlerOf(request.number(8));
     if (!isOpen) {
-        // Answers are in the client's version, refusals too.
+        // Answers and refusals are in the client's version.
         protocol = request.number(4);
     }
     if (handler == nullptr || request.bytes.size() < handler->smallest) {

@@ -19,12 +19,12 @@
 /// A named event that a client has fired.
 struct FiredEvent {
     std::string_view name;
-    /// The message that carries it to those who listen, and the data in it.
+    /// The message that carries it to its subscribers, and the data in it.
     std::uint32_t messageId = 0;
     std::span<const std::uint32_t> data;
 };
 
-/// What becomes of clients that introduce themselves.
+/// How the simulator treats clients that introduce themselves.
 struct OpenConduct {
     /// The connection is closed without an answer.
     bool hangsUp = false;
@@ -39,13 +39,13 @@ struct SimulatorWorld {
     ClientDataAreas areas;
     VariableValues variables;
     OpenConduct opening = {};
-    /// Changes a variable of the aircraft and has all sessions and the module hear of it.
+    /// Changes a variable of the aircraft and notifies all sessions and the module.
     std::function<void(std::string_view name, double value)> setAircraftVariable = {};
-    /// Has all sessions hear of an event.
+    /// Passes an event to all sessions.
     std::function<void(const FiredEvent& event)> fire = {};
 };
 
-/// One client of the virtual simulator: its ids, definitions and requests, which go with it. Not synchronised.
+/// One client of the virtual simulator with its ids, definitions and requests, which end with it. Not synchronised.
 class SimulatorSession {
 public:
     using Clock = SimulatorLink::Clock;
@@ -55,7 +55,7 @@ public:
 
     SimulatorLink& link() { return connection; }
     const SimulatorLink& link() const { return connection; }
-    /// Its requests aren't handled before.
+    /// Its requests aren't handled before this time.
     Clock::time_point serviceBegin() const { return begin; }
 
     /// Reads and handles what has come.
@@ -70,7 +70,7 @@ public:
     void noteEnd();
 
 private:
-    /// A request's bytes, all of its fixed part there.
+    /// A request's bytes, with its whole fixed part.
     struct Request {
         std::span<const std::uint8_t> bytes;
 

@@ -24,7 +24,7 @@ constexpr std::uint32_t behindThePrevious = 0xFFFFFFFFU;
 constexpr std::size_t mostRequests = 1000;
 constexpr std::size_t mostPieces = 1000;
 
-// A definition's entry tells a size, or minus the number of a type: INT8, INT16, INT32, INT64, FLOAT32, FLOAT64.
+// A definition's entry gives a size, or minus the number of a type: INT8, INT16, INT32, INT64, FLOAT32, FLOAT64.
 std::optional<std::uint32_t> pieceSize(std::uint32_t sizeOrType) {
     constexpr std::array<std::uint32_t, 6> typeSizes{1, 2, 4, 8, 4, 8};
     const std::uint32_t typeNumber = 0U - sizeOrType;
@@ -117,13 +117,14 @@ void SimulatorSession::beginAreaRequest(std::uint32_t requestId, AreaRequest wan
     world.records.add(
         record(SimulatorRecordKind::Subscribed, area == nullptr ? wanted.area : area->name, wanted.period));
     if (area == nullptr) {
-        // Accepted, but dead: a client that asked before the area was made must ask again.
+        // Accepted but without effect: a client that asked before the area was created must
+        // ask again.
         areaRequests.erase(requestId);
         return;
     }
     AreaRequest& kept = areaRequests[requestId] = std::move(wanted);
     if (kept.period == simConnectClientDataPeriodOnSet) {
-        // What the area holds already is no set.
+        // The bytes that the area already contains don't count as written.
         return;
     }
     sendArea(requestId, kept, areaValues(areaDefinitions[kept.definition], area->bytes), {});

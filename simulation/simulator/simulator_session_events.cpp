@@ -25,11 +25,11 @@ constexpr std::size_t mostGroups = 20;
 /// An event of the simulator's own.
 struct SystemEvent {
     std::string_view name;
-    /// Whoever subscribes hears at once how things stand.
+    /// A subscriber gets the current state at once.
     std::optional<std::uint32_t> state;
 };
 
-// None of these happens here after the subscription: the flight runs, and nobody pauses it or loads another.
+// None of these happens after the subscription: the flight runs, and no control pauses it or loads another.
 constexpr std::array<SystemEvent, 19> knownSystemEvents{{
     {"AircraftLoaded", std::nullopt},
     {"Crashed", std::nullopt},
@@ -52,7 +52,7 @@ constexpr std::array<SystemEvent, 19> knownSystemEvents{{
     {"WeatherModeChanged", std::nullopt},
 }};
 
-// The simulation has no clock whose ticks it could deliver.
+// The virtual simulator has no clock ticks to deliver.
 constexpr std::array<std::string_view, 5> ticks{"1sec", "4sec", "6Hz", "Frame", "PauseFrame"};
 
 /// An answer to a client that asks for a state.
@@ -121,7 +121,7 @@ void SimulatorSession::fireEvent(const Request& request, std::uint32_t messageId
     }
 }
 
-// An event without a name is private: nobody can listen for it under a name.
+// An event without a name is private: no client can subscribe to it by name.
 void SimulatorSession::eventFired(const FiredEvent& event) {
     for (const auto& [groupId, group] : groups) {
         for (const std::uint32_t id : group.events) {
@@ -183,7 +183,7 @@ void SimulatorSession::clearGroup(const Request& request) {
     }
 }
 
-// It asks for the group's events while the simulator shows a dialog, which it never does here.
+// Requests the group's events while the simulator shows a dialog, which the virtual one never does.
 void SimulatorSession::requestGroup(const Request& request) {
     groupOf(request);
 }
@@ -214,7 +214,7 @@ void SimulatorSession::unsubscribeFromSystemEvent(const Request& request) {
     }
 }
 
-// On or off: there is nothing to keep, since none of the events happens.
+// Neither on nor off is kept, since none of these events happens.
 void SimulatorSession::setSystemEventState(const Request& request) {
     if (!systemEvents.contains(request.number(16))) {
         refuse(request, SimulatorExceptions::unrecognizedId, 1);

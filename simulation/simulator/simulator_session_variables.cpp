@@ -13,7 +13,7 @@
 
 namespace {
 
-// With any number: a battery that the aircraft hasn't got is off.
+// With any number: a battery that the aircraft doesn't have is off.
 constexpr std::string_view batteryName = "electrical master battery:";
 
 constexpr std::uint32_t typeInt32 = 1;

@@ -14,7 +14,7 @@ void prepare(NativeSocket::Handle handle, int receiveBufferBytes) {
         setOption(handle, SOL_SOCKET, SO_REUSEADDR, 1);
     }
     if (receiveBufferBytes > 0) {
-        // Accepted sockets inherit it. Set on them it would be too late: the peer has learnt the window by then.
+        // Accepted sockets inherit it. Setting it on them would be too late: the peer already knows the window.
         setOption(handle, SOL_SOCKET, SO_RCVBUF, receiveBufferBytes);
     }
 }

@@ -20,7 +20,7 @@ public:
     Socket accept() const;
     void close() { socket.close(); }
 
-    /// The port that the last `listen` got; before, the wanted one.
+    /// The port that the last `listen` got; before that, the requested one.
     std::uint16_t port() const { return wantedPort; }
     std::intptr_t handle() const { return socket.handle(); }
 

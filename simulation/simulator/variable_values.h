@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-/// The simulator's variables by name, whose case doesn't matter. One that nobody has set is 0. Not synchronised.
+/// The simulator's variables by name, whose case doesn't matter. A variable that was never set is 0. Not synchronised.
 class VariableValues {
 public:
     /// A local variable, without "L:".
@@ -14,11 +14,11 @@ public:
     void setAircraft(std::string_view name, double value);
 
     double aircraft(std::string_view name) const;
-    /// As they were set, sorted without regard to case.
+    /// As they were set, sorted ignoring case.
     std::vector<std::string> localNames() const;
 
-    /// What code of the simulator's language reads. Only a variable by itself is known, with a unit or without, as in
-    /// "(L:NAME)" and "(A:NAME:3, percent over 100)"; units aren't converted. Any other code reads 0.
+    /// The value that code in the simulator's language reads. Only a variable by itself is known, with a unit or
+    /// without, as in "(L:NAME)" and "(A:NAME:3, percent over 100)"; units aren't converted. Any other code reads 0.
     double evaluate(std::string_view code) const;
 
 private:

@@ -96,7 +96,7 @@ void VirtualSimulator::refuseOpens(bool refuse) {
 }
 
 void VirtualSimulator::delayOpens(std::chrono::milliseconds delay) {
-    impl->control([&] { impl->conduct().openDelay = delay; });
+    impl->control([&] { impl->faults().openDelay = delay; });
 }
 
 void VirtualSimulator::startModule() {
@@ -137,7 +137,7 @@ void VirtualSimulator::failRegistrations(bool fail) {
 }
 
 void VirtualSimulator::stopReading(bool stalled) {
-    impl->control([&] { impl->conduct().stalled = stalled; });
+    impl->control([&] { impl->faults().stalled = stalled; });
 }
 
 void VirtualSimulator::sendRaw(std::span<const std::uint8_t> bytes) {
@@ -155,7 +155,7 @@ void VirtualSimulator::cutMessage() {
 
 void VirtualSimulator::sendByteByByte(bool on) {
     impl->control([&] {
-        impl->conduct().byteByByte = on;
+        impl->faults().byteByByte = on;
         impl->forEachSession([&](SimulatorSession& session) { session.link().sendByteByByte(on); });
     });
 }

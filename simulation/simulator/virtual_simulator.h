@@ -18,21 +18,21 @@ enum class SimulatorRecordKind {
     Connected,
     /// A client introduced itself. `text`: application name, `value`: protocol version.
     Opened,
-    /// A connection ended, whoever ended it.
+    /// A connection ended, from either side.
     Closed,
     /// A request for data. `text`: the first variable's name, or the area's name as its creator wrote it, `value`:
     /// period.
     Subscribed,
     /// A client event was fired. `text`: the simulator event's name, `value`: its data.
     ClientEvent,
-    /// The module was told to run code. `text`: the code behind "MF.SimVars.Set.", so that a text which the bridge
+    /// The module got a command to run code. `text`: the code behind "MF.SimVars.Set.", so that a text which the bridge
     /// writes as "MF.SimVars.Set.1 (>K:X)" is "1 (>K:X)" here.
     Executed,
     /// "MF.DummyCmd".
     Dummy,
     /// Any other text for the module, whole: "MF.Clients.Add.…", "MF.SimVars.Clear", "MF.Ping", unknown ones too.
     Command,
-    /// A command area was set to the very bytes that it held, so that the module saw nothing of it. `text`: the
+    /// A command area was set to the bytes that it already contained, so the module didn't see the command. `text`: the
     /// command.
     Unchanged,
     /// An exception was sent. `value`: its code, `sendId` and `index`: the request and argument that it is about.
@@ -54,16 +54,16 @@ struct SimulatorRecord {
 /// The record kind's name as the program prints it: "opened", "client-event".
 std::string_view simulatorRecordKindName(SimulatorRecordKind kind);
 
-/// Whether two answers of the module with the same text are equal in all their bytes. The second is then no change of
-/// its area, and nobody hears it. Behind an answer's end is what the module's memory held before, so it is left to
-/// chance.
+/// Whether two answers of the module with the same text are equal in all their bytes. The second then doesn't change
+/// its area, and no client gets it. The bytes after an answer's end are old memory of the module, so whether they are
+/// equal is chance.
 enum class ModuleAnswers {
     /// Always.
     Equal,
     /// Never.
     Different,
-    /// Unless one of them is the answer to a registration that made a new client. So a client's first registration is
-    /// heard, its second too, but its third isn't. This was measured with the real module.
+    /// Unless one of them is the answer to a registration that made a new client. So a client gets the answers to its
+    /// first and second registration but not to its third. This was measured with the real module.
     Measured,
 };
 /// The words for them, in the same order, in the simulator's console and in scenarios.
@@ -72,14 +72,14 @@ constexpr std::array<std::string_view, 3> moduleAnswersWords{"equal", "different
 struct VirtualSimulatorOptions {
     /// False: the simulator runs without the MobiFlight module, whose areas then don't exist, until `startModule`.
     bool moduleInstalled = true;
-    /// The connections' receive buffer in bytes, to let a stalled simulator's backlog reach its client soon; 0: the
-    /// system's.
+    /// The connections' receive buffer in bytes. With a small one, a client soon feels a stalled simulator's backlog.
+    /// 0: the system's default.
     int receiveBufferBytes = 0;
 };
 
 /// The simulator's side of the SimConnect protocol on 127.0.0.1 or a local pipe, with the battery variable, client
-/// events and the MobiFlight module with its areas, and with what goes wrong in life. Serves any number of clients on
-/// one thread of its own.
+/// events, the MobiFlight module with its areas, and the faults of real simulators. Serves any number of clients on one
+/// thread of its own.
 ///
 /// All members may be called from any thread, from inside the record callback too (but for `stop` and the waiting
 /// ones, which would wait for themselves there). A control has taken effect when it returns: what it sends is in the
@@ -97,10 +97,10 @@ public:
 
     /// Listens on the port, 0 for any free one. False with the reason in `error` when it can't, or runs already.
     bool start(std::uint16_t port, std::string& error);
-    /// Listens on a local pipe, told without "\\.\pipe\", in place of a port. False with the reason in `error` when it
-    /// can't, as on a system without such pipes, or runs already.
+    /// Listens on a local pipe, whose name is given without "\\.\pipe\", instead of a port. False with the reason in
+    /// `error` when it can't, as on a system without such pipes, or runs already.
     bool startOnPipe(const std::string& name, std::string& error);
-    /// Ends all sessions without a word and the thread. Records stay; `start` may follow. Idempotent.
+    /// Ends the thread and, without QUIT, all sessions. Records stay; `start` may follow. Idempotent.
     void stop();
     /// The port that `start` took; 0 before the first start, and on a pipe. Stays the same while opens are refused.
     std::uint16_t port() const;
@@ -109,7 +109,7 @@ public:
 
     // The aircraft and the module's variables. They outlive sessions, `quit` and `die`.
 
-    /// Both of the aircraft's batteries. Off at first.
+    /// Sets both of the aircraft's batteries. Off at first.
     void setBattery(bool on);
     /// A variable of the aircraft with its index, such as "LIGHT POTENTIOMETER:3"; 0 at first. Its name's case doesn't
     /// matter. Goes to each client of the module that added "(A:name)" or "(A:name, unit)", whatever the unit;
@@ -121,7 +121,8 @@ public:
     double evaluate(std::string_view code) const;
     /// Fills the area "MobiFlight.LVars" with a zero-padded text, as a module that speaks text there does.
     void setLVarsText(std::string_view text);
-    /// Writes a text into "MobiFlight.Response" as if the module said it. Nobody hears the same text twice in a row.
+    /// Writes a text into "MobiFlight.Response" as if the module had. Writing the same text again changes nothing, so
+    /// no client gets it.
     void respond(std::string_view text);
     /// Another program writes a command into "MobiFlight.Command", as in a busy simulator. Both programs are the same
     /// client to the module: "MF.SimVars.Clear" empties the list of both, and "MF.SimVars.Add.…" takes the next place
@@ -130,31 +131,32 @@ public:
     /// The other program pings: a command or a confirmation that equals the one before is then a change again.
     void pingModule();
 
-    // What goes wrong in life.
+    // Faults of real simulators.
 
-    /// The simulator ends in order: QUIT to everybody, then close. Nobody listens until refuseOpens(false), which
-    /// is the next run of the simulator: empty areas, a module that knows nobody.
+    /// The simulator ends in order: QUIT to all clients, then close. Connections fail until refuseOpens(false), which
+    /// starts the simulator again, with empty areas and a module without clients.
     void quit();
     /// The simulator crashes: connections are reset without QUIT; otherwise as `quit`.
     void die();
     /// Connections are closed without QUIT; the simulator runs on and clients may come back.
     void dropSessions();
-    /// True: nobody listens, so that an open fails at once; open sessions stay. False: listens again on the same port.
+    /// True: stops listening, so that an open fails at once; open sessions stay. False: listens again on the same port.
     /// Does nothing before `start`.
     void refuseOpens(bool refuse);
     /// New connections are accepted, but what they send is handled (OPEN included) only after this time. Zero at first.
     void delayOpens(std::chrono::milliseconds delay);
-    /// The module starts, if it doesn't run: late when the simulator runs without it. Only now its areas exist.
+    /// Starts the module if it doesn't run. Its areas exist only from then on.
     void startModule();
-    /// The module ends, if it runs, and forgets its clients. Its areas stay, but nobody reads them or writes values.
+    /// Ends the module if it runs. It forgets its clients. Its areas stay, but it no longer reads them or writes
+    /// values.
     void stopModule();
     bool moduleRunning() const;
     /// Equal at first.
     void setModuleAnswers(ModuleAnswers answers);
-    /// True: connections are accepted, and closed when the client introduces itself (OPEN), without an answer.
+    /// True: accepts connections, and closes each without an answer when its client introduces itself (OPEN).
     void hangUpOnOpens(bool hangUp);
     /// Only clients of these versions of the protocol get a session; others get VERSION_MISMATCH and their connection
-    /// is closed. All versions there are at first.
+    /// is closed. At first, all versions.
     void takeProtocols(std::uint32_t oldest, std::uint32_t newest);
     /// The module takes commands, which are recorded, but neither answers nor delivers values.
     void silenceModule(bool silent);
@@ -163,13 +165,13 @@ public:
     /// Reads nothing from any client while true, so that their sends back up.
     void stopReading(bool stalled);
 
-    // Bytes on the wire as they should not be.
+    // Malformed bytes on the wire.
 
-    /// Sends bytes to every session behind what is queued there.
+    /// Sends bytes to every session, after what is already queued.
     void sendRaw(std::span<const std::uint8_t> bytes);
     /// Sends the first half of a message to every session, then closes in order.
     void cutMessage();
-    /// From now on each byte is a send of its own.
+    /// From now on, sends each byte separately.
     void sendByteByByte(bool on);
 
     // What was received.
@@ -179,14 +181,14 @@ public:
     /// The texts of all records of a kind, in order.
     std::vector<std::string> texts(SimulatorRecordKind kind) const;
     void clearRecords();
-    /// Called with each later record, on the simulator's thread, in order, with no lock held. Null: nobody. A
-    /// call of the former callback that is under way may outlast this.
+    /// Called with each later record, on the simulator's thread, in order, with no lock held. Null: none. A running
+    /// call of the former callback may outlast this.
     void setRecordCallback(RecordCallback callback);
     /// Connections now open.
     std::size_t sessionCount() const;
 
-    /// Waits until the predicate holds of the records; false after the timeout. It is asked under a lock: it must not
-    /// call the simulator.
+    /// Waits until the predicate is true for the records; false after the timeout. It is called under a lock and must
+    /// not call the simulator.
     bool waitFor(const RecordPredicate& predicate, std::chrono::milliseconds timeout = defaultTimeout) const;
     /// Waits until `count` records of that kind and text have come.
     bool waitForText(SimulatorRecordKind kind, std::string_view text, std::size_t count = 1,
@@ -197,7 +199,7 @@ public:
     /// Waits until exactly `count` connections are open.
     bool waitForSessionCount(std::size_t count, std::chrono::milliseconds timeout = defaultTimeout) const;
 
-    /// The versions of the protocol that there are.
+    /// All versions of the protocol.
     static constexpr std::uint32_t oldestProtocol = 2;
     static constexpr std::uint32_t newestProtocol = 6;
 

@@ -7,7 +7,7 @@ class WakeSocket {
 public:
     WakeSocket();
 
-    /// False: the system gave no such socket.
+    /// False: the system refused the socket.
     bool valid() const { return socket.valid(); }
     /// Any thread may call it.
     void wake() const;

@@ -56,7 +56,7 @@ std::unique_ptr<NativePipe> PipeListener::makeInstance(std::string& error) const
 }
 
 // A client that came before the wait for it ends the wait with an error, and so does one that has already gone. Both
-// are accepted: a pipe whose client has gone reports that itself.
+// are accepted: a pipe whose client has left reports that itself.
 Pipe PipeListener::accept() {
     if (!valid()) {
         return {};
