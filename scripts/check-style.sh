@@ -28,7 +28,7 @@ formatting() { sources '*.cpp' '*.h' | xargs clang-format --dry-run -Werror; }
 # Most of clang-tidy's time goes into the standard headers, once for each file that it is given. So it is given all
 # sources of a folder as one, and fewer where their names clash.
 tidy_files() {
-  local flags=(-std=c++20 -Isrc -I.) whole=build/tidy/${1//\//-}
+  local flags=(-std=c++20 -Isrc -Isrc/wire/linux -I.) whole=build/tidy/${1//\//-}
   if [ $# -eq 1 ]; then
     clang-tidy --quiet "$1" -- "${flags[@]}"
     return
