@@ -21,78 +21,79 @@ using Texts = std::vector<std::string>;
 
 } // namespace
 
-TEST(TextMatches, StarStandsForAnyTextInTheLogAlone) {
-    EXPECT_TRUE(textMatches("a * c", "a b c", true));
-    EXPECT_TRUE(textMatches("*", "", true));
-    EXPECT_TRUE(textMatches("a*", "a", true));
-    EXPECT_TRUE(textMatches("*b*b", "abbab", true));
-    EXPECT_FALSE(textMatches("a * c", "a b d", true));
-    EXPECT_FALSE(textMatches("a", "ab", true));
-    EXPECT_FALSE(textMatches("2 3 *", "2 3 4", false));
-    EXPECT_TRUE(textMatches("2 3 *", "2 3 *", false));
+TEST(TextMatches, StarMatchesAnyTextInTheLogAlone) {
+    struct Case {
+        const char* expected;
+        const char* actual;
+        bool inLog;
+        bool matches;
+    };
+    for (const Case& one :
+         {Case{"a * c", "a b c", true, true}, Case{"*", "", true, true}, Case{"a*", "a", true, true},
+          Case{"*b*b", "abbab", true, true}, Case{"a * c", "a b d", true, false}, Case{"a", "ab", true, false},
+          Case{"2 3 *", "2 3 4", false, false}, Case{"2 3 *", "2 3 *", false, true}}) {
+        EXPECT_EQ(textMatches(one.expected, one.actual, one.inLog), one.matches) << one.expected << " / " << one.actual;
+    }
 }
 
-TEST(Meets, NeedsAllInOrderWithNothingLeft) {
-    EXPECT_TRUE(meets({}, {}));
-    EXPECT_TRUE(meets({of("a"), of("b")}, {"a", "b"}));
-    EXPECT_FALSE(meets({of("a"), of("b")}, {"b", "a"}));
-    EXPECT_FALSE(meets({of("a")}, {}));
-    EXPECT_FALSE(meets({of("a")}, {"a", "a"}));
-    EXPECT_FALSE(meets({}, {"a"}));
+TEST(Meets, NeedsAllInOrderWithinTheirCounts) {
+    struct Case {
+        std::vector<ScenarioExpectation> expected;
+        Texts actual;
+        bool met;
+    };
+    const Case cases[] = {
+        {{}, {}, true},
+        {{of("a"), of("b")}, {"a", "b"}, true},
+        {{of("a"), of("b")}, {"b", "a"}, false},
+        {{of("a")}, {}, false},
+        {{of("a")}, {"a", "a"}, false},
+        {{}, {"a"}, false},
+        {{of("a", 3, 3)}, {"a", "a", "a"}, true},
+        {{of("a", 3, 3)}, {"a", "a"}, false},
+        {{of("a", 3, 3)}, {"a", "a", "a", "a"}, false},
+        {{of("a", 2, anyNumber), of("b")}, {"a", "a", "a", "b"}, true},
+        {{of("a", 2, anyNumber)}, {"a"}, false},
+        {{of("a", 0, 1), of("b")}, {"b"}, true},
+        {{of("a", 0, 1), of("b")}, {"a", "b"}, true},
+        {{of("a", 0, 1), of("b")}, {"a", "a", "b"}, false},
+        {{of("a"), of("a", 2, 2)}, {"a", "a", "a"}, true},
+        {{ofLog("WARN error *")}, {"WARN error 0x80004005"}, true},
+        {{of("rpn *")}, {"rpn x"}, false},
+    };
+    for (const Case& one : cases) {
+        EXPECT_EQ(meets(one.expected, one.actual), one.met) << "case " << &one - cases;
+    }
 }
 
-TEST(Meets, CountsAreHeldAtBothEnds) {
-    EXPECT_TRUE(meets({of("a", 3, 3)}, {"a", "a", "a"}));
-    EXPECT_FALSE(meets({of("a", 3, 3)}, {"a", "a"}));
-    EXPECT_FALSE(meets({of("a", 3, 3)}, {"a", "a", "a", "a"}));
-    EXPECT_TRUE(meets({of("a", 2, anyNumber), of("b")}, {"a", "a", "a", "b"}));
-    EXPECT_FALSE(meets({of("a", 2, anyNumber)}, {"a"}));
-    EXPECT_TRUE(meets({of("a", 0, 1), of("b")}, {"b"}));
-    EXPECT_TRUE(meets({of("a", 0, 1), of("b")}, {"a", "b"}));
-    EXPECT_FALSE(meets({of("a", 0, 1), of("b")}, {"a", "a", "b"}));
-    EXPECT_TRUE(meets({of("a"), of("a", 2, 2)}, {"a", "a", "a"}));
-}
-
-TEST(Meets, LogLinesMayHoldStars) {
-    EXPECT_TRUE(meets({ofLog("WARN error *")}, {"WARN error 0x80004005"}));
-    EXPECT_FALSE(meets({of("rpn *")}, {"rpn x"}));
-}
-
-TEST(ExpectationText, TellsTheCount) {
+TEST(ExpectationText, ShowsTheCount) {
     EXPECT_EQ(expectationText(of("a")), "a");
     EXPECT_EQ(expectationText(of("a", 3, 3)), "a x3");
     EXPECT_EQ(expectationText(of("a", 2, anyNumber)), "a x2+");
     EXPECT_EQ(expectationText(of("a", 0, 1)), "a x0..1");
 }
 
-TEST(SideBySide, EqualLinesHaveNoMark) {
-    EXPECT_EQ(sideBySide({of("a"), of("b", 2, 2)}, {"a", "b", "b"}),
-              (Texts{"expected   actual", "a          a", "b x2       b x2"}));
-}
-
-TEST(SideBySide, MissingLinesAreMarked) {
-    EXPECT_EQ(sideBySide({of("a"), of("b"), of("c")}, {"a", "c"}),
-              (Texts{"expected   actual", "a          a", "b        <", "c          c"}));
-}
-
-TEST(SideBySide, UnexpectedLinesAreMarked) {
-    EXPECT_EQ(sideBySide({of("a"), of("c")}, {"a", "b", "c"}),
-              (Texts{"expected   actual", "a          a", "         > b", "c          c"}));
-}
-
-TEST(SideBySide, DifferentLinesStandBesideEachOther) {
-    EXPECT_EQ(sideBySide({of("a"), of("b"), of("c")}, {"a", "x", "c"}),
-              (Texts{"expected   actual", "a          a", "b        | x", "c          c"}));
-}
-
-TEST(SideBySide, WrongCountIsADifference) {
-    EXPECT_EQ(sideBySide({of("a", 3, 3)}, {"a", "a"}), (Texts{"expected   actual", "a x3     | a x2"}));
-}
-
-TEST(SideBySide, OneSideAlone) {
-    EXPECT_EQ(sideBySide({}, {"a"}), (Texts{"expected   actual", "         > a"}));
-    EXPECT_EQ(sideBySide({of("a")}, {}), (Texts{"expected   actual", "a        <"}));
-    EXPECT_EQ(sideBySide({}, {}), Texts{"expected   actual"});
+TEST(SideBySide, MarksWhatIsMissingUnexpectedOrDifferent) {
+    struct Case {
+        std::vector<ScenarioExpectation> expected;
+        Texts actual;
+        Texts rows;
+    };
+    const Case cases[] = {
+        {{of("a"), of("b", 2, 2)}, {"a", "b", "b"}, {"a          a", "b x2       b x2"}},
+        {{of("a"), of("b"), of("c")}, {"a", "c"}, {"a          a", "b        <", "c          c"}},
+        {{of("a"), of("c")}, {"a", "b", "c"}, {"a          a", "         > b", "c          c"}},
+        {{of("a"), of("b"), of("c")}, {"a", "x", "c"}, {"a          a", "b        | x", "c          c"}},
+        {{of("a", 3, 3)}, {"a", "a"}, {"a x3     | a x2"}},
+        {{}, {"a"}, {"         > a"}},
+        {{of("a")}, {}, {"a        <"}},
+        {{}, {}, {}},
+    };
+    for (const Case& one : cases) {
+        Texts rows = one.rows;
+        rows.insert(rows.begin(), "expected   actual");
+        EXPECT_EQ(sideBySide(one.expected, one.actual), rows) << "case " << &one - cases;
+    }
 }
 
 TEST(SideBySide, ColumnIsAsWideAsItsLongestLine) {

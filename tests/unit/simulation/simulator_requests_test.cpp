@@ -1,4 +1,4 @@
-// Requests that the bridge's own client library doesn't make, as other clients do.
+// Requests that other clients make and the bridge's own client library doesn't.
 
 #include "simulation/simulator/simulator_event_names.h"
 #include "simulation/simulator/simulator_exceptions.h"
@@ -35,6 +35,17 @@ void defineBattery(RawClient& client, std::uint32_t definition, std::uint32_t da
     client.request(addToDataDefinitionRequest, body);
 }
 
+class SimulatorRequests : public testing::Test {
+protected:
+    RunningSimulator simulator;
+    RawClient client{simulator};
+};
+using SimulatorEvents = SimulatorRequests;
+using SystemEvents = SimulatorRequests;
+using SystemState = SimulatorRequests;
+using SimulatorVariables = SimulatorRequests;
+using UnknownRequests = SimulatorRequests;
+
 TEST(SimulatorEventName, IsKnownInAnyCase) {
     EXPECT_TRUE(isSimulatorEvent("AP_MASTER"));
     EXPECT_TRUE(isSimulatorEvent("ap_master"));
@@ -43,9 +54,7 @@ TEST(SimulatorEventName, IsKnownInAnyCase) {
     EXPECT_FALSE(isSimulatorEvent(""));
 }
 
-TEST(SimulatorEvents, UnknownNameIsRefusedUnlessItIsCustomOrANumber) {
-    RunningSimulator simulator;
-    RawClient client(simulator);
+TEST_F(SimulatorEvents, UnknownNameIsRefusedUnlessItIsCustomOrANumber) {
     client.requestByName(mapClientEventToSimEventRequest, 1, "AP_MASTR");
     client.expectException(Exceptions::nameUnrecognized, 2);
     client.requestByName(mapClientEventToSimEventRequest, 1, "MobiFlight.AP_MASTR");
@@ -54,23 +63,19 @@ TEST(SimulatorEvents, UnknownNameIsRefusedUnlessItIsCustomOrANumber) {
     client.expectNothing();
 }
 
-TEST(SimulatorEvents, ReachEveryoneWhoListensForTheName) {
-    RunningSimulator simulator;
+TEST_F(SimulatorEvents, ReachEveryClientThatListensForTheName) {
     RawClient listener(simulator);
     listen(listener, "ap_master");
     listener.expectNothing();
-    RawClient sender(simulator);
-    listen(sender, "AP_MASTER");
-    sender.request(transmitClientEventRequest, {0, event, 9, 1, 0x10});
-    sender.expect(simConnectRecvEvent, {group, event, 9});
+    listen(client, "AP_MASTER");
+    client.request(transmitClientEventRequest, {0, event, 9, 1, 0x10});
+    client.expect(simConnectRecvEvent, {group, event, 9});
     listener.expect(simConnectRecvEvent, {group, event, 9});
-    sender.request(transmitClientEventEx1Request, {0, event, 1, 0x10, 11, 12, 13, 14, 15});
+    client.request(transmitClientEventEx1Request, {0, event, 1, 0x10, 11, 12, 13, 14, 15});
     listener.expect(eventEx1, {group, event, 11, 12, 13, 14, 15});
 }
 
-TEST(SimulatorEvents, ReachNobodyWhoHasStoppedListening) {
-    RunningSimulator simulator;
-    RawClient client(simulator);
+TEST_F(SimulatorEvents, ReachNoClientThatHasStoppedListening) {
     client.requestByName(mapClientEventToSimEventRequest, event, "AP_MASTER");
     client.request(transmitClientEventRequest, {0, event, 0, 1, 0x10});
     client.request(addClientEventToNotificationGroupRequest, {group, event, 0});
@@ -86,20 +91,16 @@ TEST(SimulatorEvents, ReachNobodyWhoHasStoppedListening) {
     client.expectNothing();
 }
 
-TEST(SimulatorEvents, PrivateOnesReachNobody) {
-    RunningSimulator simulator;
+TEST_F(SimulatorEvents, PrivateOnesReachNobody) {
     RawClient listener(simulator);
     listen(listener, "");
-    RawClient sender(simulator);
-    sender.requestByName(mapClientEventToSimEventRequest, event, "");
-    sender.request(transmitClientEventRequest, {0, event, 0, 1, 0x10});
-    sender.expectNothing();
+    client.requestByName(mapClientEventToSimEventRequest, event, "");
+    client.request(transmitClientEventRequest, {0, event, 0, 1, 0x10});
+    client.expectNothing();
     listener.expectNothing();
 }
 
-TEST(SimulatorEvents, GroupRequestsAreRefusedWithTheirArgument) {
-    RunningSimulator simulator;
-    RawClient client(simulator);
+TEST_F(SimulatorEvents, GroupRequestsAreRefusedWithTheirArgument) {
     client.request(addClientEventToNotificationGroupRequest, {group, event, 0});
     client.expectException(Exceptions::unrecognizedId, 2);
     for (const std::uint32_t type : {removeClientEventRequest, setNotificationGroupPriorityRequest,
@@ -118,9 +119,7 @@ TEST(SimulatorEvents, GroupRequestsAreRefusedWithTheirArgument) {
     client.expectException(Exceptions::tooManyGroups, 1);
 }
 
-TEST(SystemEvents, StateIsToldAtOnce) {
-    RunningSimulator simulator;
-    RawClient client(simulator);
+TEST_F(SystemEvents, StateIsSentAtOnce) {
     client.requestByName(subscribeToSystemEventRequest, 1, "Sim");
     client.expect(simConnectRecvEvent, {unknownGroup, 1, 1});
     client.requestByName(subscribeToSystemEventRequest, 2, "pause");
@@ -132,9 +131,7 @@ TEST(SystemEvents, StateIsToldAtOnce) {
     client.expectNothing();
 }
 
-TEST(SystemEvents, RequestsAreRefusedWithTheirArgument) {
-    RunningSimulator simulator;
-    RawClient client(simulator);
+TEST_F(SystemEvents, RequestsAreRefusedWithTheirArgument) {
     client.requestByName(subscribeToSystemEventRequest, 1, "NoSuchEvent");
     client.expectException(Exceptions::nameUnrecognized, 2);
     // There are no frames here.
@@ -151,9 +148,7 @@ TEST(SystemEvents, RequestsAreRefusedWithTheirArgument) {
     client.expectException(Exceptions::eventIdDuplicate, 1);
 }
 
-TEST(SystemState, IsAnswered) {
-    RunningSimulator simulator;
-    RawClient client(simulator);
+TEST_F(SystemState, IsAnswered) {
     client.requestByName(requestSystemStateRequest, 7, "Sim");
     PeerBytes body = wireWords({7, 1, 0});
     body.resize(12 + 260);
@@ -165,9 +160,7 @@ TEST(SystemState, IsAnswered) {
     client.expectException(Exceptions::nameUnrecognized, 2);
 }
 
-TEST(SimulatorVariables, ComeTaggedWhenAskedFor) {
-    RunningSimulator simulator;
-    RawClient client(simulator);
+TEST_F(SimulatorVariables, AreTaggedOnRequest) {
     defineBattery(client, 1, 70);
     defineBattery(client, 1, 71);
     client.request(requestDataOnSimObjectRequest, {2, 1, 0, simConnectPeriodSimFrame, 3, 0, 0, 0});
@@ -176,9 +169,7 @@ TEST(SimulatorVariables, ComeTaggedWhenAskedFor) {
     client.expect(simConnectRecvSimobjectData, {2, 0, 1, 3, 1, 1, 2, 70, 1, 71, 1});
 }
 
-TEST(SimulatorVariables, CanBeAskedForByTheKindOfObject) {
-    RunningSimulator simulator;
-    RawClient client(simulator);
+TEST_F(SimulatorVariables, CanBeRequestedByTheKindOfObject) {
     defineBattery(client, 1, 0);
     client.request(requestDataOnSimObjectTypeRequest, {2, 1, 0, 0});
     client.expect(simobjectDataByType, {2, 1, 1, 0, 1, 1, 1, 0});
@@ -191,9 +182,7 @@ TEST(SimulatorVariables, CanBeAskedForByTheKindOfObject) {
     client.expectException(Exceptions::invalidEnum, 4);
 }
 
-TEST(SimulatorVariables, CanBeSet) {
-    RunningSimulator simulator;
-    RawClient client(simulator);
+TEST_F(SimulatorVariables, CanBeSet) {
     defineBattery(client, 1, 70);
     client.request(requestDataOnSimObjectRequest, {2, 1, 0, simConnectPeriodSimFrame, 1, 0, 0, 0});
     client.expect(simConnectRecvSimobjectData, {2, 0, 1, 1, 1, 1, 1, 0});
@@ -214,9 +203,7 @@ TEST(SimulatorVariables, CanBeSet) {
     client.expectException(Exceptions::datumId, 6);
 }
 
-TEST(UnknownRequests, AreAnError) {
-    RunningSimulator simulator;
-    RawClient client(simulator);
+TEST_F(UnknownRequests, AreAnError) {
     client.request(0x33, {0});
     client.expectException(Exceptions::error, 0);
 }

@@ -5,33 +5,24 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
-BoardOutput outputOf(const HidProtocol::Report& report) {
-    return {OutputCall::Write, {report.begin(), report.end()}};
-}
-
-SimulatorRecord recordOf(SimulatorRecordKind kind, const std::string& text = "", std::uint32_t value = 0) {
-    SimulatorRecord record;
-    record.kind = kind;
-    record.text = text;
-    record.value = value;
-    return record;
-}
-
-} // namespace
-
-TEST(OutputText, WordsEachReport) {
-    EXPECT_EQ(outputText(outputOf(HidProtocol::encodeLedCtl({0, 0, 0, 0, 0}))), "led none");
-    EXPECT_EQ(outputText(outputOf(HidProtocol::encodeLedCtl({1, 80, 0, 0, 0}))), "led steady 80");
-    EXPECT_EQ(outputText(outputOf(HidProtocol::encodeLedCtl({2, 0, 5, 1000, 50}))),
-              "led breathe count=5 period=1000 level=50");
-    EXPECT_EQ(outputText(outputOf(HidProtocol::encodeLedCtl({3, 0, 4, 150, 100}))),
-              "led flash count=4 period=150 level=100");
-    EXPECT_EQ(outputText(outputOf(HidProtocol::encodeLedCtl({9, 0, 0, 0, 0}))), "led effect 9");
-    EXPECT_EQ(outputText(outputOf(HidProtocol::encodeSimStatus(true))), "status connected");
-    EXPECT_EQ(outputText(outputOf(HidProtocol::encodeSimStatus(false))), "status disconnected");
-    EXPECT_EQ(outputText(outputOf(HidProtocol::encodeBootsel())), "bootsel");
+TEST(OutputText, DescribesEachReport) {
+    struct Case {
+        HidProtocol::Report report;
+        const char* text;
+    };
+    const Case cases[] = {
+        {HidProtocol::encodeLedCtl({0, 0, 0, 0, 0}), "led none"},
+        {HidProtocol::encodeLedCtl({1, 80, 0, 0, 0}), "led steady 80"},
+        {HidProtocol::encodeLedCtl({2, 0, 5, 1000, 50}), "led breathe count=5 period=1000 level=50"},
+        {HidProtocol::encodeLedCtl({3, 0, 4, 150, 100}), "led flash count=4 period=150 level=100"},
+        {HidProtocol::encodeLedCtl({9, 0, 0, 0, 0}), "led effect 9"},
+        {HidProtocol::encodeSimStatus(true), "status connected"},
+        {HidProtocol::encodeSimStatus(false), "status disconnected"},
+        {HidProtocol::encodeBootsel(), "bootsel"},
+    };
+    for (const Case& one : cases) {
+        EXPECT_EQ(outputText({OutputCall::Write, {one.report.begin(), one.report.end()}}), one.text);
+    }
 }
 
 TEST(OutputText, ShowsTheBytesOfAReportThatNoBoardUnderstands) {
@@ -40,19 +31,35 @@ TEST(OutputText, ShowsTheBytesOfAReportThatNoBoardUnderstands) {
     EXPECT_EQ(outputText({OutputCall::Write, std::vector<std::uint8_t>(32, 0x7F)}).substr(0, 11), "output 7F7F");
 }
 
-TEST(RecordText, WordsEachKind) {
-    EXPECT_EQ(recordText(recordOf(SimulatorRecordKind::Connected)), std::nullopt);
-    EXPECT_EQ(recordText(recordOf(SimulatorRecordKind::Opened, "X")), "opened X");
-    EXPECT_EQ(recordText(recordOf(SimulatorRecordKind::Closed)), "closed");
-    EXPECT_EQ(recordText(recordOf(SimulatorRecordKind::Subscribed, "X")), "subscribed X");
-    EXPECT_EQ(recordText(recordOf(SimulatorRecordKind::ClientEvent, "AP_MASTER")), "event AP_MASTER");
-    EXPECT_EQ(recordText(recordOf(SimulatorRecordKind::ClientEvent, "AP_MASTER", 3)), "event AP_MASTER value=3");
-    EXPECT_EQ(recordText(recordOf(SimulatorRecordKind::Executed, "1 (>K:X)")), "rpn (>K:X)");
-    EXPECT_EQ(recordText(recordOf(SimulatorRecordKind::Executed, "2 (>K:X)")), "code 2 (>K:X)");
-    EXPECT_EQ(recordText(recordOf(SimulatorRecordKind::Dummy, "MF.DummyCmd")), "dummy");
-    EXPECT_EQ(recordText(recordOf(SimulatorRecordKind::Command, "MF.Ping")), "command MF.Ping");
-    EXPECT_EQ(recordText(recordOf(SimulatorRecordKind::Unchanged, "MF.Ping")), "unchanged MF.Ping");
-    EXPECT_EQ(recordText(recordOf(SimulatorRecordKind::Exception, "", 3)), "exception 3");
+TEST(RecordText, DescribesEachKind) {
+    using Kind = SimulatorRecordKind;
+    struct Case {
+        Kind kind;
+        const char* text;
+        std::uint32_t value;
+        std::optional<std::string> expected;
+    };
+    const Case cases[] = {
+        {Kind::Connected, "", 0, std::nullopt},
+        {Kind::Opened, "X", 0, "opened X"},
+        {Kind::Closed, "", 0, "closed"},
+        {Kind::Subscribed, "X", 0, "subscribed X"},
+        {Kind::ClientEvent, "AP_MASTER", 0, "event AP_MASTER"},
+        {Kind::ClientEvent, "AP_MASTER", 3, "event AP_MASTER value=3"},
+        {Kind::Executed, "1 (>K:X)", 0, "rpn (>K:X)"},
+        {Kind::Executed, "2 (>K:X)", 0, "code 2 (>K:X)"},
+        {Kind::Dummy, "MF.DummyCmd", 0, "dummy"},
+        {Kind::Command, "MF.Ping", 0, "command MF.Ping"},
+        {Kind::Unchanged, "MF.Ping", 0, "unchanged MF.Ping"},
+        {Kind::Exception, "", 3, "exception 3"},
+    };
+    for (const Case& one : cases) {
+        SimulatorRecord record;
+        record.kind = one.kind;
+        record.text = one.text;
+        record.value = one.value;
+        EXPECT_EQ(recordText(record), one.expected);
+    }
 }
 
 TEST(LogFollower, GivesCompleteLinesOnce) {
@@ -73,7 +80,7 @@ TEST(LogFollower, GivesCompleteLinesOnce) {
     EXPECT_EQ(second[1].message, "more");
 }
 
-TEST(LogFollower, BeginsAnewWhenTheLogDoes) {
+TEST(LogFollower, StartsOverWithANewLog) {
     const TempFolder folder;
     LogFollower follower(folder.path("a.log"));
     folder.write("a.log", "2026-01-31 12:00:00 [INFO] an old line\n2026-01-31 12:00:00 [INFO] half a li");

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <utility>
 
 using HidProtocol::HidEvent;
@@ -23,15 +24,7 @@ public:
             [this](std::span<const std::uint8_t> report) { sent.emplace_back(report.begin(), report.end()); });
     }
 
-    HidEvent lastEvent() {
-        HidEvent event;
-        std::string error;
-        EXPECT_FALSE(sent.empty());
-        EXPECT_TRUE(HidProtocol::decodeInputReport(sent.back().data(), sent.back().size(), event, error)) << error;
-        return event;
-    }
-
-    void tell(const Report& report) { board.receiveOutput(OutputCall::Write, report); }
+    void receive(const Report& report) { board.receiveOutput(OutputCall::Write, report); }
 
     VirtualBoard board;
     std::vector<Bytes> sent;
@@ -39,77 +32,70 @@ public:
 
 } // namespace
 
-TEST_F(VirtualBoardTest, PressHoldAndReleaseAreButtonEvents) {
-    board.press(0x1234, 1);
-    EXPECT_EQ(lastEvent(), (HidEvent{0, 1, 0x1234, 1, 0, 1, 0}));
-    board.hold(0x1234, 1);
-    EXPECT_EQ(lastEvent(), (HidEvent{0, 1, 0x1234, 2, 0, 1, 0}));
-    board.hold(0x1234, 0, 4);
-    EXPECT_EQ(lastEvent(), (HidEvent{0, 1, 0x1234, 4, 0, 0, 0}));
-    board.release(0x1234);
-    EXPECT_EQ(lastEvent(), (HidEvent{0, 1, 0x1234, 0, 0, 0, 0}));
-    EXPECT_EQ(sent.size(), 4U);
+TEST_F(VirtualBoardTest, EachInputIsAnEvent) {
+    struct Case {
+        std::function<void(VirtualBoard&)> input;
+        HidEvent event;
+    };
+    const HidEvent everyField{0xF1, 0x77, 0xABCD, -128, 0xF2, 0xF3, 0xFEDC};
+    const Case cases[] = {
+        {[](VirtualBoard& sender) { sender.press(0x1234, 1); }, {0, 1, 0x1234, 1, 0, 1, 0}},
+        {[](VirtualBoard& sender) { sender.hold(0x1234, 1); }, {0, 1, 0x1234, 2, 0, 1, 0}},
+        {[](VirtualBoard& sender) { sender.hold(0x1234, 0, 4); }, {0, 1, 0x1234, 4, 0, 0, 0}},
+        {[](VirtualBoard& sender) { sender.release(0x1234); }, {0, 1, 0x1234, 0, 0, 0, 0}},
+        {[](VirtualBoard& sender) { sender.turn(9, -3, 2, 1); }, {0, 2, 9, -3, 2, 1, 0}},
+        {[](VirtualBoard& sender) { sender.notice(); }, {0, 4, 0, 0, 0, 0, 0}},
+        {[&](VirtualBoard& sender) { sender.sendEvent(everyField); }, everyField},
+    };
+    for (const Case& one : cases) {
+        SCOPED_TRACE(&one - cases);
+        sent.clear();
+        one.input(board);
+        ASSERT_EQ(sent.size(), 1U);
+        EXPECT_EQ(sent[0].size(), 32U);
+        HidEvent event;
+        std::string error;
+        EXPECT_TRUE(HidProtocol::decodeInputReport(sent[0].data(), sent[0].size(), event, error)) << error;
+        EXPECT_EQ(event, one.event);
+    }
 }
 
-TEST_F(VirtualBoardTest, TurnIsAnEncoderEvent) {
-    board.turn(9, -3, 2, 1);
-    EXPECT_EQ(lastEvent(), (HidEvent{0, 2, 9, -3, 2, 1, 0}));
-}
-
-TEST_F(VirtualBoardTest, NoticeIsItsOwnType) {
-    board.notice();
-    EXPECT_EQ(lastEvent(), (HidEvent{0, 4, 0, 0, 0, 0, 0}));
-}
-
-TEST_F(VirtualBoardTest, EventFieldsSurviveTheWire) {
-    const HidEvent event{0xF1, 0x77, 0xABCD, -128, 0xF2, 0xF3, 0xFEDC};
-    board.sendEvent(event);
-    EXPECT_EQ(lastEvent(), event);
-    EXPECT_EQ(sent.back().size(), 32U);
-}
-
-TEST_F(VirtualBoardTest, RawReportIsSentAsItIs) {
+TEST_F(VirtualBoardTest, SendsRawReportsAsTheyAreAndNothingWithoutPower) {
     board.sendRaw(Bytes{9, 8, 7});
     EXPECT_EQ(sent, (std::vector<Bytes>{{9, 8, 7}}));
-}
-
-TEST_F(VirtualBoardTest, UnpoweredBoardSendsNothing) {
     board.powerOff();
     board.press(1);
-    EXPECT_TRUE(sent.empty());
+    EXPECT_EQ(sent.size(), 1U);
 }
 
-TEST_F(VirtualBoardTest, KnowsNothingOfTheHostAtFirst) {
-    EXPECT_FALSE(board.led().has_value());
-    EXPECT_FALSE(board.simConnected().has_value());
-    EXPECT_FALSE(board.inBootsel());
-    EXPECT_TRUE(board.outputs().empty());
-}
-
-TEST_F(VirtualBoardTest, ShowsTheLightItWasTold) {
-    const LedCommand command{3, 1, 4, 500, 200};
-    tell(HidProtocol::encodeLedCtl(command));
-    EXPECT_EQ(board.led(), command);
-    tell(HidProtocol::encodeLedCtl({}));
+TEST_F(VirtualBoardTest, ShowsWhatTheHostSentLast) {
+    receive(HidProtocol::encodeLedCtl({3, 1, 4, 500, 200}));
+    EXPECT_EQ(board.led(), (LedCommand{3, 1, 4, 500, 200}));
+    receive(HidProtocol::encodeLedCtl({}));
     EXPECT_EQ(board.led(), LedCommand());
-}
-
-TEST_F(VirtualBoardTest, KeepsTheSimStatus) {
-    tell(HidProtocol::encodeSimStatus(true));
+    receive(HidProtocol::encodeSimStatus(true));
     EXPECT_EQ(board.simConnected(), true);
-    tell(HidProtocol::encodeSimStatus(false));
+    receive(HidProtocol::encodeSimStatus(false));
     EXPECT_EQ(board.simConnected(), false);
-}
-
-TEST_F(VirtualBoardTest, ObeysBootselAlone) {
-    tell(Report{0x12, 0x01});
-    EXPECT_FALSE(board.inBootsel());
-    tell(HidProtocol::encodeBootsel());
+    receive(HidProtocol::encodeBootsel());
     EXPECT_TRUE(board.inBootsel());
 }
 
-TEST_F(VirtualBoardTest, KeepsEveryReportWithItsWay) {
-    tell(HidProtocol::encodeSimStatus(true));
+TEST_F(VirtualBoardTest, CutOrUnknownReportChangesNothing) {
+    EXPECT_TRUE(board.outputs().empty());
+    const auto bootsel = bytesOf(HidProtocol::encodeBootsel());
+    board.receiveOutput(OutputCall::Write, {bootsel.data(), 31});
+    board.receiveOutput(OutputCall::Write, {});
+    receive(Report{0x12, 0x01});
+    receive(Report{0x13, 0x02});
+    EXPECT_FALSE(board.inBootsel());
+    EXPECT_FALSE(board.led().has_value());
+    EXPECT_FALSE(board.simConnected().has_value());
+    EXPECT_EQ(board.outputs().size(), 4U);
+}
+
+TEST_F(VirtualBoardTest, RecordsEveryReportWithItsCall) {
+    receive(HidProtocol::encodeSimStatus(true));
     board.receiveOutput(OutputCall::SetOutputReport, HidProtocol::encodeBootsel());
     board.receiveOutput(OutputCall::Write, Bytes{0x77});
     EXPECT_EQ(board.outputs(),
@@ -120,20 +106,10 @@ TEST_F(VirtualBoardTest, KeepsEveryReportWithItsWay) {
     EXPECT_TRUE(board.outputs().empty());
 }
 
-TEST_F(VirtualBoardTest, CutOrUnknownReportChangesNothing) {
-    const auto bootsel = bytesOf(HidProtocol::encodeBootsel());
-    board.receiveOutput(OutputCall::Write, {bootsel.data(), 31});
-    board.receiveOutput(OutputCall::Write, {});
-    tell(Report{0x13, 0x02});
-    EXPECT_FALSE(board.inBootsel());
-    EXPECT_FALSE(board.led().has_value());
-    EXPECT_EQ(board.outputs().size(), 3U);
-}
-
-TEST_F(VirtualBoardTest, PowerForgetsTheHostButKeepsTheRecord) {
-    tell(HidProtocol::encodeLedCtl({1, 1, 0, 0, 0}));
-    tell(HidProtocol::encodeSimStatus(true));
-    tell(HidProtocol::encodeBootsel());
+TEST_F(VirtualBoardTest, PowerCycleForgetsTheHostButKeepsTheRecord) {
+    receive(HidProtocol::encodeLedCtl({1, 1, 0, 0, 0}));
+    receive(HidProtocol::encodeSimStatus(true));
+    receive(HidProtocol::encodeBootsel());
     board.powerOff();
     EXPECT_TRUE(board.led().has_value());
     board.powerOn(nullptr);
@@ -143,16 +119,16 @@ TEST_F(VirtualBoardTest, PowerForgetsTheHostButKeepsTheRecord) {
     EXPECT_EQ(board.outputs().size(), 3U);
 }
 
-TEST_F(VirtualBoardTest, CallbackSeesTheStateThatItsReportMade) {
+TEST_F(VirtualBoardTest, CallbackSeesTheStateAfterItsReport) {
     std::vector<std::optional<bool>> seen;
     board.setOutputCallback([&](const BoardOutput& output) {
         EXPECT_EQ(output.bytes.size(), 32U);
         seen.push_back(board.simConnected());
     });
-    tell(HidProtocol::encodeSimStatus(true));
-    tell(HidProtocol::encodeSimStatus(false));
+    receive(HidProtocol::encodeSimStatus(true));
+    receive(HidProtocol::encodeSimStatus(false));
     board.setOutputCallback(nullptr);
-    tell(HidProtocol::encodeSimStatus(true));
+    receive(HidProtocol::encodeSimStatus(true));
     EXPECT_EQ(seen, (std::vector<std::optional<bool>>{true, false}));
 }
 
@@ -177,11 +153,10 @@ TEST(VirtualBoardFeatures, ProtocolInfoCarriesTheModel) {
     EXPECT_EQ(VirtualBoard(model).featureReply(0x21), (Report{0x21, 3, 2, 1}));
 }
 
-TEST(VirtualBoardFeatures, BoardWithoutThemDoesNotAnswer) {
+TEST(VirtualBoardFeatures, BoardWithoutAFeatureDoesNotAnswer) {
     VirtualBoardModel model;
     model.boardId.reset();
-    const VirtualBoard board(model);
-    EXPECT_FALSE(board.featureReply(0x20).has_value());
-    EXPECT_FALSE(board.featureReply(0x21).has_value());
-    EXPECT_FALSE(board.featureReply(0x22).has_value());
+    for (const std::uint8_t feature : {std::uint8_t{0x20}, std::uint8_t{0x21}, std::uint8_t{0x22}}) {
+        EXPECT_FALSE(VirtualBoard(model).featureReply(feature).has_value()) << int{feature};
+    }
 }
