@@ -13,266 +13,179 @@
 
 namespace {
 
-/// The system's separator between a folder and a name that were joined.
+/// What the system puts between a folder and a name.
 const std::string separator(1, static_cast<char>(std::filesystem::path::preferred_separator));
 
 constexpr bool onWindows = std::filesystem::path::preferred_separator == '\\';
 
-TEST(FileSystemJoin, PutsTheSystemsSeparatorBetween) {
+TEST(FileSystemPaths, JoinFollowsTheSystemsRuleWithoutCleaningUp) {
     EXPECT_EQ(FileSystem::join("folder", "name"), "folder" + separator + "name");
-}
-
-TEST(FileSystemJoin, AddsNoSecondSeparator) {
     EXPECT_EQ(FileSystem::join("folder/", "name"), "folder/name");
-}
-
-TEST(FileSystemJoin, KeepsDotParts) {
     EXPECT_EQ(FileSystem::join("a/../b", "./c/../d"), "a/../b" + separator + "./c/../d");
-}
-
-TEST(FileSystemJoin, EmptyFolderLeavesTheNameAsItIs) {
     EXPECT_EQ(FileSystem::join("", "config/config.json"), "config/config.json");
-}
-
-TEST(FileSystemJoin, EmptyNameLeavesATrailingSeparator) {
     EXPECT_EQ(FileSystem::join("folder", ""), "folder" + separator);
-}
-
-TEST(FileSystemJoin, AbsoluteNameReplacesTheFolder) {
     const std::string absolute = onWindows ? "D:\\other\\map.json" : "/other/map.json";
     EXPECT_EQ(FileSystem::join("folder", absolute), absolute);
 }
 
-TEST(FileSystemParentPath, IsEmptyForABareName) {
-    EXPECT_EQ(FileSystem::parentPath("config.json"), "");
-    EXPECT_EQ(FileSystem::parentPath(""), "");
-}
-
-TEST(FileSystemParentPath, IsTheFolderPartAsItWasWritten) {
-    EXPECT_EQ(FileSystem::parentPath("a/../b/config.json"), "a/../b");
-    EXPECT_EQ(FileSystem::parentPath("folder/"), "folder");
-    EXPECT_EQ(FileSystem::parentPath("/config.json"), "/");
-}
-
-TEST(FileSystemFileName, IsTheLastComponent) {
-    EXPECT_EQ(FileSystem::fileName("a/b/config.json"), "config.json");
-    EXPECT_EQ(FileSystem::fileName("config.json"), "config.json");
-    EXPECT_EQ(FileSystem::fileName("folder/"), "");
-}
-
-TEST(FileSystemIsAbsolute, HoldsForNoRelativePath) {
-    for (const char* relative : {"", "config.json", "config/config.json", "./x", "../x"}) {
-        EXPECT_FALSE(FileSystem::isAbsolute(relative)) << relative;
+TEST(FileSystemPaths, ParentPathAndFileNameSplitAtTheLastSeparator) {
+    const std::vector<std::string> cases[] = {
+        {"config.json", "", "config.json"},
+        {"", "", ""},
+        {"a/../b/config.json", "a/../b", "config.json"},
+        {"/config.json", "/", "config.json"},
+        {"folder/", "folder", ""},
+    };
+    for (const std::vector<std::string>& each : cases) {
+        EXPECT_EQ(FileSystem::parentPath(each[0]), each[1]) << each[0];
+        EXPECT_EQ(FileSystem::fileName(each[0]), each[2]) << each[0];
     }
 }
 
-TEST(FileSystemIsAbsolute, HoldsForTheSystemsAbsolutePaths) {
+TEST(FileSystemPaths, AreAbsoluteByTheSystemsNotion) {
+    for (const char* relative : {"", "config.json", "config/config.json", "./x", "../x"}) {
+        EXPECT_FALSE(FileSystem::isAbsolute(relative)) << relative;
+    }
     EXPECT_TRUE(FileSystem::isAbsolute(onWindows ? "C:\\x" : "/x"));
     EXPECT_TRUE(FileSystem::isAbsolute(onWindows ? "C:/x" : "/"));
 }
 
-TEST(FileSystemIsAbsolute, HoldsForATempFolder) {
-    const TempFolder folder;
-    EXPECT_TRUE(FileSystem::isAbsolute(folder.path()));
+TEST(FileSystemPaths, OwnSeparatorsReplaceBackslashes) {
+    EXPECT_EQ(FileSystem::toOwnSeparators("a\\b\\\\c"), "a" + separator + "b" + separator + separator + "c");
+    EXPECT_EQ(FileSystem::toOwnSeparators("a/b"), "a/b");
 }
 
-TEST(FileSystemBytes, SurviveTheWayThroughAPath) {
+TEST(FileSystemPaths, KeepTheirBytes) {
     // "Łódź" in UTF-8: on Windows each byte is a character of the code page.
     const std::string bytes = "\xC5\x81\xC3\xB3";
     EXPECT_EQ(FileSystem::toBytes(FileSystem::fromBytes(bytes)), bytes);
     EXPECT_EQ(FileSystem::toBytes(FileSystem::fromBytes("")), "");
 }
 
-TEST(FileSystemBytes, NameTheFileThatAStreamOpensByTheSameBytes) {
-    const TempFolder folder;
+/// Two files, an empty one and one of four bytes, beside a folder with a file in it, whose name isn't ASCII.
+class FileSystemFiles : public testing::Test {
+protected:
+    TempFolder folder;
+    const std::string file = folder.write("file", "text");
+    const std::string empty = folder.write("empty", "");
     const std::string subfolder = FileSystem::join(folder.path(), "E\x80ro");
-    std::filesystem::create_directory(FileSystem::fromBytes(subfolder));
-    const std::string path = FileSystem::join(subfolder, "config.json");
-    std::ofstream(path, std::ios::binary) << "text";
-    std::string text;
-    EXPECT_TRUE(FileSystem::exists(path));
-    EXPECT_TRUE(FileSystem::existsOrFalse(path));
-    ASSERT_TRUE(FileSystem::readFile(path, text));
-    EXPECT_EQ(text, "text");
-    EXPECT_EQ(FileSystem::fileName(FileSystem::parentPath(path)), "E\x80ro");
-}
+    const std::string inner = FileSystem::join(subfolder, "inner");
+    const std::string absent = folder.path("absent");
 
-TEST(FileSystemExists, HoldsForFilesAndFolders) {
-    const TempFolder folder;
-    EXPECT_TRUE(FileSystem::exists(folder.write("file", "")));
-    EXPECT_TRUE(FileSystem::exists(folder.path()));
-    EXPECT_TRUE(FileSystem::existsOrFalse(folder.path()));
-}
+    FileSystemFiles() {
+        FileSystem::makeFolders(subfolder);
+        FileSystem::openForWriting(inner) << "inner";
+    }
 
-TEST(FileSystemExists, IsFalseForWhatIsAbsent) {
-    const TempFolder folder;
-    EXPECT_FALSE(FileSystem::exists(folder.path("absent")));
-    EXPECT_FALSE(FileSystem::exists(folder.path("absent/deeper")));
-    EXPECT_FALSE(FileSystem::existsOrFalse(folder.path("absent")));
-    EXPECT_FALSE(FileSystem::exists(""));
-}
+    static std::string content(const std::string& path) {
+        std::string text = "(absent)";
+        FileSystem::readFile(path, text);
+        return text;
+    }
+};
 
-TEST(FileSystemExists, IsFalseBehindAFileInAFoldersPlace) {
-    const TempFolder folder;
-    EXPECT_FALSE(FileSystem::exists(FileSystem::join(folder.write("file", ""), "name")));
-}
-
-TEST(FileSystemExistsOrFalse, CountsAFailedQuestionAsAbsent) {
+TEST_F(FileSystemFiles, ExistWhetherFileOrFolder) {
+    for (const std::string& path : {file, empty, subfolder, inner, folder.path()}) {
+        EXPECT_TRUE(FileSystem::exists(path)) << path;
+        EXPECT_TRUE(FileSystem::existsOrFalse(path)) << path;
+    }
+    for (const std::string& path :
+         {absent, FileSystem::join(absent, "deeper"), FileSystem::join(file, "name"), std::string()}) {
+        EXPECT_FALSE(FileSystem::exists(path)) << path;
+        EXPECT_FALSE(FileSystem::existsOrFalse(path)) << path;
+    }
+    // The system fails to answer for a path of that length.
     EXPECT_FALSE(FileSystem::existsOrFalse(std::string(100000, 'x')));
 }
 
-TEST(FileSystemReadFile, GivesEveryByte) {
-    const TempFolder folder;
-    std::string content(200001, '\0');
-    std::generate(content.begin(), content.end(), [next = 0]() mutable { return static_cast<char>(next++ * 7); });
-    content += "\r\n\x1A end";
-    std::string text = "old";
-    ASSERT_TRUE(FileSystem::readFile(folder.write("file", content), text));
-    EXPECT_EQ(text, content);
-}
-
-TEST(FileSystemReadFile, EmptyFileGivesEmptyText) {
-    const TempFolder folder;
-    std::string text = "old";
-    ASSERT_TRUE(FileSystem::readFile(folder.write("file", ""), text));
-    EXPECT_EQ(text, "");
-}
-
-TEST(FileSystemReadFile, AbsentFileLeavesTheText) {
-    const TempFolder folder;
-    std::string text = "old";
-    EXPECT_FALSE(FileSystem::readFile(folder.path("absent"), text));
-    EXPECT_EQ(text, "old");
-}
-
-TEST(FileSystemReadFile, RefusesAFolderAndLeavesTheText) {
-    const TempFolder folder;
-    std::string text = "old";
-    EXPECT_FALSE(FileSystem::readFile(folder.path(), text));
-    EXPECT_EQ(text, "old");
-}
-
-TEST(FileSystemFileSize, IsWhatHasBeenFlushedToAFileThatIsStillOpen) {
-    const TempFolder folder;
-    const std::string path = FileSystem::join(folder.path(), "E\x80ro");
-    FileSystem::openForWriting(path) << "12345";
-    std::ofstream writer = FileSystem::openForAppending(path);
-    writer << "678" << std::flush;
-    EXPECT_EQ(FileSystem::fileSize(path), 8U);
-    writer << "9" << std::flush;
-    EXPECT_EQ(FileSystem::fileSize(path), 9U);
-}
-
-TEST(FileSystemFileSize, IsNoneForAFolderAndForWhatIsAbsent) {
-    const TempFolder folder;
-    EXPECT_EQ(FileSystem::fileSize(folder.path()), std::nullopt);
-    EXPECT_EQ(FileSystem::fileSize(folder.path("absent")), std::nullopt);
-    EXPECT_EQ(FileSystem::fileSize(""), std::nullopt);
-}
-
-TEST(FileSystemNamesIn, AreThoseOfFilesAndFolders) {
-    const TempFolder folder;
-    folder.write("file", "");
-    FileSystem::makeFolders(FileSystem::join(folder.path(), "E\x80ro"));
+TEST_F(FileSystemFiles, NamesInListsFilesAndFolders) {
     std::vector<std::string> names = FileSystem::namesIn(folder.path());
     std::sort(names.begin(), names.end());
-    EXPECT_EQ(names, (std::vector<std::string>{"E\x80ro", "file"}));
-    EXPECT_TRUE(FileSystem::namesIn(folder.path("absent")).empty());
+    EXPECT_EQ(names, (std::vector<std::string>{"E\x80ro", "empty", "file"}));
+    EXPECT_TRUE(FileSystem::namesIn(absent).empty());
 }
 
-TEST(FileSystemOpenForWriting, EmptiesTheFile) {
-    const TempFolder folder;
-    const std::string path = folder.write("file", "before");
-    FileSystem::openForWriting(path) << "\n";
-    EXPECT_EQ(FileSystem::fileSize(path), 1U);
-    EXPECT_FALSE(FileSystem::openForWriting(folder.path()).is_open());
+TEST_F(FileSystemFiles, ReadFileGivesEveryByteOfAFileAndLeavesTheTextWithoutOne) {
+    std::string bytes(200001, '\0');
+    std::generate(bytes.begin(), bytes.end(), [next = 0]() mutable { return static_cast<char>(next++ * 7); });
+    bytes += "\r\n\x1A end";
+    std::string text = "old";
+    EXPECT_FALSE(FileSystem::readFile(absent, text));
+    EXPECT_FALSE(FileSystem::readFile(folder.path(), text));
+    EXPECT_EQ(text, "old");
+    ASSERT_TRUE(FileSystem::readFile(folder.write("large", bytes), text));
+    EXPECT_EQ(text, bytes);
+    ASSERT_TRUE(FileSystem::readFile(empty, text));
+    EXPECT_EQ(text, "");
+    ASSERT_TRUE(FileSystem::readFile(inner, text));
+    EXPECT_EQ(text, "inner");
 }
 
-TEST(FileSystemRenameFile, ReplacesTheFileThatIsThere) {
-    const TempFolder folder;
-    const std::string from = folder.write("from", "new");
-    const std::string to = folder.write("to", "old");
-    std::string text;
-    EXPECT_TRUE(FileSystem::renameFile(from, to));
-    EXPECT_FALSE(FileSystem::exists(from));
-    ASSERT_TRUE(FileSystem::readFile(to, text));
-    EXPECT_EQ(text, "new");
+TEST_F(FileSystemFiles, FileSizeIsThatOnDiskOfAFileThatIsStillOpen) {
+    std::ofstream writer = FileSystem::openForAppending(inner);
+    writer << "678" << std::flush;
+    EXPECT_EQ(FileSystem::fileSize(inner), 8U);
+    writer << "9" << std::flush;
+    EXPECT_EQ(FileSystem::fileSize(inner), 9U);
+    for (const std::string& path : {subfolder, absent, std::string()}) {
+        EXPECT_EQ(FileSystem::fileSize(path), std::nullopt) << path;
+    }
 }
 
-TEST(FileSystemRenameFile, FailsForWhatIsAbsentAndOverAFolderInUse) {
-    const TempFolder folder;
-    const std::string file = folder.write("file", "text");
-    folder.write("folder/occupied", "");
-    EXPECT_FALSE(FileSystem::renameFile(folder.path("absent"), folder.path("to")));
-    EXPECT_FALSE(FileSystem::renameFile(file, folder.path("folder")));
-    EXPECT_TRUE(FileSystem::exists(file));
+TEST_F(FileSystemFiles, OpenForWritingEmptiesTheFile) {
+    FileSystem::openForWriting(file) << "\n";
+    EXPECT_EQ(FileSystem::fileSize(file), 1U);
+    EXPECT_FALSE(FileSystem::openForWriting(subfolder).is_open());
 }
 
-TEST(FileSystemRemove, DeletesFilesAndLeavesFoldersInUse) {
-    const TempFolder folder;
-    const std::string file = folder.write("file", "");
-    folder.write("folder/occupied", "");
-    FileSystem::remove(file);
-    FileSystem::remove(file);
-    FileSystem::remove(folder.path("folder"));
+TEST_F(FileSystemFiles, RenameFileReplacesAFileButNoFolderInUse) {
+    EXPECT_TRUE(FileSystem::renameFile(file, empty));
     EXPECT_FALSE(FileSystem::exists(file));
-    EXPECT_TRUE(FileSystem::exists(folder.path("folder/occupied")));
+    EXPECT_EQ(content(empty), "text");
+    EXPECT_FALSE(FileSystem::renameFile(absent, empty));
+    EXPECT_FALSE(FileSystem::renameFile(empty, subfolder));
+    EXPECT_EQ(content(empty), "text");
 }
 
-TEST(FileSystemOwnSeparators, TakeTheBackslashesPlace) {
-    EXPECT_EQ(FileSystem::toOwnSeparators("a\\b\\\\c"), "a" + separator + "b" + separator + separator + "c");
-    EXPECT_EQ(FileSystem::toOwnSeparators("a/b"), "a/b");
-    EXPECT_EQ(FileSystem::toOwnSeparators(""), "");
+TEST_F(FileSystemFiles, RemoveDeletesFilesAndLeavesFoldersInUse) {
+    FileSystem::remove(file);
+    FileSystem::remove(file);
+    FileSystem::remove(subfolder);
+    EXPECT_FALSE(FileSystem::exists(file));
+    EXPECT_TRUE(FileSystem::exists(inner));
 }
 
-TEST(FileSystemMakeFolders, MakesAFolderWithAllItsParents) {
-    const TempFolder folder;
-    const std::string deep = FileSystem::join(folder.path(), "a/E\x80ro/c");
-    FileSystem::makeFolders(deep);
-    EXPECT_TRUE(FileSystem::exists(deep));
-    FileSystem::makeFolders(deep);
-    EXPECT_TRUE(FileSystem::exists(deep));
-}
-
-TEST(FileSystemMakeFolders, LeavesAFileInTheWayAndSaysNothing) {
-    const TempFolder folder;
-    const std::string file = folder.write("file", "text");
+TEST_F(FileSystemFiles, MakeFoldersMakesAllParentsAndLeavesAFileInTheWay) {
+    const std::string deep = FileSystem::join(subfolder, "a/b");
+    for (int round = 0; round < 2; ++round) {
+        FileSystem::makeFolders(deep);
+        EXPECT_TRUE(FileSystem::exists(deep));
+    }
     FileSystem::makeFolders(FileSystem::join(file, "below"));
     FileSystem::makeFolders("");
-    std::string text;
-    ASSERT_TRUE(FileSystem::readFile(file, text));
-    EXPECT_EQ(text, "text");
+    EXPECT_EQ(content(file), "text");
 }
 
-TEST(FileSystemCopyFile, CopiesEveryByteOverWhatIsThere) {
-    const TempFolder folder;
-    const std::string content("\r\n\n\0\x1A\xFF end", 10);
-    const std::string from = folder.write("from", content);
-    const std::string to = folder.write("to", std::string(100000, 'x'));
-    std::string error;
-    std::string text;
-    ASSERT_TRUE(FileSystem::copyFile(from, to, error)) << error;
-    ASSERT_TRUE(FileSystem::readFile(to, text));
-    EXPECT_EQ(text, content);
-    EXPECT_EQ(error, "");
-    ASSERT_TRUE(FileSystem::copyFile(from, folder.path("new"), error)) << error;
-    ASSERT_TRUE(FileSystem::readFile(folder.path("new"), text));
-    EXPECT_EQ(text, content);
+TEST_F(FileSystemFiles, CopyFileCopiesEveryByteOverWhatIsThere) {
+    const std::string bytes("\r\n\n\0\x1A\xFF end", 10);
+    const std::string from = folder.write("from", bytes);
+    for (const std::string& to : {folder.write("longer", std::string(100000, 'x')), absent}) {
+        std::string error;
+        EXPECT_TRUE(FileSystem::copyFile(from, to, error));
+        EXPECT_EQ(error, "");
+        EXPECT_EQ(content(to), bytes);
+    }
 }
 
-TEST(FileSystemCopyFile, SaysWhyItCannot) {
-    const TempFolder folder;
-    const std::string from = folder.write("from", "");
-    std::string error;
-    EXPECT_FALSE(FileSystem::copyFile(folder.path("absent"), folder.path("to"), error));
-    EXPECT_NE(error, "");
-    EXPECT_FALSE(FileSystem::exists(folder.path("to")));
-    error.clear();
-    EXPECT_FALSE(FileSystem::copyFile(from, folder.makeFolder("folder"), error));
-    EXPECT_NE(error, "");
-    error.clear();
-    EXPECT_FALSE(FileSystem::copyFile(folder.path(), folder.path("to"), error));
-    EXPECT_NE(error, "");
+TEST_F(FileSystemFiles, CopyFileGivesTheSystemsReasonWhenItFails) {
+    const std::string target = folder.path("target");
+    const std::pair<std::string, std::string> cases[] = {{absent, target}, {file, subfolder}, {subfolder, target}};
+    for (const auto& [from, to] : cases) {
+        std::string error;
+        EXPECT_FALSE(FileSystem::copyFile(from, to, error)) << from;
+        EXPECT_NE(error, "") << from;
+    }
+    EXPECT_FALSE(FileSystem::exists(target));
 }
 
 } // namespace

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// While it lives, the process has an ordinary user's rights, for whom permissions count.
+/// Gives the process the rights of an ordinary user, whom permissions restrict, until it is destroyed.
 class OrdinaryUser {
 public:
     OrdinaryUser() {
@@ -56,32 +56,26 @@ protected:
     const std::string own = folder.path("lib/VantrelBridge");
 };
 
-TEST_F(DataFolder, IsTheMachinesWhereTheProgramsFolderIsWritable) {
+TEST_F(DataFolder, IsTheMachinesWhereTheProgramMayWriteOrMakeItsOwn) {
+    permit(machine, 0777);
+    EXPECT_EQ(chosen(), machine);
+    EXPECT_FALSE(FileSystem::exists(own));
     folder.makeFolder("lib/VantrelBridge");
     permit(own, 0777);
     permit(machine, 0555);
     EXPECT_EQ(chosen(), machine);
 }
 
-TEST_F(DataFolder, IsTheMachinesWhereTheProgramsFolderCanBeMade) {
-    permit(machine, 0777);
-    EXPECT_EQ(chosen(), machine);
-    EXPECT_FALSE(FileSystem::exists(own));
-}
-
-TEST_F(DataFolder, IsTheUsersWhereTheProgramsFolderIsSomebodyElses) {
-    folder.makeFolder("lib/VantrelBridge");
-    permit(own, 0555);
-    permit(machine, 0777);
-    EXPECT_EQ(chosen(), "/data of/pilot");
-}
-
-TEST_F(DataFolder, IsTheUsersWhereTheProgramsFolderCannotBeMade) {
+TEST_F(DataFolder, IsTheUsersWhereTheProgramMayDoNeither) {
     permit(machine, 0555);
     EXPECT_EQ(chosen(), "/data of/pilot");
+    permit(machine, 0777);
+    folder.makeFolder("lib/VantrelBridge");
+    permit(own, 0555);
+    EXPECT_EQ(chosen(), "/data of/pilot");
 }
 
-TEST_F(DataFolder, IsTheUsersWhereAFileStandsInTheWayOrNothingIsThere) {
+TEST_F(DataFolder, IsTheUsersWhereAFileIsInTheWayOrNothingIsThere) {
     folder.write("lib/VantrelBridge", "");
     EXPECT_EQ(chosen(), "/data of/pilot");
     EXPECT_EQ(dataFolder(folder.path("absent"), fake.record()), "/data of/pilot");

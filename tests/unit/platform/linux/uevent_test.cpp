@@ -35,65 +35,52 @@ std::string udevMessage(const std::string& action, const std::string& subsystem)
     return head + body;
 }
 
-TEST(UeventFromKernel, ArrivalAndRemovalOfAHidrawNodeAreNews) {
-    for (const char* action : {"add", "remove", "change", "bind"}) {
-        EXPECT_TRUE(isHidNotification(kernelMessage(action, "hidraw"), kernel)) << action;
-    }
+/// Whether either sender's message is a notification; the two always agree.
+bool isNotification(const std::string& action, const std::string& subsystem) {
+    const bool fromUdev = isHidNotification(udevMessage(action, subsystem), udev);
+    EXPECT_EQ(isHidNotification(kernelMessage(action, subsystem), kernel), fromUdev) << action << " " << subsystem;
+    return fromUdev;
 }
 
-TEST(UeventFromKernel, OtherActionsAreNot) {
+TEST(Uevent, NotifiesOfArrivalAndRemovalOfAHidrawNode) {
+    for (const char* action : {"add", "remove", "change", "bind"}) {
+        EXPECT_TRUE(isNotification(action, "hidraw")) << action;
+    }
     for (const char* action : {"unbind", "move", "online", "offline", "", "ADD", "added"}) {
-        EXPECT_FALSE(isHidNotification(kernelMessage(action, "hidraw"), kernel)) << action;
+        EXPECT_FALSE(isNotification(action, "hidraw")) << action;
+    }
+    for (const char* subsystem : {"hid", "usb", "input", "block", "hidraw2", "", "HIDRAW"}) {
+        EXPECT_FALSE(isNotification("add", subsystem)) << subsystem;
     }
 }
 
-TEST(UeventFromKernel, OtherSubsystemsAreNot) {
-    for (const char* subsystem : {"hid", "usb", "input", "hidraw2", "", "HIDRAW"}) {
-        EXPECT_FALSE(isHidNotification(kernelMessage("add", subsystem), kernel)) << subsystem;
+TEST(Uevent, IsIgnoredFromAnybodyButTheKernelAndRootsUdev) {
+    struct Case {
+        UeventSender sender;
+        bool fromKernel;
+        bool fromUdev;
+    };
+    const Case cases[] = {
+        {{ueventGroupKernel, 0, 0U}, true, false},
+        {{ueventGroupKernel, 0, std::nullopt}, true, false},
+        {{ueventGroupKernel, 4711, 0U}, false, false},
+        {{ueventGroupUdev, 4711, 0U}, false, true},
+        {{ueventGroupUdev, 4711, 1000U}, false, false},
+        {{ueventGroupUdev, 4711, std::nullopt}, false, false},
+        {{0, 0, 0U}, false, false},
+        {{0, 4711, 0U}, false, false},
+    };
+    for (const Case& each : cases) {
+        EXPECT_EQ(isHidNotification(kernelMessage("add", "hidraw"), each.sender), each.fromKernel);
+        EXPECT_EQ(isHidNotification(udevMessage("add", "hidraw"), each.sender), each.fromUdev);
     }
 }
 
-TEST(UeventFromKernel, IsTakenWithoutCredentials) {
-    EXPECT_TRUE(isHidNotification(kernelMessage("add", "hidraw"), {ueventGroupKernel, 0, std::nullopt}));
-}
-
-TEST(UeventFromKernel, FromAProcessIsIgnored) {
-    EXPECT_FALSE(isHidNotification(kernelMessage("add", "hidraw"), {ueventGroupKernel, 4711, 0U}));
-}
-
-TEST(UeventFromKernel, WithUdevsHeadIsIgnored) {
-    EXPECT_FALSE(isHidNotification(udevMessage("add", "hidraw").substr(0, 40), kernel));
-}
-
-TEST(UeventFromKernel, ALastPropertyWithoutItsZeroByteCounts) {
-    const std::string message =
-        "add@/x" + std::string(1, '\0') + "SUBSYSTEM=hidraw" + std::string(1, '\0') + "ACTION=add";
-    EXPECT_TRUE(isHidNotification(message, kernel));
-}
-
-TEST(UeventFromKernel, PropertiesInItsFirstLineDontCount) {
-    const std::string message = "ACTION=add" + std::string(1, '\0') + "SUBSYSTEM=hidraw" + std::string(1, '\0');
-    EXPECT_FALSE(isHidNotification(message, kernel));
-}
-
-TEST(UeventFromKernel, EmptyPropertiesArePassedOver) {
-    const std::string message = "add@/x" + std::string(3, '\0') + properties("add", "hidraw");
-    EXPECT_TRUE(isHidNotification(message, kernel));
-}
-
-TEST(UeventFromUdev, ArrivalAndRemovalOfAHidrawNodeAreNews) {
-    for (const char* action : {"add", "remove", "change", "bind"}) {
-        EXPECT_TRUE(isHidNotification(udevMessage(action, "hidraw"), udev)) << action;
-    }
-}
-
-TEST(UeventFromUdev, OtherSubsystemsAreNot) {
-    EXPECT_FALSE(isHidNotification(udevMessage("add", "block"), udev));
-}
-
-TEST(UeventFromUdev, FromAnybodyButRootIsIgnored) {
-    EXPECT_FALSE(isHidNotification(udevMessage("add", "hidraw"), {ueventGroupUdev, 4711, 1000U}));
-    EXPECT_FALSE(isHidNotification(udevMessage("add", "hidraw"), {ueventGroupUdev, 4711, std::nullopt}));
+TEST(Uevent, KernelsPropertiesFollowItsFirstLine) {
+    const std::string end(1, '\0');
+    EXPECT_TRUE(isHidNotification("add@/x" + end + "SUBSYSTEM=hidraw" + end + "ACTION=add", kernel));
+    EXPECT_TRUE(isHidNotification("add@/x" + end + end + end + properties("add", "hidraw"), kernel));
+    EXPECT_FALSE(isHidNotification("ACTION=add" + end + "SUBSYSTEM=hidraw" + end, kernel));
 }
 
 TEST(UeventFromUdev, WithoutItsMarkOrMagicNumberIsIgnored) {
@@ -103,7 +90,6 @@ TEST(UeventFromUdev, WithoutItsMarkOrMagicNumberIsIgnored) {
     std::string otherMagic = udevMessage("add", "hidraw");
     otherMagic[8] = '\0';
     EXPECT_FALSE(isHidNotification(otherMagic, udev));
-    EXPECT_FALSE(isHidNotification(kernelMessage("add", "hidraw"), udev));
 }
 
 TEST(UeventFromUdev, PropertiesAreWhereTheHeadSays) {
@@ -113,7 +99,7 @@ TEST(UeventFromUdev, PropertiesAreWhereTheHeadSays) {
     putWord(message, 16, 48);
     EXPECT_TRUE(isHidNotification(message, udev));
     putWord(message, 20, 11);
-    EXPECT_FALSE(isHidNotification(message, udev)) << "only the action lies within the length";
+    EXPECT_FALSE(isHidNotification(message, udev)) << "only the action is within the length";
 }
 
 TEST(UeventFromUdev, AHeadThatPointsOutsideIsIgnored) {
@@ -125,18 +111,13 @@ TEST(UeventFromUdev, AHeadThatPointsOutsideIsIgnored) {
     }
 }
 
-TEST(Uevent, EveryTruncationIsTakenWithoutHarm) {
+TEST(Uevent, ATruncatedMessageIsIgnored) {
     const std::string fromKernel = kernelMessage("add", "hidraw");
     const std::string fromUdev = udevMessage("add", "hidraw");
     for (std::size_t size = 0; size < 40; ++size) {
         EXPECT_FALSE(isHidNotification(std::string(fromKernel, 0, size), kernel)) << size;
         EXPECT_FALSE(isHidNotification(std::string(fromUdev, 0, size), udev)) << size;
     }
-}
-
-TEST(Uevent, SentToThisSocketAloneIsIgnored) {
-    EXPECT_FALSE(isHidNotification(kernelMessage("add", "hidraw"), {0, 0, 0U}));
-    EXPECT_FALSE(isHidNotification(udevMessage("add", "hidraw"), {0, 4711, 0U}));
 }
 
 } // namespace
