@@ -163,9 +163,9 @@ bool VirtualHidBus::State::getFeature(HidHandle handle, std::span<std::uint8_t> 
     std::optional<HidProtocol::Report> reply;
     if (found && found->connection->present) {
         const auto& link = faultsOf(*found->connection);
-        const auto told = link.featureReplies.find(report[0]);
-        if (told != link.featureReplies.end()) {
-            reply = told->second;
+        const auto replacement = link.featureReplies.find(report[0]);
+        if (replacement != link.featureReplies.end()) {
+            reply = replacement->second;
         } else if (!link.failingFeatures.contains(report[0])) {
             reply = found->connection->board->featureReply(report[0]);
         }

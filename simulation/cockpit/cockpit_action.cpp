@@ -8,7 +8,7 @@
 
 namespace {
 
-/// What a kind needs besides its name.
+/// The members that a kind needs besides its name.
 enum class Needs { Nothing, Board, Control, Turn, Command };
 
 struct KnownAction {

@@ -19,14 +19,14 @@ enum class CockpitActionKind {
     StopBridge,
 };
 
-/// Something that the page asks for, with the members that its kind needs.
+/// Something that the page requests, with the members that its kind needs.
 struct CockpitAction {
     CockpitActionKind kind = CockpitActionKind::Press;
     std::string board;
     std::uint16_t control = 0;
     std::int8_t detents = 0;
     std::uint8_t speed = 0;
-    /// What the simulator's console takes, such as "battery off"; not checked yet.
+    /// A line for the simulator's console, such as "battery off"; not checked yet.
     std::string command;
 
     bool operator==(const CockpitAction&) const = default;

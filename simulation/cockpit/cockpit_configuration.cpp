@@ -19,13 +19,13 @@ constexpr const char* eventMapFile = "hid_event_map.json";
 
 struct PanelRole {
     const char* role;
-    /// Of a panel that the configuration knows by its role alone.
+    /// For a board that the configuration knows only by its role.
     const char* identity;
 };
 
 constexpr PanelRole panelRoles[] = {{"PFD", "E66138A1B2C3D4E5"}, {"MFD", "E66138A1B2C3D4F6"}};
 
-/// Whoever looks on wants to see what the bridge makes of each event.
+/// The page shows what the bridge makes of each event, which only DEBUG lines say.
 void enableDebugLines(JsonValue& settings) {
     JsonValue logging = jsonObject();
     logging.object["debug"] = jsonNumber(1);
@@ -86,7 +86,7 @@ bool loadSample(CockpitConfiguration& configuration, std::string& error) {
     return true;
 }
 
-/// Zero for a text that the bridge refuses.
+/// Zero for a text that the bridge rejects.
 std::uint16_t usbId(const std::string& text) {
     const std::string digits = normalizeBoardId(text);
     std::uint16_t id = 0;

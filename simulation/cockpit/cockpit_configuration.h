@@ -9,15 +9,15 @@
 #include <string>
 #include <vector>
 
-/// The configuration that the bridge gets in the cockpit, as it reads it and as files.
+/// The bridge's configuration in the cockpit, both parsed and as files.
 struct CockpitConfiguration {
-    /// What it is called where a person reads it.
+    /// Its name for people.
     std::string title;
     AppConfig settings;
     ButtonConfig buttons;
-    /// Empty when there is none, or none that can be read; the bridge goes on then, too.
+    /// Empty when there is none or it can't be read; the bridge runs without it too.
     HidEventMap eventMap;
-    /// By name, verbatim but for the debug lines, which are on.
+    /// By name, verbatim except that debug lines are on.
     std::map<std::string, std::string> files;
 };
 
@@ -25,7 +25,7 @@ struct CockpitConfiguration {
 /// in `error`.
 bool loadCockpitConfiguration(const std::string& path, CockpitConfiguration& configuration, std::string& error);
 
-/// A board of the vendor and product that the configuration asks for, known by its name: its identity when the name is
+/// A board with the vendor and product of the configuration, identified by its name: its identity when the name is
 /// sixteen hexadecimal digits, else its serial number.
 VirtualBoardModel configuredBoard(const CockpitConfiguration& configuration, const std::string& deviceName);
 

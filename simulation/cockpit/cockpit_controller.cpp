@@ -13,9 +13,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Below what an eye takes for a delay.
+/// Too short for a person to see as a delay.
 constexpr std::chrono::milliseconds watchPeriod = 15ms;
-/// How makeNextSessionHeard ends up in the records.
+/// The record that makeNextSessionHeard leaves.
 constexpr std::string_view otherClientsPing = " MF.Ping";
 
 /// Milliseconds since 1970, as pages count time.
@@ -120,9 +120,9 @@ void CockpitController::tellSent(const std::string& board, std::uint16_t control
 
 void CockpitController::notify() {
     std::vector<Observation> items = observer.take();
-    // The log's lines bear no time: within one look they stand before what they led to.
+    // Log lines have no exact time, so those of one look come before what they led to.
     std::stable_partition(items.begin(), items.end(), [](const Observation& item) { return item.stream == "log"; });
-    // First, so that whoever hears of a report finds it in the state.
+    // First, so that a page that gets a report finds it in the state.
     events.setState(state());
     for (const Observation& item : items) {
         tellItem(item);
@@ -137,9 +137,9 @@ void CockpitController::notify() {
 }
 
 void CockpitController::tellItem(const Observation& item) {
-    JsonValue told = jsonObject();
-    told.object["at"] = timeNow();
-    told.object["text"] = jsonString(item.text);
+    JsonValue message = jsonObject();
+    message.object["at"] = timeNow();
+    message.object["text"] = jsonString(item.text);
     if (item.stream == "sim" && item.text.ends_with(otherClientsPing)) {
         return;
     }
@@ -148,19 +148,19 @@ void CockpitController::tellItem(const Observation& item) {
     }
     if (item.stream == "log") {
         const std::size_t blank = item.text.find(' ');
-        told.object["level"] = jsonString(item.text.substr(0, blank));
-        told.object["text"] = jsonString(blank == std::string::npos ? "" : item.text.substr(blank + 1));
+        message.object["level"] = jsonString(item.text.substr(0, blank));
+        message.object["text"] = jsonString(blank == std::string::npos ? "" : item.text.substr(blank + 1));
         if (const auto event = readHidEventLine(item.text)) {
-            told.object["event"] = eventRecord(*event);
+            message.object["event"] = eventRecord(*event);
         }
     } else if (item.stream == "exit") {
         bridgeExitCode = item.text;
     } else if (item.stream != "sim") {
-        told.object["board"] = jsonString(item.stream);
-        events.tell("board", jsonText(told));
+        message.object["board"] = jsonString(item.stream);
+        events.tell("board", jsonText(message));
         return;
     }
-    events.tell(item.stream, jsonText(told));
+    events.tell(item.stream, jsonText(message));
 }
 
 std::string CockpitController::state() const {
@@ -175,20 +175,20 @@ JsonValue CockpitController::boardStates() const {
     JsonValue boards = emptyArray();
     for (const RigBoard& made : rig.boards()) {
         const VirtualBoard& board = rig.board(made.name);
-        JsonValue told = boardState(board);
-        told.object["name"] = jsonString(made.name);
-        told.object["plugged"] = jsonBool(rig.plugged(made.name));
+        JsonValue entry = boardState(board);
+        entry.object["name"] = jsonString(made.name);
+        entry.object["plugged"] = jsonBool(rig.plugged(made.name));
         JsonValue held = emptyArray();
         for (const std::uint16_t control : buttons.heldOn(board)) {
             held.array.push_back(jsonNumber(control));
         }
-        told.object["held"] = std::move(held);
-        boards.array.push_back(std::move(told));
+        entry.object["held"] = std::move(held);
+        boards.array.push_back(std::move(entry));
     }
     return boards;
 }
 
-/// All that a real simulator's session shows here.
+/// All that can be known of a real simulator's session.
 bool CockpitController::boardsKnowASimulator() const {
     return std::ranges::any_of(
         rig.boards(), [this](const RigBoard& made) { return rig.board(made.name).simConnected().value_or(false); });
@@ -215,7 +215,7 @@ JsonValue CockpitController::bridgeState() const {
     return bridge;
 }
 
-/// A bridge that is about to end is waited for.
+/// Waits for a bridge that is about to end.
 void CockpitController::startBridge() {
     if (rig.bridge().running() && !bridgeEnding) {
         return;
@@ -227,8 +227,8 @@ void CockpitController::startBridge() {
     bridgeExitCode.reset();
 }
 
-/// A command or an answer that equals the one before is no news for the module or its clients, and the next session
-/// begins as the last one did. A busy simulator has other clients whose commands come in between.
+/// A command or an answer that equals the one before doesn't reach the module or its clients, and the next session
+/// begins as the last one did. In a busy simulator, other clients' commands come in between.
 void CockpitController::makeNextSessionHeard() {
     rig.simulator().pingModule();
 }
@@ -250,7 +250,7 @@ bool CockpitController::act(const JsonValue& json, std::string& error) {
     return true;
 }
 
-/// Without the mutex where a finger waits: another action may take its time.
+/// Without the mutex, so that a press never waits: another action may be slow.
 bool CockpitController::actOnBoard(const CockpitAction& action, std::string& error) {
     if (std::ranges::find(rig.boards(), action.board, &RigBoard::name) == rig.boards().end()) {
         error = "there is no board " + action.board;
@@ -286,7 +286,7 @@ void CockpitController::plug(const CockpitAction& action) {
         }
         notify();
     }
-    // A board without power tells nobody that a finger has left it.
+    // A board without power can't report a release.
     if (action.kind == CockpitActionKind::Unplug) {
         buttons.releaseAllOn(rig.board(action.board));
     }

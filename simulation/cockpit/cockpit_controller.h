@@ -18,8 +18,8 @@
 #include <string_view>
 #include <thread>
 
-/// The cockpit as a person operates it: carries out what the page asks for and tells what happens. All operations but
-/// `start` and `stop` may be called from any thread.
+/// The cockpit as a person operates it: carries out the page's actions and reports what happens. Any thread may call
+/// any operation except `start` and `stop`.
 class CockpitController {
 public:
     /// The configuration must outlive this.
@@ -40,7 +40,7 @@ public:
 
     /// Carries out one action, an object whose member "do" names it. False with the reason in `error`.
     bool act(const JsonValue& json, std::string& error);
-    /// For when nobody is left whose finger could be on one.
+    /// For when no page is left that could hold one.
     void releaseButtons();
 
 private:
@@ -56,7 +56,7 @@ private:
     /// percents: as numbers their last byte is zero, so that the bridge doesn't take them for text.
     std::map<std::string, std::string, std::less<>> settings{
         {"battery", "on"}, {"light", "80"}, {"refuse", "off"}, {"silent", "off"}, {"error", "off"}};
-    /// Something was done at which the bridge ends.
+    /// An action was carried out that ends the bridge.
     bool bridgeEnding = false;
     std::optional<std::string> bridgeExitCode;
 

@@ -27,7 +27,7 @@ until it is interrupted.
   --replay LOG      sends what the boards of a trace log sent (its "HID IN" lines) again, at the log's pace, and prints
                     what the simulator receives. Ends with 0 when every line was played, else with 1
 
-  --fast            for --script and --replay: without the waits that are there for those who look on
+  --fast            for --script and --replay: without the pauses that let a person follow
   --help            this text
 )";
 

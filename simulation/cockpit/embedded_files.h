@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-// What the build puts into the program: simulation/cockpit/web and the sample set of config, by file name.
+// The files that the build embeds in the program: simulation/cockpit/web and the sample set of config, by file name.
 
 using EmbeddedFiles = std::map<std::string, std::string_view>;
 

@@ -4,7 +4,7 @@
 
 namespace {
 
-/// What a page that is opened late can still see.
+/// How many events a page that is opened late still gets.
 constexpr std::size_t mostKept = 600;
 
 std::string eventText(const std::string& kind, const std::string& json) {

@@ -8,11 +8,11 @@
 #include <mutex>
 #include <string>
 
-/// What the page is told, as server-sent events: a state, of which only the latest counts, and a sequence of
-/// happenings, of which a late listener gets the last few hundred. All operations may be called from any thread.
+/// What the page receives, as server-sent events: a state, of which only the latest counts, and a sequence of events,
+/// of which a late listener gets the last few hundred. Any thread may call any operation.
 class EventFeed {
 public:
-    /// How far a listener has come.
+    /// What a listener has received so far.
     struct Cursor {
         std::uint64_t happening = 0;
         std::uint64_t state = 0;
@@ -20,7 +20,7 @@ public:
 
     /// One line of JSON each.
     void tell(const std::string& kind, const std::string& json);
-    /// Tells it only if it differs from the last one.
+    /// Sends the state only if it differs from the last one.
     void setState(const std::string& json);
     /// Ends all waits, now and later.
     void close();
@@ -34,7 +34,7 @@ private:
     std::condition_variable changed;
     // Guarded by the mutex.
     std::deque<std::string> happenings;
-    /// The number of the last happening, from 1; of the first one kept it is `last - size + 1`.
+    /// The number of the last event, from 1; the first kept one is `last - size + 1`.
     std::uint64_t last = 0;
     std::string state;
     std::uint64_t stateNumber = 0;

@@ -13,12 +13,12 @@
 #include <tuple>
 #include <vector>
 
-/// The firmware's way with buttons: a press report at once, hold reports for as long as the button is down, a release
+/// Handles buttons as the firmware does: a press report at once, hold reports while the button is down, a release
 /// report. Has a thread of its own. All operations may be called from any thread.
 class HeldButtons {
 public:
-    /// How long a button is down before its first hold report, and the time between two: what a finger takes for a
-    /// press and not for a hold, and a pace at which a value can still be read.
+    /// How long a button is down before its first hold report, and the time between two: long enough that a short press
+    /// isn't a hold, and slow enough that a person can read a changing value.
     static constexpr std::chrono::milliseconds firstHold{500};
     static constexpr std::chrono::milliseconds holdPeriod{100};
 
@@ -33,7 +33,7 @@ public:
         }
     };
 
-    /// Told of each report, "press", "hold" or "release", in order. Mustn't call back.
+    /// Called with each report, "press", "hold" or "release", in order. Must not call back.
     using ReportCallback = std::function<void(const Button& button, std::string_view report)>;
 
     explicit HeldButtons(ReportCallback reportCallback);
@@ -42,9 +42,9 @@ public:
     HeldButtons(const HeldButtons&) = delete;
     HeldButtons& operator=(const HeldButtons&) = delete;
 
-    /// Nothing for a button that is down already.
+    /// Does nothing for a button that is already down.
     void press(const Button& button);
-    /// Nothing for a button that isn't down.
+    /// Does nothing for a button that isn't down.
     void release(const Button& button);
     void releaseAll();
     void releaseAllOn(const VirtualBoard& board);

@@ -10,7 +10,7 @@
 
 namespace {
 
-/// What precedes a report in its line, behind the time.
+/// What precedes a report in its line, after the time.
 constexpr std::string_view level = " [DEBUG] ";
 /// "2026-01-31 12:00:00".
 constexpr std::size_t stampSize = 19;
@@ -106,7 +106,7 @@ public:
             }
             spread(begin, end, elapsed);
             if (end < times.size()) {
-                // A clock that was put back costs no time.
+                // A clock that was set back adds no time.
                 elapsed += std::max(times[end] - times[begin], std::chrono::seconds(0));
             }
             begin = end;

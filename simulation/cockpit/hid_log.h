@@ -10,14 +10,14 @@
 /// One "HID IN" line of a trace log.
 struct HidLogReport {
     std::size_t line = 0;
-    /// Since the log's first report. A log tells whole seconds; the reports of one second are spread over it evenly.
+    /// Since the log's first report. A log has whole seconds; the reports of one second are spread evenly over it.
     std::chrono::milliseconds offset{0};
-    /// The board, as the bridge calls it.
+    /// The board's name in the log.
     std::string device;
     std::vector<std::uint8_t> bytes;
 };
 
-/// A line that looks like a report but can't be one.
+/// A line that looks like a report but isn't valid.
 struct HidLogProblem {
     std::size_t line = 0;
     std::string text;

@@ -14,7 +14,7 @@ int main(int argc, char** argv) {
         std::cerr << "virtual-cockpit: " << error << "\n\n" << cockpitUsage;
         return 1;
     }
-    // The program's own way to the screen: std::cout is the bridge's while it runs in console mode.
+    // The program's own stream to the screen: the bridge uses std::cout while it runs in console mode.
     std::ostream screen(std::cout.rdbuf());
     switch (options.mode) {
     case CockpitMode::Script:

@@ -34,7 +34,7 @@ void openBrowser(const std::string& address) {
     const int result = posix_spawnp(&child, program.c_str(), &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (result == 0) {
-        // It may stay as long as the browser does.
+        // It may run as long as the browser does.
         std::thread([child] { waitpid(child, nullptr, 0); }).detach();
     }
 }

@@ -2,5 +2,6 @@
 
 #include <string>
 
-/// Has the desktop open an address in its browser, if there is a desktop. Returns at once; a failure is nobody's loss.
+/// Opens an address in the desktop's browser, if there is a desktop. Returns at once and ignores failures: the program
+/// prints the address too.
 void openBrowser(const std::string& address);

@@ -4,5 +4,5 @@
 
 #include <ostream>
 
-/// Shows the cockpit on a page until the program is interrupted. Gives the program's exit code.
+/// Shows the cockpit on a page until the program is interrupted. Returns the program's exit code.
 int runPage(const CockpitOptions& options, std::ostream& screen);

@@ -10,9 +10,9 @@
 namespace {
 
 constexpr const char* firstPage = "index.html";
-/// How long a listener hears nothing at most; also the time after which a page that is gone is noticed.
+/// The longest time without data on an event stream; also the time after which a closed page is detected.
 constexpr std::chrono::milliseconds longestSilence{1000};
-/// The server's threads must do for requests, too.
+/// The server's threads must also suffice for requests.
 constexpr int mostListeners = 12;
 constexpr int forbidden = 403;
 constexpr int notFound = 404;
@@ -42,7 +42,7 @@ PageReply refusal(int status, std::string_view reason) {
     return {status, "text/plain; charset=utf-8", std::string(reason) + '\n'};
 }
 
-/// A page that listens. When the last one goes, no finger is left on a button.
+/// A page that listens. When the last one closes, all buttons are released.
 class Listener {
 public:
     Listener(CockpitController& cockpitController, std::shared_ptr<std::atomic<int>> allListeners)

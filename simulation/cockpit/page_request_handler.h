@@ -8,12 +8,13 @@
 #include <memory>
 #include <string>
 
-/// What the server answers: the page's files, what the controller has, and the page's actions. Any thread.
+/// Answers the server's requests: the page's files, the controller's state and events, and the page's actions. Any
+/// thread.
 class PageRequestHandler {
 public:
     PageRequestHandler(CockpitController& cockpitController, std::string sessionToken);
 
-    /// The port that the server has taken; before the first request.
+    /// Sets the server's port. To be called before the first request.
     void setPort(std::uint16_t taken) { port = taken; }
 
     PageReply answer(const PageRequest& request) const;

@@ -10,12 +10,12 @@ namespace {
 constexpr const char* address = "127.0.0.1";
 constexpr std::uint16_t firstUsualPort = 8080;
 constexpr std::uint16_t lastUsualPort = 8099;
-/// Each page that is open holds one for its events; a browser opens six connections to a host.
+/// Each open page uses one for its events; a browser opens six connections to a host.
 constexpr std::size_t threadCount = 24;
 /// An action is far shorter.
 constexpr std::size_t longestBody = 4096;
 
-/// Nothing but our own files and our own address; nobody may frame the page; nothing stays in a cache.
+/// Only our own files and our own address; no site may frame the page; nothing stays in a cache.
 void addHeaders(httplib::Response& response) {
     response.set_header("Content-Security-Policy",
                         "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; "
@@ -72,9 +72,9 @@ public:
         server.set_socket_options(setSocketOptions);
         server.set_payload_max_length(longestBody);
         server.set_tcp_nodelay(true);
-        // A connection for each request: on loopback it costs nothing, and an idle one would hold up the end.
+        // A connection for each request: on loopback it costs nothing, and an idle one would delay the end.
         server.set_keep_alive_max_count(1);
-        // One that never asks holds a thread for no longer than this, in seconds.
+        // A connection without a request blocks a thread no longer than this, in seconds.
         server.set_keep_alive_timeout(1);
         server.set_read_timeout(1);
         const auto answer = [this](const httplib::Request& request, httplib::Response& response) {

@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
-// The HTTP server behind the page. Nothing here has a container of the standard library in it: the HTTP library is
-// built without checked containers, and so is the source that meets it, whatever the rest is built with.
+// The HTTP server of the page. This header contains no container of the standard library: the HTTP library and the one
+// source that uses it are always built without checked containers, also when the rest is built with them.
 
 struct PageRequest {
     std::string method;
@@ -20,18 +20,18 @@ struct PageRequest {
     std::string contentType;
 };
 
-/// Gives the next piece of an endless answer, waiting for it no longer than about a second. False ends the answer.
+/// Returns the next piece of an endless answer, after a wait of at most about a second. False ends the answer.
 using PageStream = std::function<bool(std::string& piece)>;
 
 struct PageReply {
     int status = 200;
     std::string contentType = "text/plain; charset=utf-8";
     std::string body;
-    /// In place of a body. Destroyed when the answer ends, whoever ends it.
+    /// Instead of a body. Destroyed when either side ends the answer.
     PageStream stream{};
 };
 
-/// Answers the browsers of this machine, and nobody else, on threads of its own.
+/// Answers the browsers of this machine alone, on threads of its own.
 class PageServer {
 public:
     /// Called on any of the server's threads.

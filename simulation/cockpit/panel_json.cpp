@@ -18,7 +18,7 @@ constexpr std::array<std::string_view, 7> actions{"PRESS", "HOLD", "RELEASE", "C
 constexpr std::array<std::string_view, 4> turns{"CW", "CCW", "CW_FAST", "CCW_FAST"};
 constexpr std::array<std::string_view, 3> roles{"PFD", "MFD", "DEFAULT"};
 
-/// Whatever panel it is on: a knob that does something on one of them is a knob on the other, too.
+/// On any panel: a knob that does something on one of them is a knob on the other too.
 bool isKnob(const ButtonConfig& buttons, const std::string& name) {
     return std::ranges::any_of(turns, [&](std::string_view action) {
         return std::ranges::any_of(roles,

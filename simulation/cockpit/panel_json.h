@@ -7,13 +7,13 @@
 
 #include <string>
 
-// What the page is told of boards, as JSON.
+// What the page gets about boards, as JSON.
 
 /// The controls that the event map names, in the order of their numbers: id, name, kind ("button" or "knob"), whether
 /// the command file lists it, and its commands by action for a panel of the role.
 JsonValue panelControls(const CockpitConfiguration& configuration, const std::string& role);
 
-/// What a board was told last: its light (null before the first report) as a record and as text, and the simulator's
+/// What a board received last: its light (null before the first report) as a record and as text, and the simulator's
 /// state (null before the first report).
 JsonValue boardState(const VirtualBoard& board);
 

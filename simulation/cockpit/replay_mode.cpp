@@ -24,11 +24,12 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds sessionLimit = 30000ms;
 /// How long the bridge may take to fetch a report from a board.
 constexpr std::chrono::milliseconds reportLimit = 30000ms;
-/// How long the bridge may take over an event, and the simulator over its command.
+/// How long the bridge may need for an event, and the simulator for its command.
 constexpr std::chrono::milliseconds eventLimit = 2000ms;
-/// After so long without anything new all has come, but for commands that the configuration spaces further apart.
+/// After this time without anything new, everything has come, except commands that the configuration spaces further
+/// apart.
 constexpr std::chrono::milliseconds quietTime = 400ms;
-/// A button that the log leaves pressed repeats its command for ever.
+/// A button that the log leaves pressed repeats its command forever.
 constexpr std::chrono::milliseconds quietLimit = 3000ms;
 
 /// What the last line of a session's start begins with.
@@ -89,7 +90,7 @@ private:
     RigObserver observer;
     bool sessionReady = false;
     std::size_t commands = 0;
-    /// Events that the bridge has worked off, and whether the last one made a command.
+    /// How many events the bridge has handled, and whether the last one made a command.
     std::size_t handled = 0;
     bool queued = false;
 
@@ -125,8 +126,8 @@ private:
         return true;
     }
 
-    /// A board keeps only so many reports, and the bridge drops a press whose release comes while it waits: closer than
-    /// this no two reports follow each other in life.
+    /// The shortest time between two reports of a real board. A handle keeps only so many reports, and the bridge drops
+    /// a press whose release comes while it waits.
     void waitForOutcome(const HidLogReport& report, std::size_t handledBefore, std::size_t commandsBefore) {
         HidProtocol::HidEvent event;
         std::string error;
@@ -139,7 +140,7 @@ private:
         }
     }
 
-    /// Neither the log nor the session's start interrupts a quiet.
+    /// Neither the log nor the session's start interrupts a quiet time.
     bool take(const Observation& item) {
         const bool interrupts = sessionReady && item.stream != "log";
         if (item.stream == "log") {

@@ -4,6 +4,6 @@
 
 #include <ostream>
 
-/// Sends what the boards of a trace log sent again, and prints what comes of it. Gives the program's exit code: 0 when
-/// every report was played.
+/// Sends the reports of a trace log's boards again and prints the result. Returns the program's exit code: 0 when every
+/// report was played.
 int runReplay(const CockpitOptions& options, std::ostream& screen);

@@ -4,5 +4,5 @@
 #include <string>
 #include <vector>
 
-/// Plays scenarios one after the other. Gives the program's exit code: 0 when all passed.
+/// Plays scenarios one after the other. Returns the program's exit code: 0 when all passed.
 int runScripts(const std::vector<std::string>& scripts, bool fast, std::ostream& screen);

@@ -66,7 +66,7 @@ RigBoard parseBoard(ScenarioLine& line, std::size_t position) {
     if (std::find(std::begin(streamNames), std::end(streamNames), board.name) != std::end(streamNames)) {
         line.fail('"' + board.name + "\" has a meaning of its own in a scenario: name the board otherwise");
     }
-    // Each board has an identity of its own, told or not.
+    // Each board has its own identity, also without one in the scenario.
     board.model.boardId->back() = static_cast<std::uint8_t>(position);
     while (!line.atEnd()) {
         const auto [name, value] = line.option("an option of the board");

@@ -5,11 +5,11 @@
 #include <cstdint>
 #include <string_view>
 
-/// The scenario's settings laid over those that every scenario begins with: the boards' vendor and product, the two
-/// other files, DEBUG lines on, and no debounce.
+/// The scenario's settings, merged over the defaults of every scenario: the boards' vendor and product, the two other
+/// files, DEBUG lines on, and no debounce.
 JsonValue scenarioSettings(const Scenario& scenario);
 
-/// A number of these settings; `otherwise` where they have none.
+/// A number from these settings; `otherwise` if there is none.
 std::int32_t scenarioSetting(const Scenario& scenario, std::string_view section, std::string_view key,
                              std::int32_t otherwise);
 

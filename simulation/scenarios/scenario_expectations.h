@@ -5,5 +5,5 @@
 
 #include <cstddef>
 
-/// Reads a line that begins with "<", whose "<" is read, but for "< nothing". Throws a ScenarioFault.
+/// Reads the rest of a line after its "<", except "< nothing". Throws a ScenarioFault.
 ScenarioExpectation parseExpectation(ScenarioLine& line, const Scenario& scenario, std::size_t lineNumber);

@@ -231,7 +231,7 @@ private:
         }
     }
 
-    /// What stands between "<<WORD" and a line of that word alone.
+    /// The lines between "<<WORD" and a line of that word alone.
     std::string readBlock(ScenarioLine& line) {
         const std::string opening = line.word("<<END");
         if (opening.size() < 3 || !opening.starts_with("<<")) {

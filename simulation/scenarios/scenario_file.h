@@ -1,7 +1,7 @@
 #pragma once
 
-// A scenario: boards, configuration, simulator events and time in; commands, board reports and log lines out. The
-// format is told in docs/scenarios.md.
+// A scenario: boards, configuration, simulator events and time in; commands, board reports and log lines out.
+// docs/scenarios.md specifies the format.
 
 #include "config/json.h"
 #include "simulation/rig/rig_settings.h"
@@ -33,7 +33,7 @@ struct ScenarioCommand {
     std::string text;
 };
 
-/// What is compared beside the commands, the boards' reports and the log's warnings and errors.
+/// What is compared besides the commands, the boards' reports and the log's warnings and errors.
 struct ScenarioWatch {
     bool dummies = false;
     /// Which INFO and DEBUG lines: those that contain one of the texts, which may be empty.
@@ -41,17 +41,17 @@ struct ScenarioWatch {
     std::vector<std::string> debugTexts;
 };
 
-/// Something done to the boards, the simulator or the bridge.
+/// An action on the boards, the simulator or the bridge.
 struct ScenarioInput {
     std::size_t line = 0;
-    /// As it is written, without the ">".
+    /// The line as written, without the ">".
     std::string text;
-    /// Words for those who look on; empty for all but "say".
+    /// Text for people who watch; empty except for "say".
     std::string remark;
     std::function<void(ScenarioPlayer& player)> apply;
 };
 
-/// One line of what is to come in a stream: "sim", "log", "exit" or a board's name.
+/// One line that is expected in a stream: "sim", "log", "exit" or a board's name.
 struct ScenarioExpectation {
     std::size_t line = 0;
     std::string stream;
@@ -60,7 +60,7 @@ struct ScenarioExpectation {
     std::size_t most = 1;
 };
 
-/// Expectations that are met together, in order within each stream. None at all: nothing may have come.
+/// Expectations that are met together, in order within each stream. Without any, nothing may have come.
 struct ScenarioBlock {
     std::size_t line = 0;
     std::vector<ScenarioExpectation> expected;
@@ -76,16 +76,16 @@ struct Scenario {
     std::vector<RigBoard> boards;
     std::vector<ScenarioControl> controls;
     std::vector<ScenarioCommand> commands;
-    /// Laid over the default configuration, one after the other.
+    /// Merged over the default configuration, one after the other.
     std::vector<JsonValue> settings;
     /// Configuration files by name, verbatim, instead of those made of the rest.
     std::map<std::string, std::string> files;
     /// Configuration files that don't exist.
     std::set<std::string> missingFiles;
     bool consoleMode = false;
-    /// Whether the bridge gets news of boards that come and go, beside its own scan.
+    /// Whether the bridge is notified of boards that come and go, besides its own scan.
     bool hotPlugNotifications = true;
-    /// False: the module runs only from a step that starts it on.
+    /// False: the module doesn't run until a step starts it.
     bool moduleInstalled = true;
     ScenarioWatch watch;
     std::vector<ScenarioStep> steps;

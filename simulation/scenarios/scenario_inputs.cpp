@@ -22,7 +22,7 @@ struct Verb {
     Action (*parse)(ScenarioLine& line, const Scenario& scenario);
 };
 
-/// What is done with a board, by the word behind its name.
+/// The actions on a board, by the word that follows its name.
 struct BoardVerb {
     std::string_view word;
     Action (*parse)(ScenarioLine& line, const Scenario& scenario, const std::string& board);
@@ -82,7 +82,7 @@ Action sendTimes(const std::string& board, const HidProtocol::HidEvent& event, l
     };
 }
 
-/// The options that every event of a control has behind those of its own.
+/// The options that every event of a control has after its own ones.
 Action parseEventOptions(ScenarioLine& line, const std::string& board, HidProtocol::HidEvent event) {
     std::array<NumberOption, 5> options{{{"mode", 0, 255, 0},
                                          {"speed", 0, 255, 0},
@@ -141,11 +141,11 @@ Action parseRaw(ScenarioLine& line, const Scenario&, const std::string& board) {
     return [board, bytes = line.hexBytes()](ScenarioPlayer& player) { player.rig().board(board).sendRaw(bytes); };
 }
 
-/// What goes wrong between board and bridge from now on, in place of what was said before.
+/// The faults between board and bridge from now on. They replace earlier ones.
 Action parseFault(ScenarioLine& line, const Scenario&, const std::string& board) {
     static constexpr std::array<std::string_view, 7> known{"none",         "refused",     "refused-writing", "reads",
                                                            "no-report-id", "fail-writes", "short-writes"};
-    /// As a system gives it when a device doesn't work.
+    /// The system's code for a device that doesn't work.
     constexpr std::uint32_t writeError = 31;
     HidLinkFaults faults;
     do {

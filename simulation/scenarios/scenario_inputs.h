@@ -5,5 +5,5 @@
 
 #include <cstddef>
 
-/// Reads a line that begins with ">", whose ">" is read. Throws a ScenarioFault.
+/// Reads the rest of a line after its ">". Throws a ScenarioFault.
 ScenarioInput parseInput(ScenarioLine& line, const Scenario& scenario, std::size_t lineNumber);

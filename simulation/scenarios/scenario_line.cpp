@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::string_view blanks = " \t";
 
-/// How many letters must change to make one word of the other.
+/// How many letters must change to turn one word into the other.
 std::size_t distance(std::string_view a, std::string_view b) {
     std::vector<std::size_t> row(b.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
@@ -193,7 +193,7 @@ std::string unknownWord(std::string_view what, std::string_view word, std::span<
     const auto nearest = std::min_element(known.begin(), known.end(), [word](auto left, auto right) {
         return distance(word, left) < distance(word, right);
     });
-    // Further off than this, a word is no misspelling.
+    // With a larger distance, a word isn't a misspelling.
     if (nearest != known.end() && distance(word, *nearest) <= std::max<std::size_t>(1, nearest->size() / 3)) {
         return message + "; did you mean " + quoted(*nearest) + '?';
     }

@@ -25,7 +25,7 @@ struct NumberOption {
     long value;
 };
 
-/// One line of a scenario, read word by word. What can't be read is thrown as a ScenarioFault that points at the word.
+/// One line of a scenario, read word by word. An invalid word is thrown as a ScenarioFault that points at it.
 class ScenarioLine {
 public:
     ScenarioLine(std::string_view lineText, std::size_t number);
@@ -36,15 +36,15 @@ public:
     /// The next word without taking it; empty at the end.
     std::string_view peek() const;
 
-    /// The last word of all that is left, and the same without that word.
+    /// The last word of the rest of the line, and the rest without that word.
     std::string_view lastWordOfAll() const;
     void dropLastWord();
 
-    /// The next word; `what` says in the message what is missing when there is none.
+    /// The next word; if there is none, the message says that `what` is missing.
     std::string word(std::string_view what);
-    /// All that is left, which must be something.
+    /// The rest of the line, which must not be empty.
     std::string rest(std::string_view what);
-    /// Fails when anything is left.
+    /// Fails unless the line is at its end.
     void end();
 
     /// The next word, which must be one of these.

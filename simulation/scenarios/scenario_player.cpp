@@ -10,19 +10,20 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// How long what is expected may take to come; nothing healthy comes near it.
+/// How long expected events may take; a working bridge is far faster.
 constexpr std::chrono::milliseconds expectationLimit = 30000ms;
 /// How long a session with its handshake may take, after the bridge's own long waits.
 constexpr std::chrono::milliseconds connectLimit = 30000ms;
-/// After so long without anything new, what has come in full number but wrong won't become right any more.
+/// After this time without anything new, a wrong result of the expected length is final.
 constexpr std::chrono::milliseconds wrongTime = 1000ms;
-/// How long nothing more may come for a block to be taken as complete.
+/// How long it must be quiet before a block is complete.
 constexpr std::chrono::milliseconds quietTime = 80ms;
-/// The same where the scenario says that nothing comes.
+/// The same where the scenario expects nothing.
 constexpr std::chrono::milliseconds nothingTime = 150ms;
-/// A stream that never falls silent is cut here.
+/// A stream that never becomes quiet is cut here.
 constexpr std::chrono::milliseconds quietLimit = 1500ms;
-/// How long the bridge may take over an event of a board. One that it drops on purpose is waited for as long.
+/// How long the bridge may need for an event of a board. The player also waits this long for an event that the bridge
+/// drops on purpose.
 constexpr std::chrono::milliseconds eventLimit = 2000ms;
 
 constexpr const char* refusedLine = "WARN Waiting for SimConnect connection: ";
@@ -115,7 +116,7 @@ bool ScenarioPlayer::meetBlock(const ScenarioBlock& block) {
     waitForEvents();
     observer.pumpUntil([&] { return isMet(block) || isWrong(block); }, expectationLimit);
     if (hasOpenStream(block)) {
-        // It needn't fall silent.
+        // It need not become quiet.
         observer.pumpUntil([&] { return observer.quietFor(quietTime); }, quietTime);
     } else {
         waitForQuiet(block.expected.empty() ? nothingTime : quietTime);
@@ -133,7 +134,7 @@ bool ScenarioPlayer::isMet(const ScenarioBlock& block) {
     });
 }
 
-/// As much has come as is expected, but something else.
+/// The expected number of events has come, but not the expected ones.
 bool ScenarioPlayer::isWrong(const ScenarioBlock& block) {
     const auto enough = [&](const ScenarioExpectation& one) {
         return pending[one.stream].size() >= leastCount(ofStream(block, one.stream));
@@ -141,7 +142,7 @@ bool ScenarioPlayer::isWrong(const ScenarioBlock& block) {
     return observer.quietFor(wrongTime) && std::all_of(block.expected.begin(), block.expected.end(), enough);
 }
 
-/// What came after the last expectation is as unexpected as anything else.
+/// Anything after the last expectation is unexpected too.
 bool ScenarioPlayer::meetEnd() {
     ScenarioBlock end;
     const ScenarioStep* last = scenario.steps.empty() ? nullptr : &scenario.steps.back();
@@ -233,8 +234,8 @@ bool ScenarioPlayer::watchesLogLine(const std::string& line) const {
     return true;
 }
 
-/// Until the bridge has worked off what the boards sent, so that "nothing" isn't said too early. Events that it drops
-/// on purpose are given up after a while.
+/// Waits until the bridge has handled what the boards sent, so that "nothing" isn't true too early. Gives up after a
+/// while, since the bridge drops some events on purpose.
 void ScenarioPlayer::waitForEvents() {
     observer.pumpUntil([this] { return eventsHandled >= eventsSent || !bridgeRig.bridge().running(); }, eventLimit);
     eventsSent = eventsHandled;
@@ -244,7 +245,7 @@ void ScenarioPlayer::waitForQuiet(std::chrono::milliseconds quiet) {
     observer.waitForQuiet(quiet, quietLimit);
 }
 
-/// Warnings and errors are no part of a session's start, but for those of the sessions refused before it.
+/// Warnings and errors aren't part of a session's start, except those of sessions that were refused before it.
 void ScenarioPlayer::takeAsRead() {
     for (auto& [stream, texts] : pending) {
         if (stream == "log") {

@@ -11,14 +11,14 @@
 #include <string>
 #include <vector>
 
-/// Plays one scenario: does its inputs in order and compares what comes with what it expects. What happens is printed
-/// in two columns while it happens.
+/// Plays one scenario: carries out its inputs in order and compares the results with its expectations. Prints what
+/// happens in two columns, as it happens.
 class ScenarioPlayer {
 public:
     /// The scenario must outlive the player.
     ScenarioPlayer(const Scenario& played, bool fast, std::ostream& output);
 
-    /// True when all came as expected. Otherwise the difference is printed, and the rest isn't played.
+    /// True when everything came as expected. Otherwise prints the difference and doesn't play the rest.
     bool play();
     /// Expectations met so far.
     std::size_t metCount() const { return met; }
@@ -26,13 +26,13 @@ public:
     // For the inputs.
     BridgeRig& rig() { return bridgeRig; }
     void sendEvent(const std::string& board, const HidProtocol::HidEvent& event);
-    /// Brings everything up as far as it isn't, waits for a new session with its handshake, or without the module's
-    /// part of it, and takes what came on the way as read.
+    /// Starts what doesn't run yet, waits for a new session with its handshake, or without the module's part of it, and
+    /// skips everything up to then.
     void connect(bool withModule);
     void wait(std::chrono::milliseconds duration);
-    /// For someone who looks on: nothing when played fast.
+    /// A pause for a person who watches; none in fast play.
     void pause(std::chrono::milliseconds duration);
-    /// The reason why an input couldn't be done; ends the play.
+    /// The reason why an input failed; ends the play.
     void fail(const std::string& reason);
 
 private:
@@ -42,7 +42,7 @@ private:
     LiveColumns columns;
     BridgeRig bridgeRig;
     RigObserver observer;
-    /// Of what came since it was last taken as read or compared.
+    /// Looks at what came since it was last skipped or compared.
     SessionStart sessionStart;
     std::map<std::string, std::vector<std::string>> pending;
     std::size_t met = 0;

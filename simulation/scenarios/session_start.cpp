@@ -54,7 +54,7 @@ void SessionStart::forget() {
     lightKnown = false;
 }
 
-/// What the last line of the handshake begins with.
+/// The beginning of the handshake's last line.
 std::string_view SessionStart::lastLine(bool withModule) const {
     if (!moduleUsed || !rig.simulator().moduleRunning()) {
         return opening;

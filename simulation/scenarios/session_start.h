@@ -6,17 +6,17 @@
 #include <string>
 #include <vector>
 
-/// Recognises the start of a session in what comes out of a scenario's rig: the handshake, the first news of battery
-/// and light, and what the boards get at once.
+/// Recognises the start of a session in the output of a scenario's rig: the handshake, the first values of battery and
+/// light, and the first reports to the boards.
 class SessionStart {
 public:
     /// The rig must outlive this object.
     SessionStart(const Scenario& played, const BridgeRig& playedOn);
 
-    /// Everything that comes, in its order.
+    /// Takes everything that comes, in order.
     void note(const Observation& observation);
     /// Whether a session has started since the last `forget`: with the module's part of the handshake, where the
-    /// scenario has one and it is asked for, or without it.
+    /// scenario has one and the caller wants it, or without it.
     bool isComplete(bool withModule) const;
     void forget();
 
@@ -27,7 +27,7 @@ private:
     const bool stateLogged;
     /// What the cockpit light follows.
     const std::string lightCode;
-    /// What the simulator got.
+    /// What the simulator received.
     std::vector<std::string> received;
     // In the log.
     bool batteryKnown = false;

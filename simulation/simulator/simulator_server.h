@@ -71,7 +71,7 @@ public:
     }
     void setRefusing(bool refuse);
     void setAircraftVariable(std::string_view name, double value);
-    /// Resets what doesn't outlive a simulator's run: all areas, and all module clients except the module's own.
+    /// Prepares the simulator's next run: removes all areas and restarts the module, if it is installed.
     void reset();
     SimulatorFaults& faults() { return behaviour; }
     SimulatorWorld& world() { return shared; }

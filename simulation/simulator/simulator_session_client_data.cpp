@@ -117,8 +117,7 @@ void SimulatorSession::beginAreaRequest(std::uint32_t requestId, AreaRequest wan
     world.records.add(
         record(SimulatorRecordKind::Subscribed, area == nullptr ? wanted.area : area->name, wanted.period));
     if (area == nullptr) {
-        // Accepted but without effect: a client that asked before the area was created must
-        // ask again.
+        // Accepted but without effect: a client that asked before the area was created must ask again.
         areaRequests.erase(requestId);
         return;
     }

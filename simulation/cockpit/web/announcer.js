@@ -1,4 +1,4 @@
-// Tells a screen reader what the simulator received, in moderation: the latest, and not more often than this.
+// Announces to a screen reader what the simulator received: only the latest, and not too often.
 const pauseMs = 2000;
 
 export class Announcer {

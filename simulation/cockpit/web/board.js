@@ -45,7 +45,7 @@ export class Board {
     setText(this.#part('light'), state.plugged ? lightWords(state.light) : 'no power');
     const lamp = this.#part('status');
     lamp.classList.toggle('on', state.plugged && state.simConnected === true);
-    setText(lamp, !state.plugged ? 'not plugged in' : state.simConnected === null ? 'not told of the simulator' :
+    setText(lamp, !state.plugged ? 'not plugged in' : state.simConnected === null ? 'no simulator status yet' :
       state.simConnected ? 'simulator connected' : 'simulator not connected');
     const plugText = state.plugged ? 'Unplug' : 'Plug in';
     setText(this.#part('plug'), plugText);
@@ -64,7 +64,7 @@ export class Board {
     }
   }
 
-  // Marks the control that was used last.
+  // Marks the last used control.
   mark(id) {
     for (const used of document.querySelectorAll('.used')) {
       used.classList.remove('used');

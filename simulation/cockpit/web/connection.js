@@ -1,5 +1,5 @@
-// The page's way to the program: a stream of events in, actions out, both with the session's token, which stands behind
-// the "#" of the address and so is in no request and no log.
+// The page's connection to the program: a stream of events in, actions out, both with the session's token. The token is
+// in the address after the "#", so no request line and no log contains it.
 
 const token = location.hash.slice(1);
 const retryMs = 1000;
@@ -34,7 +34,7 @@ export function takeEvents(text, onEvent) {
   return rest;
 }
 
-// A fault of the page itself shows as one, and not as the end of the program.
+// An error in the page itself must not look like the end of the program.
 function handOver(onEvent, fields) {
   try {
     onEvent(fields.event, JSON.parse(fields.data));
@@ -56,13 +56,13 @@ async function readStream(onEvent, onOpen) {
   }
 }
 
-// Listens for ever. `onLink` is told true when the events begin to come, and false when they end.
+// Listens forever. Calls `onLink(true)` when events begin to arrive and `onLink(false)` when they end.
 export async function listen(onEvent, onLink) {
   for (;;) {
     try {
       await readStream(onEvent, () => onLink(true));
     } catch {
-      // The program has ended, or starts again: both show in the link.
+      // The program has ended or restarts: the link shows both.
     }
     onLink(false);
     await new Promise((resolve) => setTimeout(resolve, retryMs));

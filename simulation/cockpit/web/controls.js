@@ -1,16 +1,16 @@
-// Buttons and knobs as a hand, a wheel, a keyboard or a screen reader operates them.
+// Buttons and knobs, operated by pointer, wheel, keyboard or screen reader.
 
 import {element} from './dom.js';
 
 const degreesPerDetent = 15;
-/// Pixels of a wheel that is no wheel but two fingers.
+/// Pixels for one detent on a touchpad, which has no notches.
 const wheelPerDetent = 40;
-/// So many detents within that time are a fast turn.
+/// This many detents within that time are a fast turn.
 const fastCount = 5;
 const fastWindowMs = 220;
 const slowSpeed = 1;
 const fastSpeed = 4;
-/// How long a press lasts at least, as no finger is faster: the bridge drops a press that waits when its release comes.
+/// The shortest press, since no finger is faster: the bridge drops a press that still waits when its release comes.
 const tapMs = 100;
 
 function tip(control) {
@@ -135,7 +135,7 @@ function addWheel(knob, step) {
     while (Math.abs(gathered) >= wheelPerDetent) {
       const detent = Math.sign(gathered);
       gathered -= detent * wheelPerDetent;
-      // A notch of a usual wheel is more than one threshold, but one detent.
+      // A notch of an ordinary wheel exceeds the threshold more than once, but is one detent.
       gathered = Math.abs(event.deltaY) > 2 * wheelPerDetent ? 0 : gathered;
       event.shiftKey ? step(detent, fastSpeed) : step(detent);
     }

@@ -14,7 +14,7 @@ export function clockText(milliseconds) {
   return `${digits(time.getHours())}:${digits(time.getMinutes())}:${digits(time.getSeconds())}.${digits(time.getMilliseconds(), 3)}`;
 }
 
-// Sets a text only when it is another one: a text that is set anew is read out anew.
+// Sets a text only when it differs: screen readers read out each text that is set.
 export function setText(target, text) {
   if (target.textContent !== text) {
     target.textContent = text;

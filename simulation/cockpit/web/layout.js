@@ -1,4 +1,4 @@
-// Where a control stands on a panel, by its name. Names that say nothing find a place, too.
+// A control's place on a panel, derived from its name. Unknown names get a place too.
 
 const keyNames = new Set(['DIRECT_TO', 'DIRECTTO', 'MENU', 'FPL', 'PROC', 'CLR', 'ENT', 'ENTER', 'CLEAR', 'HOME', 'BACK']);
 const parts = {
@@ -84,7 +84,7 @@ export function arrange(controls) {
   };
 }
 
-// Families of one are no families.
+// A family needs two members.
 function mergeSingles(groups) {
   const single = groups.filter((group) => group.controls.length === 1);
   const others = groups.filter((group) => group.controls.length > 1);

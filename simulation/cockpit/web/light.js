@@ -1,4 +1,4 @@
-// What a panel's backlight does with the last light report. Levels are percentages, and a pulsing light makes its
+// How a panel's backlight shows the last LED control report. Levels are percentages, and a pulsing light makes its
 // pulses in groups of "count" with a dark rest between them; a count of zero pulses without a rest.
 
 const shortestRestMs = 800;
@@ -28,7 +28,7 @@ function pulse({count, periodMs}, elapsedMs, shape) {
   return count !== 0 && time >= group ? 0 : shape((time % periodMs) / periodMs);
 }
 
-// A light report in a pilot's words.
+// An LED control report in a pilot's words.
 export function lightWords(light) {
   if (!light) {
     return 'no light report yet';

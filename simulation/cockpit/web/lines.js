@@ -1,4 +1,4 @@
-// A list of what happened, the latest at its end, where it stays as long as nobody scrolls up.
+// A list of events, the latest last. It stays scrolled to the end unless the user scrolls up.
 
 import {clockText, element, setText} from './dom.js';
 
@@ -14,7 +14,7 @@ export class Lines {
     this.#list = list;
   }
 
-  // A line that says the same as the one before it only adds to its count.
+  // A line that equals the one before it only raises its count.
   add({at, tag, kind, text}) {
     const key = `${kind} ${tag} ${text}`;
     if (this.#last?.key === key) {

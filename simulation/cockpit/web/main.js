@@ -1,4 +1,4 @@
-// Builds the page and hands each event to whom it concerns.
+// Builds the page and passes each event to the parts that show it.
 
 import {Announcer} from './announcer.js';
 import {Board} from './board.js';
@@ -75,7 +75,7 @@ class Page {
     }
   }
 
-  // A program that comes back is another one, whose token this page doesn't have.
+  // A restarted program has a new token, which this page doesn't know.
   #link(linked) {
     byId('link').dataset.state = linked ? 'good' : 'bad';
     setText(byId('link'), linked ? 'live' : 'not connected');

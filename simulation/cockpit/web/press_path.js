@@ -2,7 +2,7 @@
 
 import {setText} from './dom.js';
 
-/// The path takes less time than an eye sees; its stations light up one after the other.
+/// The real path is too fast to see, so its stations light up one after the other.
 const stationDelayMs = {panel: 0, bridge: 140, simulator: 280, light: 420};
 const commandPrefix = 'MobiFlight command: MF.SimVars.Set.';
 
@@ -19,7 +19,7 @@ export class PressPath {
     this.#stations = Object.fromEntries([...root.querySelectorAll('.station')].map((station) => [station.dataset.station, station]));
   }
 
-  // Gives whether it is a report to follow: the end of a press is none, unless it does something.
+  // Returns whether to follow the report: not for the end of a press, unless it does something.
   sent({at, board, report, detents, speed}, control) {
     if (report === 'release' && !control.commands.RELEASE) {
       return false;
@@ -28,14 +28,14 @@ export class PressPath {
     const clicks = Math.abs(detents);
     const turned = `turned ${detents > 0 ? 'right' : 'left'}${clicks > 1 ? ` ×${clicks}` : ''}${speed >= 4 ? ', fast' : ''}`;
     const done = report === 'turn' ? turned : reportWords[report] + (this.#held > 1 ? ` ×${this.#held}` : '');
-    this.#tell('panel', at, `${control.name} ${done}`, `${board} · control ${control.id}`);
+    this.#show('panel', at, `${control.name} ${done}`, `${board} · control ${control.id}`);
     return true;
   }
 
-  // `event` is there when the line reports one, with what the bridge did with it.
+  // `event` is set when the line reports one, and says what the bridge did with it.
   logged({at, text, event}) {
     if (text.startsWith(commandPrefix)) {
-      this.#tell('bridge', at, text.slice(commandPrefix.length).replace(/^1 /, ''), 'the command from the configuration');
+      this.#show('bridge', at, text.slice(commandPrefix.length).replace(/^1 /, ''), 'the command from the configuration');
       return;
     }
     if (!event || event.action === '' || event.action === 'BUTTON_RELEASE') {
@@ -43,27 +43,27 @@ export class PressPath {
     }
     const name = event.control || 'a control without a name';
     if (event.simEventSent) {
-      this.#tell('bridge', at, `${name}: the built-in event`, 'not listed in the configuration');
+      this.#show('bridge', at, `${name}: the built-in event`, 'not listed in the configuration');
     } else if (!event.rpnQueued && event.action !== 'HOLD' && !name.startsWith('MAP_')) {
-      this.#tell('bridge', at, `${name}: nothing to send`, 'no command for it, or the module isn’t ready');
+      this.#show('bridge', at, `${name}: nothing to send`, 'no command for it, or the module isn’t ready');
     }
   }
 
   received({at, kind, text, count}) {
     if (kind === 'command' || kind === 'event') {
-      this.#tell('simulator', at, count > 1 ? `${text} ×${count}` : text, kind === 'event' ? 'received as an event' : 'received and run');
+      this.#show('simulator', at, count > 1 ? `${text} ×${count}` : text, kind === 'event' ? 'received as an event' : 'received and run');
     }
   }
 
   aircraftChanged(text) {
     const at = Date.now();
-    this.#tell('simulator', at, text, 'the aircraft’s state');
-    this.#tell('bridge', at, 'works out the panels’ light', 'from the simulator’s state');
+    this.#show('simulator', at, text, 'the aircraft’s state');
+    this.#show('bridge', at, 'works out the panels’ light', 'from the simulator’s state');
   }
 
-  lit({at, board}, words) { this.#tell('light', at, words, `${board} · light report`); }
+  lit({at, board}, words) { this.#show('light', at, words, `${board} · light report`); }
 
-  #tell(name, at, what, more) {
+  #show(name, at, what, more) {
     const station = this.#stations[name];
     setText(station.querySelector('.what'), what);
     setText(station.querySelector('.more'), more);

@@ -1,4 +1,4 @@
-// What the panels' displays show, as ornament: that a panel is a PFD or an MFD can be seen at once.
+// Decorative displays, which show at a glance whether a panel is a PFD or an MFD.
 
 const skyAndTapes = `<svg viewBox="0 0 400 320" preserveAspectRatio="xMidYMid meet" aria-hidden="true">
   <defs><linearGradient id="sky" x1="0" y1="0" x2="0" y2="1"><stop offset="0" stop-color="#0f4f96"/><stop offset="1" stop-color="#63aae0"/></linearGradient>

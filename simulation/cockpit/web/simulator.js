@@ -65,7 +65,7 @@ export class Simulator {
     this.#control('drop').disabled = !state.connected;
   }
 
-  // Gives what came, with how often in a row.
+  // Returns the text with how often it came in a row.
   receive({at, text}) {
     const parts = receivedParts(text);
     const count = this.#received.add({at, tag: parts.kind, kind: parts.kind, text: parts.text});
