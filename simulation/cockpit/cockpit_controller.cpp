@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 
 /// Too short for a person to see as a delay.
 constexpr std::chrono::milliseconds watchPeriod = 15ms;
-/// The record that makeNextSessionHeard leaves.
+/// The record that refreshResponseArea leaves.
 constexpr std::string_view otherClientsPing = " MF.Ping";
 
 /// Milliseconds since 1970, as pages count time.
@@ -43,7 +43,7 @@ CockpitController::CockpitController(const CockpitConfiguration& shown, RigSides
                      usedSides)),
       observer(rig),
       buttons([this](const HeldButtons::Button& button, std::string_view report) {
-          tellSent(button.mode == modeOf("PFD") ? "PFD" : "MFD", button.controlId, report, 0, 0);
+          publishSent(button.mode == modeOf("PFD") ? "PFD" : "MFD", button.controlId, report, 0, 0);
       }) {}
 
 CockpitController::~CockpitController() {
@@ -106,8 +106,8 @@ void CockpitController::watch() {
     }
 }
 
-void CockpitController::tellSent(const std::string& board, std::uint16_t control, std::string_view report, int detents,
-                                 int speed) {
+void CockpitController::publishSent(const std::string& board, std::uint16_t control, std::string_view report,
+                                    int detents, int speed) {
     JsonValue sent = jsonObject();
     sent.object["board"] = jsonString(board);
     sent.object["control"] = jsonNumber(control);
@@ -115,7 +115,7 @@ void CockpitController::tellSent(const std::string& board, std::uint16_t control
     sent.object["detents"] = jsonNumber(detents);
     sent.object["speed"] = jsonNumber(speed);
     sent.object["at"] = timeNow();
-    events.tell("sent", jsonText(sent));
+    events.publish("sent", jsonText(sent));
 }
 
 void CockpitController::notify() {
@@ -125,7 +125,7 @@ void CockpitController::notify() {
     // First, so that a page that gets a report finds it in the state.
     events.setState(state());
     for (const Observation& item : items) {
-        tellItem(item);
+        publishItem(item);
     }
     if (!items.empty()) {
         // Their own records would grow for as long as the page is open.
@@ -136,7 +136,7 @@ void CockpitController::notify() {
     }
 }
 
-void CockpitController::tellItem(const Observation& item) {
+void CockpitController::publishItem(const Observation& item) {
     JsonValue message = jsonObject();
     message.object["at"] = timeNow();
     message.object["text"] = jsonString(item.text);
@@ -144,7 +144,7 @@ void CockpitController::tellItem(const Observation& item) {
         return;
     }
     if (item.stream == "sim" && item.text == "closed") {
-        makeNextSessionHeard();
+        refreshResponseArea();
     }
     if (item.stream == "log") {
         const std::size_t blank = item.text.find(' ');
@@ -157,10 +157,10 @@ void CockpitController::tellItem(const Observation& item) {
         bridgeExitCode = item.text;
     } else if (item.stream != "sim") {
         message.object["board"] = jsonString(item.stream);
-        events.tell("board", jsonText(message));
+        events.publish("board", jsonText(message));
         return;
     }
-    events.tell(item.stream, jsonText(message));
+    events.publish(item.stream, jsonText(message));
 }
 
 std::string CockpitController::state() const {
@@ -221,7 +221,7 @@ void CockpitController::startBridge() {
         return;
     }
     bridgeEnding = false;
-    makeNextSessionHeard();
+    refreshResponseArea();
     rig.startBridge();
     notify();
     bridgeExitCode.reset();
@@ -229,7 +229,7 @@ void CockpitController::startBridge() {
 
 /// A command or an answer that equals the one before doesn't reach the module or its clients, and the next session
 /// begins as the last one did. In a busy simulator, other clients' commands come in between.
-void CockpitController::makeNextSessionHeard() {
+void CockpitController::refreshResponseArea() {
     rig.simulator().pingModule();
 }
 
@@ -266,7 +266,7 @@ bool CockpitController::actOnBoard(const CockpitAction& action, std::string& err
         buttons.release(button);
         break;
     case CockpitActionKind::Turn:
-        tellSent(action.board, action.control, "turn", action.detents, action.speed);
+        publishSent(action.board, action.control, "turn", action.detents, action.speed);
         board.turn(action.control, action.detents, action.speed, button.mode);
         break;
     default:
@@ -311,7 +311,7 @@ void CockpitController::control(const SimulatorRequest& request) {
     const std::string_view word = request.control->word;
     bridgeEnding = bridgeEnding || word == "quit" || word == "die";
     if (word == "drop") {
-        makeNextSessionHeard();
+        refreshResponseArea();
     }
     applyControl(rig, request);
     if (word == "start") {

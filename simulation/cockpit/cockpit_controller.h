@@ -68,11 +68,11 @@ private:
     bool actOnBoard(const CockpitAction& action, std::string& error);
     bool actOnSimulator(const std::string& command, std::string& error);
     void plug(const CockpitAction& action);
-    void tellSent(const std::string& board, std::uint16_t control, std::string_view report, int detents, int speed);
+    void publishSent(const std::string& board, std::uint16_t control, std::string_view report, int detents, int speed);
 
     // These need the mutex held.
     void notify();
-    void tellItem(const Observation& item);
+    void publishItem(const Observation& item);
     std::string state() const;
     JsonValue boardStates() const;
     JsonValue simulatorState() const;
@@ -81,5 +81,5 @@ private:
     void control(const SimulatorRequest& request);
     void actOnBridge(CockpitActionKind kind);
     void startBridge();
-    void makeNextSessionHeard();
+    void refreshResponseArea();
 };

@@ -13,7 +13,7 @@ std::string eventText(const std::string& kind, const std::string& json) {
 
 } // namespace
 
-void EventFeed::tell(const std::string& kind, const std::string& json) {
+void EventFeed::publish(const std::string& kind, const std::string& json) {
     {
         const std::lock_guard lock(mutex);
         happenings.push_back(eventText(kind, json));

@@ -19,7 +19,7 @@ public:
     };
 
     /// One line of JSON each.
-    void tell(const std::string& kind, const std::string& json);
+    void publish(const std::string& kind, const std::string& json);
     /// Sends the state only if it differs from the last one.
     void setState(const std::string& json);
     /// Ends all waits, now and later.

@@ -179,7 +179,7 @@ private:
     }
 };
 
-void tellProblems(const std::string& path, const HidLog& log, std::ostream& screen) {
+void printProblems(const std::string& path, const HidLog& log, std::ostream& screen) {
     for (const HidLogProblem& problem : log.problems) {
         screen << path << ':' << problem.line << ": skipped: " << problem.text << '\n';
     }
@@ -200,7 +200,7 @@ int runReplay(const CockpitOptions& options, std::ostream& screen) {
         return 1;
     }
     const HidLog log = parseHidLog(text);
-    tellProblems(options.replayLog, log, screen);
+    printProblems(options.replayLog, log, screen);
     if (log.reports.empty()) {
         screen << options.replayLog
                << ": no report of a board stands in it; the log of a run with --hid-trace has some\n";

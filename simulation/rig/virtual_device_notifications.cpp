@@ -48,7 +48,7 @@ DeviceNotificationSource VirtualDeviceNotifications::source() const {
     DeviceNotificationSource source;
     source.setUp = [from = state](std::string& error) {
         if (!from->available) {
-            error = "no news of boards here";
+            error = "no notifications of boards here";
         }
         return from->available;
     };

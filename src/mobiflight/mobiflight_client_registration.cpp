@@ -70,7 +70,7 @@ void MobiFlightClient::onResponse(const std::string& text) {
     const std::string registration = registrationText(clientName);
     if (!text.empty()) {
         const std::lock_guard lock(queueMutex);
-        renewal.moduleHeard();
+        renewal.moduleAnswered();
     }
     // Searched anywhere in the text, the confirmation first: a text that contains both is a confirmation.
     if (text.find(registration + ".Finished") != std::string::npos) {

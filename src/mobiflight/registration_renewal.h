@@ -14,7 +14,7 @@ public:
     void stop() { nextAt.reset(); }
 
     /// The module has sent something, so it runs: no warning is due.
-    void moduleHeard() { warned = true; }
+    void moduleAnswered() { warned = true; }
 
     /// When the next registration is due; none while no answer is awaited.
     std::optional<std::int64_t> nextDue() const { return nextAt; }

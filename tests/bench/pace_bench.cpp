@@ -39,17 +39,17 @@ public:
     /// Milliseconds from a battery switch to the light report at the board.
     double switchBattery(bool on) {
         std::mutex mutex;
-        std::condition_variable told;
+        std::condition_variable arrived;
         bool reported = false;
         board.setOutputCallback([&](const BoardOutput& output) {
             const std::lock_guard lock(mutex);
             reported = reported || output.bytes[0] == HidProtocol::ledCtlReportId;
-            told.notify_one();
+            arrived.notify_one();
         });
         const auto start = Clock::now();
         simulator.setBattery(on);
         std::unique_lock lock(mutex);
-        if (!told.wait_for(lock, std::chrono::seconds(5), [&] { return reported; })) {
+        if (!arrived.wait_for(lock, std::chrono::seconds(5), [&] { return reported; })) {
             throw std::runtime_error("no light report");
         }
         const auto end = Clock::now();

@@ -20,7 +20,7 @@ test('a dropped session is followed by another one', async () => {
   await view.press('MFD', 'AP_BC', '(>K:AP_BC_HOLD)');
 });
 
-test('a silent module makes presses go nowhere, as the log tells', async () => {
+test('a silent module makes presses go nowhere, as the log says', async () => {
   const {view} = shared;
   await view.faultSwitch('silent');
   const before = await sessionCount();

@@ -33,7 +33,7 @@ test('an interrupt ends the program, also with a page open and a button down', a
   });
 });
 
-test('a port that is taken is told when it was asked for', async () => {
+test('a requested port that is taken is reported', async () => {
   const first = await Cockpit.start();
   const refused = await runProgram('--no-browser', '--port', first.port);
   assert.equal(refused.code, 1);
@@ -75,13 +75,13 @@ test('with this machine’s simulator the page has no switches for it, and takes
   await cockpit.stop();
 });
 
-test('a configuration that cannot be read is told', async () => {
+test('a configuration that cannot be read is reported', async () => {
   const {code, output} = await runProgram('--no-browser', '--config', 'no-such-config.json');
   assert.equal(code, 1);
   assert.match(output, /no-such-config\.json: /);
 });
 
-test('options that make no sense are told, and help is given', async () => {
+test('contradicting options are reported with a hint at the help', async () => {
   const wrong = await runProgram('--no-such-option');
   assert.equal(wrong.code, 1);
   assert.match(wrong.output, /unknown option --no-such-option/);
@@ -100,7 +100,7 @@ test('a scenario is played without a browser, and its outcome is the exit code',
   assert.equal(failed.code, 1);
 });
 
-test('a log is played again, and a bad line in it is told', async () => {
+test('a log is replayed, and its bad line is reported', async () => {
   const folder = mkdtempSync(join(tmpdir(), 'cockpit-'));
   try {
     const log = join(folder, 'trace.log');

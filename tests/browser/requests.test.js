@@ -73,8 +73,8 @@ async function withOtherSite(use) {
   }
 }
 
-// All that the program tells a page, until it has told of a press of that control.
-async function toldUntilPressOf(control) {
+// Everything that the program sends a page, up to the press of that control.
+async function eventsUpToPressOf(control) {
   const reply = await cockpit.request('/api/events');
   const reader = reply.body.pipeThrough(new TextDecoderStream()).getReader();
   let text = '';
@@ -111,9 +111,9 @@ test('a page of another origin can neither press a button nor read anything', as
     assert.deepEqual(outcomes, ['blocked', 'blocked', 'blocked']);
   });
   const ofOurOwn = {...press, control: 13};
-  const told = toldUntilPressOf(ofOurOwn.control);
+  const events = eventsUpToPressOf(ofOurOwn.control);
   assert.equal((await cockpit.act(ofOurOwn)).status, 200);
-  assert.equal(isPressIn(await told, 12), false);
+  assert.equal(isPressIn(await events, 12), false);
   assert.equal((await cockpit.act({...ofOurOwn, do: 'release'})).status, 200);
 });
 

@@ -19,10 +19,10 @@ std::string nextOf(EventFeed& feed, EventFeed::Cursor& cursor) {
 TEST(EventFeed, TellsWhatHappensInOrder) {
     EventFeed feed;
     EventFeed::Cursor cursor;
-    feed.tell("sim", "1");
-    feed.tell("log", "2");
+    feed.publish("sim", "1");
+    feed.publish("log", "2");
     EXPECT_EQ(nextOf(feed, cursor), "event: sim\ndata: 1\n\nevent: log\ndata: 2\n\n");
-    feed.tell("sim", "3");
+    feed.publish("sim", "3");
     EXPECT_EQ(nextOf(feed, cursor), "event: sim\ndata: 3\n\n");
 }
 
@@ -45,7 +45,7 @@ TEST(EventFeed, TellsOnlyTheLatestState) {
 TEST(EventFeed, TellsTheStateBeforeWhatHappened) {
     EventFeed feed;
     EventFeed::Cursor cursor;
-    feed.tell("sim", "1");
+    feed.publish("sim", "1");
     feed.setState("now");
     EXPECT_EQ(nextOf(feed, cursor), "event: state\ndata: now\n\nevent: sim\ndata: 1\n\n");
 }
@@ -53,7 +53,7 @@ TEST(EventFeed, TellsTheStateBeforeWhatHappened) {
 TEST(EventFeed, TellsALateListenerTheLastFewHundred) {
     EventFeed feed;
     for (int i = 1; i <= 1000; ++i) {
-        feed.tell("n", std::to_string(i));
+        feed.publish("n", std::to_string(i));
     }
     EventFeed::Cursor cursor;
     const std::string events = nextOf(feed, cursor);
@@ -66,7 +66,7 @@ TEST(EventFeed, GivesEachListenerAll) {
     EventFeed feed;
     EventFeed::Cursor first;
     EventFeed::Cursor second;
-    feed.tell("sim", "1");
+    feed.publish("sim", "1");
     EXPECT_EQ(nextOf(feed, first), nextOf(feed, second));
 }
 
@@ -74,7 +74,7 @@ TEST(EventFeed, WakesAListenerAndEndsIt) {
     EventFeed feed;
     EventFeed::Cursor cursor;
     std::string events;
-    std::thread teller([&feed] { feed.tell("sim", "1"); });
+    std::thread teller([&feed] { feed.publish("sim", "1"); });
     EXPECT_TRUE(feed.next(cursor, 30000ms, events));
     teller.join();
     EXPECT_EQ(events, "event: sim\ndata: 1\n\n");

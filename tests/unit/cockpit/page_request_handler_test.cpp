@@ -89,7 +89,7 @@ TEST_F(PageRequestHandlerTest, StreamWhatHappensUntilTheEnd) {
     const PageReply reply = answer("GET", "/api/events");
     EXPECT_EQ(reply.contentType, "text/event-stream");
     ASSERT_TRUE(reply.stream);
-    controller->feed().tell("sim", "1");
+    controller->feed().publish("sim", "1");
     std::string piece;
     EXPECT_TRUE(reply.stream(piece));
     EXPECT_EQ(piece, "event: sim\ndata: 1\n\n");

@@ -44,6 +44,6 @@ TEST(RegistrationRenewal, WarnsOnceAfterTenSecondsOfSilence) {
 TEST(RegistrationRenewal, DoesNotWarnOfAModuleThatHasSpoken) {
     RegistrationRenewal renewal;
     renewal.begin(0);
-    renewal.moduleHeard();
+    renewal.moduleAnswered();
     EXPECT_FALSE(renewal.takeWarning(60 * second));
 }
