@@ -8,9 +8,9 @@ foreach(file IN LISTS FILES)
   math(EXPR size "${digits} / 2")
   string(REGEX REPLACE "(..)" "0x\\1, " bytes "${hex}")
   get_filename_component(name ${file} NAME)
-  string(APPEND arrays "constexpr unsigned char file${number}[] = {${bytes}0};\n")
+  string(APPEND arrays "constexpr unsigned char ${FUNCTION}${number}[] = {${bytes}0};\n")
   string(APPEND entries
-         "        {\"${name}\", std::string_view(reinterpret_cast<const char*>(file${number}), ${size})},\n")
+         "        {\"${name}\", std::string_view(reinterpret_cast<const char*>(${FUNCTION}${number}), ${size})},\n")
   math(EXPR number "${number} + 1")
 endforeach()
 file(WRITE ${OUTPUT}

@@ -28,7 +28,7 @@ std::size_t distance(std::string_view a, std::string_view b) {
     return row.back();
 }
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
     return '"' + std::string(text) + '"';
 }
 
@@ -96,7 +96,7 @@ std::string ScenarioLine::rest(std::string_view what) {
 void ScenarioLine::end() {
     if (!atEnd()) {
         lastWord = next;
-        fail("didn't expect " + quoted(peek()) + " here: the line is complete before it");
+        fail("didn't expect " + inQuotes(peek()) + " here: the line is complete before it");
     }
 }
 
@@ -118,8 +118,8 @@ long ScenarioLine::number(std::string_view what, long least, long most) {
     const std::string found = word(what);
     const std::optional<long> value = wholeNumber(found, least, most);
     if (!value) {
-        fail(quoted(found) + " is no " + std::string(what) + ": a whole number from " + std::to_string(least) + " to " +
-             std::to_string(most) + " was meant to stand here");
+        fail(inQuotes(found) + " is no " + std::string(what) + ": a whole number from " + std::to_string(least) +
+             " to " + std::to_string(most) + " was meant to stand here");
     }
     return *value;
 }
@@ -130,7 +130,7 @@ std::chrono::milliseconds ScenarioLine::duration() {
     const std::optional<double> value = decimalNumber(found.substr(0, unit));
     const std::string_view unitText = unit == std::string::npos ? "" : std::string_view(found).substr(unit);
     if (!value || (unitText != "ms" && unitText != "s")) {
-        fail(quoted(found) + " is no time: write it as 60ms, 2s or 1.5s");
+        fail(inQuotes(found) + " is no time: write it as 60ms, 2s or 1.5s");
     }
     return std::chrono::milliseconds(std::llround(unitText == "s" ? *value * 1000 : *value));
 }
@@ -141,7 +141,7 @@ std::vector<std::uint8_t> ScenarioLine::hexBytes() {
         const std::string digits = word("bytes as pairs of hexadecimal digits");
         const auto group = bytesFromHex(digits);
         if (!group) {
-            fail(quoted(digits) + " is no row of bytes: pairs of hexadecimal digits were meant to stand here");
+            fail(inQuotes(digits) + " is no row of bytes: pairs of hexadecimal digits were meant to stand here");
         }
         bytes.insert(bytes.end(), group->begin(), group->end());
     } while (!atEnd());
@@ -152,7 +152,7 @@ std::pair<std::string, std::string> ScenarioLine::option(std::string_view what) 
     const std::string found = word(what);
     const std::size_t equals = found.find('=');
     if (equals == std::string::npos || equals == 0) {
-        fail("expected " + std::string(what) + ", written as name=value, and not " + quoted(found));
+        fail("expected " + std::string(what) + ", written as name=value, and not " + inQuotes(found));
     }
     return {found.substr(0, equals), found.substr(equals + 1)};
 }
@@ -169,7 +169,7 @@ void ScenarioLine::numberOptions(std::span<NumberOption> options) {
         }
         const std::optional<long> number = wholeNumber(value, rule->least, rule->most);
         if (!number) {
-            fail(quoted(value) + " is no value for " + name + ": a whole number from " + std::to_string(rule->least) +
+            fail(inQuotes(value) + " is no value for " + name + ": a whole number from " + std::to_string(rule->least) +
                  " to " + std::to_string(rule->most) + " was meant to stand here");
         }
         rule->value = *number;
@@ -189,13 +189,13 @@ void ScenarioLine::skipBlanks() {
 }
 
 std::string unknownWord(std::string_view what, std::string_view word, std::span<const std::string_view> known) {
-    std::string message = "unknown " + std::string(what) + ' ' + quoted(word);
+    std::string message = "unknown " + std::string(what) + ' ' + inQuotes(word);
     const auto nearest = std::min_element(known.begin(), known.end(), [word](auto left, auto right) {
         return distance(word, left) < distance(word, right);
     });
     // With a larger distance, a word isn't a misspelling.
     if (nearest != known.end() && distance(word, *nearest) <= std::max<std::size_t>(1, nearest->size() / 3)) {
-        return message + "; did you mean " + quoted(*nearest) + '?';
+        return message + "; did you mean " + inQuotes(*nearest) + '?';
     }
     std::string list;
     for (const std::string_view one : known) {

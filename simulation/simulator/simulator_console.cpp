@@ -1,8 +1,8 @@
 #include "simulation/simulator/simulator_console.h"
 
 #include "simulation/simulator/simulator_controls.h"
+#include "text/ascii.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <locale>
@@ -10,8 +10,6 @@
 #include <sstream>
 
 namespace {
-
-constexpr std::string_view blanks = " \t\r\n";
 
 // Bytes above 127 are written as numbers, since they may not be UTF-8.
 std::string quoted(std::string_view text) {
@@ -45,8 +43,8 @@ bool hasValue(SimulatorRecordKind kind) {
 } // namespace
 
 ConsoleOutcome runConsoleCommand(VirtualSimulator& simulator, std::string_view line, std::string& error) {
-    line = line.substr(std::min(line.find_first_not_of(blanks), line.size()));
-    const std::string_view word = line.substr(0, line.find_first_of(blanks));
+    line = trimmed(line);
+    const std::string_view word = line.substr(0, line.find_first_of(asciiSpace));
     if (word.empty()) {
         return ConsoleOutcome::Done;
     }

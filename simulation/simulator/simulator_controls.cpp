@@ -1,6 +1,7 @@
 #include "simulation/simulator/simulator_controls.h"
 
 #include "hid/hex_text.h"
+#include "text/ascii.h"
 
 #include <algorithm>
 #include <array>
@@ -15,13 +16,6 @@ namespace {
 
 /// The variable whose value dims the boards' lights by default.
 constexpr std::string_view lightVariable = "LIGHTING_POTENTIOMETER_5";
-
-constexpr std::string_view blanks = " \t\r\n";
-
-std::string_view trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(blanks);
-    return first == std::string_view::npos ? "" : text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
 
 std::vector<std::string> wordsOf(std::string_view text) {
     std::istringstream stream{std::string(text)};
@@ -83,7 +77,7 @@ SimulatorAction localVariable(std::string_view argument) {
 
 /// An aircraft variable's name may contain blanks; its value is the last word.
 SimulatorAction aircraftVariable(std::string_view argument) {
-    const std::size_t blank = argument.find_last_of(blanks);
+    const std::size_t blank = argument.find_last_of(asciiSpace);
     const std::optional<double> value =
         blank == std::string_view::npos ? std::nullopt : numberOf(argument.substr(blank + 1));
     if (!value) {
@@ -220,7 +214,7 @@ const SimulatorControl* findSimulatorControl(std::string_view word) {
 
 std::optional<SimulatorRequest> readSimulatorRequest(std::string_view line, std::string& error) {
     line = trimmed(line);
-    const std::string_view word = line.substr(0, line.find_first_of(blanks));
+    const std::string_view word = line.substr(0, line.find_first_of(asciiSpace));
     const SimulatorControl* const control = findSimulatorControl(word);
     if (control == nullptr) {
         error = "Unknown command: " + std::string(word);

@@ -1,6 +1,7 @@
 // The part of SimulatorSession that serves client data areas.
 
 #include "simconnect/simconnect_api.h"
+#include "simulation/simulator/data_requests.h"
 #include "simulation/simulator/simulator_exceptions.h"
 #include "simulation/simulator/simulator_session.h"
 #include "text/ascii.h"
@@ -16,12 +17,7 @@ namespace {
 
 constexpr std::uint32_t readOnlyArea = 1;
 
-constexpr std::uint32_t periodNever = 0;
-constexpr std::uint32_t periodOnce = 1;
-constexpr std::uint32_t lastPeriod = 4;
-
 constexpr std::uint32_t behindThePrevious = 0xFFFFFFFFU;
-constexpr std::size_t mostRequests = 1000;
 constexpr std::size_t mostPieces = 1000;
 
 // A definition's entry gives a size, or minus the number of a type: INT8, INT16, INT32, INT64, FLOAT32, FLOAT64.

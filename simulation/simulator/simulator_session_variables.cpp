@@ -1,6 +1,7 @@
 // The part of SimulatorSession that serves simulation variables.
 
 #include "simconnect/simconnect_api.h"
+#include "simulation/simulator/data_requests.h"
 #include "simulation/simulator/simulator_exceptions.h"
 #include "simulation/simulator/simulator_session.h"
 #include "text/ascii.h"
@@ -21,16 +22,11 @@ constexpr std::uint32_t typeInt64 = 2;
 constexpr std::uint32_t typeFloat32 = 3;
 constexpr std::uint32_t typeFloat64 = 4;
 
-constexpr std::uint32_t periodNever = 0;
-constexpr std::uint32_t periodOnce = 1;
-constexpr std::uint32_t lastPeriod = 4;
-
 // Kinds of objects: the user's, all, aircraft; then helicopters, boats, ground vehicles.
 constexpr std::uint32_t typeAircraft = 2;
 constexpr std::uint32_t lastObjectType = 5;
 
 constexpr std::uint32_t simobjectDataByTypeMessage = 9;
-constexpr std::size_t mostRequests = 1000;
 
 bool isBooleanUnit(std::string_view unit) {
     const std::string lower = lowerCased(unit);

@@ -7,8 +7,9 @@
 
 namespace {
 
-constexpr ConfigFileMessages messages{"Button config not found: ", "Failed to open button config: ",
-                                      "Button config parse error: ", "Button config root must be an object"};
+constexpr ConfigFileMessages buttonConfigMessages{
+    "Button config not found: ", "Failed to open button config: ", "Button config parse error: ",
+    "Button config root must be an object"};
 
 /// Answers for every role that has no command of its own.
 constexpr const char* defaultRole = "DEFAULT";
@@ -21,12 +22,12 @@ std::string roleKey(std::string_view role) {
 
 bool ButtonConfig::load(const std::string& path, std::string& error) {
     std::string text;
-    return readConfigFile(path, messages, text, error) && parse(text, error);
+    return readConfigFile(path, buttonConfigMessages, text, error) && parse(text, error);
 }
 
 bool ButtonConfig::parse(std::string_view text, std::string& error) {
     JsonValue root;
-    if (!parseConfigRoot(text, messages, root, error)) {
+    if (!parseConfigRoot(text, buttonConfigMessages, root, error)) {
         return false;
     }
     // Only now: a file that isn't JSON leaves the old commands, one with a bad element has replaced them.

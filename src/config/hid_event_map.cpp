@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr ConfigFileMessages messages{"Event map not found: ", "Failed to open event map: ", "Event map parse error: ",
-                                      "Event map root must be an object"};
+constexpr ConfigFileMessages eventMapMessages{"Event map not found: ", "Failed to open event map: ",
+                                              "Event map parse error: ", "Event map root must be an object"};
 
 /// Reads a member that maps names to numbers; `names` maps numbers to names. Members of another type are skipped. False
 /// if no name is left.
@@ -27,12 +27,12 @@ bool readNames(const JsonValue& root, std::string_view key, std::map<std::int32_
 
 bool HidEventMap::load(const std::string& path, std::string& error) {
     std::string text;
-    return readConfigFile(path, messages, text, error) && parse(text, error);
+    return readConfigFile(path, eventMapMessages, text, error) && parse(text, error);
 }
 
 bool HidEventMap::parse(std::string_view text, std::string& error) {
     JsonValue root;
-    if (!parseConfigRoot(text, messages, root, error)) {
+    if (!parseConfigRoot(text, eventMapMessages, root, error)) {
         return false;
     }
     eventTypes.clear();
