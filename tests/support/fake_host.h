@@ -93,12 +93,6 @@ public:
         processes = std::move(names);
     }
 
-    /// Whether the process list can't be had.
-    void setProcessListFails(bool fails) {
-        const std::lock_guard lock(mutex);
-        processListFails = fails;
-    }
-
     std::size_t processScans() {
         const std::lock_guard lock(mutex);
         return scans;
@@ -147,9 +141,6 @@ private:
         {
             const std::lock_guard lock(mutex);
             ++scans;
-            if (processListFails) {
-                return false;
-            }
             names = processes;
         }
         return std::any_of(names.begin(), names.end(), visit);
@@ -203,7 +194,6 @@ private:
     std::size_t sleepsEnded = 0;
     std::optional<std::int64_t> fixedNow;
     std::vector<std::string> processes;
-    bool processListFails = false;
     std::size_t scans = 0;
     std::size_t threadsStartedSoFar = 0;
     // Shared with the threads: a detached one may outlive this host.

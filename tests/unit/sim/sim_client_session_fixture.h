@@ -32,14 +32,6 @@ protected:
         log.clear();
     }
 
-    /// The calls made by this.
-    template <typename Action>
-    Lines callsOf(Action action) {
-        sim.takeCalls();
-        action();
-        return sim.takeCalls();
-    }
-
     LogCapture log;
     FakeSimConnect sim;
     std::string error;
