@@ -17,7 +17,7 @@ const std::vector<std::string> attachCalls = {
 
 } // namespace
 
-/// The channels of an open session, without any client of the module.
+/// The channels of an open session, used without a `MobiFlightClient`.
 class Channels : public MobiFlightFixture {
 protected:
     Channels() {
@@ -32,36 +32,33 @@ protected:
     bool write(const std::string& text) { return writeCommandArea(sim.library(), &simConnect, 1, text, error); }
 };
 
-TEST_F(Channels, AreMappedDefinedAndRequestedWithNumbersOfTheAttachmentsOwn) {
+TEST_F(Channels, AreMappedDefinedAndRequestedWithTheAttachmentsNumbers) {
     EXPECT_TRUE(attach());
     EXPECT_EQ(sim.calls(), attachCalls);
 }
 
-TEST_F(Channels, OfTheVariablesAreLeftAloneWhenNotAskedFor) {
+TEST_F(Channels, LeaveOutTheVariablesWhenTheyHaveNoName) {
     EXPECT_TRUE(attach(std::nullopt));
     const Lines expected{attachCalls[0], attachCalls[1], attachCalls[3], attachCalls[4], attachCalls[6]};
     EXPECT_EQ(sim.calls(), expected);
 }
 
 TEST_F(Channels, AttachmentEndsAtItsFirstFailure) {
-    const struct {
-        SimCall call;
-        const char* name;
-        std::size_t steps;
-    } kinds[] = {{SimCall::MapClientDataNameToId, "SimConnect_MapClientDataNameToID", 3},
-                 {SimCall::AddToClientDataDefinition, "SimConnect_AddToClientDataDefinition", 3},
-                 {SimCall::RequestClientData, "SimConnect_RequestClientData", 2}};
+    const std::pair<SimCall, std::size_t> steps[] = {
+        {SimCall::MapClientDataNameToId, 3}, {SimCall::AddToClientDataDefinition, 3}, {SimCall::RequestClientData, 2}};
     std::ptrdiff_t made = 0;
-    for (const auto& kind : kinds) {
-        for (std::size_t step = 0; step < kind.steps; ++step) {
-            std::vector<SimConnectResult> results(step, 0);
+    for (const auto& [call, times] : steps) {
+        for (std::size_t successes = 0; successes < times; ++successes) {
+            std::vector<SimConnectResult> results(successes, simConnectOk);
             results.push_back(simConnectFail);
-            sim.script(kind.call, results);
+            sim.script(call, results);
             EXPECT_FALSE(attach());
-            EXPECT_EQ(error, std::string(kind.name) + " failed (0x80004005)");
             EXPECT_EQ(sim.takeCalls(), Lines(attachCalls.begin(), attachCalls.begin() + ++made));
         }
     }
+    EXPECT_EQ(error, "SimConnect_RequestClientData failed (0x80004005)");
+    EXPECT_FALSE(attachToChannels(nullptr, {"A", "B", "C"}, 1, error));
+    EXPECT_EQ(error, "SimConnect client unavailable");
 }
 
 TEST_F(Channels, CommandIsWrittenAsABlockPaddedWithZeros) {
@@ -73,7 +70,7 @@ TEST_F(Channels, CommandIsWrittenAsABlockPaddedWithZeros) {
     EXPECT_EQ(log.lines().size(), 1U);
 }
 
-TEST_F(Channels, CommandOf256BytesLosesItsLastWithAWarning) {
+TEST_F(Channels, CommandOf256BytesLosesItsLastByteWithAWarning) {
     const std::string whole(255, 'x');
     EXPECT_TRUE(write(whole));
     EXPECT_EQ(log.linesWith("WARN"), Lines());

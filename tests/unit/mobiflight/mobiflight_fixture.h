@@ -8,39 +8,27 @@
 
 #include <gtest/gtest.h>
 
-/// Holds whoever comes to it while it is closed.
+/// While it is closed, a thread that passes it waits.
 class Gate {
 public:
-    void close() {
-        const std::lock_guard lock(mutex);
-        closed = true;
-    }
-    void open() {
-        const std::lock_guard lock(mutex);
-        closed = false;
-        changed.notify_all();
-    }
+    void close() { closed = true; }
+    void open() { closed = false; }
     void pass() {
-        std::unique_lock lock(mutex);
         ++waiting;
-        changed.notify_all();
-        changed.wait(lock, [this] { return !closed; });
+        waitUntil([this] { return !closed; });
         --waiting;
     }
     bool waitForSomebody() {
-        std::unique_lock lock(mutex);
-        return changed.wait_for(lock, std::chrono::seconds(30), [this] { return waiting > 0; });
+        return waitUntil([this] { return waiting > 0; });
     }
 
 private:
-    std::mutex mutex;
-    std::condition_variable changed;
-    bool closed = false;
-    int waiting = 0;
+    std::atomic<bool> closed{false};
+    std::atomic<int> waiting{0};
 };
 
-/// A client on a simulator in memory. Both workers run: that of the session goes on only when the test opens or ends
-/// one, and the client's is held in its sleeps.
+/// A client on a simulator in memory. Both workers run: the session's goes on only when the test opens or ends a
+/// session, and the client's is held in its sleeps.
 class MobiFlightFixture : public testing::Test {
 protected:
     using Lines = std::vector<std::string>;
@@ -64,7 +52,7 @@ protected:
         simConnect.stop();
     }
 
-    /// The session's worker opens one, and tells the client.
+    /// The session's worker opens one and notifies the client.
     void openSession() {
         const bool isFirst = !simConnect.isConnected() && simHost.threadsStarted() == 0;
         if (isFirst) {
@@ -98,6 +86,11 @@ protected:
 
     void confirm() { respond("MF.Clients.Add.bridge.Finished"); }
 
+    /// The value of the variable.
+    void respondVariable(const std::vector<std::uint8_t>& block = {'7'}) {
+        client.onClientData(0x1201, block.data(), static_cast<std::uint32_t>(block.size()));
+    }
+
     /// Starts and opens a session whose registration is sent and not yet answered.
     void registering() {
         ASSERT_TRUE(start());
@@ -121,24 +114,33 @@ protected:
         registerClient();
     }
 
-    /// Has every write to the command area wait at the gate, which is closed.
-    void gateWrites() {
-        sim.setHook([this](SimCall call) {
-            if (call == SimCall::SetClientData) {
-                gate.pass();
-            }
-        });
-        gate.close();
+    /// Becomes ready with a rate limit of 100 ms, for which later commands wait.
+    void becomeReadyWithRateLimit() {
+        config.rpnRateLimitMs = 100;
+        host.letSleepsPass();
+        becomeReady();
+        host.holdSleeps();
     }
 
-    /// Has this command in flight, held at the gate.
+    /// Runs this once, on the caller's thread, in the next such call.
+    void onNext(SimCall awaited, std::function<void()> action) {
+        sim.setHook([this, awaited, action = std::move(action)](SimCall call) {
+            if (call == awaited) {
+                sim.setHook(nullptr);
+                action();
+            }
+        });
+    }
+
+    /// Has this command in flight: its write waits at the gate.
     void holdAtGate(const std::string& rpn, RpnKind kind = RpnKind::Normal, std::uint32_t amount = 1) {
-        gateWrites();
+        gate.close();
+        onNext(SimCall::SetClientData, [this] { gate.pass(); });
         ASSERT_TRUE(queue(rpn, kind, amount));
         ASSERT_TRUE(gate.waitForSomebody());
     }
 
-    /// Stops the client, whose worker is held at the gate, and lets it go once the stop has begun.
+    /// Stops the client, whose worker is held at the gate, and opens the gate once the stop has begun.
     void stopAtGate() {
         std::thread stopper([this] { client.stop(); });
         std::string reason;
@@ -162,14 +164,11 @@ protected:
         return {all.begin() + static_cast<std::ptrdiff_t>(std::min(skipped, all.size())), all.end()};
     }
 
-    /// What a ready client writes of all that is queued, seen by the command that is queued behind it. Once a test.
+    /// What a ready client writes of everything queued so far. Once a test.
     Lines written() {
         EXPECT_TRUE(queue("end"));
-        Lines all;
-        EXPECT_TRUE(waitUntil([&] {
-            all = sinceHandshake();
-            return std::count(all.begin(), all.end(), set("end")) > 0;
-        }));
+        EXPECT_TRUE(waitUntil([&] { return sentCount("end") > 0; }));
+        Lines all = sinceHandshake();
         all.erase(std::find(all.begin(), all.end(), set("end")), all.end());
         return all;
     }

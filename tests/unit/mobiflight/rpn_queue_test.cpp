@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
+#include <functional>
+#include <map>
 #include <sstream>
-#include <tuple>
 
 namespace {
 
@@ -14,9 +14,9 @@ namespace {
 ///     take, take-unready, back, finish, detents TEXT, cancel TEXT, clear
 ///     at TIME                                                    the time of the commands to come
 ///
-/// and records what comes of them: "+" or "=" for a command that became an entry or was absorbed, "TEXT@TIME" or
-/// "nothing" for what was taken, "xCOUNT" for detents. At the end it adds the waiting texts in brackets, and "in
-/// flight" when a command is.
+/// and records the results: "+" or "=" for a command that became an entry or was absorbed, "TEXT@TIME" or "nothing" for
+/// what was taken, "xCOUNT" for detents. At the end it adds the waiting texts in brackets, and "in flight" when a
+/// command is.
 class QueueScript {
 public:
     static std::string play(const std::string& script) {
@@ -34,37 +34,27 @@ private:
         std::string verb;
         std::string text;
         words >> verb >> text;
-        if (verb == "at") {
-            now = std::stoll(text);
-        } else if (verb == "take" || verb == "take-unready") {
-            take(verb == "take");
-        } else if (verb == "detents") {
-            note("x" + std::to_string(queue.takeDetents(text)));
-        } else if (verb == "cancel") {
-            queue.cancel(text);
-        } else if (verb == "back") {
-            queue.putBack();
-        } else if (verb == "finish") {
-            queue.finish();
-        } else if (verb == "clear") {
-            queue.clear();
-        } else {
-            add(verb, text, words);
-        }
+        const std::map<std::string, std::function<void()>> actions{
+            {"normal", [&] { add({.text = text, .needsReady = true}, words); }},
+            {"hold", [&] { add({.text = text, .needsReady = true, .kind = RpnKind::Hold}, words); }},
+            {"knob", [&] { add({.text = text, .needsReady = true, .kind = RpnKind::Encoder}, words); }},
+            {"handshake", [&] { add({.text = text}, words); }},
+            {"take", [&] { take(true); }},
+            {"take-unready", [&] { take(false); }},
+            {"back", [&] { queue.putBack(); }},
+            {"finish", [&] { queue.finish(); }},
+            {"detents", [&] { note("x" + std::to_string(queue.takeDetents(text))); }},
+            {"cancel", [&] { queue.cancel(text); }},
+            {"clear", [&] { queue.clear(); }},
+            {"at", [&] { now = std::stoll(text); }},
+        };
+        actions.at(verb)();
     }
 
-    void add(const std::string& kind, const std::string& text, std::istringstream& words) {
-        const bool isHandshake = kind == "handshake";
-        MobiFlightCommand command{.text = text, .needsReady = !isHandshake, .queuedAt = now};
-        if (kind == "hold") {
-            command.kind = RpnKind::Hold;
-        } else if (kind == "knob") {
-            command.kind = RpnKind::Encoder;
-        } else if (kind != "normal" && !isHandshake) {
-            ADD_FAILURE() << "no such step: " << kind;
-        }
+    void add(MobiFlightCommand command, std::istringstream& words) {
         std::uint32_t count = 1;
         words >> count;
+        command.queuedAt = now;
         note(queue.enqueue(command, words ? count : 1) ? "+" : "=");
     }
 
@@ -192,19 +182,17 @@ TEST(RpnQueue, ClearForgetsTheCommandInFlight) {
 }
 
 TEST(RpnQueue, CommandsKeepAllTheirFields) {
-    const auto fields = [](const MobiFlightCommand& command) {
-        return std::tie(command.text, command.needsReady, command.sendDummy, command.kind, command.queuedAt);
+    const auto isWhole = [](const MobiFlightCommand& command) {
+        return command.text == "a" && command.needsReady && command.sendDummy && command.kind == RpnKind::Encoder &&
+               command.queuedAt == 7;
     };
-    const MobiFlightCommand command{
-        .text = "a", .needsReady = true, .sendDummy = true, .kind = RpnKind::Encoder, .queuedAt = 7};
     RpnQueue queue;
+    queue.enqueue({.text = "a", .needsReady = true, .sendDummy = true, .kind = RpnKind::Encoder, .queuedAt = 7});
     MobiFlightCommand taken;
-    queue.enqueue(command);
-    EXPECT_TRUE(queue.takeNext(true, taken));
-    EXPECT_EQ(fields(taken), fields(command));
+    EXPECT_TRUE(queue.takeNext(true, taken) && isWhole(taken));
     queue.putBack();
-    EXPECT_EQ(fields(queue.waiting().front()), fields(command));
+    EXPECT_TRUE(isWhole(queue.waiting().front()));
     EXPECT_TRUE(queue.takeNext(true, taken));
     queue.finish();
-    EXPECT_EQ(fields(queue.waiting().front()), fields(command));
+    EXPECT_TRUE(isWhole(queue.waiting().front()));
 }
