@@ -10,6 +10,22 @@
 #include <string>
 #include <vector>
 
+/// A log file's lines without their time stamps, such as "[WARN] No HID device accepted BOOTSEL command".
+inline std::vector<std::string> logLines(const std::string& path) {
+    constexpr std::size_t timeLength = 20; // "2024-03-01 14:07:09 "
+    std::string text;
+    FileSystem::readFile(path, text);
+    std::vector<std::string> result;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        if (line.ends_with('\r')) {
+            line.pop_back();
+        }
+        result.push_back(line.substr(std::min(line.size(), timeLength)));
+    }
+    return result;
+}
+
 /// Has the process-wide log, debug lines included, written to a folder of the test's own. One at a time.
 class LogCapture {
 public:
@@ -28,17 +44,8 @@ public:
     /// From now on, each line also goes to std::cout.
     void echo() const { Logger::instance().configure(folder.path(), "capture", true); }
 
-    /// The lines so far without their time stamps, such as "[WARN] No HID device accepted BOOTSEL command".
-    std::vector<std::string> lines() const {
-        std::string text;
-        FileSystem::readFile(folder.path("capture.log"), text);
-        std::vector<std::string> result;
-        std::istringstream stream(text);
-        for (std::string line; std::getline(stream, line);) {
-            result.push_back(withoutTime(line));
-        }
-        return result;
-    }
+    /// The lines so far, without their time stamps.
+    std::vector<std::string> lines() const { return logLines(folder.path("capture.log")); }
 
     /// The lines that hold `part`.
     std::vector<std::string> linesWith(const std::string& part) const {
@@ -59,13 +66,5 @@ public:
     }
 
 private:
-    static std::string withoutTime(std::string line) {
-        constexpr std::size_t timeLength = 20; // "2024-03-01 14:07:09 "
-        if (!line.empty() && line.back() == '\r') {
-            line.pop_back();
-        }
-        return line.size() > timeLength ? line.substr(timeLength) : line;
-    }
-
     TempFolder folder;
 };

@@ -1,11 +1,10 @@
 #pragma once
 
 #include "app/app.h"
-#include "logging/logger.h"
 #include "simulation/boards/virtual_hid_bus.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/fake_simconnect.h"
-#include "tests/support/temp_folder.h"
+#include "tests/support/log_capture.h"
 #include "tests/support/wait_until.h"
 
 #include <gtest/gtest.h>
@@ -20,12 +19,14 @@
 #include <utility>
 #include <vector>
 
-/// Device notifications in memory: a test announces each change.
+/// Device notifications in memory: a test announces each change. Records the operations in order; all belong on one
+/// thread.
 class FakeNotifications {
 public:
     DeviceNotificationSource record() {
         DeviceNotificationSource source;
         source.setUp = [this](std::string& error) {
+            listener = std::this_thread::get_id();
             note("setUp");
             error = setUpError;
             return setUpSucceeds;
@@ -57,11 +58,7 @@ public:
         return changed.wait_for(lock, std::chrono::seconds(30), [&] { return handledChanges >= count; });
     }
 
-    /// The thread that called `run`.
-    std::thread::id thread() {
-        const std::lock_guard lock(mutex);
-        return listener;
-    }
+    std::thread::id thread() const { return listener; }
 
     // Set before `init`.
     bool setUpSucceeds = true;
@@ -70,12 +67,13 @@ public:
 private:
     void note(const std::string& call) {
         const std::lock_guard lock(mutex);
+        EXPECT_EQ(std::this_thread::get_id(), thread()) << call;
         recorded.push_back(call);
     }
 
     void run(const std::function<void()>& onChange) {
+        note("run");
         std::unique_lock lock(mutex);
-        listener = std::this_thread::get_id();
         while (true) {
             changed.wait(lock, [this] { return ending || pendingChanges > 0; });
             if (pendingChanges == 0) {
@@ -96,16 +94,14 @@ private:
     bool ending = false;
     int pendingChanges = 0;
     int handledChanges = 0;
-    std::thread::id listener;
+    std::atomic<std::thread::id> listener;
     std::vector<std::string> recorded;
 };
 
-/// Replaces standard input by these lines until it is destroyed. The first read of them runs `onRead` before it
-/// returns.
+/// Replaces standard input by these lines until it is destroyed.
 class ConsoleInput {
 public:
-    explicit ConsoleInput(const std::string& lines, std::function<void()> onRead = nullptr)
-        : buffer(lines, std::move(onRead)), before(std::cin.rdbuf(&buffer)) {}
+    explicit ConsoleInput(const std::string& lines) : buffer(lines), before(std::cin.rdbuf(&buffer)) {}
     ~ConsoleInput() {
         std::cin.rdbuf(before);
         std::cin.clear();
@@ -114,29 +110,7 @@ public:
     ConsoleInput& operator=(const ConsoleInput&) = delete;
 
 private:
-    class Lines : public std::streambuf {
-    public:
-        Lines(std::string lines, std::function<void()> whenRead)
-            : text(std::move(lines)), onRead(std::move(whenRead)) {}
-
-    private:
-        int_type underflow() override {
-            if (std::exchange(given, true)) {
-                return traits_type::eof();
-            }
-            if (onRead) {
-                onRead();
-            }
-            setg(text.data(), text.data(), text.data() + text.size());
-            return text.empty() ? traits_type::eof() : traits_type::to_int_type(text.front());
-        }
-
-        std::string text;
-        std::function<void()> onRead;
-        bool given = false;
-    };
-
-    Lines buffer;
+    std::stringbuf buffer;
     std::streambuf* before;
 };
 
@@ -184,22 +158,19 @@ protected:
         return folder.path(console ? "exe/VantrelBridgeHID.log" : "data/VantrelBridge/logs/VantrelBridgeHID.log");
     }
 
-    /// The log's lines without their times.
-    std::vector<std::string> log(bool console = false) const {
-        constexpr std::size_t timeLength = 20;
-        std::string text;
-        FileSystem::readFile(logPath(console), text);
-        std::istringstream stream(text);
-        std::vector<std::string> lines;
-        for (std::string line; std::getline(stream, line);) {
-            lines.push_back(line.substr(std::min(line.size(), timeLength)));
-        }
-        return lines;
+    std::vector<std::string> log(bool console = false) const { return logLines(logPath(console)); }
+
+    std::ptrdiff_t logCount(const std::string& line, bool console = false) const {
+        const std::vector<std::string> lines = log(console);
+        return std::count(lines.begin(), lines.end(), line);
     }
 
-    bool logHas(const std::string& line, bool console = false) const {
-        const std::vector<std::string> lines = log(console);
-        return std::find(lines.begin(), lines.end(), line) != lines.end();
+    bool logHas(const std::string& line, bool console = false) const { return logCount(line, console) > 0; }
+
+    /// The number of the log's first such line; that of the line after the last without one.
+    std::ptrdiff_t logPosition(const std::string& line) const {
+        const std::vector<std::string> lines = log();
+        return std::find(lines.begin(), lines.end(), line) - lines.begin();
     }
 
     /// Puts the board on the bus and the simulator's process on the list.
@@ -215,6 +186,8 @@ protected:
         const std::size_t before = host.sleeps().size();
         return waitUntil([&] { return host.sleeps().size() >= before + enough; });
     }
+
+    void start(App& app, bool console = false) { ASSERT_TRUE(app.init(configPath, console, error)) << error; }
 
     static void runAndStop(App& app) {
         app.requestStop();

@@ -17,7 +17,7 @@ protected:
 
     void initAndStop() {
         App app(platform());
-        ASSERT_TRUE(app.init(configPath, false, error)) << error;
+        start(app);
         EXPECT_EQ(error, "");
         runAndStop(app);
     }
@@ -63,46 +63,38 @@ TEST_F(AppInit, BrokenButtonTableIsFatalAfterABrokenEventMapAndLeavesTheErrorEmp
     EXPECT_EQ(host.threadsStarted(), 0U);
 }
 
-TEST_F(AppInit, MissingEventMapIsOnlyAWarning) {
+TEST_F(AppInit, EventMapIsOptional) {
     std::filesystem::remove(FileSystem::fromBytes(folder.path("config/map.json")));
     initAndStop();
-    const Lines lines = log();
-    EXPECT_EQ(std::count(lines.begin(), lines.end(),
-                         "[WARN] Failed to load HID event map: Event map not found: " +
-                             FileSystem::join(folder.path("config"), "map.json")),
-              1);
     EXPECT_TRUE(logHas("[INFO] HID manager started"));
-}
-
-TEST_F(AppInit, NoEventMapPathLoadsNothingAndSaysNothing) {
-    std::filesystem::remove(FileSystem::fromBytes(folder.path("config/map.json")));
+    // Without a path there is nothing to warn of.
     folder.write("config/config.json",
                  R"({"hid":{"vid":"1234","pid":"ABCD"},"mappings":{"buttonConfigPath":"buttons.json"}})");
     initAndStop();
-    for (const std::string& line : log()) {
-        EXPECT_EQ(line.find("event map"), std::string::npos) << line;
-    }
+    Lines warnings = log();
+    std::erase_if(warnings, [](const std::string& line) { return !line.starts_with("[WARN]"); });
+    EXPECT_EQ(warnings, (Lines{"[WARN] Failed to load HID event map: Event map not found: " +
+                               FileSystem::join(folder.path("config"), "map.json")}));
 }
 
 TEST_F(AppInit, DebugLinesNeedTheFileOrTheOption) {
-    struct Case {
+    const struct {
         const char* members;
         std::optional<bool> option;
         bool debug;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {R"(,"logging":{"debug":0.5})", std::nullopt, false},
         {R"(,"logging":{"debug":1})", std::nullopt, true},
         {R"(,"logging":{"debug":0})", true, true},
         {R"(,"logging":{"debug":1})", false, true},
     };
-    for (const Case& each : cases) {
+    for (const auto& each : cases) {
         configPath = writeConfig(each.members);
         App app(platform());
         if (each.option) {
             app.setHidTraceOverride(*each.option);
         }
-        ASSERT_TRUE(app.init(configPath, false, error)) << error;
+        start(app);
         EXPECT_EQ(Logger::instance().debugEnabledNow(), each.debug) << each.members;
         runAndStop(app);
     }
@@ -119,7 +111,7 @@ TEST_F(AppInit, ExtensionsDecideHowBoardsAreRead) {
             return make(handle);
         };
         App app(records);
-        ASSERT_TRUE(app.init(configPath, false, error)) << error;
+        start(app);
         runAndStop(app);
         EXPECT_EQ(isSingle, single);
     }
@@ -160,7 +152,7 @@ TEST_F(AppInit, FailedNotificationsAreAWarningAndTheScanStillFindsBoards) {
     EXPECT_TRUE(logHas(warning + "Failed to initialize notification thread"));
     notifications.setUpError = "RegisterDeviceNotification failed";
     App app(platform());
-    ASSERT_TRUE(app.init(configPath, false, error)) << error;
+    start(app);
     EXPECT_TRUE(logHas(warning + "RegisterDeviceNotification failed"));
     bus.plug(board);
     EXPECT_TRUE(waitUntil([this] { return logHas("[INFO] HID device connected: 0000000000000001 index=0"); }));
@@ -170,14 +162,10 @@ TEST_F(AppInit, FailedNotificationsAreAWarningAndTheScanStillFindsBoards) {
 
 TEST_F(AppInit, CdcGivesOneWarningBeforeTheLastLine) {
     configPath = writeConfig(R"(,"cdc":{"enabled":1,"comPort":"COM3"})");
-    App app(platform());
-    ASSERT_TRUE(app.init(configPath, false, error)) << error;
+    initAndStop();
     const std::string warning = "[WARN] CDC debug requested but this build does not include CDC support";
-    const Lines lines = log();
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), warning), 1);
-    const auto position = std::find(lines.begin(), lines.end(), warning);
-    EXPECT_NE(std::find(position, lines.end(), "[INFO] HID manager started"), lines.end());
-    runAndStop(app);
+    EXPECT_EQ(logCount(warning), 1);
+    EXPECT_LT(logPosition(warning), logPosition("[INFO] HID manager started"));
 }
 
 TEST_F(AppInit, ConsoleModeLogsBesideTheExecutableAndOnStandardOutput) {

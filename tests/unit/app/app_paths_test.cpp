@@ -31,19 +31,18 @@ TEST_F(ConfigSearch, FileBesideTheExecutableWins) {
 }
 
 TEST_F(ConfigSearch, WithoutAnyFileTheKnownFoldersDecide) {
-    struct Case {
+    const struct {
         bool executable;
         bool data;
         std::string path;
         std::vector<std::string> candidates;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {true, true, inData(), {beside(), inData()}},
         {true, false, beside(), {beside()}},
         {false, true, inData(), {inData()}},
         {false, false, FileSystem::join("config", "config.json"), {}},
     };
-    for (const Case& each : cases) {
+    for (const auto& each : cases) {
         fake.executable = each.executable ? folder.path("VantrelBridgeHID.exe") : "";
         fake.dataFolder = each.data ? folder.path("data") : "";
         EXPECT_EQ(defaultConfigPath(fake.record()), each.path);

@@ -1,7 +1,5 @@
 #include "tests/unit/app/app_fixture.h"
 
-#include <thread>
-
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -10,13 +8,24 @@ using Outputs = std::vector<BoardOutput>;
 constexpr std::uint32_t responseRequest = 0x1200;
 constexpr std::uint32_t lvarsRequest = 0x1201;
 
+const LedCommand fullLight{1, 80, 0, 0, 0};
+const std::string disconnected = "[INFO] HID device disconnected: 0000000000000001";
+
 class AppRun : public AppTest {
 protected:
-    void start(App& app) { ASSERT_TRUE(app.init(configPath, false, error)) << error; }
-
     /// Waits for the console thread, which nobody joins and which uses the application and the standard input.
     bool allThreadsEnd() {
         return waitUntil([this] { return host.threadsEnded() == host.threadsStarted(); });
+    }
+
+    bool waitForLog(const std::string& line) {
+        return waitUntil([&] { return logHas(line); });
+    }
+    bool waitForLight(const LedCommand& light) {
+        return waitUntil([&] { return board->led() == light; });
+    }
+    bool waitForCommands(const Lines& expected) {
+        return waitUntil([&] { return sim.commands() == expected; });
     }
 
     void confirmRegistration() { sim.deliverText(responseRequest, "MF.Clients.Add.VantrelBridgeHID.Finished", 256); }
@@ -25,60 +34,30 @@ protected:
         const HidProtocol::Report report = HidProtocol::encodeSimStatus(false);
         return {OutputCall::Write, {report.begin(), report.end()}};
     }
-
-    /// The number of the log's first such line; that of the line after the last without one.
-    std::size_t logLine(const std::string& line, bool console = false) const {
-        const Lines lines = log(console);
-        return static_cast<std::size_t>(std::find(lines.begin(), lines.end(), line) - lines.begin());
-    }
-
-    std::ptrdiff_t logCount(const std::string& line, bool console = false) const {
-        const Lines lines = log(console);
-        return std::count(lines.begin(), lines.end(), line);
-    }
-
-    bool wroteCommand(const std::string& text) {
-        const Lines commands = sim.commands();
-        return std::find(commands.begin(), commands.end(), text) != commands.end();
-    }
 };
 
-TEST_F(AppRun, APressReachesTheSimulatorAsACommandAndItsDummy) {
-    makeSessionPossible();
-    App app(platform());
-    start(app);
-    ASSERT_TRUE(waitUntil([this] { return wroteCommand("MF.Clients.Add.VantrelBridgeHID"); }));
-    confirmRegistration();
-    ASSERT_TRUE(waitUntil([this] { return wroteCommand("MF.SimVars.Add.(L:LIGHTING_POTENTIOMETER_5)"); }));
-    board->press(21);
-    ASSERT_TRUE(waitUntil([this] { return wroteCommand("MF.DummyCmd"); }));
-    runAndStop(app);
-    EXPECT_EQ(sim.commands(),
-              (Lines{"MF.Clients.Add.VantrelBridgeHID", "MF.SimVars.Clear",
-                     "MF.SimVars.Add.(L:LIGHTING_POTENTIOMETER_5)", "MF.SimVars.Set.1 1 (>K:PRESSED)", "MF.DummyCmd"}));
-}
-
-TEST_F(AppRun, WithoutABoardNoSessionIsOpened) {
+TEST_F(AppRun, BoardGivesCommandsAndShowsTheSimulatorsState) {
     host.setProcesses({"FlightSimulator.exe"});
-    App app(platform());
-    start(app);
-    EXPECT_TRUE(waitUntil([this] { return logHas("[INFO] Waiting for HID device to connect"); }));
-    runAndStop(app);
-    EXPECT_EQ(sim.count(SimCall::Open), 0U);
-}
-
-TEST_F(AppRun, BatteryAndLightReachTheBoardsLight) {
-    makeSessionPossible();
     configPath = writeConfig(R"(,"logging":{"debug":1},"outputs":{"debounceMs":1})");
     App app(platform());
     start(app);
-    EXPECT_TRUE(waitUntil([this] { return board->led() == LedCommand{1, 80, 0, 0, 0}; }));
+    // The session waits for a board.
+    EXPECT_TRUE(waitForLog("[INFO] Waiting for HID device to connect"));
+    bus.plug(board);
+    EXPECT_TRUE(waitForCommands({"MF.Clients.Add.VantrelBridgeHID"}));
+    EXPECT_TRUE(waitForLight(fullLight));
+    confirmRegistration();
+    const std::string variable = "MF.SimVars.Add.(L:LIGHTING_POTENTIOMETER_5)";
+    EXPECT_TRUE(waitForCommands({"MF.Clients.Add.VantrelBridgeHID", "MF.SimVars.Clear", variable}));
+    board->press(21);
+    EXPECT_TRUE(waitForCommands({"MF.Clients.Add.VantrelBridgeHID", "MF.SimVars.Clear", variable,
+                                 "MF.SimVars.Set.1 1 (>K:PRESSED)", "MF.DummyCmd"}));
     sim.deliverBattery(0);
-    EXPECT_TRUE(waitUntil([this] { return board->led() == LedCommand{2, 0, 5, 1000, 50}; }));
+    EXPECT_TRUE(waitForLight({2, 0, 5, 1000, 50}));
     EXPECT_TRUE(logHas("[DEBUG] State update: master battery 2=0"));
     sim.deliverBattery(-1);
     sim.deliverText(lvarsRequest, "0.25", 4096);
-    EXPECT_TRUE(waitUntil([this] { return board->led() == LedCommand{1, 25, 0, 0, 0}; }));
+    EXPECT_TRUE(waitForLight({1, 25, 0, 0, 0}));
     EXPECT_TRUE(logHas("[DEBUG] State update: master battery 2=1"));
     runAndStop(app);
 }
@@ -89,57 +68,36 @@ TEST_F(AppRun, ExtensionsReachTheSubsystems) {
         "lvarNumbers":1,"batteryIndex":1,"lightVariable":"(A:LIGHT POTENTIOMETER:3, percent over 100)"})json");
     App app(platform());
     start(app);
-    ASSERT_TRUE(waitUntil([this] { return sim.commands().size() == 3; }));
-    sim.deliverText(responseRequest, "MF.Clients.Add.VantrelBridgeHID.Finished", 256);
-    const Lines expected{"MF.Ping", "MF.Clients.Add.VantrelBridgeHID", "MF.DummyCmd", "MF.SimVars.Clear",
-                         "MF.SimVars.Add.(A:LIGHT POTENTIOMETER:3, percent over 100)"};
-    EXPECT_TRUE(waitUntil([&] { return sim.commands() == expected; }));
+    EXPECT_TRUE(waitForCommands({"MF.Ping", "MF.Clients.Add.VantrelBridgeHID", "MF.DummyCmd"}));
+    confirmRegistration();
+    EXPECT_TRUE(waitForCommands({"MF.Ping", "MF.Clients.Add.VantrelBridgeHID", "MF.DummyCmd", "MF.SimVars.Clear",
+                                 "MF.SimVars.Add.(A:LIGHT POTENTIOMETER:3, percent over 100)"}));
     sim.deliverBattery(1);
     sim.deliverClientData(lvarsRequest, {'3', '3', '3', '?'});
-    const char* const light = "[DEBUG] State update: backlight (A:LIGHT POTENTIOMETER:3, percent over 100)=0.700000";
-    EXPECT_TRUE(waitUntil([&] { return logHas(light); }));
+    EXPECT_TRUE(waitForLog("[DEBUG] State update: backlight (A:LIGHT POTENTIOMETER:3, percent over 100)=0.700000"));
     EXPECT_TRUE(logHas("[DEBUG] State update: master battery 1=1"));
     runAndStop(app);
     const Lines calls = sim.calls();
-    const auto has = [&](const char* part) {
-        return std::any_of(calls.begin(), calls.end(),
-                           [&](const auto& call) { return call.find(part) != std::string::npos; });
-    };
-    EXPECT_TRUE(has("ELECTRICAL MASTER BATTERY:1\""));
-    EXPECT_TRUE(has("\"VantrelBridgeHID.Command\""));
+    for (const char* part : {"ELECTRICAL MASTER BATTERY:1\"", "\"VantrelBridgeHID.Command\""}) {
+        EXPECT_TRUE(std::any_of(calls.begin(), calls.end(), [&](const auto& call) {
+            return call.find(part) != std::string::npos;
+        })) << part;
+    }
 }
 
-TEST_F(AppRun, QuitOfTheSimulatorEndsTheRun) {
+TEST_F(AppRun, ASecondStopAddsNothing) {
     makeSessionPossible();
     App app(platform());
     start(app);
-    ASSERT_TRUE(waitUntil([this] { return logHas("[INFO] SimConnect connected"); }));
+    EXPECT_TRUE(waitForLog("[INFO] SimConnect connected"));
+    host.setProcesses({});
     sim.deliverQuit();
-    app.run();
-    EXPECT_TRUE(logHas("[INFO] Simulator closed; requesting application shutdown"));
-    EXPECT_EQ(log().back(), "[INFO] Application run loop stopped");
-}
-
-TEST_F(AppRun, ASecondStopSourceAddsNothing) {
-    makeSessionPossible();
-    // The user's command arrives while the application stops because the simulator has quit.
-    const ConsoleInput input("quit\n", [this] {
-        host.setProcesses({});
-        sim.deliverQuit();
-        EXPECT_TRUE(waitUntil([this] { return sim.count(SimCall::Close) == 1; }));
-    });
-    testing::internal::CaptureStdout();
-    App app(platform());
-    ASSERT_TRUE(app.init(configPath, true, error)) << error;
-    ASSERT_TRUE(waitUntil([this] { return logHas("[INFO] SimConnect connected", true); }));
-    app.run();
-    EXPECT_TRUE(allThreadsEnd());
-    testing::internal::GetCapturedStdout();
-    for (const char* line :
-         {"[INFO] Stop requested from console", "[INFO] Simulator closed; requesting application shutdown",
-          "[WARN] SimConnect disconnected: SimConnect quit", "[INFO] HID device disconnected: 0000000000000001",
-          "[INFO] Application run loop stopped"}) {
-        EXPECT_EQ(logCount(line, true), 1) << line;
+    EXPECT_TRUE(waitUntil([this] { return sim.count(SimCall::Close) == 1; }));
+    runAndStop(app);
+    for (const std::string& line : {std::string("[INFO] Simulator closed; requesting application shutdown"),
+                                    std::string("[WARN] SimConnect disconnected: SimConnect quit"), disconnected,
+                                    std::string("[INFO] Application run loop stopped")}) {
+        EXPECT_EQ(logCount(line), 1) << line;
     }
     EXPECT_EQ(sim.count(SimCall::Close), 1U);
     const Outputs outputs = board->outputs();
@@ -159,24 +117,20 @@ TEST_P(AppRunConsole, ActsOnWholeLinesInAnyCase) {
     bus.plug(board);
     testing::internal::CaptureStdout();
     App app(platform());
-    ASSERT_TRUE(app.init(configPath, true, error)) << error;
+    start(app, true);
     app.run();
+    EXPECT_TRUE(allThreadsEnd());
     testing::internal::GetCapturedStdout();
     EXPECT_EQ(logCount("[INFO] Console commands: bootsel, quit", true), 1);
     EXPECT_EQ(logCount("[INFO] Stop requested from console", true), 1);
-    const std::string sending = "[INFO] Sending BOOTSEL command to devices";
-    EXPECT_EQ(logCount(sending, true), GetParam().sent);
+    EXPECT_EQ(logCount("[INFO] Sending BOOTSEL command to devices", true), GetParam().sent);
+    EXPECT_EQ(logCount("[INFO] BOOTSEL command sent to 0000000000000001 via WriteFile", true), GetParam().sent > 0);
     EXPECT_EQ(board->inBootsel(), GetParam().sent > 0);
-    if (GetParam().sent > 0) {
-        EXPECT_LT(logLine(sending, true),
-                  logLine("[INFO] BOOTSEL command sent to 0000000000000001 via WriteFile", true));
-    }
 }
 
-// Of the fourth input only "boot" is a command; every other line has a blank or is no command at all.
+// Of the last input only "boot" is a command; every other line has a blank or is no command at all.
 INSTANTIATE_TEST_SUITE_P(Inputs, AppRunConsole,
-                         testing::Values(ConsoleCase{"QuIt\nbootsel\n", 0}, ConsoleCase{"EXIT\n", 0},
-                                         ConsoleCase{"BootSel\nboot\nquit\n", 2},
+                         testing::Values(ConsoleCase{"QuIt\nbootsel\n", 0}, ConsoleCase{"BootSel\nboot\nEXIT\n", 2},
                                          ConsoleCase{"\n quit\nquit \n\tquit\nquit\r\n exit\nexit \n bootsel\nbootsel "
                                                      "\nboot sel\n boot\nboot \nhelp\nboot\nquit\n",
                                                      1}));
@@ -196,14 +150,13 @@ TEST_F(AppRun, WithoutConsoleStandardInputIsNotRead) {
 TEST_F(AppRun, AStopBeforeTheRunLeavesAWaitingBootselUnsent) {
     const ConsoleInput input("bootsel\n");
     bus.plug(board);
-    App app(platform());
     testing::internal::CaptureStdout();
-    ASSERT_TRUE(app.init(configPath, true, error)) << error;
+    App app(platform());
+    start(app, true);
     runAndStop(app);
     EXPECT_TRUE(allThreadsEnd());
     testing::internal::GetCapturedStdout();
     EXPECT_TRUE(logHas("[INFO] Console commands: bootsel, quit", true));
-    EXPECT_FALSE(logHas("[INFO] Sending BOOTSEL command to devices", true));
     EXPECT_FALSE(board->inBootsel());
 }
 
@@ -232,12 +185,12 @@ TEST_F(AppRun, EachNotificationIsOneScanOnTheNotificationThread) {
     bus.unplug(board);
     notifications.announceChange();
     EXPECT_TRUE(notifications.waitForChanges(2));
-    EXPECT_TRUE(logHas("[INFO] HID device disconnected: 0000000000000001"));
+    EXPECT_TRUE(logHas(disconnected));
     const std::vector<std::thread::id> all = scanners();
     EXPECT_EQ(std::vector(all.begin() + 2, all.end()), std::vector(2, notifications.thread()));
     host.letSleepsPass();
     runAndStop(app);
-    EXPECT_EQ(notifications.calls(), (Lines{"setUp", "change", "change", "tearDown"}));
+    EXPECT_EQ(notifications.calls(), (Lines{"setUp", "run", "change", "change", "tearDown"}));
 }
 
 TEST_F(AppRun, StopsTheSubsystemsOneAfterTheOther) {
@@ -248,9 +201,7 @@ TEST_F(AppRun, StopsTheSubsystemsOneAfterTheOther) {
     Lines ended;
     Platform records = platform();
     records.host.startThread = [&](std::function<void()> body) {
-        const std::string name = started < names.size() ? names[started] : "unexpected";
-        ++started;
-        return std::thread([&, name, body = std::move(body)] {
+        return std::thread([&, name = names.at(started++), body = std::move(body)] {
             body();
             const std::lock_guard lock(mutex);
             ended.push_back(name);
@@ -259,7 +210,6 @@ TEST_F(AppRun, StopsTheSubsystemsOneAfterTheOther) {
     App app(records);
     start(app);
     runAndStop(app);
-    EXPECT_EQ(started, names.size());
     EXPECT_EQ(ended, (Lines{"notifications", "engine", "engine", "engine", "MobiFlight", "SimConnect", "boards"}));
 }
 
@@ -268,15 +218,14 @@ TEST_F(AppRun, AStopInSessionReportsItsEndToTheBoardAndLeavesTheLight) {
     configPath = writeConfig(R"(,"outputs":{"debounceMs":1})");
     App app(platform());
     start(app);
-    const LedCommand backlight{1, 80, 0, 0, 0};
-    EXPECT_TRUE(waitUntil([&] { return board->led() == backlight && board->simConnected() == true; }));
+    EXPECT_TRUE(waitUntil([&] { return board->led() == fullLight && board->simConnected() == true; }));
     board->clearOutputs();
     runAndStop(app);
     EXPECT_EQ(board->outputs(), Outputs{sessionEnd()});
-    EXPECT_EQ(board->led(), backlight);
-    EXPECT_LT(logLine("[INFO] Application run loop started"), logLine("[WARN] SimConnect disconnected: shutdown"));
-    EXPECT_LT(logLine("[WARN] SimConnect disconnected: shutdown"),
-              logLine("[INFO] HID device disconnected: 0000000000000001"));
+    EXPECT_EQ(board->led(), fullLight);
+    const std::string lost = "[WARN] SimConnect disconnected: shutdown";
+    EXPECT_LT(logPosition("[INFO] Application run loop started"), logPosition(lost));
+    EXPECT_LT(logPosition(lost), logPosition(disconnected));
     EXPECT_EQ(log().back(), "[INFO] Application run loop stopped");
     // The client has stopped by then, and waits for no further session.
     EXPECT_FALSE(logHas("[INFO] MobiFlight client waiting for SimConnect"));
@@ -287,24 +236,22 @@ TEST_F(AppRun, AStopInSessionReportsItsEndToTheBoardAndLeavesTheLight) {
 
 TEST_F(AppRun, ALostSessionReachesTheBoardsBeforeTheMobiFlightClient) {
     makeSessionPossible();
-    folder.write("config/config.json", R"({"hid":{"vid":"1234","pid":"ABCD","scanIntervalMs":20,"trace":1},)"
-                                       R"("mappings":{"buttonConfigPath":"buttons.json"}})");
     App app(platform());
+    app.setHidTraceOverride(true);
     start(app);
-    ASSERT_TRUE(waitUntil([this] { return logHas("[INFO] SimConnect connected"); }));
+    EXPECT_TRUE(waitForLog("[INFO] SimConnect connected"));
     sim.script(SimCall::CallDispatch, {simConnectRemoteDisconnect});
     const std::string waiting = "[INFO] MobiFlight client waiting for SimConnect";
-    EXPECT_TRUE(waitUntil([&] { return logHas(waiting); }));
+    EXPECT_TRUE(waitForLog(waiting));
     runAndStop(app);
     const Lines lines = log();
-    const auto startsWith = [](const std::string& head) {
-        return [head](const std::string& line) { return line.rfind(head, 0) == 0; };
-    };
     const auto lost =
-        std::find_if(lines.begin(), lines.end(), startsWith("[WARN] SimConnect disconnected: dispatch error "));
-    const auto reported = std::find(lost, lines.end(), waiting);
-    ASSERT_NE(reported, lines.end());
-    EXPECT_EQ(std::count_if(lost, reported, startsWith("[DEBUG] HID OUT sim_status device=0000000000000001 ")), 1);
+        std::find(lines.begin(), lines.end(), "[WARN] SimConnect disconnected: dispatch error 0xC000013C");
+    EXPECT_EQ(std::count_if(lost, std::find(lost, lines.end(), waiting),
+                            [](const std::string& line) {
+                                return line.starts_with("[DEBUG] HID OUT sim_status device=0000000000000001 ");
+                            }),
+              1);
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 
 namespace {
 
-/// The whole application with the sample set that lies beside the built executable.
+/// The whole application with the sample set beside the built executable.
 class AppSampleSet : public AppTest {
 protected:
     void SetUp() override {

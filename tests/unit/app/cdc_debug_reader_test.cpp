@@ -9,8 +9,8 @@
 
 namespace {
 
-/// Nothing starts a reader yet, so the tests put one into the state in which a start would leave it. An explicit
-/// instantiation may name private members; the friends that it defines give them to the tests.
+/// Nothing starts a reader yet, so the tests set the members that a start would set. An explicit instantiation may name
+/// private members; the friends that it defines give the tests access.
 template <auto Running, auto Thread, auto Port>
 struct MemberAccess {
     friend void setRunning(CdcDebugReader& reader) { reader.*Running = true; }
@@ -47,17 +47,12 @@ protected:
     }
 };
 
-TEST_F(CdcReader, StopLeavesAReaderThatDoesNotRun) {
-    equip(reader, std::thread(), port());
-    reader.stop();
-    EXPECT_FALSE(reader.joinable());
-    EXPECT_EQ(steps, Steps());
-}
-
-TEST_F(CdcReader, StopCancelsWaitsAndClosesOnce) {
+TEST_F(CdcReader, StopCancelsWaitsAndClosesOnceIfTheReaderRuns) {
     equip(reader, thread(), port());
-    setRunning(reader);
+    reader.stop();
+    EXPECT_EQ(steps, Steps());
     EXPECT_TRUE(reader.joinable());
+    setRunning(reader);
     reader.stop();
     EXPECT_FALSE(reader.joinable());
     reader.stop();
@@ -70,7 +65,6 @@ TEST_F(CdcReader, StopTakesAReaderWithoutThreadOrPort) {
     equip(reader, std::thread(), port());
     setRunning(reader);
     reader.stop();
-    EXPECT_EQ(steps, (Steps{"cancel", "close"}));
     equip(reader, thread(), std::nullopt);
     setRunning(reader);
     reader.stop();

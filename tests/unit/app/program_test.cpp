@@ -69,29 +69,18 @@ TEST_F(Program, ALockThatCannotBeHadDoesNotKeepTheProgramFromRunning) {
     EXPECT_TRUE(logHas("[INFO] Application run loop started"));
 }
 
-TEST_F(Program, AsksOnceForTheLockOfItsName) {
-    Platform records = platform();
-    Lines names;
-    records.host.acquireSingleInstance = [&names](const std::string& name) {
-        names.push_back(name);
-        return SingleInstance::AlreadyRunning;
-    };
-    runOn(records, {});
-    EXPECT_EQ(names, Lines{R"(Local\VantrelBridgeHID.singleton)"});
-}
-
 TEST_F(Program, AFailedStartGivesOneAndLogsItsErrorAgainAsTheLastLine) {
     EXPECT_EQ(runSilently({"--console", "--config", "nowhere.json"}), 1);
     EXPECT_EQ(host.controlHandler.load(), &handleControlEvent);
     const Lines lines = log(true);
     ASSERT_EQ(lines.size(), 3U);
-    EXPECT_TRUE(lines[1].starts_with("[ERROR] Config file not found: nowhere.json (default search order: "));
-    EXPECT_EQ(lines[2], "[ERROR] Failed to initialize: " + lines[1].substr(std::string("[ERROR] ").size()));
+    const std::string reason = "Config file not found: nowhere.json (default search order: ";
+    EXPECT_TRUE(lines[1].starts_with("[ERROR] " + reason));
+    EXPECT_TRUE(lines[2].starts_with("[ERROR] Failed to initialize: " + reason));
     expectLogIsClosed(true);
 }
 
 TEST_F(Program, AStartThatFailsWithoutAnErrorEndsItsLastLineAtTheColon) {
-    folder.write("exe/config/config.json", "{");
     folder.write("config/buttons.json", "nul");
     EXPECT_EQ(run({"--config", configPath.c_str()}), 1);
     EXPECT_EQ(log().back(), "[ERROR] Failed to initialize: ");
@@ -103,87 +92,50 @@ TEST_F(Program, EmptyConfigArgumentLeadsToTheSearch) {
     EXPECT_EQ(log().back(), "[ERROR] Failed to initialize: Config parse error: Unterminated object");
 }
 
-TEST_F(Program, HidTraceOptionOpensTheDebugGateAndTracesReports) {
+TEST_F(Program, HidTraceOptionTracesReports) {
     makeRunEnd();
     EXPECT_EQ(run({"--hid-trace", "--config", configPath.c_str()}), 0);
-    EXPECT_TRUE(Logger::instance().debugEnabledNow());
     const Lines lines = log();
     EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [](const std::string& line) {
-        return line.rfind("[DEBUG] HID OUT sim_status device=0000000000000001 ", 0) == 0;
+        return line.starts_with("[DEBUG] HID OUT sim_status device=0000000000000001 ");
     }));
 }
 
-TEST_F(Program, AttachesTheConsoleOnceBeforeItAsksForAnythingElse) {
+TEST_F(Program, AttachesTheConsoleThenLooksForItsConfigurationThenTakesTheLockOfItsName) {
     Platform records = platform();
     Lines order;
-    const auto noted = [&order](const char* name, const auto& call) {
-        return [&order, name, call](const auto&... arguments) {
-            order.emplace_back(name);
-            return call(arguments...);
-        };
+    records.host.attachConsole = [&order] { order.emplace_back("attachConsole"); };
+    records.host.executablePath = [&order] {
+        order.emplace_back("executablePath");
+        return std::string();
     };
-    Host& asked = records.host;
-    asked.attachConsole = noted("attachConsole", asked.attachConsole);
-    asked.executablePath = noted("executablePath", asked.executablePath);
-    asked.commonDataFolder = noted("commonDataFolder", asked.commonDataFolder);
-    asked.environmentVariable = noted("environmentVariable", asked.environmentVariable);
-    asked.acquireSingleInstance = noted("acquireSingleInstance", asked.acquireSingleInstance);
-    asked.installControlHandler = noted("installControlHandler", asked.installControlHandler);
+    records.host.acquireSingleInstance = [&order](const std::string& name) {
+        order.push_back(name);
+        return SingleInstance::AlreadyRunning;
+    };
     runOn(records, {});
-    ASSERT_GT(order.size(), 1U);
-    EXPECT_EQ(order.front(), "attachConsole");
-    EXPECT_EQ(std::count(order.begin(), order.end(), "attachConsole"), 1);
+    EXPECT_EQ(order, (Lines{"attachConsole", "executablePath", R"(Local\VantrelBridgeHID.singleton)"}));
 }
 
-/// A run in console mode on a thread of its own. The end of its input doesn't stop it; a control event does, at the
-/// latest in `TearDown`.
-class ProgramInConsole : public Program, public testing::WithParamInterface<unsigned> {
-protected:
-    const ConsoleInput input{""};
-    std::thread runner;
-    std::atomic<bool> returned{false};
-    int code = -1;
+class ProgramInConsole : public Program, public testing::WithParamInterface<unsigned> {};
 
-    void SetUp() override {
-        Program::SetUp();
-        testing::internal::CaptureStdout();
-        runner = std::thread([this] {
-            code = run({"--console", "--config", configPath.c_str()});
-            returned = true;
-        });
-        // The console thread ends with its input; the application must outlive it.
-        EXPECT_TRUE(waitUntil([this] { return host.threadsEnded() == 1; }));
+TEST_P(ProgramInConsole, IsStoppedByInterruptBreakAndCloseAlone) {
+    const ConsoleInput input("");
+    std::atomic<int> code{-1};
+    std::thread runner([&] { code = runSilently({"--console", "--config", configPath.c_str()}); });
+    // The console thread ends with its input; the application must outlive it.
+    EXPECT_TRUE(waitUntil([this] { return host.threadsEnded() == 1; }));
+    for (const unsigned event : {3U, 5U, 6U, std::numeric_limits<unsigned>::max()}) {
+        EXPECT_FALSE(handleControlEvent(event)) << event;
     }
-
-    void TearDown() override {
-        if (!returned) {
-            handleControlEvent(0);
-        }
-        runner.join();
-        testing::internal::GetCapturedStdout();
-        Program::TearDown();
-    }
-};
-
-TEST_P(ProgramInConsole, IsStoppedByTheEvent) {
-    EXPECT_FALSE(returned);
+    EXPECT_TRUE(waitForPolls());
+    EXPECT_EQ(code, -1);
     EXPECT_TRUE(handleControlEvent(GetParam()));
-    ASSERT_TRUE(waitUntil([this] { return returned.load(); }));
+    runner.join();
     EXPECT_EQ(code, 0);
     EXPECT_TRUE(logHas("[INFO] Application run loop stopped", true));
 }
 
-INSTANTIATE_TEST_SUITE_P(InterruptBreakAndClose, ProgramInConsole, testing::Values(0U, 1U, 2U));
-
-using ProgramInConsoleUnhandled = ProgramInConsole;
-
-TEST_P(ProgramInConsoleUnhandled, GoesOnAfterTheEvent) {
-    EXPECT_FALSE(handleControlEvent(GetParam()));
-    EXPECT_TRUE(waitForPolls());
-    EXPECT_FALSE(returned);
-}
-
-INSTANTIATE_TEST_SUITE_P(LogOffShutdownAndUnknown, ProgramInConsoleUnhandled,
-                         testing::Values(3U, 5U, 6U, std::numeric_limits<unsigned>::max()));
+INSTANTIATE_TEST_SUITE_P(Events, ProgramInConsole, testing::Values(0U, 1U, 2U));
 
 } // namespace
