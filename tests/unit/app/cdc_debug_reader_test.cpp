@@ -14,13 +14,13 @@ namespace {
 template <auto Running, auto Thread, auto Port>
 struct MemberAccess {
     friend void setRunning(CdcDebugReader& reader) { reader.*Running = true; }
-    friend void equip(CdcDebugReader& reader, std::thread thread, std::optional<SerialPort> port) {
+    friend void equip(CdcDebugReader& reader, std::thread thread, const std::optional<SerialPort>& port) {
         reader.*Thread = std::move(thread);
-        reader.*Port = std::move(port);
+        reader.*Port = port;
     }
 };
 void setRunning(CdcDebugReader& reader);
-void equip(CdcDebugReader& reader, std::thread thread, std::optional<SerialPort> port);
+void equip(CdcDebugReader& reader, std::thread thread, const std::optional<SerialPort>& port);
 template struct MemberAccess<&CdcDebugReader::running, &CdcDebugReader::thread, &CdcDebugReader::port>;
 
 using Steps = std::vector<std::string>;

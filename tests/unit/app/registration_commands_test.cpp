@@ -20,7 +20,7 @@ protected:
 
     /// Makes the installation's folder and gives the path of its file.
     std::string install(const std::string& data, const std::string& simulator) const {
-        const std::string path = FileSystem::toOwnSeparators(folder.path(data) + "\\" + simulator + "\\EXE.xml");
+        std::string path = FileSystem::toOwnSeparators(folder.path(data) + "\\" + simulator + "\\EXE.xml");
         FileSystem::makeFolders(FileSystem::parentPath(path));
         return path;
     }

@@ -46,7 +46,9 @@ TEST_F(MobiFlightStart, RefusedThreadIsReportedAndLeavesTheCallbackSet) {
     EXPECT_TRUE(log.has(variableLine));
 }
 
-TEST_F(MobiFlightStart, WithoutARunSessionsAndStopDoNothing) {
+TEST_F(MobiFlightStart, StoppedClientIgnoresSessions) {
+    client.stop();
+    ASSERT_TRUE(start());
     client.stop();
     client.onSimConnectState(true);
     client.onSimConnectState(false);

@@ -54,7 +54,7 @@ protected:
 
     /// The session's worker opens one and notifies the client.
     void openSession() {
-        const bool isFirst = !simConnect.isConnected() && simHost.threadsStarted() == 0;
+        const bool isFirst = simHost.threadsStarted() == 0;
         if (isFirst) {
             simConnect.start(
                 "bridge", [this](bool connected) { client.onSimConnectState(connected); }, nullptr, error);
@@ -78,15 +78,15 @@ protected:
         ASSERT_EQ(simHost.nextSleep(), 15);
     }
 
-    void respond(const std::string& text) {
+    void respond(const std::string& text, std::uint32_t requestId = 0x1200) {
         std::vector<std::uint8_t> block(text.begin(), text.end());
         block.resize(256);
-        client.onClientData(0x1200, block.data(), 256);
+        client.onClientData(requestId, block.data(), 256);
     }
 
     void confirm() { respond("MF.Clients.Add.bridge.Finished"); }
 
-    /// The value of the variable.
+    /// The module sends a value of the variable.
     void respondVariable(const std::vector<std::uint8_t>& block = {'7'}) {
         client.onClientData(0x1201, block.data(), static_cast<std::uint32_t>(block.size()));
     }

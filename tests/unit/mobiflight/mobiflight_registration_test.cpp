@@ -115,14 +115,10 @@ TEST_F(MobiFlightRegistration, AnswersAreReadByTheirText) {
     }
     respond(refused);
     EXPECT_TRUE(client.isReady()) << "a refusal leaves a ready client ready";
-}
-
-TEST_F(MobiFlightRegistration, AnswersAreReadFromTheResponseAreaAlone) {
-    registering();
-    const std::string text = "MF.Clients.Add.bridge.Finished";
-    const std::vector<std::uint8_t> block(text.begin(), text.end());
-    for (const std::uint32_t id : {0U, 0x1000U, 0x11FFU, 0x1201U, 0x1202U}) {
-        client.onClientData(id, block.data(), static_cast<std::uint32_t>(block.size()));
+    // The module confirms in its response area only.
+    client.onSimConnectState(true);
+    for (const std::uint32_t request : {0U, 0x1000U, 0x11FFU, 0x1201U, 0x1202U}) {
+        respond(finished, request);
     }
     EXPECT_FALSE(client.isReady());
 }
