@@ -1,33 +1,18 @@
 #include "config/app_config.h"
-#include "tests/support/config_samples.h"
-
-#include <gtest/gtest.h>
+#include "tests/unit/config/parsed_config.h"
 
 #include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 namespace {
-
-std::string errorWith(const std::string& devices) {
-    AppConfig config;
-    std::string error;
-    const std::string text = ConfigSamples::appConfig("\"devices\":" + devices);
-    const bool loaded = parseAppConfig(text, "config.json", config, error);
-    EXPECT_EQ(loaded, error.empty());
-    return error;
-}
-
-AppConfig configWith(const std::string& members) {
-    AppConfig config;
-    std::string error;
-    EXPECT_TRUE(parseAppConfig(ConfigSamples::appConfig(members), "config.json", config, error)) << error;
-    return config;
-}
 
 AppConfig withDevices(const std::string& devices) {
     return configWith("\"devices\":" + devices);
 }
 
-/// Profiles A, M and Z told apart by `min` 1, 2 and 3; M is the default one.
+/// Profiles A, M and Z with a `min` of 1, 2 and 3; M is the default one.
 AppConfig withProfiles() {
     return configWith(R"("outputs":{"defaultProfile":"m","roleProfiles":{"pfd":"z","mfd":"gone"},"profiles":{
         "a":{"backlight":{"min":1}},"m":{"backlight":{"min":2}},"z":{"backlight":{"min":3}}}})");
@@ -44,26 +29,18 @@ int resolvedMin(const AppConfig& config, const std::string& role, const std::str
 TEST(Devices, AreReadInFileOrderWithAllKeys) {
     const AppConfig config =
         withDevices(R"([{"boardId":" 0x00aa bb ","index":3.9,"role":" Pfd ","ledProfile":" night "},{"index":0}])");
-    ASSERT_EQ(config.outputs.devices.size(), 2U);
-    const DeviceEntry& first = config.outputs.devices[0];
-    EXPECT_EQ(first.boardId, "00AABB");
-    EXPECT_EQ(first.index, 3);
-    EXPECT_EQ(first.role, " Pfd ");
-    EXPECT_EQ(first.ledProfile, " night ");
-    const DeviceEntry& second = config.outputs.devices[1];
-    EXPECT_EQ(second.boardId, "");
-    EXPECT_EQ(second.index, 0);
-    EXPECT_EQ(second.role, "");
-    EXPECT_EQ(second.ledProfile, "");
+    std::vector<std::string> entries;
+    for (const DeviceEntry& entry : config.outputs.devices) {
+        entries.push_back(entry.boardId + "|" + std::to_string(entry.index) + "|" + entry.role + "|" +
+                          entry.ledProfile);
+    }
+    EXPECT_EQ(entries, (std::vector<std::string>{"00AABB|3| Pfd | night ", "|0||"}));
 }
 
 TEST(Devices, AreAcceptedOrRefusedByTheirFirstFault) {
     const std::string noError;
     const std::string noIdentity = " must include boardId or index";
-    const struct {
-        const char* devices;
-        std::string error;
-    } cases[] = {
+    const std::pair<const char*, std::string> cases[] = {
         {"[]", noError},
         {"{}", "'devices' must be an array"},
         {"null", "'devices' must be an array"},
@@ -83,15 +60,14 @@ TEST(Devices, AreAcceptedOrRefusedByTheirFirstFault) {
         {R"([{"boardId":"AA","index":-1.9}])", noError},
         {R"([{"boardId":"AA"},{"boardId":"aa"},{"index":1},{"index":1}])", noError},
     };
-    for (const auto& each : cases) {
-        EXPECT_EQ(errorWith(each.devices), each.error) << each.devices;
+    for (const auto& [devices, error] : cases) {
+        EXPECT_EQ(errorWith(std::string("\"devices\":") + devices), error) << devices;
     }
     EXPECT_EQ(withDevices(R"([{"boardId":"AA","index":-1.9}])").outputs.devices.at(0).index, -1);
     EXPECT_EQ(withDevices(R"([{"boardId":"0x","index":2}])").outputs.devices.at(0).boardId, "");
 }
 
 TEST(Devices, AreNotReadFromTheOutputsSection) {
-    EXPECT_TRUE(configWith("").outputs.devices.empty());
     EXPECT_TRUE(configWith(R"("outputs":{"devices":[{"index":1}]})").outputs.devices.empty());
 }
 
@@ -128,11 +104,7 @@ TEST(FindDeviceEntry, TakesTheFirstEntryOfTheIdentityElseTheFirstOfTheIndex) {
 TEST(ResolveProfile, TakesTheEntrysProfileElseTheRolesElseTheDefaultOne) {
     const AppConfig config = withProfiles();
     EXPECT_EQ(resolveProfile(config, nullptr), &config.outputs.profiles.at("M"));
-    const struct {
-        const char* role;
-        const char* ledProfile;
-        int min;
-    } cases[] = {
+    const std::tuple<const char*, const char*, int> cases[] = {
         {"pfd", " A ", 1},
         {" Pfd ", "", 3},
         {"pfd", "  ", 3},
@@ -143,8 +115,8 @@ TEST(ResolveProfile, TakesTheEntrysProfileElseTheRolesElseTheDefaultOne) {
         {"pfd", "gone", 1},
         {"mfd", "", 1},
     };
-    for (const auto& each : cases) {
-        EXPECT_EQ(resolvedMin(config, each.role, each.ledProfile), each.min) << each.role << " / " << each.ledProfile;
+    for (const auto& [role, ledProfile, min] : cases) {
+        EXPECT_EQ(resolvedMin(config, role, ledProfile), min) << role << " / " << ledProfile;
     }
 }
 
@@ -154,19 +126,11 @@ TEST(ResolveProfile, NormalisesARecordThatDidNotComeFromAFile) {
     config.outputs.defaultProfile = " m ";
     EXPECT_EQ(resolvedMin(config, "pfd", ""), 3);
     EXPECT_EQ(resolvedMin(config, "mfd", ""), 2);
-}
-
-TEST(ResolveProfile, ADefaultProfileThatDoesNotExistGivesTheFirstProfile) {
-    AppConfig config = withProfiles();
+    // Nor need its default profile exist.
     config.outputs.defaultProfile = "gone";
     EXPECT_EQ(resolveProfile(config, nullptr), &config.outputs.profiles.at("A"));
-}
-
-TEST(ResolveProfile, GivesNothingWithoutProfiles) {
-    const AppConfig config;
-    const DeviceEntry entry{"AA", 0, "pfd", "a"};
+    config.outputs.profiles.clear();
     EXPECT_EQ(resolveProfile(config, nullptr), nullptr);
-    EXPECT_EQ(resolveProfile(config, &entry), nullptr);
 }
 
 } // namespace

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace {
 
@@ -15,17 +17,14 @@ JsonValue parsed(const char* text) {
     return result.value;
 }
 
-JsonValue numberMember(double number) {
+/// The member "a" of an object, as an integer.
+std::int32_t intOf(double number) {
     JsonValue object;
     object.type = JsonType::Object;
-    object.object["n"].type = JsonType::Number;
-    object.object["n"].number = number;
-    return object;
-}
-
-std::int32_t intOf(double number) {
+    object.object["a"].type = JsonType::Number;
+    object.object["a"].number = number;
     std::int32_t out = 7;
-    EXPECT_TRUE(getInt(numberMember(number), "n", out));
+    EXPECT_TRUE(getInt(object, "a", out));
     return out;
 }
 
@@ -33,95 +32,72 @@ constexpr std::int32_t outOfRange = std::numeric_limits<std::int32_t>::min();
 
 } // namespace
 
-TEST(JsonFind, GivesTheMember) {
-    const JsonValue object = parsed(R"({"a":null,"b":[1]})");
+TEST(JsonFind, GivesTheMemberOfExactlyThatKey) {
+    const JsonValue object = parsed(R"({"a":null,"a\u0000b":[1]})");
     ASSERT_NE(find(object, "a"), nullptr);
     EXPECT_EQ(find(object, "a")->type, JsonType::Null);
-    EXPECT_EQ(find(object, "b")->array.size(), 1U);
+    ASSERT_NE(find(object, std::string_view("a\0b", 3)), nullptr);
+    EXPECT_EQ(find(object, std::string_view("a\0b", 3))->array.size(), 1U);
+    EXPECT_EQ(find(object, "A"), nullptr);
+    EXPECT_EQ(find(object, ""), nullptr);
 }
 
-TEST(JsonFind, GivesNullForAnAbsentKeyOrANonObject) {
-    EXPECT_EQ(find(parsed(R"({"a":1})"), "A"), nullptr);
-    EXPECT_EQ(find(parsed(R"({"a":1})"), ""), nullptr);
-    EXPECT_EQ(find(parsed("[1]"), "a"), nullptr);
+TEST(JsonFind, GivesNullForANonObjectWhateverItHolds) {
     EXPECT_EQ(find(JsonValue(), "a"), nullptr);
-}
-
-TEST(JsonFind, ComparesAllBytesOfAKey) {
-    const JsonValue object = parsed(R"({"a\u0000b":1})");
-    EXPECT_EQ(find(object, "a"), nullptr);
-    EXPECT_NE(find(object, std::string_view("a\0b", 3)), nullptr);
-}
-
-TEST(JsonFind, LooksOnlyAtTheTypeOfTheValue) {
     JsonValue disguised = parsed(R"({"a":"x"})");
     disguised.type = JsonType::Array;
-    std::string out = "kept";
     EXPECT_EQ(find(disguised, "a"), nullptr);
-    EXPECT_FALSE(getString(disguised, "a", out));
-    EXPECT_EQ(out, "kept");
 }
 
-TEST(JsonGetString, CopiesTheText) {
-    std::string out = "old";
-    EXPECT_TRUE(getString(parsed(R"({"a":"x\u0000y"})"), "a", out));
-    EXPECT_EQ(out, std::string("x\0y", 3));
-    EXPECT_TRUE(getString(parsed(R"({"a":""})"), "a", out));
-    EXPECT_EQ(out, "");
+TEST(JsonGet, CopiesATextAndPointsToAnObject) {
+    const JsonValue object = parsed(R"({"a":"x\u0000y","b":"","c":{"d":1}})");
+    std::string text = "old";
+    EXPECT_TRUE(getString(object, "a", text));
+    EXPECT_EQ(text, std::string("x\0y", 3));
+    EXPECT_TRUE(getString(object, "b", text));
+    EXPECT_EQ(text, "");
+    const JsonValue* member = nullptr;
+    EXPECT_TRUE(getObject(object, "c", member));
+    EXPECT_EQ(member, &object.object.at("c"));
 }
 
-TEST(JsonGetString, LeavesTheOutputAloneOtherwise) {
-    std::string out = "kept";
-    for (const char* text : {R"({"b":"x"})", R"({"a":1})", R"({"a":null})", R"({"a":["x"]})", "\"a\"", "null"}) {
-        EXPECT_FALSE(getString(parsed(text), "a", out)) << text;
-    }
-    EXPECT_EQ(out, "kept");
-}
-
-TEST(JsonGetInt, TruncatesTowardZero) {
-    EXPECT_EQ(intOf(2.9), 2);
-    EXPECT_EQ(intOf(-2.9), -2);
-    EXPECT_EQ(intOf(-0.9), 0);
-    EXPECT_EQ(intOf(0.5), 0);
-}
-
-TEST(JsonGetInt, JudgesTheRangeAfterTruncation) {
-    EXPECT_EQ(intOf(2147483647.0), 2147483647);
-    EXPECT_EQ(intOf(2147483647.5), 2147483647);
-    EXPECT_EQ(intOf(2147483648.0), outOfRange);
-    EXPECT_EQ(intOf(-2147483648.0), outOfRange);
-    EXPECT_EQ(intOf(-2147483647.9), -2147483647);
-    EXPECT_EQ(intOf(-2147483648.9), outOfRange);
-    EXPECT_EQ(intOf(-2147483649.0), outOfRange);
-}
-
-TEST(JsonGetInt, GivesTheLeastNumberForInfinitiesAndNotANumber) {
-    EXPECT_EQ(intOf(HUGE_VAL), outOfRange);
-    EXPECT_EQ(intOf(-HUGE_VAL), outOfRange);
-    EXPECT_EQ(intOf(std::nan("")), outOfRange);
-    EXPECT_EQ(intOf(1e10), outOfRange);
-}
-
-TEST(JsonGetInt, LeavesTheOutputAloneOtherwise) {
-    std::int32_t out = 7;
-    for (const char* text : {R"({"b":1})", R"({"a":"1"})", R"({"a":true})", R"({"a":null})", "[1]", "1"}) {
-        EXPECT_FALSE(getInt(parsed(text), "a", out)) << text;
-    }
-    EXPECT_EQ(out, 7);
-}
-
-TEST(JsonGetObject, PointsIntoTheObject) {
-    const JsonValue object = parsed(R"({"a":{"b":1}})");
-    const JsonValue* out = nullptr;
-    EXPECT_TRUE(getObject(object, "a", out));
-    EXPECT_EQ(out, &object.object.at("a"));
-}
-
-TEST(JsonGetObject, LeavesTheOutputAloneOtherwise) {
+TEST(JsonGet, LeavesTheOutputAloneForAMissingMemberAndOneOfAnotherType) {
+    std::string text = "kept";
+    std::int32_t number = 7;
     const JsonValue kept;
-    const JsonValue* out = &kept;
-    for (const char* text : {R"({"b":{}})", R"({"a":[]})", R"({"a":"{}"})", R"({"a":null})", "[{}]"}) {
-        EXPECT_FALSE(getObject(parsed(text), "a", out)) << text;
+    const JsonValue* member = &kept;
+    for (const char* document : {R"({"b":"x","c":1,"d":{}})", R"({"a":null})", R"({"a":true})", R"({"a":[{}]})", "[1]",
+                                 "1", "null", "\"a\""}) {
+        const JsonValue object = parsed(document);
+        EXPECT_FALSE(getString(object, "a", text)) << document;
+        EXPECT_FALSE(getInt(object, "a", number)) << document;
+        EXPECT_FALSE(getObject(object, "a", member)) << document;
     }
-    EXPECT_EQ(out, &kept);
+    EXPECT_FALSE(getString(parsed(R"({"a":1})"), "a", text));
+    EXPECT_FALSE(getInt(parsed(R"({"a":"1"})"), "a", number));
+    EXPECT_FALSE(getObject(parsed(R"({"a":"{}"})"), "a", member));
+    EXPECT_EQ(text, "kept");
+    EXPECT_EQ(number, 7);
+    EXPECT_EQ(member, &kept);
+}
+
+TEST(JsonGetInt, TruncatesTowardZeroAndThenJudgesTheRange) {
+    const std::pair<double, std::int32_t> cases[] = {
+        {2.9, 2},
+        {-2.9, -2},
+        {-0.9, 0},
+        {0.5, 0},
+        {2147483647.5, 2147483647},
+        {-2147483647.9, -2147483647},
+        {2147483648.0, outOfRange},
+        {-2147483648.9, outOfRange},
+        {-2147483649.0, outOfRange},
+        {1e10, outOfRange},
+        {HUGE_VAL, outOfRange},
+        {-HUGE_VAL, outOfRange},
+        {std::nan(""), outOfRange},
+    };
+    for (const auto& [number, expected] : cases) {
+        EXPECT_EQ(intOf(number), expected) << number;
+    }
 }

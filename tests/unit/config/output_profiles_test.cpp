@@ -1,96 +1,51 @@
 #include "config/output_profiles.h"
 
-#include "config/app_config.h"
-#include "tests/support/config_samples.h"
+#include "tests/unit/config/config_texts.h"
+#include "tests/unit/config/parsed_config.h"
 
-#include <gtest/gtest.h>
-
+#include <functional>
+#include <map>
 #include <string>
+#include <utility>
 
 namespace {
 
-JsonValue parsed(const std::string& text) {
+JsonValue valueOf(const std::string& text) {
     JsonParseResult result = JsonParser::parse(text);
     EXPECT_TRUE(result.ok) << result.error;
     return result.value;
 }
 
-std::string errorWith(const std::string& members) {
-    AppConfig config;
-    std::string error;
-    const bool loaded = parseAppConfig(ConfigSamples::appConfig(members), "config.json", config, error);
-    EXPECT_EQ(loaded, error.empty());
-    return error;
-}
-
 OutputsConfig outputsWith(const std::string& section) {
-    AppConfig config;
-    std::string error;
-    EXPECT_TRUE(parseAppConfig(ConfigSamples::appConfig("\"outputs\":" + section), "config.json", config, error))
-        << error;
-    return config.outputs;
+    return configWith("\"outputs\":" + section).outputs;
 }
 
 TEST(DefaultProfile, HoldsItsFixedValues) {
-    const OutputProfile profile = makeDefaultProfile();
-    EXPECT_EQ(profile.backlight.mode, "lvar");
-    EXPECT_EQ(profile.backlight.min, 0);
-    EXPECT_EQ(profile.backlight.max, 100);
-    EXPECT_EQ(profile.backlight.defaultValue, 80);
-    EXPECT_EQ(profile.backlight.value, 80);
-    EXPECT_EQ(profile.backlight.scale, 1.0);
-    EXPECT_EQ(profile.simDisconnected.effect, "flash");
-    EXPECT_EQ(profile.simDisconnected.brightness, 0);
-    EXPECT_EQ(profile.simDisconnected.param0, 4);
-    EXPECT_EQ(profile.simDisconnected.param1, 150);
-    EXPECT_EQ(profile.simDisconnected.param2, 100);
-    EXPECT_EQ(profile.batteryOff.effect, "breathe");
-    EXPECT_EQ(profile.batteryOff.brightness, 0);
-    EXPECT_EQ(profile.batteryOff.param0, 5);
-    EXPECT_EQ(profile.batteryOff.param1, 1000);
-    EXPECT_EQ(profile.batteryOff.param2, 50);
+    EXPECT_EQ(textOf(makeDefaultProfile()), "lvar|0|100|80|80|1| flash|0|4|150|100| breathe|0|5|1000|50|");
 }
 
 TEST(BacklightParse, ReadsEveryKeyAndKeepsTheBaseForTheRest) {
-    const BacklightProfile backlight = parseBacklightProfile(
-        parsed(R"({"mode":" fixed ","min":1.9,"max":99,"default":20,"value":30,"scale":0.5})"), {});
-    EXPECT_EQ(backlight.mode, "FIXED");
-    EXPECT_EQ(backlight.min, 1);
-    EXPECT_EQ(backlight.max, 99);
-    EXPECT_EQ(backlight.defaultValue, 20);
-    EXPECT_EQ(backlight.value, 30);
-    EXPECT_EQ(backlight.scale, 0.5);
-    const BacklightProfile kept =
-        parseBacklightProfile(parsed(R"({"mode":1,"min":"1","max":null,"defaultValue":9,"value":[],"scale":"2"})"),
-                              {"BASE", 1, 2, 3, 4, 5.5});
-    EXPECT_EQ(kept.mode, "BASE");
-    EXPECT_EQ(kept.min, 1);
-    EXPECT_EQ(kept.max, 2);
-    EXPECT_EQ(kept.defaultValue, 3);
-    EXPECT_EQ(kept.value, 4);
-    EXPECT_EQ(kept.scale, 5.5);
-    EXPECT_EQ(parseBacklightProfile(parsed(R"({"mode":"  "})"), {}).mode, "");
+    const std::pair<const char*, const char*> cases[] = {
+        {R"({"mode":" fixed ","min":1.9,"max":99,"default":20,"value":30,"scale":0.5})", "FIXED|1|99|20|30|0.5|"},
+        {R"({"mode":1,"min":"1","max":null,"defaultValue":9,"value":[],"scale":"2"})", "BASE|1|2|3|4|5.5|"},
+        {R"({"mode":"  "})", "|1|2|3|4|5.5|"},
+    };
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(textOf(parseBacklightProfile(valueOf(text), {"BASE", 1, 2, 3, 4, 5.5})), expected) << text;
+    }
 }
 
 TEST(LedEffectParse, ReadsEveryKeyAndKeepsTheBaseForTheRest) {
-    const struct {
-        const char* text;
-        LedEffect effect;
-    } cases[] = {
-        {R"({"effect":" fl ash ","brightness":1,"param0":2,"param1":3.9,"param2":-4})", {"FLASH", 1, 2, 3, -4}},
-        {R"({"effect":null,"brightness":"x"})", {"base", 9, 8, 7, 6}},
-        {R"({"effect":" "})", {"", 9, 8, 7, 6}},
+    const std::pair<const char*, const char*> cases[] = {
+        {R"({"effect":" fl ash ","brightness":1,"param0":2,"param1":3.9,"param2":-4})", "FLASH|1|2|3|-4|"},
+        {R"({"effect":null,"brightness":"x"})", "base|9|8|7|6|"},
+        {R"({"effect":" "})", "|9|8|7|6|"},
         // The second name of a parameter wins where it is a number.
-        {R"({"count":1,"param0":3,"periodMs":2,"param1":4,"level":3,"param2":5})", {"base", 9, 1, 2, 3}},
-        {R"({"param0":3,"count":"7"})", {"base", 9, 3, 7, 6}},
+        {R"({"count":1,"param0":3,"periodMs":2,"param1":4,"level":3,"param2":5})", "base|9|1|2|3|"},
+        {R"({"param0":3,"count":"7"})", "base|9|3|7|6|"},
     };
-    for (const auto& each : cases) {
-        const LedEffect effect = parseLedEffect(parsed(each.text), {"base", 9, 8, 7, 6});
-        EXPECT_EQ(effect.effect, each.effect.effect) << each.text;
-        EXPECT_EQ(effect.brightness, each.effect.brightness) << each.text;
-        EXPECT_EQ(effect.param0, each.effect.param0) << each.text;
-        EXPECT_EQ(effect.param1, each.effect.param1) << each.text;
-        EXPECT_EQ(effect.param2, each.effect.param2) << each.text;
+    for (const auto& [text, expected] : cases) {
+        EXPECT_EQ(textOf(parseLedEffect(valueOf(text), {"base", 9, 8, 7, 6})), expected) << text;
     }
 }
 
@@ -103,103 +58,73 @@ TEST(EffectName, KnowsFourNamesInAnyCaseAndSpacing) {
     }
 }
 
-TEST(OutputsParse, StartsFromItsDefaults) {
-    const OutputsConfig outputs = parseOutputs(parsed("{}"));
-    EXPECT_EQ(outputs.debounceMs, 50);
-    EXPECT_EQ(outputs.defaultProfile, "default");
-    EXPECT_TRUE(outputs.profiles.empty());
-    EXPECT_TRUE(outputs.roleProfiles.empty());
-    EXPECT_TRUE(outputs.devices.empty());
-}
-
-TEST(OutputsParse, NormalisesTheDefaultProfilesName) {
-    EXPECT_EQ(parseOutputs(parsed(R"({"defaultProfile":" night mode "})")).defaultProfile, "NIGHTMODE");
-    EXPECT_EQ(parseOutputs(parsed(R"({"defaultProfile":5})")).defaultProfile, "default");
+TEST(OutputsParse, StartsFromItsDefaultsAndIgnoresWhatIsOfAnotherType) {
+    for (const char* section : {"{}", R"({"profiles":[{}],"roleProfiles":"x","debounceMs":"5","defaultProfile":5})"}) {
+        const OutputsConfig outputs = parseOutputs(valueOf(section));
+        EXPECT_EQ(outputs.debounceMs, 50);
+        EXPECT_EQ(outputs.defaultProfile, "default");
+        EXPECT_TRUE(outputs.profiles.empty());
+        EXPECT_TRUE(outputs.roleProfiles.empty());
+        EXPECT_TRUE(outputs.devices.empty());
+    }
+    EXPECT_EQ(parseOutputs(valueOf(R"({"debounceMs":7})")).debounceMs, 7);
 }
 
 TEST(OutputsParse, NormalisesRolesAndTheirProfiles) {
-    const OutputsConfig outputs = parseOutputs(parsed(R"({"roleProfiles":{" pfd ":" bright ","Mfd":"nowhere"}})"));
-    EXPECT_EQ(outputs.roleProfiles, (std::map<std::string, std::string>{{"PFD", "BRIGHT"}, {"MFD", "NOWHERE"}}));
-}
-
-TEST(OutputsParse, SkipsRolesOfAnotherKindOrWithoutAName) {
-    const OutputsConfig outputs =
-        parseOutputs(parsed(R"({"roleProfiles":{"a":1,"b":null,"c":"  "," ":"x","d":{"e":"f"}}})"));
-    EXPECT_TRUE(outputs.roleProfiles.empty());
-}
-
-TEST(OutputsParse, OfTwoRolesThatNormaliseAlikeTheLaterKeyCounts) {
-    EXPECT_EQ(parseOutputs(parsed(R"({"roleProfiles":{"pfd":"late","PFD":"early"}})")).roleProfiles.at("PFD"), "LATE");
-    EXPECT_EQ(parseOutputs(parsed(R"({"roleProfiles":{"pfd":"  ","PFD":"early"}})")).roleProfiles.at("PFD"), "EARLY");
+    using Profiles = std::map<std::string, std::string>;
+    const std::pair<const char*, Profiles> cases[] = {
+        {R"({" pfd ":" bright ","Mfd":"nowhere"})", {{"PFD", "BRIGHT"}, {"MFD", "NOWHERE"}}},
+        {R"({"a":1,"b":null,"c":"  "," ":"x","d":{"e":"f"}})", {}},
+        // Of two roles that normalise alike the later key counts.
+        {R"({"pfd":"late","PFD":"early"})", {{"PFD", "LATE"}}},
+        {R"({"pfd":"  ","PFD":"early"})", {{"PFD", "EARLY"}}},
+    };
+    for (const auto& [section, profiles] : cases) {
+        const std::string text = std::string(R"({"roleProfiles":)") + section + "}";
+        EXPECT_EQ(parseOutputs(valueOf(text)).roleProfiles, profiles) << section;
+    }
 }
 
 TEST(OutputsParse, EachProfileStartsFromTheDefaults) {
-    const OutputsConfig outputs = outputsWith(
-        R"({"profiles":{"a":{"backlight":{"min":5}},"b":{"batteryOff":{"effect":"off"}},"default":{"backlight":{"max":7}}}})");
-    EXPECT_EQ(outputs.profiles.at("A").backlight.min, 5);
-    EXPECT_EQ(outputs.profiles.at("A").backlight.max, 100);
-    EXPECT_EQ(outputs.profiles.at("A").batteryOff.effect, "breathe");
-    EXPECT_EQ(outputs.profiles.at("B").batteryOff.effect, "OFF");
-    EXPECT_EQ(outputs.profiles.at("B").batteryOff.param0, 5);
-    EXPECT_EQ(outputs.profiles.at("B").backlight.min, 0);
+    const OutputsConfig outputs = parseOutputs(valueOf(R"({"profiles":{"a":{"backlight":{"min":5}},
+        "b":{"batteryOff":{"effect":"off"},"simDisconnected":{"count":9}},
+        "c":{"backlight":5,"simDisconnected":"off","batteryOff":[]},"d":[],"e":null,"":{},"  ":{},
+        "night":{"backlight":{"min":6}},"NIGHT":{"backlight":{"min":1,"max":50}}}})"));
+    std::map<std::string, std::string> profiles;
+    for (const auto& [name, profile] : outputs.profiles) {
+        profiles[name] = textOf(profile);
+    }
+    EXPECT_EQ(profiles, (std::map<std::string, std::string>{
+                            {"A", "lvar|5|100|80|80|1| flash|0|4|150|100| breathe|0|5|1000|50|"},
+                            {"B", "lvar|0|100|80|80|1| flash|0|9|150|100| OFF|0|5|1000|50|"},
+                            {"C", textOf(makeDefaultProfile())},
+                            // Of two names that differ in case the later key counts as a whole.
+                            {"NIGHT", "lvar|6|100|80|80|1| flash|0|4|150|100| breathe|0|5|1000|50|"},
+                        }));
 }
 
-TEST(OutputsParse, IgnoresProfilesAndPartsOfAnotherKind) {
-    const OutputsConfig outputs =
-        outputsWith(R"({"profiles":{"a":[],"b":null,"c":{"backlight":5,"simDisconnected":"off","batteryOff":[]}}})");
-    EXPECT_EQ(outputs.profiles.count("A"), 0U);
-    EXPECT_EQ(outputs.profiles.count("B"), 0U);
-    EXPECT_EQ(outputs.profiles.at("C").backlight.defaultValue, 80);
-    EXPECT_EQ(outputs.profiles.at("C").simDisconnected.effect, "flash");
-    EXPECT_EQ(outputs.profiles.at("C").batteryOff.effect, "breathe");
-}
-
-TEST(OutputsParse, DropsAProfileWithoutAName) {
-    const OutputsConfig outputs = parseOutputs(parsed(R"({"profiles":{"":{},"  ":{}}})"));
-    EXPECT_TRUE(outputs.profiles.empty());
-}
-
-TEST(OutputsParse, OfTwoProfilesThatDifferInCaseTheLaterOneCountsAsAWhole) {
-    const OutputsConfig outputs =
-        outputsWith(R"({"profiles":{"night":{"backlight":{"min":5}},"NIGHT":{"backlight":{"min":1,"max":50}}}})");
-    EXPECT_EQ(outputs.profiles.at("NIGHT").backlight.min, 5);
-    EXPECT_EQ(outputs.profiles.at("NIGHT").backlight.max, 100);
-    EXPECT_EQ(outputs.profiles.size(), 2U);
-}
-
-TEST(OutputsParse, IgnoresProfilesAndRolesThatAreNoObjects) {
-    const OutputsConfig outputs = outputsWith(R"({"profiles":[{}],"roleProfiles":"x","debounceMs":"5"})");
-    EXPECT_EQ(outputs.profiles.size(), 1U);
-    EXPECT_TRUE(outputs.roleProfiles.empty());
-    EXPECT_EQ(outputs.debounceMs, 50);
-}
-
-TEST(DefaultProfileGuarantee, NoSectionGivesOneProfileAndKeepsTheName) {
-    const OutputsConfig outputs = outputsWith("null");
-    ASSERT_EQ(outputs.profiles.size(), 1U);
-    EXPECT_EQ(outputs.profiles.begin()->first, "DEFAULT");
-    EXPECT_EQ(outputs.defaultProfile, "default");
-}
-
-TEST(DefaultProfileGuarantee, ABlankNameBecomesDefault) {
-    const OutputsConfig outputs = outputsWith(R"({"defaultProfile":"  ","profiles":{"a":{}}})");
-    EXPECT_EQ(outputs.defaultProfile, "DEFAULT");
-    EXPECT_EQ(outputs.profiles.count("DEFAULT"), 1U);
-    EXPECT_EQ(outputs.profiles.size(), 2U);
-}
-
-TEST(DefaultProfileGuarantee, MakesAMissingProfileWithAllDefaults) {
-    const OutputsConfig outputs =
-        outputsWith(R"({"defaultProfile":"night","profiles":{"day":{"backlight":{"min":9}}}})");
-    ASSERT_EQ(outputs.profiles.count("NIGHT"), 1U);
-    EXPECT_EQ(outputs.profiles.at("NIGHT").backlight.min, 0);
-    EXPECT_EQ(outputs.profiles.at("NIGHT").simDisconnected.effect, "flash");
-}
-
-TEST(DefaultProfileGuarantee, LeavesAnExistingProfileAlone) {
-    const OutputsConfig outputs = outputsWith(R"({"defaultProfile":"day","profiles":{"Day":{"backlight":{"min":9}}}})");
-    ASSERT_EQ(outputs.profiles.size(), 1U);
-    EXPECT_EQ(outputs.profiles.at("DAY").backlight.min, 9);
+TEST(DefaultProfileGuarantee, MakesTheProfileThatIsMissing) {
+    const std::string day = R"("profiles":{"Day":{"backlight":{"min":9}}})";
+    const struct {
+        std::string section;
+        const char* name;
+        const char* key;
+        std::size_t count;
+        int min;
+    } cases[] = {
+        {"null", "default", "DEFAULT", 1, 0},
+        {R"({"defaultProfile":"  ",)" + day + "}", "DEFAULT", "DEFAULT", 2, 0},
+        {R"({"defaultProfile":" night mode ",)" + day + "}", "NIGHTMODE", "NIGHTMODE", 2, 0},
+        {R"({"defaultProfile":"day",)" + day + "}", "DAY", "DAY", 1, 9},
+    };
+    for (const auto& each : cases) {
+        const OutputsConfig outputs = outputsWith(each.section);
+        EXPECT_EQ(outputs.defaultProfile, each.name) << each.section;
+        ASSERT_TRUE(outputs.profiles.contains(each.key)) << each.section;
+        EXPECT_EQ(outputs.profiles.at(each.key).backlight.min, each.min) << each.section;
+        EXPECT_EQ(outputs.profiles.at(each.key).simDisconnected.effect, "flash") << each.section;
+        EXPECT_EQ(outputs.profiles.size(), each.count) << each.section;
+    }
 }
 
 TEST(ProfileValidation, AcceptsAndRefusesAtItsLimits) {
@@ -209,10 +134,7 @@ TEST(ProfileValidation, AcceptsAndRefusesAtItsLimits) {
     const std::string defaultLevel = profile + "backlight default must be between 0-100";
     const std::string value = profile + "backlight value must be between 0-100";
     const std::string scale = profile + "backlight scale must be > 0";
-    const struct {
-        const char* members;
-        std::string error;
-    } cases[] = {
+    const std::pair<const char*, std::string> cases[] = {
         {R"("backlight":{"min":50,"max":40})", bounds},
         {R"("backlight":{"min":-1})", bounds},
         {R"("backlight":{"max":101})", bounds},
@@ -237,9 +159,8 @@ TEST(ProfileValidation, AcceptsAndRefusesAtItsLimits) {
         {R"("simDisconnected":{"effect":" flash "},"batteryOff":{"effect":" "})", noError},
         {R"("batteryOff":{"brightness":-5,"count":1e10,"level":999})", noError},
     };
-    for (const auto& each : cases) {
-        const std::string outputs = std::string(R"("outputs":{"profiles":{"Night":{)") + each.members + "}}}";
-        EXPECT_EQ(errorWith(outputs), each.error) << each.members;
+    for (const auto& [members, error] : cases) {
+        EXPECT_EQ(errorWith(std::string(R"("outputs":{"profiles":{"Night":{)") + members + "}}}"), error) << members;
     }
 }
 
@@ -253,23 +174,20 @@ TEST(ProfileValidation, ChecksInItsFixedOrder) {
     OutputProfile& profile = outputs.profiles["P"];
     profile.backlight = {"", -1, 100, -1, -1, 0.0};
     profile.simDisconnected.effect = profile.batteryOff.effect = "x";
-    std::string error;
-    const auto next = [&] {
-        EXPECT_FALSE(validateProfiles(outputs, error));
-        return error;
+    const std::pair<const char*, std::function<void()>> steps[] = {
+        {"backlight min/max must be between 0-100", [&] { profile.backlight.min = 0; }},
+        {"backlight default must be between 0-100", [&] { profile.backlight.defaultValue = 0; }},
+        {"backlight value must be between 0-100", [&] { profile.backlight.value = 0; }},
+        {"backlight scale must be > 0", [&] { profile.backlight.scale = 1.0; }},
+        {"simDisconnected.effect is invalid", [&] { profile.simDisconnected.effect = ""; }},
+        {"batteryOff.effect is invalid", [&] { profile.batteryOff.effect = "off"; }},
     };
-    EXPECT_EQ(next(), "outputs.profiles[P].backlight min/max must be between 0-100");
-    profile.backlight.min = 0;
-    EXPECT_EQ(next(), "outputs.profiles[P].backlight default must be between 0-100");
-    profile.backlight.defaultValue = 0;
-    EXPECT_EQ(next(), "outputs.profiles[P].backlight value must be between 0-100");
-    profile.backlight.value = 0;
-    EXPECT_EQ(next(), "outputs.profiles[P].backlight scale must be > 0");
-    profile.backlight.scale = 1.0;
-    EXPECT_EQ(next(), "outputs.profiles[P].simDisconnected.effect is invalid");
-    profile.simDisconnected.effect = "";
-    EXPECT_EQ(next(), "outputs.profiles[P].batteryOff.effect is invalid");
-    profile.batteryOff.effect = "off";
+    std::string error;
+    for (const auto& [expected, fix] : steps) {
+        EXPECT_FALSE(validateProfiles(outputs, error));
+        EXPECT_EQ(error, std::string("outputs.profiles[P].") + expected);
+        fix();
+    }
     EXPECT_TRUE(validateProfiles(outputs, error));
 }
 
