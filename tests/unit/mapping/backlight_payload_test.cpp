@@ -37,26 +37,17 @@ void expectValues(const std::vector<Row>& rows) {
     }
 }
 
+void expectRefused(const std::vector<string>& texts) {
+    for (const string& text : texts) {
+        EXPECT_EQ(parsed(text), none) << text;
+    }
+}
+
 TEST(BacklightPayload, NumberAloneIsTheValue) {
-    expectValues({{"0.42", 0.42},
-                  {"0", 0.0},
-                  {"1", 1.0},
-                  {"100", 100.0},
-                  {"-0.25", -0.25},
-                  {"+0.5", 0.5},
-                  {".5", 0.5},
-                  {"5.", 5.0},
-                  {"1e-2", 0.01},
-                  {"1E2", 100.0},
-                  {" 0.42", 0.42},
-                  {"\t\n 7", 7.0},
-                  {"0.750000", 0.75},
-                  {"0x10", 16.0},
-                  {"0x1p-1", 0.5},
-                  {"007", 7.0},
-                  {"-0", -0.0},
-                  {"1e308", 1e308},
-                  {"1e-300", 1e-300}});
+    for (const char* text : {"0.5", "+0.5", ".5", " 0.5", "\t\n 0.5", "5e-1", "5E-1", "0.500000", "000.5", "0x1p-1"}) {
+        EXPECT_EQ(parsed(text), 0.5) << text;
+    }
+    expectValues({{"0", 0.0}, {"-0.25", -0.25}, {"5.", 5.0}, {"0x10", 16.0}, {"1e308", 1e308}, {"1e-300", 1e-300}});
     for (int thousandths = -2000; thousandths <= 101000; thousandths += 77) {
         const string text = std::to_string(thousandths / 1000.0);
         expectValues({{text, thousandths / 1000.0}, {"(L:" + name + ")=" + text + ";", thousandths / 1000.0}});
@@ -70,36 +61,15 @@ TEST(BacklightPayload, InfinityAndNotANumberAreValues) {
 }
 
 TEST(BacklightPayload, TooLargeAndTooSmallAreRefused) {
-    for (const char* text : {"1e999", "-1e999", "1e-999", "-1e-999", "1e400"}) {
-        expectValues({{text, none}, {name + "=" + text, none}});
+    for (const string number : {"1e999", "-1e999", "1e-999", "-1e-999", "1e400"}) {
+        expectRefused({number, name + "=" + number});
     }
 }
 
 TEST(BacklightPayload, AnythingElseWithoutTheNameIsRefused) {
-    for (const char* text : {"0.42 ",
-                             "0.42;",
-                             "0.5\n",
-                             "1,5",
-                             "0.5abc",
-                             "1 2",
-                             "0.5.",
-                             "--1",
-                             "",
-                             " ",
-                             "abc",
-                             "=0.5",
-                             "e5",
-                             "+",
-                             "-",
-                             ".",
-                             "0x",
-                             "(L:OTHER_5)=0.5;",
-                             "LIGHTING_POTENTIOMETER=0.5",
-                             "LIGHTING POTENTIOMETER 5=0.5",
-                             "LIGHTING_POTENTIOMETER_4=0.5"}) {
-        expectValues({{text, none}});
-    }
-    expectValues({{string("0.5\0", 4), none}});
+    expectRefused({"", " ", "abc", "=0.5", "e5", "+", "-", ".", "0x", "--1", "0.5.", "1 2", "1,5", "0.5abc"});
+    expectRefused({"0.42 ", "0.42;", "0.5\n", string("0.5\0", 4), "(L:OTHER_5)=0.5;", "LIGHTING_POTENTIOMETER=0.5",
+                   "LIGHTING POTENTIOMETER 5=0.5", "LIGHTING_POTENTIOMETER_4=0.5"});
 }
 
 TEST(BacklightPayload, ValueFollowsTheFirstEqualsSignBehindTheName) {
@@ -119,7 +89,7 @@ TEST(BacklightPayload, ValueFollowsTheFirstEqualsSignBehindTheName) {
                   {"MY_" + name + "=3", 3.0},
                   {"\xC3\xA4\xFF" + name + "\x80=0.5", 0.5}});
     for (const char* rest : {"=abc", "=", "==1", "= = 1", "=;", "=x1", "", " 0.5", ":0.5"}) {
-        expectValues({{name + rest, none}});
+        expectRefused({name + rest});
     }
 }
 

@@ -64,33 +64,25 @@ protected:
 TEST_F(EventDecisionTest, EachActionHasItsCommand) {
     expectMeanings({{button(20, 1), "send SWAP x1"},
                     {button(20, 2), "hold SWAP_LONG x1"},
-                    {button(20, 3), "hold SWAP_LONG x1"},
                     {button(20, 4), "hold SWAP_LONG x1"},
                     {button(20, 0), "cancel SWAP_LONG, cancel SWAP, send LET_GO x1"},
+                    // The speed of a button is ignored.
+                    {{.type = 1, .controlId = 20, .value = 1, .speed = 9}, "send SWAP x1"},
                     {encoder(21, 1), "turn INC x1"},
                     {encoder(21, -1), "turn DEC x1"}});
 }
 
-TEST_F(EventDecisionTest, ActionWithoutCommandMeansNothing) {
+TEST_F(EventDecisionTest, EventWithoutActionOrCommandMeansNothing) {
+    expectNothing({button(20, 5), encoder(21, 0, 9), {.type = 3, .controlId = 20, .value = 1}});
     expectNothing({button(21, 1), button(22, 2), encoder(20, 1)});
     expectMeanings({{button(22, 0), "cancel PFD_MENU"}});
 }
 
-TEST_F(EventDecisionTest, EventWithoutActionMeansNothing) {
-    expectNothing({button(20, 5), button(20, 127), button(20, -128), button(20, -1), encoder(21, 0, 9)});
-    for (const int type : {0, 3, 255}) {
-        expectNothing({{.type = static_cast<std::uint8_t>(type), .controlId = 20, .value = 1}});
-    }
-}
-
-TEST_F(EventDecisionTest, NamesAreComparedWithoutCaseAndSpace) {
+TEST_F(EventDecisionTest, NamesAreComparedWithoutCaseAndSpaceAndBlanksAreNone) {
     eventMap.controlIds[40] = " com\tSWAP ";
-    expectMeanings({{button(40, 1), "send SWAP x1"}});
-}
-
-TEST_F(EventDecisionTest, ControlWithoutNameOrOfBlanksMeansNothing) {
     eventMap.controlIds[41] = "  ";
     eventMap.controlIds[42] = "";
+    expectMeanings({{button(40, 1), "send SWAP x1"}});
     expectNothing({button(999, 1), encoder(999, 1), button(41, 1), button(42, 1)});
 }
 
@@ -100,10 +92,7 @@ TEST_F(EventDecisionTest, AmountIsTheLargerOfDetentsAndSpeed) {
                     {encoder(21, -2, 0), "turn DEC x2"},
                     {encoder(21, -1, 3), "turn DEC x3"},
                     {encoder(21, -5, 3), "turn DEC x5"},
-                    {encoder(21, -1, 4), "turn DEC x4"},
-                    {encoder(21, -127, 1), "turn DEC x127"},
                     {encoder(21, -128, 0), "turn DEC x128"},
-                    {encoder(21, -128, 200), "turn DEC x200"},
                     {encoder(21, -1, 255), "turn DEC x255"}});
 }
 
@@ -121,12 +110,6 @@ TEST_F(EventDecisionTest, FastCommandCountsForItsRoleAndUnlessEmpty) {
                     {encoder(25, -1, 6), "turn BACK x6"},
                     {encoder(26, -1, 3), ""},
                     {encoder(26, -1, 4), "turn FAST10 x1 fast"}});
-}
-
-TEST_F(EventDecisionTest, SpeedOfAButtonIsIgnored) {
-    HidEvent press = button(22, 1);
-    press.speed = 9;
-    expectMeanings({{press, "send PFD_MENU x1"}});
 }
 
 TEST_F(EventDecisionTest, ModeOfTheBoardOutranksItsConfiguredRole) {
@@ -149,32 +132,27 @@ TEST_F(EventDecisionTest, RoleWithoutCommandOfItsOwnTakesTheDefault) {
 }
 
 TEST_F(EventDecisionTest, PressOfAnUnlistedControlFiresTheEventOfItsNumber) {
-    const std::map<std::uint16_t, string> rows = {
+    const std::map<std::uint16_t, string> names = {
         {5, "AP_MASTER"},   {6, "TOGGLE_FLIGHT_DIRECTOR"}, {7, "AP_HDG_HOLD"}, {8, "AP_ALT_HOLD"}, {9, "AP_NAV1_HOLD"},
         {11, "AP_BC_HOLD"}, {12, "AP_APR_HOLD"},           {13, "AP_VS_HOLD"}, {16, "AP_FLC"},
     };
     eventMap.controlIds[5] = "AP_MASTER";
-    eventMap.controlIds[7] = "MAP_RIGHT_";
     for (const bool enabled : {true, false}) {
         config.mobiflight.enabled = enabled;
         for (std::uint16_t id = 0; id < 20; ++id) {
-            const auto row = rows.find(id);
-            EXPECT_EQ(meaning(button(id, 1)), row == rows.end() ? "" : "fire " + row->second) << id;
+            expectMeanings({{button(id, 1), names.contains(id) ? "fire " + names.at(id) : ""}});
         }
     }
     expectNothing({button(5, 0), button(5, 2), encoder(5, 1), {.type = 3, .controlId = 5}});
-}
-
-TEST_F(EventDecisionTest, ListedControlFiresNothing) {
     addControl(5, "AP", R"("RELEASE":{"":"X"})");
     expectNothing({button(5, 1)});
 }
 
 TEST_F(EventDecisionTest, ListedControlMeansNothingWhileMobiFlightIsDisabled) {
-    addControl(5, "AP", R"("PRESS":{"":"AP"},"HOLD":{"":"AP_HELD"},"RELEASE":{"":"AP_UP"})");
+    addControl(5, "AP", R"("PRESS":{"":"AP"})");
     config.mobiflight.enabled = false;
     for (const int value : {0, 1, 2}) {
-        expectNothing({button(5, value), button(30, value), encoder(21, value)});
+        expectNothing({button(5, value), button(20, value), button(30, value), encoder(21, value)});
     }
     expectMeanings({{button(50, 2), "pause"}});
 }
@@ -200,10 +178,8 @@ TEST_F(EventDecisionTest, MapButtonSendsItsPressRepeatsItsHoldAndHasNoRelease) {
                     {button(30, 0), "map, cancel LEFT_HELD, cancel LEFT"},
                     {button(30, 0, 1), "map, cancel LEFT_HELD, cancel MFD_LEFT"},
                     {button(31, 2), "map, hold UP x1"},
-                    {button(32, 1), "map"},
                     {button(32, 2), "map"},
                     {button(32, 0), "map"},
-                    {button(33, 1), "map"},
                     {encoder(33, 2), "turn RIGHT x2"}});
     expectNothing({button(30, 5)});
 }

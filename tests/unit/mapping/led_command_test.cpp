@@ -1,8 +1,10 @@
 #include "mapping/output_state.h"
 #include "tests/unit/mapping/mapping_settings.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -21,22 +23,13 @@ LedCommand lit(const BacklightProfile& backlight, bool known, double value) {
 }
 
 std::uint8_t byteOf(std::int64_t value) {
-    return static_cast<std::uint8_t>(value < 0 ? 0 : (value > 255 ? 255 : value));
+    return static_cast<std::uint8_t>(std::clamp(value, std::int64_t{0}, std::int64_t{255}));
 }
 
-struct LevelRow {
-    double value;
-    int brightness;
-    std::int32_t min = 0;
-    std::int32_t max = 100;
-    double scale = 1.0;
-};
-
-void expectLevels(const std::vector<LevelRow>& rows) {
-    for (const LevelRow& row : rows) {
-        const BacklightProfile backlight{.min = row.min, .max = row.max, .scale = row.scale};
-        EXPECT_EQ(lit(backlight, true, row.value), steady(byteOf(row.brightness)))
-            << row.value << " by " << row.scale << " in " << row.min << " to " << row.max;
+void expectLevel(int brightness, const std::vector<double>& values, const BacklightProfile& backlight = {}) {
+    for (const double value : values) {
+        EXPECT_EQ(lit(backlight, true, value), steady(byteOf(brightness)))
+            << value << " by " << backlight.scale << " in " << backlight.min << " to " << backlight.max;
     }
 }
 
@@ -56,26 +49,16 @@ TEST(LedCommandState, SessionComesBeforeBatteryAndBatteryBeforeBacklight) {
 }
 
 TEST(BacklightMode, FixedOffOrTheVariable) {
-    struct Row {
-        const char* mode;
-        int brightness;
+    // A dark backlight is a steady light of zero. Neither it nor a fixed one has bounds or a scale.
+    const std::pair<int, std::vector<const char*>> rows[] = {
+        {77, {"FIXED", "fixed", " Fi xed\t"}},
+        {0, {"OFF", "off", "o F f"}},
+        {60, {"lvar", "LVAR", "", "FIXEDX", "STEADY"}},
     };
-    for (const auto& [mode, brightness] : std::vector<Row>{
-             // A dark backlight is a steady light of zero. Neither has bounds or a scale.
-             {"FIXED", 77},
-             {"fixed", 77},
-             {" Fi xed\t", 77},
-             {"OFF", 0},
-             {"off", 0},
-             {"o F f", 0},
-             {"lvar", 60},
-             {"LVAR", 60},
-             {"", 60},
-             {"FIXEDX", 60},
-             {"STEADY", 60},
-         }) {
-        const BacklightProfile backlight{.mode = mode, .min = 40, .max = 60, .value = 77, .scale = 3.0};
-        EXPECT_EQ(lit(backlight, true, 0.3), steady(byteOf(brightness))) << mode;
+    for (const auto& [brightness, modes] : rows) {
+        for (const char* mode : modes) {
+            expectLevel(brightness, {0.3}, {.mode = mode, .min = 40, .max = 60, .value = 77, .scale = 3.0});
+        }
     }
 }
 
@@ -86,86 +69,77 @@ TEST(BacklightMode, FixedValueIsCutToAByte) {
 }
 
 TEST(BacklightLevel, UpToOneIsAFractionAndAboveOneAPercentage) {
-    expectLevels({{0.5, 50},
-                  {1.0, 100},
-                  {std::nextafter(1.0, 0.0), 100},
-                  {std::nextafter(1.0, 2.0), 1},
-                  {1.5, 2},
-                  {2.0, 2},
-                  {99.4, 99},
-                  {0.0, 0},
-                  {-0.0, 0},
-                  {-0.5, 0},
-                  {std::numeric_limits<double>::denorm_min(), 0},
-                  {-0.5, 12, 12},
-                  {-50.0, 12, 12},
-                  // Two negatives make a level.
-                  {-0.3, 30, 0, 100, -1.0}});
-    for (int percent = 0; percent <= 100; ++percent) {
-        expectLevels({{percent / 100.0, percent}, {percent > 1 ? percent : 0.0, percent > 1 ? percent : 0}});
+    for (int percent = 2; percent <= 100; ++percent) {
+        expectLevel(percent, {percent / 100.0, static_cast<double>(percent)});
     }
+    expectLevel(100, {1.0, std::nextafter(1.0, 0.0)});
+    expectLevel(1, {0.01, std::nextafter(1.0, 2.0)});
+    expectLevel(0, {0.0, -0.0, -0.5, std::numeric_limits<double>::denorm_min()});
+    expectLevel(12, {-0.5, -50.0}, {.min = 12});
+    // Two negatives make a level.
+    expectLevel(30, {-0.3}, {.scale = -1.0});
 }
 
 TEST(BacklightLevel, HalvesRoundAwayFromZero) {
-    expectLevels({{0.125, 13},
-                  {2.5, 3},
-                  {3.5, 4},
-                  {2.4999, 2},
-                  {0.0049, 0},
-                  {0.005, 1},
-                  // Adding a half to the double just below one half would carry it up.
-                  {std::nextafter(64.0, 0.0), 0, 0, 100, 1.0 / 128.0},
-                  {64.0, 1, 0, 100, 1.0 / 128.0}});
+    expectLevel(0, {0.0049});
+    expectLevel(1, {0.005});
+    expectLevel(2, {1.5, 2.4999});
+    expectLevel(3, {2.5});
+    expectLevel(13, {0.125});
+    // Adding a half to the double just below one half would carry it up.
+    expectLevel(0, {std::nextafter(64.0, 0.0)}, {.scale = 1.0 / 128.0});
+    expectLevel(1, {64.0}, {.scale = 1.0 / 128.0});
 }
 
 TEST(BacklightLevel, UnknownValueShowsTheDefaultScaledAndBounded) {
-    for (const auto& [level, brightness] :
-         std::vector<std::pair<std::int32_t, int>>{{80, 80}, {1, 100}, {0, 0}, {2, 2}, {100, 100}, {-1, 0}}) {
-        EXPECT_EQ(lit({.defaultValue = level}, false, 55.0), steady(byteOf(brightness))) << level;
-    }
-    for (const auto& [level, brightness] : std::vector<std::pair<std::int32_t, int>>{{80, 40}, {0, 10}, {1, 50}}) {
-        EXPECT_EQ(lit({.min = 10, .max = 60, .defaultValue = level, .scale = 0.5}, false, 0.0),
-                  steady(byteOf(brightness)))
-            << level;
-    }
+    const auto expectDefault = [](int brightness, BacklightProfile backlight, std::int32_t level) {
+        backlight.defaultValue = level;
+        EXPECT_EQ(lit(backlight, false, 55.0), steady(byteOf(brightness))) << level;
+    };
+    expectDefault(80, {}, 80);
+    expectDefault(100, {}, 1);
+    expectDefault(2, {}, 2);
+    expectDefault(0, {}, -1);
+    expectDefault(40, {.min = 10, .max = 60, .scale = 0.5}, 80);
+    expectDefault(10, {.min = 10, .max = 60, .scale = 0.5}, 0);
 }
 
 TEST(BacklightLevel, BoundsApplyAfterTheScaleAndTheUpperOneRules) {
-    expectLevels({{0.9, 100, 0, 100, 2.0},
-                  {0.4, 80, 0, 100, 2.0},
-                  {0.9, 30, 30, 100, 0.1},
-                  // Crossed bounds.
-                  {50.0, 40, 60, 40},
-                  {41.0, 40, 60, 40},
-                  {40.0, 60, 60, 40},
-                  {0.1, 60, 60, 40},
-                  // Bounds beyond a byte.
-                  {300.0, 255, 0, 400},
-                  {5.0, 255, 300, 400},
-                  {5.0, 0, -50, -1},
-                  {254.0, 254, lowest, highest},
-                  {-0.5, 0, lowest, highest}});
+    expectLevel(100, {0.9}, {.scale = 2.0});
+    expectLevel(80, {0.4}, {.scale = 2.0});
+    expectLevel(30, {0.9}, {.min = 30, .scale = 0.1});
+    // Crossed bounds.
+    expectLevel(40, {50.0, 41.0}, {.min = 60, .max = 40});
+    expectLevel(60, {40.0, 0.1}, {.min = 60, .max = 40});
+    // Bounds beyond a byte.
+    expectLevel(255, {300.0}, {.max = 400});
+    expectLevel(255, {5.0}, {.min = 300, .max = 400});
+    expectLevel(0, {5.0}, {.min = -50, .max = -1});
+    expectLevel(254, {254.0}, {.min = lowest, .max = highest});
+    expectLevel(0, {-0.5}, {.min = lowest, .max = highest});
 }
 
 TEST(BacklightLevel, WhatIsNoNumberOrTooLargeCountsAsZero) {
-    for (const double value : {nan, infinity, -infinity, highestDouble, -highestDouble, 1e300, 0x1p63, -0x1p63}) {
-        expectLevels({{value, 0}, {value, 12, 12}});
-    }
+    const std::vector<double> values{nan, infinity, -infinity, highestDouble, -highestDouble, 1e300, 0x1p63, -0x1p63};
+    expectLevel(0, values);
+    expectLevel(12, values, {.min = 12});
     for (const double scale : {nan, infinity, -infinity, highestDouble}) {
-        expectLevels({{50.0, 12, 12, 100, scale}});
+        expectLevel(12, {50.0}, {.min = 12, .scale = scale});
     }
-    expectLevels({{0.0, 12, 12, 100, infinity}});
+    expectLevel(12, {0.0}, {.min = 12, .scale = infinity});
 }
 
 TEST(BacklightLevel, LargeValuesAreTakenByTheirLowThirtyTwoBits) {
-    expectLevels({{4294967296.0 + 5, 5, 3, 200},      // 0x1_0000_0005
-                  {4294967296.0, 3, 3, 200},          // 0x1_0000_0000
-                  {2147483647.0, 200, 3, 200},        // the highest positive number
-                  {2147483648.0, 3, 3, 200},          // the lowest negative one
-                  {4294967295.0, 3, 3, 200},          // -1
-                  {-10000000000.0, 200, 3, 200},      // -10^12: 727379968
-                  {9223372036854774784.0, 3, 3, 200}, // the last double below 2^63: -1024
-                  {0x1p62, 3, 3, 200, -2.0}});        // -2^63 itself still fits, and its low bits are 0
+    const BacklightProfile wide{.min = 3, .max = 200};
+    expectLevel(5, {4294967296.0 + 5}, wide);      // 0x1_0000_0005
+    expectLevel(3, {4294967296.0}, wide);          // 0x1_0000_0000
+    expectLevel(200, {2147483647.0}, wide);        // the highest positive number
+    expectLevel(3, {2147483648.0}, wide);          // the lowest negative one
+    expectLevel(3, {4294967295.0}, wide);          // -1
+    expectLevel(200, {-10000000000.0}, wide);      // -10^12: 727379968
+    expectLevel(3, {9223372036854774784.0}, wide); // the last double below 2^63: -1024
+    // -2^63 itself still fits, and its low bits are 0.
+    expectLevel(3, {0x1p62}, {.min = 3, .max = 200, .scale = -2.0});
 }
 
 LedCommand effect(const char* name, std::int32_t param0, std::int32_t param1, std::int32_t param2) {
@@ -173,35 +147,22 @@ LedCommand effect(const char* name, std::int32_t param0, std::int32_t param1, st
 }
 
 TEST(EffectCommand, NamesAreReadInAnyCaseAndSpacing) {
-    for (const char* name : {"STEADY", " st eady"}) {
-        EXPECT_EQ(effect(name, 1, 2, 3), steady(9)) << name;
-    }
-    for (const char* name : {"BREATHE", "Breathe"}) {
-        EXPECT_EQ(effect(name, 1, 2, 3), (LedCommand{2, 0, 1, 2, 3})) << name;
-    }
-    for (const char* name : {"FLASH", "\tflash\n"}) {
-        EXPECT_EQ(effect(name, 1, 2, 3), (LedCommand{3, 0, 1, 2, 3})) << name;
-    }
-    for (const char* name : {"OFF", "off", "", "  ", "PULSE", "STEADYX", "FLAS"}) {
-        EXPECT_EQ(effect(name, 1, 2, 3), LedCommand{}) << name;
+    const std::pair<LedCommand, std::vector<const char*>> rows[] = {
+        {steady(9), {"STEADY", " st eady"}},
+        {{2, 0, 1, 2, 3}, {"BREATHE", "Breathe"}},
+        {{3, 0, 1, 2, 3}, {"FLASH", "\tflash\n"}},
+        {{}, {"OFF", "off", "", "  ", "PULSE", "STEADYX", "FLAS"}},
+    };
+    for (const auto& [command, names] : rows) {
+        for (const char* name : names) {
+            EXPECT_EQ(effect(name, 1, 2, 3), command) << name;
+        }
     }
 }
 
 TEST(EffectCommand, NumbersAreCutToTheirFields) {
-    struct Row {
-        std::int32_t given;
-        std::uint16_t word;
-    };
-    for (const auto& [given, word] : std::vector<Row>{{lowest, 0},
-                                                      {-1, 0},
-                                                      {254, 254},
-                                                      {255, 255},
-                                                      {256, 256},
-                                                      {65534, 65534},
-                                                      {65535, 65535},
-                                                      {65536, 65535},
-                                                      {70000, 65535},
-                                                      {highest, 65535}}) {
+    for (const std::int32_t given : {lowest, -1, 254, 255, 256, 65534, 65535, 65536, highest}) {
+        const auto word = static_cast<std::uint16_t>(std::clamp(given, 0, 65535));
         EXPECT_EQ(effectCommand({"STEADY", given, 9, 9, 9}), steady(byteOf(given))) << given;
         EXPECT_EQ(effect("BREATHE", given, 2, 3), (LedCommand{2, 0, byteOf(given), 2, 3})) << given;
         EXPECT_EQ(effect("BREATHE", 1, given, 3), (LedCommand{2, 0, 1, word, 3})) << given;
@@ -212,15 +173,10 @@ TEST(EffectCommand, NumbersAreCutToTheirFields) {
 TEST(BoardLedCommand, IsThatOfTheBoardsProfile) {
     MappingSettings settings;
     OutputsConfig& outputs = settings.config.outputs;
-    for (const auto& [name, brightness] : {std::pair{"BRIGHT", 90}, {"DIM", 10}, {"AARDVARK", 33}}) {
-        outputs.profiles[name].simDisconnected = {"STEADY", brightness, 0, 0, 0};
-    }
-    outputs.roleProfiles["MFD"] = "DIM";
-    outputs.devices = {{"A", -1, "", " bright"}, {"", 1, "mfd", ""}, {"C", -1, "", "NOSUCH"}};
+    outputs.profiles["BRIGHT"].simDisconnected = {"STEADY", 90, 0, 0, 0};
+    outputs.devices = {{"A", -1, "", " bright"}, {"", 1, "", "bright"}};
     EXPECT_EQ(boardLedCommand(settings.config, "A", 0, {}), steady(90));
-    EXPECT_EQ(boardLedCommand(settings.config, "B", 1, {}), steady(10));
-    // A profile that is missing gives the one that sorts first.
-    EXPECT_EQ(boardLedCommand(settings.config, "C", 0, {}), steady(33));
+    EXPECT_EQ(boardLedCommand(settings.config, "B", 1, {}), steady(90));
     EXPECT_EQ(boardLedCommand(settings.config, "D", 0, {}), disconnectedFlash);
     LightState state{.simConnected = true, .backlightKnown = true, .backlightValue = 0.25};
     EXPECT_EQ(boardLedCommand(settings.config, "D", 0, state), steady(25));

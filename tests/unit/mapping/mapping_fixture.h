@@ -4,6 +4,7 @@
 #include "simulation/boards/virtual_hid_bus.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/fake_simconnect.h"
+#include "tests/support/gate.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/wait_until.h"
 #include "tests/unit/mapping/mapping_settings.h"
@@ -16,26 +17,6 @@
 #include <string>
 #include <utility>
 #include <vector>
-
-/// Holds up whoever comes to it until it is opened.
-class Gate {
-public:
-    void pass() {
-        ++arrivals;
-        isOpen.wait(false);
-    }
-    bool waitForArrival() const {
-        return waitUntil([this] { return arrivals > 0; });
-    }
-    void open() {
-        isOpen = true;
-        isOpen.notify_all();
-    }
-
-private:
-    std::atomic<int> arrivals{0};
-    std::atomic<bool> isOpen{false};
-};
 
 /// An engine between real clients on a simulator in memory and a real HID manager on a virtual bus.
 class MappingTest : public testing::Test, protected MappingSettings {
@@ -90,13 +71,13 @@ protected:
         ASSERT_TRUE(startEngine());
     }
 
-    /// Has the client take the command of the next event in hand and sleep for the rate limit with it, so that what is
-    /// queued behind it stays queued until its host's sleeps pass. Before the module is connected.
+    /// Has the client take the event's command and sleep for the rate limit with it, so that what is queued behind it
+    /// stays queued until its host's sleeps pass. The limit is set before the module is connected.
     void limitRate() {
         config.mobiflight.rpnRateLimitMs = 100;
         mobiflightHost.setNow(1);
     }
-    void fillHand(const HidProtocol::HidEvent& event) {
+    void putInFlight(const HidProtocol::HidEvent& event) {
         mobiflightHost.holdSleeps();
         handle(event);
         ASSERT_EQ(mobiflightHost.waitForSleep(), 100);
@@ -198,7 +179,7 @@ protected:
     std::size_t submitted = 0;
 
 private:
-    /// The engine's host, which tells whose thread reads the clock and which threads have ended.
+    /// The engine's host, which counts each worker's reads of the clock and the threads that have ended.
     Host engineRecord() {
         static thread_local std::size_t self = 3;
         Host host = engineHost.record();
