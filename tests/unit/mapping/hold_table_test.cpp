@@ -33,19 +33,15 @@ protected:
 
 TEST_F(HoldTableTest, HoldIsDueEachPeriodFromOnePeriodOn) {
     start("a", "LEFT", 1000);
-    EXPECT_EQ(due(1000), vector<string>{});
     EXPECT_EQ(due(1009), vector<string>{});
     EXPECT_EQ(due(1010), vector<string>{"LEFT"});
     EXPECT_EQ(due(1010), vector<string>{});
     EXPECT_EQ(due(1019), vector<string>{});
     EXPECT_EQ(due(1020), vector<string>{"LEFT"});
-}
-
-TEST_F(HoldTableTest, LateLookTakesAHoldOnceAndCountsFromThen) {
-    start("a", "LEFT", 0);
-    EXPECT_EQ(due(95), vector<string>{"LEFT"});
-    EXPECT_EQ(due(104), vector<string>{});
-    EXPECT_EQ(due(105), vector<string>{"LEFT"});
+    // A late look takes it once and counts from then.
+    EXPECT_EQ(due(1095), vector<string>{"LEFT"});
+    EXPECT_EQ(due(1104), vector<string>{});
+    EXPECT_EQ(due(1105), vector<string>{"LEFT"});
 }
 
 TEST_F(HoldTableTest, StartOfARunningHoldRefreshesItsCommandButNotItsTime) {
@@ -75,14 +71,11 @@ TEST(HoldKey, HasBoardIndexControlAndRole) {
 }
 
 TEST(HoldPeriod, BelowOneMillisecondCountsAsTen) {
-    constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
     constexpr std::int32_t highest = std::numeric_limits<std::int32_t>::max();
     EXPECT_EQ(holdPeriodNs(1), 1'000'000);
-    EXPECT_EQ(holdPeriodNs(25), 25'000'000);
     EXPECT_EQ(holdPeriodNs(highest), std::int64_t{highest} * 1'000'000);
-    for (const std::int32_t configured : {0, -5, lowest}) {
-        EXPECT_EQ(holdPeriodNs(configured), 10'000'000) << configured;
-    }
+    EXPECT_EQ(holdPeriodNs(0), 10'000'000);
+    EXPECT_EQ(holdPeriodNs(-5), 10'000'000);
 }
 
 } // namespace

@@ -5,8 +5,8 @@
 using std::string;
 using std::vector;
 
-/// Start and stop. Control 5 isn't in the command file, so its press fires a simulator event,
-/// by which the event worker can be held up.
+/// Start and stop. Control 5 isn't in the command file, so its press fires a simulator event, by which a test can hold
+/// up the event worker.
 class EngineCore : public MappingTest {
 protected:
     /// Has the event worker wait at the gate with an event in flight, so that those after it stay queued.
@@ -22,46 +22,21 @@ protected:
         ASSERT_TRUE(gate.waitForArrival());
     }
 
-    /// Whether these and no others are the events handled so far, as "controlId value". Waits for them.
-    bool handled(const vector<string>& expected) {
+    /// Waits for events and expects these and no others, by control number, since the test began.
+    void expectHandled(const vector<string>& expected) {
         waitUntil([&] { return eventLines().size() >= expected.size(); });
-        vector<string> events;
+        vector<string> controls;
         for (const string& line : eventLines()) {
-            int control = 0;
-            int value = 0;
-            std::sscanf(line.substr(line.find(" controlId=")).c_str(), " controlId=%d value=%d", &control, &value);
-            events.push_back(std::to_string(control) + " " + std::to_string(value));
+            const std::size_t begin = line.find("controlId=") + 10;
+            controls.push_back(line.substr(begin, line.find(' ', begin) - begin));
         }
-        EXPECT_EQ(events, expected);
-        return events == expected;
+        EXPECT_EQ(controls, expected);
     }
 
     string startError() {
         string error;
         EXPECT_FALSE(engine.start(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, error));
         return error;
-    }
-
-    /// Starts the engine without one reference, by number, and submits events of every effect. A complete engine would
-    /// handle, and log, what this one has left in the queue. False if that is something: it had too little time.
-    bool takesEventsSilentlyWithout(int missing, int timeMs) {
-        string error;
-        EXPECT_TRUE(engine.start(missing == 0 ? nullptr : &config, &hid, missing == 1 ? nullptr : &simConnect,
-                                 missing == 2 ? nullptr : &mobiflight, missing == 3 ? nullptr : &buttons,
-                                 missing == 4 ? nullptr : &eventMap, &simState, error));
-        for (const auto& event : {button(9, 1), button(6, 1), notice()}) {
-            engine.submitEvent(event, "B", 0);
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(timeMs));
-        engine.stop();
-        EXPECT_EQ(log.lines(), vector<string>{});
-        EXPECT_TRUE(startEngine());
-        engine.submitEvent(button(2, 1), "B", 0);
-        EXPECT_TRUE(waitUntil([this] { return lastEventLine().find("controlId=2 ") != string::npos; }));
-        engine.stop();
-        const bool leftNothing = eventLines().size() == 1;
-        log.clear();
-        return leftNothing;
     }
 
     // The gate has to outlive the engine's run.
@@ -98,17 +73,23 @@ TEST_F(EngineStart, LeavesNoThreadBehindWhenOneIsRefused) {
     ASSERT_TRUE(startEngine());
     EXPECT_EQ(engineHost.threadsStarted() - before, 3U);
     handle(button(2, 1));
-    EXPECT_TRUE(handled({"2 1"}));
+    expectHandled({"2"});
 }
 
 TEST_F(EngineStart, MissingReferenceDropsEachEventSilently) {
     addControl(9, "LISTED", R"("PRESS":{"":"X"})");
     for (int missing = 0; missing < 5; ++missing) {
-        int timeMs = 1;
-        while (timeMs <= 32768 && !takesEventsSilentlyWithout(missing, timeMs)) {
-            timeMs *= 2;
+        string error;
+        ASSERT_TRUE(engine.start(missing == 0 ? nullptr : &config, &hid, missing == 1 ? nullptr : &simConnect,
+                                 missing == 2 ? nullptr : &mobiflight, missing == 3 ? nullptr : &buttons,
+                                 missing == 4 ? nullptr : &eventMap, &simState, error));
+        for (const auto& event : {button(9, 1), button(6, 1), notice()}) {
+            engine.submitEvent(event, "B", 0);
         }
-        EXPECT_LE(timeMs, 32768) << missing;
+        // Time to handle them; nothing shows that they have been.
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        engine.stop();
+        EXPECT_EQ(log.lines(), vector<string>{}) << missing;
     }
 }
 
@@ -150,10 +131,10 @@ TEST_F(EngineStop, HandlesAtMostTheEventInFlightAndKeepsTheRest) {
     EXPECT_TRUE(waitUntil([this] { return workersEnded == 2; }));
     gate.open();
     stopper.join();
-    EXPECT_TRUE(handled({"5 1"}));
+    expectHandled({"5"});
     ASSERT_TRUE(startEngine());
     EXPECT_TRUE(drain());
-    EXPECT_TRUE(handled({"5 1", "1 1", "2 1"}));
+    expectHandled({"5", "1", "2"});
 }
 
 TEST_F(EngineStop, DestructorStops) {
@@ -174,5 +155,5 @@ TEST_F(EngineStop, EventsOfAStoppedEngineVanish) {
     engine.submitEvent(button(3, 1), "B", 0);
     ASSERT_TRUE(startEngine());
     handle(button(4, 1));
-    EXPECT_TRUE(handled({"2 1", "4 1"}));
+    expectHandled({"2", "4"});
 }
