@@ -96,18 +96,16 @@ public:
         return std::make_shared<VirtualBoard>(model);
     }
 
-    /// Plugs a board of these faults.
-    std::shared_ptr<VirtualBoard> plugFaulty(std::uint8_t number, const HidLinkFaults& faults) {
-        auto board = makeBoard(number);
+    /// Plugs the board with these faults.
+    void plugFaulty(const HidLinkFaults& faults) {
         bus.setFaults(board, faults);
         bus.plug(board);
-        return board;
     }
 
     std::shared_ptr<VirtualBoard> plugNew(std::uint8_t number, std::string_view port = "port") {
-        auto board = makeBoard(number);
-        bus.plug(board, port);
-        return board;
+        auto plugged = makeBoard(number);
+        bus.plug(plugged, port);
+        return plugged;
     }
 
     /// Starts, and waits until the scan thread has made its pass.
@@ -129,30 +127,23 @@ public:
         manager->stop();
     }
 
-    /// For a test whose transport goes through members of its own: their end must come after the manager's.
+    /// Takes another transport. If it goes through members of the test's own, the test must call `end` before they end.
+    void useTransport(HidTransport transport) {
+        manager = std::make_unique<HidManager>(std::move(transport), host.record());
+    }
     void end() {
         host.letSleepsPass();
         manager.reset();
     }
 
-    void restart() {
-        stop();
-        host.holdSleeps();
-        start();
-    }
-
     /// Waits until the reader thread of the board is in a read.
-    bool waitForReader(const std::shared_ptr<VirtualBoard>& board) {
+    bool waitForReader() {
         return waitUntil([&] { return bus.pendingReadCount(board) > 0; });
     }
 
-    /// Waits until the reader thread of the board has met a failure.
-    bool waitForFailedRead(const std::string& path) {
-        return waitUntil([&] {
-            const auto reads = bus.reads();
-            return std::any_of(reads.begin(), reads.end(),
-                               [&](const auto& read) { return read.text == "read " + path + ": failed"; });
-        });
+    /// Waits until that many reader threads have ended; the scan thread goes on.
+    bool waitForEndedReaders(std::size_t count) {
+        return waitUntil([&] { return host.threadsEnded() == count; });
     }
 
     std::size_t countCalls(HidCall call) {
@@ -175,6 +166,8 @@ public:
     VirtualHidBus bus;
     EventRecorder events;
     std::unique_ptr<HidManager> manager = std::make_unique<HidManager>(bus.transport(), host.record());
+    /// Plugged only where a test does it, for tests of one board.
+    std::shared_ptr<VirtualBoard> board = makeBoard(1);
 };
 
 /// 32 bytes that begin as given, in the form of the trace lines.

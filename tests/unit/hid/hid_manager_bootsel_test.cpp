@@ -5,27 +5,18 @@ namespace {
 using HidManagerBootsel = HidTwoBoards;
 
 const std::string report = reportText("1202");
-const std::string sentToFirst = "[INFO] BOOTSEL command sent to 0000000000000001 via WriteFile";
-const std::string sentToSecond = "[INFO] BOOTSEL command sent to 0000000000000002 via WriteFile";
 const std::string nobodyAccepts = "[WARN] No HID device accepted BOOTSEL command";
-const std::string firstFails = "[WARN] Failed to send BOOTSEL command to 0000000000000001 ";
 
 } // namespace
 
-TEST_F(HidManagerBootsel, ReachesEveryBoardInTheOrderOfPaths) {
+TEST_F(HidManagerBootsel, IsTracedOnceAndReachesEveryBoardInTheOrderOfPaths) {
+    manager->setTraceEnabled(true);
     startWithBoards();
     manager->sendBootselCommand();
     EXPECT_EQ(bus.callTexts(), (Lines{"write port#0001 " + report + ": 32", "write port#0002 " + report + ": 32"}));
-    EXPECT_EQ(log.lines(), (Lines{sentToFirst, sentToSecond}));
-}
-
-TEST_F(HidManagerBootsel, BoardThatObeysLeavesAtTheNextPass) {
-    startWithBoards();
-    manager->sendBootselCommand();
-    EXPECT_TRUE(first->inBootsel());
-    EXPECT_EQ(manager->listDevices().size(), 2U);
-    manager->scanDevices();
-    EXPECT_FALSE(manager->hasDevices());
+    EXPECT_EQ(log.lines(), (Lines{"[DEBUG] HID OUT device_ctl action=2 data=" + report,
+                                  "[INFO] BOOTSEL command sent to 0000000000000001 via WriteFile",
+                                  "[INFO] BOOTSEL command sent to 0000000000000002 via WriteFile"}));
 }
 
 TEST_F(HidManagerBootsel, FallsBackWhenTheWriteFailsOrIsShort) {
@@ -40,35 +31,21 @@ TEST_F(HidManagerBootsel, FallsBackWhenTheWriteFailsOrIsShort) {
                                   "[INFO] BOOTSEL command sent to 0000000000000002 via HidD_SetOutputReport"}));
 }
 
-TEST_F(HidManagerBootsel, WarnsWithCodesAndCountWhenBothWaysFailAndFinallyWhenNoBoardAccepts) {
+TEST_F(HidManagerBootsel, WarnsOfEachBoardThatRefusesBothAndFinallyWhenNoneAccepts) {
     bus.setFaults(first, {.writeError = 31, .setOutputReportError = 87});
     bus.setFaults(second, {.setOutputReportError = 5, .writeCount = 31});
     startWithBoards();
     manager->sendBootselCommand();
-    EXPECT_EQ(log.lines(),
-              (Lines{firstFails + "(WriteFile err=31, bytes=0, HidD_SetOutputReport err=87)",
-                     "[WARN] Failed to send BOOTSEL command to 0000000000000002 (WriteFile err=0, bytes=31, "
-                     "HidD_SetOutputReport err=5)",
-                     nobodyAccepts}));
-    // Each call sends again.
+    EXPECT_EQ(log.lines(), (Lines{"[WARN] Failed to send BOOTSEL command to 0000000000000001 (WriteFile err=31, "
+                                  "bytes=0, HidD_SetOutputReport err=87)",
+                                  "[WARN] Failed to send BOOTSEL command to 0000000000000002 (WriteFile err=0, "
+                                  "bytes=31, HidD_SetOutputReport err=5)",
+                                  nobodyAccepts}));
+    // Each call sends again, and one board that accepts is enough, whatever the others do.
+    bus.setFaults(first, {});
     manager->sendBootselCommand();
     EXPECT_EQ(countCalls(HidCall::Write), 4U);
-    EXPECT_EQ(countCalls(HidCall::SetOutputReport), 4U);
-}
-
-TEST_F(HidManagerBootsel, OneBoardThatAcceptsIsEnough) {
-    startWithBoards();
-    bus.setFaults(first, {.writeError = 1, .setOutputReportError = 2});
-    manager->sendBootselCommand();
-    EXPECT_EQ(log.lines(),
-              (Lines{firstFails + "(WriteFile err=1, bytes=0, HidD_SetOutputReport err=2)", sentToSecond}));
-    bus.setFaults(first, {});
-    bus.setFaults(second, {.writeError = 1, .setOutputReportError = 2});
-    bus.plug(second);
-    log.clear();
-    manager->sendBootselCommand();
-    EXPECT_EQ(log.lines().front(), sentToFirst);
-    EXPECT_EQ(log.linesWith(nobodyAccepts), Lines());
+    EXPECT_EQ(log.linesWith(nobodyAccepts).size(), 1U);
 }
 
 TEST_F(HidManagerBootsel, BoardsWithoutWriteHandleAreSkippedSilently) {
@@ -78,20 +55,6 @@ TEST_F(HidManagerBootsel, BoardsWithoutWriteHandleAreSkippedSilently) {
     manager->sendBootselCommand();
     EXPECT_EQ(bus.callTexts(), Lines());
     EXPECT_EQ(log.lines(), (Lines{nobodyAccepts}));
-}
-
-TEST_F(HidManagerBootsel, IsTracedOnceBeforeTheFirstWrite) {
-    manager->setTraceEnabled(true);
-    startWithBoards();
-    manager->sendBootselCommand();
-    EXPECT_EQ(log.lines(), (Lines{"[DEBUG] HID OUT device_ctl action=2 data=" + report, sentToFirst, sentToSecond}));
-}
-
-TEST_F(HidManagerBootsel, WithoutBoardsThereIsOnlyTheTraceAndTheFinalWarning) {
-    manager->setTraceEnabled(true);
-    startClean();
-    manager->sendBootselCommand();
-    EXPECT_EQ(log.lines(), (Lines{"[DEBUG] HID OUT device_ctl action=2 data=" + report, nobodyAccepts}));
 }
 
 TEST_F(HidManagerBootsel, LeavesTheCachesAlone) {

@@ -6,27 +6,20 @@ class HidManagerIdentity : public HidFixture {
 public:
     /// Connects one board of that model and those faults alone, and gives its name.
     std::string nameOf(const VirtualBoardModel& model, const HidLinkFaults& faults = {}) {
-        const auto board = std::make_shared<VirtualBoard>(model);
-        bus.setFaults(board, faults);
-        bus.plug(board, "board");
+        const auto single = std::make_shared<VirtualBoard>(model);
+        bus.setFaults(single, faults);
+        bus.plug(single, "board");
         log.clear();
         manager->scanDevices();
         const auto found = devices();
-        bus.unplug(board);
+        bus.unplug(single);
         return found.size() == 1 ? found[0].first : "not connected";
     }
 };
 
-VirtualBoardModel named(const HidProtocol::BoardId& boardId, const std::string& serial) {
+VirtualBoardModel modelOf(const std::optional<HidProtocol::BoardId>& boardId, const std::string& serial) {
     VirtualBoardModel model;
     model.boardId = boardId;
-    model.serial = serial;
-    return model;
-}
-
-VirtualBoardModel unnamed(const std::string& serial) {
-    VirtualBoardModel model;
-    model.boardId.reset();
     model.serial = serial;
     return model;
 }
@@ -44,20 +37,20 @@ constexpr HidProtocol::BoardId boardId{0x01, 0xAB, 0x00, 0xFF, 0x10, 0x20, 0x30,
 
 TEST_F(HidManagerIdentity, IsTheBoardIdElseTheSerialNumberElseThePath) {
     start();
-    EXPECT_EQ(nameOf(named(boardId, "SN-77")), "01AB00FF1020300C");
-    EXPECT_EQ(nameOf(named({}, "SN-77")), "0000000000000000");
-    EXPECT_EQ(nameOf(named(boardId, "SN-77"), {.failingFeatures = {0x20}}), "SN-77");
-    EXPECT_EQ(nameOf(named(boardId, "SN-77"), {.featureReplies = {{0x20, reply(0x21)}}}), "SN-77");
-    EXPECT_EQ(nameOf(unnamed("S\xC3\xA9rie 7")), "S\xC3\xA9rie 7");
-    EXPECT_EQ(nameOf(unnamed("")), "board#0006");
-    EXPECT_EQ(nameOf(unnamed("SN-77"), {.serialFails = true}), "board#0007");
+    EXPECT_EQ(nameOf(modelOf(boardId, "SN-77")), "01AB00FF1020300C");
+    EXPECT_EQ(nameOf(modelOf(HidProtocol::BoardId{}, "SN-77")), "0000000000000000");
+    EXPECT_EQ(nameOf(modelOf(boardId, "SN-77"), {.failingFeatures = {0x20}}), "SN-77");
+    EXPECT_EQ(nameOf(modelOf(boardId, "SN-77"), {.featureReplies = {{0x20, reply(0x21)}}}), "SN-77");
+    EXPECT_EQ(nameOf(modelOf(std::nullopt, "S\xC3\xA9rie 7")), "S\xC3\xA9rie 7");
+    EXPECT_EQ(nameOf(modelOf(std::nullopt, "")), "board#0006");
+    EXPECT_EQ(nameOf(modelOf(std::nullopt, "SN-77"), {.serialFails = true}), "board#0007");
     EXPECT_EQ(log.lines().back(), "[INFO] HID device connected: board#0007 index=6");
     EXPECT_EQ(log.linesWith("WARN"), Lines());
 }
 
 TEST_F(HidManagerIdentity, ProtocolInfoIsLoggedOnTheDebugChannel) {
     start();
-    auto model = named(boardId, "");
+    auto model = modelOf(boardId, "");
     const auto protocolLines = [&](const HidProtocol::ProtocolInfo& info, const HidLinkFaults& faults = {}) {
         model.protocolInfo = info;
         nameOf(model, faults);
@@ -71,17 +64,4 @@ TEST_F(HidManagerIdentity, ProtocolInfoIsLoggedOnTheDebugChannel) {
     Logger::instance().setDebugEnabled(false);
     manager->setTraceEnabled(true);
     EXPECT_EQ(protocolLines({1, 2, 3}), Lines());
-}
-
-TEST_F(HidManagerIdentity, IsFixedForTheSession) {
-    start();
-    const auto board = std::make_shared<VirtualBoard>(named(boardId, "SN-77"));
-    bus.plug(board);
-    manager->scanDevices();
-    bus.setFaults(board, {.serialFails = true, .failingFeatures = {0x20}});
-    manager->scanDevices();
-    EXPECT_EQ(devices()[0].first, "01AB00FF1020300C");
-    bus.plug(board);
-    manager->scanDevices();
-    EXPECT_EQ(devices()[0].first, "port#0002");
 }

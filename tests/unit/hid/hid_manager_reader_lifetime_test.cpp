@@ -1,4 +1,4 @@
-// A reader holds what the system writes to as long as reads are pending, so it ends after its handle on every way.
+// A reader holds what the system writes to as long as reads are pending, so it always ends after its handle.
 
 #include "tests/unit/hid/hid_fixture.h"
 #include "tests/unit/hid/reader_lifetime.h"
@@ -12,17 +12,16 @@ const Lines inOrder = {"handle closed", "reader destroyed"};
 class HidManagerReaderLifetime : public HidFixture {
 protected:
     HidManagerReaderLifetime() {
-        manager = std::make_unique<HidManager>(lifetimes.watch(bus.transport()), host.record());
+        useTransport(lifetimes.watch(bus.transport()));
         bus.plug(board);
     }
     ~HidManagerReaderLifetime() override { end(); }
 
     void startReading() {
         start();
-        ASSERT_TRUE(waitForReader(board));
+        ASSERT_TRUE(waitForReader());
     }
 
-    std::shared_ptr<VirtualBoard> board = makeBoard(1);
     ReaderLifetimes lifetimes;
 };
 
@@ -46,9 +45,10 @@ TEST_F(HidManagerReaderLifetime, EndsAfterItsHandleWhenTheManagerStops) {
     EXPECT_EQ(lifetimes.happenings(), inOrder);
 }
 
-TEST_F(HidManagerReaderLifetime, EndsAfterItsHandleWhenNoThreadCanBeHad) {
+TEST_F(HidManagerReaderLifetime, EndsAfterItsHandleWhenThereIsNoThread) {
     host.refuseThreadsAfter(0);
     std::string error;
     EXPECT_THROW(manager->start(settings(), {}, error), std::system_error);
     EXPECT_EQ(lifetimes.happenings(), inOrder);
+    EXPECT_FALSE(manager->hasDevices());
 }

@@ -24,14 +24,6 @@ TEST_F(HidManagerSimStatus, FirstOneAndEachChangeAreWrittenToEachBoardInTheOrder
     }
 }
 
-TEST_F(HidManagerSimStatus, WithoutBoardsItIsOnlyKept) {
-    manager->setTraceEnabled(true);
-    startClean();
-    manager->sendSimStatus(true);
-    EXPECT_EQ(bus.callTexts(), Lines());
-    EXPECT_EQ(log.lines(), Lines());
-}
-
 TEST_F(HidManagerSimStatus, LateBoardGetsTheLastOneAtConnectionAfterItsIdentity) {
     manager->setTraceEnabled(true);
     startClean();

@@ -1,3 +1,4 @@
+#include "tests/support/gate.h"
 #include "tests/unit/hid/hid_fixture.h"
 
 #include <atomic>
@@ -33,8 +34,6 @@ public:
     std::vector<std::thread> threads;
 };
 
-constexpr int plugTurns = 150;
-
 } // namespace
 
 TEST_F(HidManagerThreads, BoardsComeAndGoWhileEveryOperationRuns) {
@@ -51,39 +50,36 @@ TEST_F(HidManagerThreads, BoardsComeAndGoWhileEveryOperationRuns) {
     repeat([&](int count) { manager->sendSimStatus(count % 2 == 0); });
     repeat([&](int count) { manager->invalidateLedCache("", count % 8); });
     repeat([&](int count) {
-        if (count % 64 == 0 && manager->hasDevices()) {
+        if (count % 64 == 0) {
             manager->sendBootselCommand();
         }
         std::this_thread::yield();
     });
-    for (int turn = 0; turn < plugTurns; ++turn) {
-        const auto& board = boards[static_cast<std::size_t>(turn) % boards.size()];
-        bus.plug(board);
-        board->press(1);
-        board->turn(2, -1);
+    for (std::size_t turn = 0; turn < 150; ++turn) {
+        const auto& moved = boards[turn % boards.size()];
+        bus.plug(moved);
+        moved->press(1);
         if (turn % 3 == 0) {
-            bus.unplug(board);
+            bus.unplug(moved);
         }
         std::this_thread::yield();
     }
     joinAll();
-    for (const auto& board : boards) {
-        bus.plug(board);
+    for (const auto& each : boards) {
+        bus.plug(each);
     }
     manager->scanDevices();
     EXPECT_EQ(manager->listDevices().size(), boards.size());
     const auto before = events.events().size();
-    for (const auto& board : boards) {
-        board->press(3);
+    for (const auto& each : boards) {
+        each->press(3);
     }
     EXPECT_TRUE(events.waitForCount(before + boards.size()));
-    manager->stop();
-    EXPECT_EQ(bus.openHandleCount(), 0U);
 }
 
-TEST_F(HidManagerThreads, StopsWhileBoardsSendAndOthersCall) {
+TEST_F(HidManagerThreads, TwoStopAtOnceWhileBoardsSendAndOthersCall) {
     host.letSleepsPass();
-    const auto board = plugNew(1);
+    bus.plug(board);
     for (int turn = 0; turn < 20; ++turn) {
         done = false;
         std::string error;
@@ -91,7 +87,9 @@ TEST_F(HidManagerThreads, StopsWhileBoardsSendAndOthersCall) {
         repeat([&](int) { board->press(1); });
         repeat([&](int count) { manager->sendLedControl("", turn, {1, static_cast<std::uint8_t>(count), 0, 0, 0}); });
         repeat([&](int) { manager->listDevices(); });
+        std::thread other([&] { manager->stop(); });
         manager->stop();
+        other.join();
         EXPECT_FALSE(manager->hasDevices());
         EXPECT_EQ(bus.openHandleCount(), 0U);
         joinAll();
@@ -101,7 +99,7 @@ TEST_F(HidManagerThreads, StopsWhileBoardsSendAndOthersCall) {
 TEST_F(HidManagerThreads, ConcurrentPassesMakeOneSessionEach) {
     start();
     for (int turn = 0; turn < 25; ++turn) {
-        const auto board = plugNew(static_cast<std::uint8_t>(turn));
+        bus.plug(board);
         std::vector<std::thread> passes(4);
         for (auto& pass : passes) {
             pass = std::thread([&] { manager->scanDevices(); });
@@ -117,19 +115,6 @@ TEST_F(HidManagerThreads, ConcurrentPassesMakeOneSessionEach) {
     }
 }
 
-TEST_F(HidManagerThreads, ConcurrentStopsBothReturn) {
-    host.letSleepsPass();
-    plugNew(1);
-    for (int turn = 0; turn < 20; ++turn) {
-        std::string error;
-        ASSERT_TRUE(manager->start(settings(), events.callback(), error));
-        std::thread other([&] { manager->stop(); });
-        manager->stop();
-        other.join();
-        EXPECT_FALSE(manager->hasDevices());
-    }
-}
-
 namespace {
 
 /// A board that doesn't accept a report before the test lets it.
@@ -138,32 +123,23 @@ protected:
     HidManagerBlockedWrite() {
         auto transport = bus.transport();
         transport.write = [this, plain = transport.write](HidHandle handle, std::span<const std::uint8_t> report) {
-            writing = true;
-            EXPECT_TRUE(waitUntil([this] { return mayEnd.load(); }));
+            gate.pass();
             ended = true;
             return plain(handle, report);
         };
-        manager = std::make_unique<HidManager>(transport, host.record());
-        board = plugNew(1);
+        useTransport(transport);
+        bus.plug(board);
         start();
         writer = std::thread([this] { manager->sendSimStatus(true); });
-        EXPECT_TRUE(waitUntil([this] { return writing.load(); }));
+        EXPECT_TRUE(gate.waitForArrival());
     }
     ~HidManagerBlockedWrite() override {
-        endWrite();
+        gate.open();
+        writer.join();
         end();
     }
 
-    void endWrite() {
-        mayEnd = true;
-        if (writer.joinable()) {
-            writer.join();
-        }
-    }
-
-    std::shared_ptr<VirtualBoard> board;
-    std::atomic<bool> writing{false};
-    std::atomic<bool> mayEnd{false};
+    Gate gate;
     std::atomic<bool> ended{false};
     std::thread writer;
 };
@@ -173,32 +149,28 @@ protected:
 TEST_F(HidManagerBlockedWrite, HoldsBackAPassUntilItEndsButNoInput) {
     bus.clearCalls();
     plugNew(2);
-    std::atomic<bool> endedAtPass{false};
     std::thread pass([&] {
         manager->scanDevices();
-        endedAtPass = ended.load();
+        EXPECT_TRUE(ended);
     });
     EXPECT_TRUE(waitUntil([&] { return countCalls(HidCall::Close) == 2; }));
     board->press(5);
     EXPECT_TRUE(events.waitForCount(1));
-    endWrite();
+    gate.open();
     pass.join();
-    EXPECT_TRUE(endedAtPass);
     EXPECT_EQ(manager->listDevices().size(), 2U);
     EXPECT_EQ(board->simConnected(), true);
 }
 
 TEST_F(HidManagerBlockedWrite, HoldsBackAStopUntilItEnds) {
-    std::atomic<bool> endedAtStop{false};
     std::thread stopper([&] {
         stop();
-        endedAtStop = ended.load();
+        EXPECT_TRUE(ended);
     });
     // Time for a stop that doesn't wait to return.
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     EXPECT_EQ(countCalls(HidCall::CancelReads), 0U);
-    endWrite();
+    gate.open();
     stopper.join();
-    EXPECT_TRUE(endedAtStop);
     EXPECT_FALSE(manager->hasDevices());
 }

@@ -30,6 +30,7 @@ Bytes sampleInput() {
     return {report.begin(), report.end()};
 }
 
+/// Words are little-endian, and the value is signed.
 const HidEvent sampleEvent{0xA1, 0xA2, 0xA5A4, static_cast<std::int8_t>(0xA6), 0xA7, 0xA8, 0xAAA9};
 
 /// The event of an input report, which must decode.
@@ -52,10 +53,6 @@ std::string refusal(const Bytes& bytes) {
 
 } // namespace
 
-TEST(InputReport, FreshEventIsAllZero) {
-    EXPECT_EQ(HidEvent(), (HidEvent{0, 0, 0, 0, 0, 0, 0}));
-}
-
 TEST(InputReport, TakesEachFieldFromItsPlaceAndReadsNoOtherByte) {
     const Bytes whole = sampleInput();
     const Bytes withoutId(whole.begin() + 1, whole.end());
@@ -67,20 +64,6 @@ TEST(InputReport, TakesEachFieldFromItsPlaceAndReadsNoOtherByte) {
     for (const Bytes& bytes : {whole, withoutId, longer, otherUnread}) {
         EXPECT_EQ(decoded(bytes), sampleEvent) << hexText(bytes);
     }
-}
-
-TEST(InputReport, WordsAreLittleEndianAndTheValueIsSigned) {
-    Bytes bytes = sampleInput();
-    bytes[4] = 0x34;
-    bytes[5] = 0x12;
-    bytes[6] = 0x80;
-    bytes[9] = 0xFE;
-    bytes[10] = 0xFF;
-    EXPECT_EQ(decoded(bytes).controlId, 0x1234);
-    EXPECT_EQ(decoded(bytes).value, -128);
-    EXPECT_EQ(decoded(bytes).trailerWord, 0xFFFE);
-    bytes[6] = 0x7F;
-    EXPECT_EQ(decoded(bytes).value, 127);
 }
 
 TEST(InputReport, FirstByteOf31IsNotChecked) {
@@ -179,12 +162,6 @@ TEST(ActionName, AndNumberAreFixed) {
     }
     for (const int number : {-1, 6, 255}) {
         EXPECT_STREQ(HidProtocol::actionName(static_cast<HidEventAction>(number)), "NONE") << number;
-    }
-}
-
-TEST(HoldValue, IsTwoThreeOrFour) {
-    for (int value = -128; value < 128; ++value) {
-        EXPECT_EQ(HidProtocol::isHoldValue(static_cast<std::int8_t>(value)), value >= 2 && value <= 4) << value;
     }
 }
 
