@@ -38,30 +38,22 @@ TEST(Devices, AreReadInFileOrderWithAllKeys) {
 }
 
 TEST(Devices, AreAcceptedOrRefusedByTheirFirstFault) {
-    const std::string noError;
-    const std::string noIdentity = " must include boardId or index";
-    const std::pair<const char*, std::string> cases[] = {
-        {"[]", noError},
-        {"{}", "'devices' must be an array"},
-        {"null", "'devices' must be an array"},
-        {"\"[]\"", "'devices' must be an array"},
-        {"[1]", "devices[0] must be an object"},
-        {R"([{"index":1},{"index":2},[]])", "devices[2] must be an object"},
-        {"[{}]", "devices[0]" + noIdentity},
-        {R"([{"index":-5}])", "devices[0]" + noIdentity},
-        {R"([{"index":-1}])", "devices[0]" + noIdentity},
-        {R"([{"boardId":"0x"}])", "devices[0]" + noIdentity},
-        {R"([{"boardId":"  "}])", "devices[0]" + noIdentity},
-        {R"([{"index":1},{"boardId":12,"index":"3"}])", "devices[1]" + noIdentity},
-        {R"([{"boardId":"0x","index":2}])", noError},
-        {R"([{"boardId":"AA","index":-5}])", "devices[0] index must be >= 0"},
-        {R"([{"boardId":"AA","index":1e10}])", "devices[0] index must be >= 0"},
+    const std::pair<const char*, std::vector<const char*>> cases[] = {
+        {"'devices' must be an array", {"{}", "null", "\"[]\""}},
+        {"devices[0] must be an object", {"[1]"}},
+        {"devices[2] must be an object", {R"([{"index":1},{"index":2},[]])"}},
+        {"devices[0] must include boardId or index",
+         {"[{}]", R"([{"index":-5}])", R"([{"index":-1}])", R"([{"boardId":"0x"}])", R"([{"boardId":"  "}])"}},
+        {"devices[1] must include boardId or index", {R"([{"index":1},{"boardId":12,"index":"3"}])"}},
+        {"devices[0] index must be >= 0", {R"([{"boardId":"AA","index":-5}])", R"([{"boardId":"AA","index":1e10}])"}},
         // Beside a boardId, -1 is no index.
-        {R"([{"boardId":"AA","index":-1.9}])", noError},
-        {R"([{"boardId":"AA"},{"boardId":"aa"},{"index":1},{"index":1}])", noError},
+        {"", {"[]", R"([{"boardId":"0x","index":2}])", R"([{"boardId":"AA","index":-1.9}])"}},
+        {"", {R"([{"boardId":"AA"},{"boardId":"aa"},{"index":1},{"index":1}])"}},
     };
-    for (const auto& [devices, error] : cases) {
-        EXPECT_EQ(errorWith(std::string("\"devices\":") + devices), error) << devices;
+    for (const auto& [error, rows] : cases) {
+        for (const char* devices : rows) {
+            EXPECT_EQ(errorWith(std::string("\"devices\":") + devices), error) << devices;
+        }
     }
     EXPECT_EQ(withDevices(R"([{"boardId":"AA","index":-1.9}])").outputs.devices.at(0).index, -1);
     EXPECT_EQ(withDevices(R"([{"boardId":"0x","index":2}])").outputs.devices.at(0).boardId, "");

@@ -7,6 +7,7 @@
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -18,6 +19,10 @@ JsonValue valueOf(const std::string& text) {
 
 OutputsConfig outputsWith(const std::string& section) {
     return configWith("\"outputs\":" + section).outputs;
+}
+
+std::string errorOfProfile(const std::string& members) {
+    return errorWith(R"("outputs":{"profiles":{"Night":{)" + members + "}}}");
 }
 
 TEST(DefaultProfile, HoldsItsFixedValues) {
@@ -128,40 +133,26 @@ TEST(DefaultProfileGuarantee, MakesTheProfileThatIsMissing) {
 }
 
 TEST(ProfileValidation, AcceptsAndRefusesAtItsLimits) {
-    const std::string noError;
-    const std::string profile = "outputs.profiles[NIGHT].";
-    const std::string bounds = profile + "backlight min/max must be between 0-100";
-    const std::string defaultLevel = profile + "backlight default must be between 0-100";
-    const std::string value = profile + "backlight value must be between 0-100";
-    const std::string scale = profile + "backlight scale must be > 0";
-    const std::pair<const char*, std::string> cases[] = {
-        {R"("backlight":{"min":50,"max":40})", bounds},
-        {R"("backlight":{"min":-1})", bounds},
-        {R"("backlight":{"max":101})", bounds},
-        {R"("backlight":{"min":1e10})", bounds},
-        {R"("backlight":{"min":40,"max":40})", noError},
-        {R"("backlight":{"min":-0.9,"max":100.9})", noError},
-        {R"("backlight":{"default":-1})", defaultLevel},
-        {R"("backlight":{"default":101})", defaultLevel},
-        {R"("backlight":{"min":90,"default":0})", noError},
-        {R"("backlight":{"default":100})", noError},
-        {R"("backlight":{"value":-1})", value},
-        {R"("backlight":{"value":101})", value},
-        {R"("backlight":{"value":0})", noError},
-        {R"("backlight":{"value":100})", noError},
-        {R"("backlight":{"scale":0})", scale},
-        {R"("backlight":{"scale":-0.5})", scale},
-        {R"("backlight":{"scale":0.0001})", noError},
-        {R"("backlight":{"scale":1e999})", noError},
-        {R"("backlight":{"mode":"anything"})", noError},
-        {R"("simDisconnected":{"effect":"blink"})", profile + "simDisconnected.effect is invalid"},
-        {R"("batteryOff":{"effect":"blink"})", profile + "batteryOff.effect is invalid"},
-        {R"("simDisconnected":{"effect":" flash "},"batteryOff":{"effect":" "})", noError},
-        {R"("batteryOff":{"brightness":-5,"count":1e10,"level":999})", noError},
+    const std::pair<const char*, std::vector<const char*>> backlights[] = {
+        {"min/max must be between 0-100", {R"("min":50,"max":40)", R"("min":-1)", R"("max":101)", R"("min":1e10)"}},
+        {"default must be between 0-100", {R"("default":-1)", R"("default":101)"}},
+        {"value must be between 0-100", {R"("value":-1)", R"("value":101)"}},
+        {"scale must be > 0", {R"("scale":0)", R"("scale":-0.5)"}},
+        {"", {R"("min":40,"max":40)", R"("min":-0.9,"max":100.9)", R"("min":90,"default":0)", R"("default":100)"}},
+        {"", {R"("value":0)", R"("value":100)", R"("scale":0.0001)", R"("scale":1e999)", R"("mode":"anything")"}},
     };
-    for (const auto& [members, error] : cases) {
-        EXPECT_EQ(errorWith(std::string(R"("outputs":{"profiles":{"Night":{)") + members + "}}}"), error) << members;
+    for (const auto& [fault, rows] : backlights) {
+        const std::string error = *fault == '\0' ? "" : std::string("outputs.profiles[NIGHT].backlight ") + fault;
+        for (const char* members : rows) {
+            EXPECT_EQ(errorOfProfile(std::string(R"("backlight":{)") + members + "}"), error) << members;
+        }
     }
+    EXPECT_EQ(errorOfProfile(R"("simDisconnected":{"effect":"blink"})"),
+              "outputs.profiles[NIGHT].simDisconnected.effect is invalid");
+    EXPECT_EQ(errorOfProfile(R"("batteryOff":{"effect":"blink"})"),
+              "outputs.profiles[NIGHT].batteryOff.effect is invalid");
+    EXPECT_EQ(errorOfProfile(R"("simDisconnected":{"effect":" flash "},"batteryOff":{"effect":" "})"), "");
+    EXPECT_EQ(errorOfProfile(R"("batteryOff":{"brightness":-5,"count":1e10,"level":999})"), "");
 }
 
 TEST(ProfileValidation, GoesThroughTheProfilesInKeyOrder) {

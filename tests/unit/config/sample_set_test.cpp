@@ -209,6 +209,7 @@ TEST_F(SampleSet, ControlsDoWhatTheirNamesSay) {
     for (const auto& [place, command] : expected) {
         EXPECT_EQ(buttons.lookup(place.first, place.second, "PFD"), command);
     }
+    EXPECT_EQ(buttons.lookup("AP_NOSE_DN", "HOLD", "PFD"), buttons.lookup("AP_NOSE_DN", "PRESS", "PFD"));
 }
 
 TEST_F(SampleSet, ADisplayNeverReachesForTheOther) {

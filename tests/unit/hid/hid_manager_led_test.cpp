@@ -97,13 +97,3 @@ TEST_F(HidManagerLed, ReplugForgetsTheCacheAndReplaysNoLight) {
     EXPECT_TRUE(light(steady));
     EXPECT_EQ(first->led(), steady);
 }
-
-TEST_F(HidManagerLed, IsTracedOnlyWhenWritten) {
-    manager->setTraceEnabled(true);
-    startWithBoards();
-    EXPECT_TRUE(light(flash));
-    EXPECT_TRUE(light(flash));
-    EXPECT_EQ(bus.callTexts(), (Lines{"write port#0001 " + reportText("10030004F401C8") + ": 32"}));
-    EXPECT_EQ(log.lines(),
-              (Lines{"[DEBUG] HID OUT led_ctl device=0000000000000001 bytes=32 data=" + reportText("10030004F401C8")}));
-}

@@ -80,15 +80,13 @@ TEST_F(HidManagerScan, ForeignDeviceIsProbedAndNothingElse) {
         VirtualBoardModel model;
         model.vendorId = static_cast<std::uint16_t>(vendorId);
         model.productId = static_cast<std::uint16_t>(productId);
-        const auto foreign = std::make_shared<VirtualBoard>(model);
-        bus.plug(foreign);
+        board = std::make_shared<VirtualBoard>(model);
+        bus.plug(board);
         bus.clearCalls();
         manager->scanDevices();
-        manager->sendSimStatus(vendorId == 0x1234);
-        manager->sendBootselCommand();
         EXPECT_EQ(bus.callTexts().size(), probeCalls.size());
         EXPECT_FALSE(manager->hasDevices());
-        bus.unplug(foreign);
+        bus.unplug(board);
     }
 }
 

@@ -57,21 +57,19 @@ TEST_F(EngineStart, RefusesARunningEngineAndLeavesItAlone) {
     EXPECT_EQ(startError(), "Mapping engine already running");
     handle(button(1, 1), "B", -1);
     EXPECT_NE(lastEventLine().find(" index=-1 "), string::npos);
-    EXPECT_EQ(workersEnded, 0);
+    EXPECT_EQ(engineHost.threadsEnded(), 0U);
 }
 
 TEST_F(EngineStart, LeavesNoThreadBehindWhenOneIsRefused) {
     for (const std::size_t allowed : {0U, 1U, 2U}) {
-        workersEnded = 0;
+        const std::size_t before = engineHost.threadsEnded();
         engineHost.refuseThreadsAfter(allowed);
         EXPECT_EQ(startError(), "Failed to start mapping workers: " + FakeHost::refusalText());
-        EXPECT_EQ(workersEnded, static_cast<int>(allowed));
+        EXPECT_EQ(engineHost.threadsEnded(), before + allowed);
         engine.submitEvent(button(1, 1), "B", 0);
     }
     engineHost.refuseThreadsAfter(100);
-    const std::size_t before = engineHost.threadsStarted();
     ASSERT_TRUE(startEngine());
-    EXPECT_EQ(engineHost.threadsStarted() - before, 3U);
     handle(button(2, 1));
     expectHandled({"2"});
 }
@@ -103,12 +101,12 @@ TEST_F(EngineStart, WorksWithoutAHidManager) {
 
 TEST_F(EngineStop, IsHarmlessOnAStoppedEngineAndTwiceAndAllowsAStart) {
     engine.stop();
-    for (int round = 1; round <= 100; ++round) {
+    for (std::size_t round = 1; round <= 100; ++round) {
         ASSERT_TRUE(startEngine());
         engine.submitEvent(button(1, 1), "B", 0);
         engine.stop();
         engine.stop();
-        ASSERT_EQ(workersEnded, 3 * round);
+        ASSERT_EQ(engineHost.threadsEnded(), 3 * round);
     }
 }
 
@@ -119,7 +117,7 @@ TEST_F(EngineStop, EndsAllThreadsAtOnceWhateverTheyWaitFor) {
     engine.requestOutputUpdate();
     ASSERT_TRUE(waitUntil([this] { return clockReads(OutputWorker) > 0 && clockReads(HoldWorker) > 0; }));
     engine.stop();
-    EXPECT_EQ(workersEnded, 3);
+    EXPECT_EQ(engineHost.threadsEnded(), 3U);
 }
 
 TEST_F(EngineStop, HandlesAtMostTheEventInFlightAndKeepsTheRest) {
@@ -128,7 +126,7 @@ TEST_F(EngineStop, HandlesAtMostTheEventInFlightAndKeepsTheRest) {
     submit(button(2, 1));
     std::thread stopper([this] { engine.stop(); });
     // The other two have seen the stop.
-    EXPECT_TRUE(waitUntil([this] { return workersEnded == 2; }));
+    EXPECT_TRUE(waitUntil([this] { return engineHost.threadsEnded() == 2; }));
     gate.open();
     stopper.join();
     expectHandled({"5"});

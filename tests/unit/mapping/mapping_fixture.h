@@ -171,7 +171,6 @@ protected:
     FakeSimConnect sim;
     VirtualHidBus bus;
     SharedSimState simState;
-    std::atomic<int> workersEnded{0};
     HidManager hid{bus.transport(), hidHost.record()};
     SimConnectClient simConnect{sim.library(), simHost.record()};
     MobiFlightClient mobiflight{sim.library(), mobiflightHost.record()};
@@ -179,7 +178,7 @@ protected:
     std::size_t submitted = 0;
 
 private:
-    /// The engine's host, which counts each worker's reads of the clock and the threads that have ended.
+    /// The engine's host, which counts each worker's reads of the clock.
     Host engineRecord() {
         static thread_local std::size_t self = 3;
         Host host = engineHost.record();
@@ -187,12 +186,10 @@ private:
             ++reads[self];
             return now();
         };
-        host.startThread = [this, start = host.startThread](std::function<void()> body) {
-            const std::size_t number = threadsStarted % 3;
-            std::thread worker = start([this, number, body = std::move(body)] {
+        host.startThread = [this, start = host.startThread](const std::function<void()>& body) {
+            std::thread worker = start([number = threadsStarted % 3, body] {
                 self = number;
                 body();
-                ++workersEnded;
             });
             ++threadsStarted;
             return worker;
