@@ -88,12 +88,12 @@ TEST(ButtonConfigParse, SkipsCommandsOfAnotherType) {
     EXPECT_EQ(config.lookup("A", "RELEASE", "PFD"), "kept");
 }
 
-TEST(ButtonConfigParse, NormalisesKeysAtEveryLevel) {
+TEST(ButtonConfigParse, NormalisesKeysAtEveryLevelAndKeepsTheirZeroBytes) {
     const ButtonConfig config =
-        parsed(R"({"buttons":[{"name":" nav swap ","commands":{" pr ess\t":{" p f d ":"x"}}}]})");
-    EXPECT_TRUE(config.contains("NAVSWAP"));
-    EXPECT_FALSE(config.contains("nav swap"));
-    EXPECT_EQ(config.lookup(" nav swap", "pre ss", "pfd\n"), "x");
+        parsed(R"({"buttons":[{"name":" nav\u0000 swap ","commands":{" pr ess\t":{" p f d ":"x"}}}]})");
+    EXPECT_TRUE(config.contains(std::string("NAV\0SWAP", 8)));
+    EXPECT_FALSE(config.contains("NAV"));
+    EXPECT_EQ(config.lookup(std::string_view(" nav\0swap", 9), "pre ss", "pfd\n"), "x");
 }
 
 TEST(ButtonConfigParse, MergesElementsOfOneName) {

@@ -20,7 +20,6 @@ protected:
         addControl(21, "HDG", R"("CW":{"":"INC"},"CCW":{"":"DEC"},"CW_FAST":{"":"INC10"})");
         addControl(22, "MENU",
                    R"("PRESS":{"PFD":"PFD_MENU","MFD":"MFD_MENU","COPILOT":"COPILOT_MENU","DEFAULT":"MENU"})");
-        addControl(23, "MUTE", R"("PRESS":{"PFD":"","DEFAULT":"MUTE"})");
         addControl(30, "MAP_LEFT", R"("PRESS":{"":"LEFT","MFD":"MFD_LEFT"},"HOLD":{"":"LEFT_HELD"})");
         addControl(31, "MAP_UP", R"("PRESS":{"":"UP"})");
         addControl(32, "MAP_DOWN", R"("RELEASE":{"":"DOWN"})");
@@ -113,22 +112,14 @@ TEST_F(EventDecisionTest, FastCommandCountsForItsRoleAndUnlessEmpty) {
 }
 
 TEST_F(EventDecisionTest, ModeOfTheBoardOutranksItsConfiguredRole) {
-    config.outputs.devices = {{"B", -1, " coPilot", ""}};
+    config.outputs.devices = {{"B", -1, " coPilot", ""}, {"", 4, "mfd", ""}};
     expectMeanings({{button(22, 1, 0), "send PFD_MENU x1"},
                     {button(22, 1, 1), "send MFD_MENU x1"},
                     {button(22, 1, 2), "send COPILOT_MENU x1"},
                     {button(22, 1, 255), "send COPILOT_MENU x1"},
                     {button(22, 0, 1), "cancel MFD_MENU"}});
-}
-
-TEST_F(EventDecisionTest, RoleWithoutCommandOfItsOwnTakesTheDefault) {
-    config.outputs.devices = {{"C", -1, "JUMPSEAT", ""}, {"", 4, "mfd", ""}};
-    EXPECT_EQ(meaning(button(22, 1, 7), "B"), "send MENU x1");
-    EXPECT_EQ(meaning(button(22, 1, 7), "C"), "send MENU x1");
-    EXPECT_EQ(meaning(button(22, 1, 7), "D", 4), "send MFD_MENU x1");
-    // An empty command is one, and silences the control.
-    EXPECT_EQ(meaning(button(23, 1, 0)), "");
-    EXPECT_EQ(meaning(button(23, 1, 1)), "send MUTE x1");
+    EXPECT_EQ(meaning(button(22, 1, 7), "another"), "send MENU x1");
+    EXPECT_EQ(meaning(button(22, 1, 7), "another", 4), "send MFD_MENU x1");
 }
 
 TEST_F(EventDecisionTest, PressOfAnUnlistedControlFiresTheEventOfItsNumber) {

@@ -3,7 +3,7 @@
 using std::string;
 using std::vector;
 
-/// The hold worker. The engine's clock stands still at 1 s unless a test moves it.
+/// The hold worker. The engine's clock stays at 1 s unless a test moves it.
 class HoldRepeaterTest : public MappingTest {
 protected:
     void SetUp() override {
@@ -33,22 +33,7 @@ protected:
         ASSERT_EQ(writtenCount(), before + 2);
     }
 
-    void holdUpSends() {
-        sim.setHook([this](SimCall call) {
-            if (call == SimCall::SetClientData) {
-                gate.pass();
-            }
-        });
-    }
-
-    void TearDown() override {
-        gate.open();
-        engine.stop();
-        sim.setHook(nullptr);
-    }
-
     std::int64_t now = 1'000'000'000;
-    Gate gate;
 };
 
 TEST_F(HoldRepeaterTest, RepeatsEachPeriodPastTheRateLimitUntilTheRelease) {
@@ -76,7 +61,7 @@ TEST_F(HoldRepeaterTest, RepeatsEachPeriodPastTheRateLimitUntilTheRelease) {
 TEST_F(HoldRepeaterTest, PressEndsARunningHoldOfItsButtonBeforeItIsSent) {
     connectModuleAndStartEngine();
     handle(button(30, 2));
-    holdUpSends();
+    holdUp(SimCall::SetClientData);
     submit(button(30, 1));
     EXPECT_TRUE(gate.waitForArrival());
     // The press is being sent. A hold that still ran would come due now and be sent behind it.
@@ -91,7 +76,7 @@ TEST_F(HoldRepeaterTest, HoldReleasedDuringTheSendBeforeItsOwnIsSkipped) {
     connectModuleAndStartEngine();
     handle(button(30, 2));
     handle(button(31, 2));
-    holdUpSends();
+    holdUp(SimCall::SetClientData);
     advance(10 * msNs);
     EXPECT_TRUE(gate.waitForArrival());
     // The worker holds no mutex while it sends, or these would wait for it.

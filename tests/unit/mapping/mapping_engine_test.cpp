@@ -13,11 +13,7 @@ protected:
     void holdEventWorker() {
         connectSimulator();
         ASSERT_TRUE(startEngine());
-        sim.setHook([this](SimCall call) {
-            if (call == SimCall::TransmitClientEvent) {
-                gate.pass();
-            }
-        });
+        holdUp(SimCall::TransmitClientEvent);
         submit(button(5, 1));
         ASSERT_TRUE(gate.waitForArrival());
     }
@@ -38,15 +34,6 @@ protected:
         EXPECT_FALSE(engine.start(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, error));
         return error;
     }
-
-    // The gate has to outlive the engine's run.
-    void TearDown() override {
-        gate.open();
-        engine.stop();
-        sim.setHook(nullptr);
-    }
-
-    Gate gate;
 };
 
 using EngineStart = EngineCore;

@@ -26,6 +26,7 @@ protected:
     MappingTest() { hidHost.holdSleeps(); }
 
     ~MappingTest() override {
+        gate.open();
         engine.stop();
         mobiflightHost.letSleepsPass();
         mobiflight.stop();
@@ -52,22 +53,16 @@ protected:
         const auto onConnection = [this](bool connected) { mobiflight.onSimConnectState(connected); };
         ASSERT_TRUE(simConnect.start("", onConnection, nullptr, error)) << error;
         ASSERT_TRUE(waitUntil([this] { return simConnect.isConnected(); }));
-        if (config.mobiflight.enabled) {
-            ASSERT_TRUE(waitUntil([this] { return sim.commands().size() == 1; }));
-            baseline = 1;
-        }
+        ASSERT_TRUE(waitUntil([this] { return sim.commands().size() == 1; }));
+        baseline = 1;
     }
 
-    /// Opens a session and has the module confirm the registration.
-    void connectModule() {
+    /// Opens a session, has the module confirm the registration, and starts the engine.
+    void connectModuleAndStartEngine() {
         connectSimulator();
         sim.deliverText(0x1200, "MF.Clients.Add.VantrelBridgeHID.Finished", 256);
         ASSERT_TRUE(waitUntil([this] { return mobiflight.isReady() && sim.commands().size() == 3; }));
         baseline = 3;
-    }
-
-    void connectModuleAndStartEngine() {
-        connectModule();
         ASSERT_TRUE(startEngine());
     }
 
@@ -81,6 +76,15 @@ protected:
         mobiflightHost.holdSleeps();
         handle(event);
         ASSERT_EQ(mobiflightHost.waitForSleep(), 100);
+    }
+
+    /// Has the simulator's calls of one kind wait at the gate.
+    void holdUp(SimCall held) {
+        sim.setHook([this, held](SimCall call) {
+            if (call == held) {
+                gate.pass();
+            }
+        });
     }
 
     void startHid() {
@@ -129,7 +133,7 @@ protected:
 
     // What the simulator got.
 
-    /// The RPN commands that the command area got since the set-up, none of those queued left out.
+    /// The RPN commands that the command area got since the set-up, once the queue is empty.
     std::vector<std::string> rpnSent() {
         flushCommands();
         std::vector<std::string> commands;
@@ -144,15 +148,6 @@ protected:
     /// How many texts, each command's dummy among them, the area got since the set-up without waiting for the queue.
     std::size_t writtenCount() { return sim.commands().size() - baseline; }
 
-    /// The names of the simulator events that went out, each as it was mapped.
-    std::vector<std::string> simEvents() {
-        std::vector<std::string> calls = sim.calls();
-        std::erase_if(calls, [](const std::string& call) {
-            return call.find("MapClientEvent") == std::string::npos && call.find("TransmitClient") == std::string::npos;
-        });
-        return calls;
-    }
-
     // The engine's clock and workers.
 
     std::size_t clockReads(WorkerNumber worker) const { return reads[worker]; }
@@ -164,6 +159,7 @@ protected:
     }
 
     LogCapture log;
+    Gate gate;
     FakeHost engineHost;
     FakeHost mobiflightHost;
     FakeHost simHost;

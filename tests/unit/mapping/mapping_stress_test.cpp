@@ -18,13 +18,6 @@ protected:
         bus.setRecording(false);
     }
 
-    void TearDown() override {
-        // Before the fixture, which doesn't know of the callbacks below.
-        engine.stop();
-        mobiflight.stop();
-        simConnect.stop();
-    }
-
     void startAll() {
         mobiflight.setLVarHandler([this](const string& text) { engine.onBacklightPayload(text); });
         simConnect.setBatteryCallback([this](bool on) {

@@ -116,7 +116,7 @@ TEST_F(OutputDebounce, StopWithoutARequestPushesNothing) {
 }
 
 TEST_F(OutputDebounce, RequestOfAStoppedEngineIsServedByTheNextStart) {
-    // The clock stands still, so there is no refresh.
+    // The clock stays where it is, so there is no refresh.
     engineHost.setNow(0);
     startHid();
     board = connectBoard(1);
