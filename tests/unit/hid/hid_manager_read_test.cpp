@@ -126,14 +126,15 @@ TEST_F(HidManagerRead, PulledBoardEndsTheReaderSilentlyAndKeepsTheSession) {
     EXPECT_EQ(log.lines(), (Lines{"[INFO] HID device disconnected: 0000000000000001"}));
 }
 
-TEST_F(HidManagerRead, IdleReaderGoesOnAfterATimeout) {
+TEST_F(HidManagerRead, IdleReaderGoesOnAfterATimeoutAndEndsWithItsSession) {
     auto transport = bus.transport();
     std::atomic<int> turns{0};
     std::atomic<std::int64_t> limitMs{0};
+    std::atomic<bool> isIdle{false};
     transport.makeReader = [&, plain = transport.makeReader](HidHandle handle) -> HidReader {
         return [&, reader = plain(handle)](std::chrono::milliseconds limit) {
             limitMs = limit.count();
-            return ++turns < 3 ? HidReadResult{HidReadStatus::Timeout, {}} : reader(limit);
+            return ++turns < 3 || isIdle ? HidReadResult{HidReadStatus::Timeout, {}} : reader(limit);
         };
     };
     useTransport(transport);
@@ -141,6 +142,8 @@ TEST_F(HidManagerRead, IdleReaderGoesOnAfterATimeout) {
     ASSERT_TRUE(waitForReader());
     EXPECT_EQ(turns, 3);
     EXPECT_EQ(limitMs, 1000);
+    // From here on no cancelled read ends the reader.
+    isIdle = true;
     board->press(1);
     EXPECT_TRUE(events.waitForCount(1));
     end();

@@ -15,6 +15,11 @@ using std::string;
 constexpr std::optional<double> none;
 const string name(backlightVariable);
 
+/// As the module sends the variable.
+string assigned(const string& value) {
+    return "(L:" + name + ")=" + value + ";";
+}
+
 /// The value that a text holds. A refused text must leave the value as it was.
 std::optional<double> parsed(const string& text) {
     constexpr double untouched = -12345.5;
@@ -50,7 +55,7 @@ TEST(BacklightPayload, NumberAloneIsTheValue) {
     expectValues({{"0", 0.0}, {"-0.25", -0.25}, {"5.", 5.0}, {"0x10", 16.0}, {"1e308", 1e308}, {"1e-300", 1e-300}});
     for (int thousandths = -2000; thousandths <= 101000; thousandths += 77) {
         const string text = std::to_string(thousandths / 1000.0);
-        expectValues({{text, thousandths / 1000.0}, {"(L:" + name + ")=" + text + ";", thousandths / 1000.0}});
+        expectValues({{text, thousandths / 1000.0}, {assigned(text), thousandths / 1000.0}});
     }
 }
 
@@ -62,7 +67,7 @@ TEST(BacklightPayload, InfinityAndNotANumberAreValues) {
 
 TEST(BacklightPayload, TooLargeAndTooSmallAreRefused) {
     for (const string number : {"1e999", "-1e999", "1e-999", "-1e-999", "1e400"}) {
-        expectRefused({number, name + "=" + number});
+        expectRefused({number, assigned(number)});
     }
 }
 

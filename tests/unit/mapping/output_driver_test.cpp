@@ -79,9 +79,9 @@ TEST_F(OutputDebounce, EachRequestPostponesThePushUntilAllHasBeenQuiet) {
     engineHost.setNow(0);
     start();
     engine.simConnected = true;
-    for (int step = 0; step < 100; ++step) {
+    for (std::int64_t step = 0; step < 100; ++step) {
         engineHost.setNow(step * 9 * msNs);
-        engine.onBacklightPayload(std::to_string(step / 100.0));
+        engine.onBacklightPayload(std::to_string(static_cast<double>(step) / 100.0));
     }
     engineHost.setNow((99 * 9 + 10) * msNs - 1);
     ASSERT_TRUE(waitForClockReads(OutputWorker, 4));
