@@ -10,15 +10,14 @@ using Bytes = std::vector<std::uint8_t>;
 
 /// With each field that can be absent, and with numbers at the ends of their ranges.
 const std::vector<HidEventLine>& eventLines() {
+    const HidProtocol::HidEvent extremes{.type = 255, .controlId = 65535, .value = -128, .speed = 255, .mode = 255};
     static const std::vector<HidEventLine> lines = {
         {},
-        {.device = "B", .index = 12, .event = {.type = 4}, .typeName = "Board Notice"},
-        {.device = "B", .event = {.type = 1}, .action = "HOLD", .typeName = "BUTTON"},
-        {.device = "B", .action = "HOLD", .role = "PFD", .controlName = "x y", .rpnQueued = true},
-        {.device = "B",
-         .event = {.type = 255, .controlId = 65535, .value = -128, .speed = 255, .mode = 255},
-         .simEventSent = true},
-        {.device = "B", .event = {.type = 2, .value = 127}, .amount = 4294967295U, .fast = true},
+        {"B", 12, {.type = 4}, "", "", "", "Board Notice", "", 0, false, false, false},
+        {"B", 0, {.type = 1}, "HOLD", "", "", "BUTTON", "", 0, false, false, false},
+        {"B", 0, {.type = 1}, "HOLD", "PFD", "", "", "x y", 0, false, false, true},
+        {"B", -1, extremes, "", "", "", "", "", 0, false, true, false},
+        {"B", -1, {.type = 2, .value = 127}, "", "", "", "", "", 4294967295U, true, false, false},
         {"/dev/hidraw3 index=7 type=1",
          0,
          {.type = 2, .controlId = 21, .value = -3, .speed = 9},
