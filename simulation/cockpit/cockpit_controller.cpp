@@ -36,11 +36,11 @@ std::uint8_t modeOf(const std::string& board) {
 
 } // namespace
 
-CockpitController::CockpitController(const CockpitConfiguration& shown, RigSides usedSides)
-    : configuration(shown),
-      sides(usedSides),
-      rig(cockpitRig(shown, usedSides.realBoards ? std::vector<RigBoard>() : configuredPanels(shown), Pace::real(),
-                     usedSides)),
+CockpitController::CockpitController(const CockpitConfiguration& configuration, RigSides sides)
+    : configuration(configuration),
+      sides(sides),
+      rig(cockpitRig(configuration, sides.realBoards ? std::vector<RigBoard>() : configuredPanels(configuration),
+                     Pace::real(), sides)),
       observer(rig),
       buttons([this](const HeldButtons::Button& button, std::string_view report) {
           publishSent(button.mode == modeOf("PFD") ? "PFD" : "MFD", button.controlId, report, 0, 0);

@@ -23,7 +23,7 @@
 class CockpitController {
 public:
     /// The configuration must outlive this.
-    CockpitController(const CockpitConfiguration& shown, RigSides usedSides);
+    CockpitController(const CockpitConfiguration& configuration, RigSides sides);
     ~CockpitController();
     CockpitController(const CockpitController&) = delete;
     CockpitController& operator=(const CockpitController&) = delete;

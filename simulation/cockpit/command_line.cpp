@@ -36,8 +36,8 @@ namespace {
 /// Goes through the arguments and fills the options.
 class OptionReader {
 public:
-    OptionReader(const std::vector<std::string>& given, CockpitOptions& filled, std::string& failure)
-        : arguments(given), options(filled), error(failure) {}
+    OptionReader(const std::vector<std::string>& arguments, CockpitOptions& options, std::string& error)
+        : arguments(arguments), options(options), error(error) {}
 
     bool read() {
         while (next < arguments.size() && error.empty()) {

@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-HeldButtons::HeldButtons(ReportCallback reportCallback)
-    : onReport(std::move(reportCallback)), thread([this] { repeat(); }) {}
+HeldButtons::HeldButtons(ReportCallback onReport) : onReport(std::move(onReport)), thread([this] { repeat(); }) {}
 
 HeldButtons::~HeldButtons() {
     releaseAll();

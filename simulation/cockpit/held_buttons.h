@@ -36,7 +36,7 @@ public:
     /// Called with each report, "press", "hold" or "release", in order. Must not call back.
     using ReportCallback = std::function<void(const Button& button, std::string_view report)>;
 
-    explicit HeldButtons(ReportCallback reportCallback);
+    explicit HeldButtons(ReportCallback onReport);
     /// Releases all buttons.
     ~HeldButtons();
     HeldButtons(const HeldButtons&) = delete;

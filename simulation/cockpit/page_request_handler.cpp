@@ -45,9 +45,9 @@ PageReply refusal(int status, std::string_view reason) {
 /// A page that listens. When the last one closes, all buttons are released.
 class Listener {
 public:
-    Listener(CockpitController& cockpitController, std::shared_ptr<std::atomic<int>> allListeners)
-        : controller(cockpitController), listeners(std::move(allListeners)) {
-        ++*listeners;
+    Listener(CockpitController& controller, std::shared_ptr<std::atomic<int>> listeners)
+        : controller(controller), listeners(std::move(listeners)) {
+        ++*this->listeners;
     }
     ~Listener() {
         if (--*listeners == 0) {
@@ -67,8 +67,8 @@ private:
 
 } // namespace
 
-PageRequestHandler::PageRequestHandler(CockpitController& cockpitController, std::string sessionToken)
-    : controller(cockpitController), token(std::move(sessionToken)) {}
+PageRequestHandler::PageRequestHandler(CockpitController& controller, std::string token)
+    : controller(controller), token(std::move(token)) {}
 
 PageReply PageRequestHandler::answer(const PageRequest& request) const {
     const RequestMarks marks{request.host, request.origin, request.token, request.contentType};

@@ -12,7 +12,7 @@
 /// thread.
 class PageRequestHandler {
 public:
-    PageRequestHandler(CockpitController& cockpitController, std::string sessionToken);
+    PageRequestHandler(CockpitController& controller, std::string token);
 
     /// Sets the server's port. To be called before the first request.
     void setPort(std::uint16_t taken) { port = taken; }

@@ -67,7 +67,7 @@ void setSocketOptions(socket_t socket) {
 
 class PageServer::Impl {
 public:
-    explicit Impl(Handler requestHandler) : handler(std::move(requestHandler)) {
+    explicit Impl(Handler handler) : handler(std::move(handler)) {
         server.new_task_queue = [] { return new httplib::ThreadPool(threadCount); };
         server.set_socket_options(setSocketOptions);
         server.set_payload_max_length(longestBody);
@@ -78,7 +78,7 @@ public:
         server.set_keep_alive_timeout(1);
         server.set_read_timeout(1);
         const auto answer = [this](const httplib::Request& request, httplib::Response& response) {
-            sendReply(handler(pageRequest(request)), response);
+            sendReply(this->handler(pageRequest(request)), response);
         };
         server.Get(".*", answer);
         server.Post(".*", answer);
@@ -127,7 +127,7 @@ private:
     }
 };
 
-PageServer::PageServer(Handler requestHandler) : impl(std::make_unique<Impl>(std::move(requestHandler))) {}
+PageServer::PageServer(Handler handler) : impl(std::make_unique<Impl>(std::move(handler))) {}
 
 PageServer::~PageServer() {
     stop();

@@ -37,7 +37,7 @@ public:
     /// Called on any of the server's threads.
     using Handler = std::function<PageReply(const PageRequest& request)>;
 
-    explicit PageServer(Handler requestHandler);
+    explicit PageServer(Handler handler);
     /// Stops.
     ~PageServer();
     PageServer(const PageServer&) = delete;

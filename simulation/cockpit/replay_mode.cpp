@@ -48,15 +48,13 @@ std::vector<RigBoard> loggedBoards(const CockpitConfiguration& configuration, co
 /// Plays one log on a cockpit of its own.
 class Replay {
 public:
-    Replay(const CockpitConfiguration& usedConfiguration, const HidLog& playedLog, bool playedFast,
-           std::ostream& output)
-        : configuration(usedConfiguration),
-          log(playedLog),
-          fast(playedFast),
-          screen(output),
-          columns(output),
-          rig(cockpitRig(usedConfiguration, loggedBoards(usedConfiguration, playedLog),
-                         playedFast ? Pace::fast() : Pace::real())),
+    Replay(const CockpitConfiguration& configuration, const HidLog& log, bool fast, std::ostream& screen)
+        : configuration(configuration),
+          log(log),
+          fast(fast),
+          screen(screen),
+          columns(screen),
+          rig(cockpitRig(configuration, loggedBoards(configuration, log), fast ? Pace::fast() : Pace::real())),
           observer(rig, [this](const Observation& item) { return take(item); }) {}
 
     bool play() {

@@ -23,10 +23,10 @@ bool hasDefaultIds(const VirtualBoardModel& model) {
 
 } // namespace
 
-BridgeRig::BridgeRig(RigSettings wantedSettings)
-    : settings(std::move(wantedSettings)), virtualSimulator({.moduleInstalled = settings.moduleInstalled}) {
+BridgeRig::BridgeRig(RigSettings settings)
+    : settings(std::move(settings)), virtualSimulator({.moduleInstalled = this->settings.moduleInstalled}) {
     hidBus.setRecording(false);
-    for (const RigBoard& made : settings.boards) {
+    for (const RigBoard& made : this->settings.boards) {
         slots[made.name] = {&made, std::make_shared<VirtualBoard>(made.model)};
     }
 }

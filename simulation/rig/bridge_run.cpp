@@ -5,8 +5,8 @@
 
 #include <utility>
 
-BridgeRun::BridgeRun(Platform systemRecords, ExitCallback onExit)
-    : platform(std::move(systemRecords)), exitCallback(std::move(onExit)) {
+BridgeRun::BridgeRun(Platform platform, ExitCallback exitCallback)
+    : platform(std::move(platform)), exitCallback(std::move(exitCallback)) {
     countThreads();
 }
 

@@ -20,7 +20,7 @@ public:
     /// Called once on the bridge's thread, when its process would have ended.
     using ExitCallback = std::function<void(int exitCode)>;
 
-    explicit BridgeRun(Platform systemRecords, ExitCallback onExit);
+    explicit BridgeRun(Platform platform, ExitCallback exitCallback);
     /// Stops the bridge and waits for its end.
     ~BridgeRun();
     BridgeRun(const BridgeRun&) = delete;

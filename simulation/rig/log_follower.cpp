@@ -20,7 +20,7 @@ LogLine parseLine(const std::string& line) {
 
 } // namespace
 
-LogFollower::LogFollower(std::string logPath) : path(std::move(logPath)) {}
+LogFollower::LogFollower(std::string path) : path(std::move(path)) {}
 
 std::vector<LogLine> LogFollower::newLines() {
     std::ifstream file(FileSystem::fromBytes(path), std::ios::binary);

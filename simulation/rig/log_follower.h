@@ -14,7 +14,7 @@ struct LogLine {
 /// Reads a log file as it grows. The file needn't exist yet. Misses lines that a rotation removes before they are read.
 class LogFollower {
 public:
-    explicit LogFollower(std::string logPath);
+    explicit LogFollower(std::string path);
 
     /// The lines that were completed since the last call.
     std::vector<LogLine> newLines();

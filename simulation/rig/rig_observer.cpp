@@ -23,9 +23,9 @@ struct RigObserver::Inbox {
     }
 };
 
-RigObserver::RigObserver(BridgeRig& observed, Sink takingSink, bool dummiesToo)
-    : rig(observed),
-      sink(std::move(takingSink)),
+RigObserver::RigObserver(BridgeRig& rig, Sink sink, bool dummiesToo)
+    : rig(rig),
+      sink(std::move(sink)),
       inbox(std::make_shared<Inbox>()),
       lastInterruption(std::chrono::steady_clock::now()) {
     for (const RigBoard& made : rig.boards()) {

@@ -27,7 +27,7 @@ public:
     using Sink = std::function<bool(const Observation& observation)>;
 
     /// Without a sink only `take` may be called. Dummy commands are left out unless requested.
-    explicit RigObserver(BridgeRig& observed, Sink takingSink = {}, bool dummiesToo = false);
+    explicit RigObserver(BridgeRig& rig, Sink sink = {}, bool dummiesToo = false);
 
     /// What came since the last call: first everything else in order, then the log's lines.
     std::vector<Observation> take();

@@ -15,7 +15,7 @@ struct VirtualDeviceNotifications::State {
     std::uint64_t sent = 0;
     std::uint64_t handled = 0;
 
-    explicit State(bool isAvailable) : available(isAvailable) {}
+    explicit State(bool available) : available(available) {}
 
     void run(const std::function<void()>& onChange);
     void end();

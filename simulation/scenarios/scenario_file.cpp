@@ -19,7 +19,7 @@ constexpr long highestControlId = 65535;
 /// Reads one scenario from its first line to its last.
 class ScenarioReader {
 public:
-    ScenarioReader(std::string_view wholeText, Scenario& target) : text(wholeText), scenario(target) {}
+    ScenarioReader(std::string_view text, Scenario& scenario) : text(text), scenario(scenario) {}
 
     void read() {
         while (const auto line = takeLine()) {

@@ -43,9 +43,9 @@ std::optional<double> decimalNumber(const std::string& text) {
 
 } // namespace
 
-ScenarioLine::ScenarioLine(std::string_view lineText, std::size_t number) : text(lineText), lineNumber(number) {
+ScenarioLine::ScenarioLine(std::string_view text, std::size_t lineNumber) : text(text), lineNumber(lineNumber) {
     // npos + 1 is 0: a line of blanks alone is empty.
-    text.erase(text.find_last_not_of(" \t\r") + 1);
+    this->text.erase(text.find_last_not_of(" \t\r") + 1);
     skipBlanks();
 }
 

@@ -28,7 +28,7 @@ struct NumberOption {
 /// One line of a scenario, read word by word. An invalid word is thrown as a ScenarioFault that points at it.
 class ScenarioLine {
 public:
-    ScenarioLine(std::string_view lineText, std::size_t number);
+    ScenarioLine(std::string_view text, std::size_t lineNumber);
 
     /// The whole line without the blanks at its ends.
     std::string whole() const;

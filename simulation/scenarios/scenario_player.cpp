@@ -64,15 +64,15 @@ bool containsAny(const std::string& text, const std::vector<std::string>& parts)
 
 } // namespace
 
-ScenarioPlayer::ScenarioPlayer(const Scenario& played, bool fast, std::ostream& output)
-    : scenario(played),
-      playedFast(fast),
-      out(output),
-      columns(output),
-      bridgeRig(rigSettings(played, fast ? Pace::fast() : Pace::real())),
+ScenarioPlayer::ScenarioPlayer(const Scenario& scenario, bool fast, std::ostream& out)
+    : scenario(scenario),
+      fast(fast),
+      out(out),
+      columns(out),
+      bridgeRig(rigSettings(scenario, fast ? Pace::fast() : Pace::real())),
       observer(
-          bridgeRig, [this](const Observation& item) { return take(item); }, played.watch.dummies),
-      sessionStart(played, bridgeRig) {}
+          bridgeRig, [this](const Observation& item) { return take(item); }, scenario.watch.dummies),
+      sessionStart(scenario, bridgeRig) {}
 
 bool ScenarioPlayer::play() {
     std::string error;
@@ -188,7 +188,7 @@ void ScenarioPlayer::wait(std::chrono::milliseconds duration) {
 }
 
 void ScenarioPlayer::pause(std::chrono::milliseconds duration) {
-    if (!playedFast) {
+    if (!fast) {
         wait(duration);
     }
 }

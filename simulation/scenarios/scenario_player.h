@@ -16,7 +16,7 @@
 class ScenarioPlayer {
 public:
     /// The scenario must outlive the player.
-    ScenarioPlayer(const Scenario& played, bool fast, std::ostream& output);
+    ScenarioPlayer(const Scenario& scenario, bool fast, std::ostream& out);
 
     /// True when everything came as expected. Otherwise prints the difference and doesn't play the rest.
     bool play();
@@ -37,7 +37,7 @@ public:
 
 private:
     const Scenario& scenario;
-    const bool playedFast;
+    const bool fast;
     std::ostream& out;
     LiveColumns columns;
     BridgeRig bridgeRig;

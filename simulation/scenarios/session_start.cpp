@@ -28,11 +28,11 @@ auto beginsWith(std::string_view start) {
 
 } // namespace
 
-SessionStart::SessionStart(const Scenario& played, const BridgeRig& playedOn)
-    : rig(playedOn),
-      moduleUsed(scenarioSetting(played, "mobiflight", "enabled", 1) != 0),
-      stateLogged(scenarioSetting(played, "logging", "debug", 0) != 0),
-      lightCode(lightCodeOf(played)) {}
+SessionStart::SessionStart(const Scenario& scenario, const BridgeRig& rig)
+    : rig(rig),
+      moduleUsed(scenarioSetting(scenario, "mobiflight", "enabled", 1) != 0),
+      stateLogged(scenarioSetting(scenario, "logging", "debug", 0) != 0),
+      lightCode(lightCodeOf(scenario)) {}
 
 void SessionStart::note(const Observation& observation) {
     if (observation.stream == "sim") {

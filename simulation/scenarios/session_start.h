@@ -11,7 +11,7 @@
 class SessionStart {
 public:
     /// The rig must outlive this object.
-    SessionStart(const Scenario& played, const BridgeRig& playedOn);
+    SessionStart(const Scenario& scenario, const BridgeRig& rig);
 
     /// Takes everything that comes, in order.
     void note(const Observation& observation);

@@ -132,8 +132,7 @@ std::vector<std::string> sideBySide(const std::vector<ScenarioExpectation>& expe
     return rows;
 }
 
-LiveColumns::LiveColumns(std::ostream& output)
-    : out(output), start(std::chrono::steady_clock::now()), lastTime(start) {}
+LiveColumns::LiveColumns(std::ostream& out) : out(out), start(std::chrono::steady_clock::now()), lastTime(start) {}
 
 void LiveColumns::left(std::chrono::steady_clock::time_point time, const std::string& text) {
     flush();

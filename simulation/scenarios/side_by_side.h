@@ -30,7 +30,7 @@ std::vector<std::string> sideBySide(const std::vector<ScenarioExpectation>& expe
 /// receives and the log's warnings on the right. A repeated text is printed once, then counted.
 class LiveColumns {
 public:
-    explicit LiveColumns(std::ostream& output);
+    explicit LiveColumns(std::ostream& out);
 
     void left(std::chrono::steady_clock::time_point time, const std::string& text);
     void right(std::chrono::steady_clock::time_point time, const std::string& text);

@@ -48,7 +48,7 @@ public:
         return true;
     }
     /// Called after each write, also one that left the bytes as they were. May write and create, but not clear.
-    void setListener(AreaListener newListener) { listener = std::move(newListener); }
+    void setListener(AreaListener listener) { this->listener = std::move(listener); }
 
     /// One area at most, and all together.
     static constexpr std::size_t largestArea = 8192;

@@ -15,8 +15,8 @@
 /// response areas, and keeps the values of their variables in their value areas. Not synchronised.
 class MobiFlightModule {
 public:
-    MobiFlightModule(ClientDataAreas& allAreas, const VariableValues& allVariables, SimulatorRecords& allRecords)
-        : areas(allAreas), variables(allVariables), records(allRecords) {}
+    MobiFlightModule(ClientDataAreas& areas, const VariableValues& variables, SimulatorRecords& records)
+        : areas(areas), variables(variables), records(records) {}
 
     /// Makes the areas of the client "MobiFlight" and writes the names of all local variables there. Does nothing when
     /// it already runs.

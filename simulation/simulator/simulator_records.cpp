@@ -59,9 +59,9 @@ std::size_t SimulatorRecords::sessionCount() const {
     return sessions;
 }
 
-void SimulatorRecords::setCallback(VirtualSimulator::RecordCallback newCallback) {
+void SimulatorRecords::setCallback(VirtualSimulator::RecordCallback callback) {
     const std::lock_guard lock(mutex);
-    callback = std::move(newCallback);
+    this->callback = std::move(callback);
     undelivered.clear();
 }
 

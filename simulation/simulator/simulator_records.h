@@ -19,7 +19,7 @@ public:
     void clear();
     std::size_t sessionCount() const;
 
-    void setCallback(VirtualSimulator::RecordCallback newCallback);
+    void setCallback(VirtualSimulator::RecordCallback callback);
     /// Calls the callback, with no lock held, with all records added since the last call. One thread only.
     void deliver();
 

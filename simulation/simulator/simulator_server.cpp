@@ -12,7 +12,7 @@ constexpr std::chrono::milliseconds longWait{1000};
 
 } // namespace
 
-SimulatorServer::SimulatorServer(const VirtualSimulatorOptions& simulatorOptions) : options(simulatorOptions) {
+SimulatorServer::SimulatorServer(const VirtualSimulatorOptions& options) : options(options) {
     shared.areas.setListener([this](const ClientDataArea& area, std::span<const std::uint8_t> before,
                                     std::uint32_t session) { areaWritten(area, before, session); });
     shared.setAircraftVariable = [this](std::string_view name, double value) { setAircraftVariable(name, value); };

@@ -31,7 +31,7 @@ struct SimulatorFaults {
 /// which have their own below it.
 class SimulatorServer {
 public:
-    explicit SimulatorServer(const VirtualSimulatorOptions& simulatorOptions);
+    explicit SimulatorServer(const VirtualSimulatorOptions& options);
     ~SimulatorServer() { stop(); }
     SimulatorServer(const SimulatorServer&) = delete;
     SimulatorServer& operator=(const SimulatorServer&) = delete;

@@ -37,9 +37,9 @@ std::string SimulatorSession::Request::name(std::size_t offset) const {
     return {field.begin(), std::find(field.begin(), field.end(), std::uint8_t{0})};
 }
 
-SimulatorSession::SimulatorSession(ByteStream accepted, std::uint32_t sessionNumber, SimulatorWorld& sharedWorld,
-                                   Clock::time_point serviceBegins)
-    : connection(std::move(accepted)), ownNumber(sessionNumber), world(sharedWorld), begin(serviceBegins) {
+SimulatorSession::SimulatorSession(ByteStream connection, std::uint32_t ownNumber, SimulatorWorld& world,
+                                   Clock::time_point begin)
+    : connection(std::move(connection)), ownNumber(ownNumber), world(world), begin(begin) {
     world.records.add(record(SimulatorRecordKind::Connected));
 }
 

@@ -50,8 +50,7 @@ class SimulatorSession {
 public:
     using Clock = SimulatorLink::Clock;
 
-    SimulatorSession(ByteStream accepted, std::uint32_t sessionNumber, SimulatorWorld& sharedWorld,
-                     Clock::time_point serviceBegins);
+    SimulatorSession(ByteStream connection, std::uint32_t ownNumber, SimulatorWorld& world, Clock::time_point begin);
 
     SimulatorLink& link() { return connection; }
     const SimulatorLink& link() const { return connection; }
