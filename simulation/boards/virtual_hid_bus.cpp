@@ -72,16 +72,6 @@ std::string VirtualHidBus::pathOf(const std::shared_ptr<VirtualBoard>& board) co
     return connection ? connection->path : std::string();
 }
 
-void VirtualHidBus::setQueueLimit(std::size_t reports) {
-    const std::lock_guard lock(state->mutex);
-    state->queueLimit = reports;
-}
-
-std::uint64_t VirtualHidBus::droppedReports() const {
-    const std::lock_guard lock(state->mutex);
-    return state->dropped;
-}
-
 std::size_t VirtualHidBus::openHandleCount() const {
     const std::lock_guard lock(state->mutex);
     return state->handles.size();

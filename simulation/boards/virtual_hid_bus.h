@@ -3,7 +3,6 @@
 #include "platform/platform.h"
 #include "simulation/boards/virtual_board.h"
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -40,8 +39,6 @@ struct HidLinkFaults {
     std::uint32_t setOutputReportError = 0;
     /// A successful `write` carries and reports no more bytes than this.
     std::optional<std::uint32_t> writeCount{};
-    /// How long each `write` takes. A pulled board ends it early.
-    std::chrono::milliseconds writeDelay{0};
 };
 
 enum class HidCall {
@@ -69,8 +66,8 @@ struct HidCallRecord {
 
 /// A USB bus of virtual boards, seen by the host as a HidTransport. Each plugging gives a path of its own, so a board
 /// that is pulled and put back is a new connection, unless it is replugged under its old path. An input report goes to
-/// the queue of each overlapped handle that is open on its board, and is dropped when there is none. A board that
-/// receives the BOOTSEL command leaves the bus.
+/// the queue of each overlapped handle that is open on its board, and is dropped when there is none or the queue has 64
+/// reports, as in the kernel. A board that receives the BOOTSEL command leaves the bus.
 ///
 /// All operations may be called from any thread. The transport may outlive the bus.
 class VirtualHidBus {
@@ -98,10 +95,6 @@ public:
 
     /// Empty when the board isn't plugged.
     std::string pathOf(const std::shared_ptr<VirtualBoard>& board) const;
-
-    /// How many input reports a handle keeps for its reader, 64 as in the kernel; further ones are dropped.
-    void setQueueLimit(std::size_t reports);
-    std::uint64_t droppedReports() const;
 
     std::size_t openHandleCount() const;
 

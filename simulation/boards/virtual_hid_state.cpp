@@ -12,6 +12,9 @@ constexpr std::uint32_t errorAccessDenied = 5;
 constexpr std::uint32_t errorInvalidHandle = 6;
 constexpr std::uint32_t errorDeviceGone = 1167;
 
+/// How many input reports a handle keeps for its reader.
+constexpr std::size_t queueLimit = 64;
+
 std::string kindText(HidOpenKind kind) {
     return std::string(kind.access == HidAccess::ReadWrite ? "read-write" : "read-only") +
            (kind.mode == HidMode::Overlapped ? " overlapped" : " synchronous");
@@ -66,7 +69,6 @@ void VirtualHidBus::State::connect(const std::shared_ptr<VirtualBoard>& board, c
 void VirtualHidBus::State::pull(const std::shared_ptr<VirtualHidConnection>& connection) {
     connection->present = false;
     connection->board->powerOff();
-    connection->gone.notify_all();
     wakeReaders(*connection);
     connections.erase(std::find(connections.begin(), connections.end(), connection));
 }
@@ -241,12 +243,10 @@ void VirtualHidBus::State::deliverInput(const VirtualHidConnection& connection, 
         if (handle->connection.get() != &connection || handle->kind.mode != HidMode::Overlapped) {
             continue;
         }
-        if (handle->queue.size() >= queueLimit) {
-            ++dropped;
-            continue;
+        if (handle->queue.size() < queueLimit) {
+            handle->queue.emplace_back(payload.begin(), payload.end());
+            handle->wake.notify_all();
         }
-        handle->queue.emplace_back(payload.begin(), payload.end());
-        handle->wake.notify_all();
     }
 }
 
@@ -269,12 +269,11 @@ HidWriteResult VirtualHidBus::State::write(HidHandle handle, std::span<const std
     HidWriteResult result{false, 0, errorInvalidHandle};
     std::shared_ptr<VirtualHidConnection> target;
     {
-        std::unique_lock lock(mutex);
+        const std::lock_guard lock(mutex);
         const auto found = find(handle);
         if (found) {
             target = found->connection;
             misuses += found->kind.mode == HidMode::Overlapped ? 1U : 0U;
-            target->gone.wait_for(lock, faultsOf(*target).writeDelay, [&] { return !target->present; });
             result = writeOutcome(*found, report.size());
         }
         const auto path = target ? target->path : std::string();

@@ -13,8 +13,6 @@ struct VirtualHidConnection {
     std::string path;
     std::shared_ptr<VirtualBoard> board;
     bool present = true;
-    /// Notified when the board is pulled.
-    std::condition_variable gone;
 };
 
 struct VirtualHidOpenHandle {
@@ -37,8 +35,6 @@ struct VirtualHidBus::State : std::enable_shared_from_this<VirtualHidBus::State>
     std::map<HidHandle, std::shared_ptr<VirtualHidOpenHandle>> handles;
     HidHandle lastHandle = 0;
     std::uint64_t lastPlug = 0;
-    std::size_t queueLimit = 64;
-    std::uint64_t dropped = 0;
     std::uint64_t misuses = 0;
     bool recording = true;
     std::vector<HidCallRecord> callRecords;
