@@ -13,25 +13,14 @@ CockpitOptions parsed(const Arguments& arguments) {
     return options;
 }
 
-std::string failureOf(const Arguments& arguments) {
-    CockpitOptions options;
-    std::string error;
-    EXPECT_FALSE(parseCockpitOptions(arguments, options, error));
-    return error;
-}
-
 } // namespace
 
-TEST(CockpitCommandLine, ShowsThePageWithoutAnyOption) {
-    const CockpitOptions options = parsed({});
-    EXPECT_EQ(options.mode, CockpitMode::Page);
-    EXPECT_FALSE(options.port);
-    EXPECT_TRUE(options.openBrowser);
-    EXPECT_EQ(options.configPath, "");
-    EXPECT_FALSE(options.realBoards || options.realSimulator || options.fast);
-}
-
-TEST(CockpitCommandLine, TakesThePagesOptions) {
+TEST(CockpitCommandLine, ShowsThePageUnlessAnotherModeIsAskedFor) {
+    const CockpitOptions plain = parsed({});
+    EXPECT_EQ(plain.mode, CockpitMode::Page);
+    EXPECT_FALSE(plain.port);
+    EXPECT_TRUE(plain.openBrowser);
+    EXPECT_FALSE(plain.realBoards || plain.realSimulator || plain.fast);
     const CockpitOptions options = parsed({"--port", "8123", "--config", "my.json", "--no-browser", "--real-boards"});
     EXPECT_EQ(options.mode, CockpitMode::Page);
     EXPECT_EQ(options.port, 8123);
@@ -41,6 +30,8 @@ TEST(CockpitCommandLine, TakesThePagesOptions) {
     EXPECT_TRUE(parsed({"--real-simulator"}).realSimulator);
     EXPECT_EQ(parsed({"--port", "0"}).port, 0);
     EXPECT_EQ(parsed({"--port", "65535"}).port, 65535);
+    EXPECT_EQ(parsed({"--help"}).mode, CockpitMode::Help);
+    EXPECT_EQ(parsed({"--script", "--help"}).mode, CockpitMode::Help);
 }
 
 TEST(CockpitCommandLine, TakesScriptsBeforeAndBehindOtherOptions) {
@@ -60,34 +51,35 @@ TEST(CockpitCommandLine, TakesALogToReplayWithAConfiguration) {
     EXPECT_TRUE(options.fast);
 }
 
-TEST(CockpitCommandLine, HelpsWhateverElseIsAskedFor) {
-    EXPECT_EQ(parsed({"--help"}).mode, CockpitMode::Help);
-    EXPECT_EQ(parsed({"--script", "--help"}).mode, CockpitMode::Help);
-}
-
-TEST(CockpitCommandLine, TellsWhatItDoesNotUnderstand) {
-    EXPECT_EQ(failureOf({"--verbose"}), "unknown option --verbose");
-    EXPECT_EQ(failureOf({"a.scenario"}), "unknown option a.scenario");
-    EXPECT_EQ(failureOf({"--script"}), "no scenario given");
-    EXPECT_EQ(failureOf({"--replay"}), "--replay needs a value");
-    EXPECT_EQ(failureOf({"--config"}), "--config needs a value");
-    EXPECT_EQ(failureOf({"--config", ""}), "--config needs a value");
-    EXPECT_EQ(failureOf({"--port"}), "--port needs a value");
-    for (const std::string port : {"65536", "-1", "80x", "http"}) {
-        EXPECT_EQ(failureOf({"--port", port}),
-                  '"' + port + "\" is no port: a number from 0 to 65535 was meant to stand here");
+TEST(CockpitCommandLine, RefusalSaysWhatIsWrong) {
+    struct Case {
+        Arguments arguments;
+        const char* error;
+    };
+    const Case cases[] = {
+        {{"--verbose"}, "unknown option --verbose"},
+        {{"a.scenario"}, "unknown option a.scenario"},
+        {{"--script"}, "no scenario given"},
+        {{"--replay"}, "--replay needs a value"},
+        {{"--config"}, "--config needs a value"},
+        {{"--config", ""}, "--config needs a value"},
+        {{"--port"}, "--port needs a value"},
+        {{"--port", "65536"}, "\"65536\" is no port: a number from 0 to 65535 was meant to stand here"},
+        {{"--port", "-1"}, "\"-1\" is no port: a number from 0 to 65535 was meant to stand here"},
+        {{"--port", "80x"}, "\"80x\" is no port: a number from 0 to 65535 was meant to stand here"},
+        {{"--fast"}, "--fast goes with --script or --replay"},
+        {{"--script", "a", "--replay", "b"}, "--script and --replay don't go together"},
+        {{"--script", "a", "--config", "b"},
+         "--config doesn't go with --script: a scenario holds its own configuration"},
+        {{"--script", "a", "--port", "1"}, "--port, --real-boards and --real-simulator don't go with --script"},
+        {{"--replay", "a", "--real-boards"}, "--port, --real-boards and --real-simulator don't go with --replay"},
+        {{"--real-boards", "--real-simulator"},
+         "--real-boards and --real-simulator together are VantrelBridgeHID itself"},
+    };
+    for (const Case& one : cases) {
+        CockpitOptions options;
+        std::string error;
+        EXPECT_FALSE(parseCockpitOptions(one.arguments, options, error)) << one.error;
+        EXPECT_EQ(error, one.error);
     }
-}
-
-TEST(CockpitCommandLine, TellsWhatDoesNotGoTogether) {
-    EXPECT_EQ(failureOf({"--fast"}), "--fast goes with --script or --replay");
-    EXPECT_EQ(failureOf({"--script", "a", "--replay", "b"}), "--script and --replay don't go together");
-    EXPECT_EQ(failureOf({"--script", "a", "--config", "b"}),
-              "--config doesn't go with --script: a scenario holds its own configuration");
-    EXPECT_EQ(failureOf({"--script", "a", "--port", "1"}),
-              "--port, --real-boards and --real-simulator don't go with --script");
-    EXPECT_EQ(failureOf({"--replay", "a", "--real-boards"}),
-              "--port, --real-boards and --real-simulator don't go with --replay");
-    EXPECT_EQ(failureOf({"--real-boards", "--real-simulator"}),
-              "--real-boards and --real-simulator together are VantrelBridgeHID itself");
 }

@@ -6,117 +6,91 @@
 
 namespace {
 
-/// Boards whose reports are noted as "value control mode".
+using Texts = std::vector<std::string>;
+
+/// Two boards whose reports are noted as "value control mode".
 class HeldButtonsTest : public testing::Test {
 protected:
     void SetUp() override {
         for (VirtualBoard* const board : {&first, &second}) {
-            board->powerOn([this](std::span<const std::uint8_t> report) { note(report); });
+            board->powerOn([this](std::span<const std::uint8_t> report) {
+                note(reports,
+                     std::to_string(report[6]) + ' ' + std::to_string(report[4]) + ' ' + std::to_string(report[8]));
+            });
         }
     }
 
-    std::vector<std::string> sent() {
+    void note(Texts& texts, const std::string& text) {
         const std::lock_guard lock(mutex);
-        return reports;
+        texts.push_back(text);
     }
-
-    std::vector<std::string> told() {
+    Texts copyOf(const Texts& texts) {
         const std::lock_guard lock(mutex);
-        return callbacks;
+        return texts;
     }
+    Texts sent() { return copyOf(reports); }
 
     VirtualBoard first;
     VirtualBoard second;
-
-private:
+    // Guards both lists.
     std::mutex mutex;
-    std::vector<std::string> reports;
-    std::vector<std::string> callbacks;
-
-    void note(std::span<const std::uint8_t> report) {
-        const std::lock_guard lock(mutex);
-        reports.push_back(std::to_string(report[6])
-                              .append(" ")
-                              .append(std::to_string(report[4]))
-                              .append(" ")
-                              .append(std::to_string(report[8])));
-    }
-
-protected:
-    HeldButtons buttons{[this](const HeldButtons::Button& button, std::string_view report) {
-        const std::lock_guard lock(mutex);
-        callbacks.push_back(std::string(report).append(" ").append(std::to_string(button.controlId)));
+    Texts reports;
+    Texts callbacks;
+    std::optional<HeldButtons> buttons{[this](const HeldButtons::Button& button, std::string_view report) {
+        note(callbacks, std::string(report) + ' ' + std::to_string(button.controlId));
     }};
 };
 
 } // namespace
 
-TEST_F(HeldButtonsTest, SendPressAndRelease) {
-    buttons.press({&first, 5, 1});
-    EXPECT_EQ(buttons.heldOn(first), std::vector<std::uint16_t>{5});
-    EXPECT_TRUE(buttons.heldOn(second).empty());
-    buttons.release({&first, 5, 1});
-    EXPECT_EQ(sent(), (std::vector<std::string>{"1 5 1", "0 5 1"}));
-    EXPECT_EQ(told(), (std::vector<std::string>{"press 5", "release 5"}));
-    EXPECT_TRUE(buttons.heldOn(first).empty());
+TEST_F(HeldButtonsTest, SendPressAndReleaseOnce) {
+    buttons->release({&first, 5, 1});
+    buttons->press({&first, 5, 1});
+    buttons->press({&first, 5, 1});
+    EXPECT_EQ(buttons->heldOn(first), std::vector<std::uint16_t>{5});
+    EXPECT_TRUE(buttons->heldOn(second).empty());
+    buttons->release({&first, 5, 1});
+    buttons->release({&first, 5, 1});
+    EXPECT_TRUE(buttons->heldOn(first).empty());
+    EXPECT_EQ(sent(), (Texts{"1 5 1", "0 5 1"}));
+    EXPECT_EQ(copyOf(callbacks), (Texts{"press 5", "release 5"}));
 }
 
 TEST_F(HeldButtonsTest, RepeatAHoldUntilTheRelease) {
     const auto begin = std::chrono::steady_clock::now();
-    buttons.press({&first, 7, 0});
+    buttons->press({&first, 7, 0});
     ASSERT_TRUE(waitUntil([this] { return sent().size() >= 4; }));
     // Three holds: not before their time.
     EXPECT_GE(std::chrono::steady_clock::now() - begin, HeldButtons::firstHold + 2 * HeldButtons::holdPeriod);
-    buttons.release({&first, 7, 0});
-    const std::vector<std::string> all = sent();
-    EXPECT_EQ(all.front(), "1 7 0");
-    EXPECT_EQ(all[1], "2 7 0");
-    EXPECT_EQ(all[3], "2 7 0");
+    buttons->release({&first, 7, 0});
+    const Texts all = sent();
+    EXPECT_EQ(Texts(all.begin(), all.begin() + 4), (Texts{"1 7 0", "2 7 0", "2 7 0", "2 7 0"}));
     EXPECT_EQ(all.back(), "0 7 0");
-    EXPECT_EQ(told()[1], "hold 7");
-}
-
-TEST_F(HeldButtonsTest, TakeASecondPressAndALoneReleaseForNothing) {
-    buttons.release({&first, 5, 0});
-    buttons.press({&first, 5, 0});
-    buttons.press({&first, 5, 0});
-    buttons.release({&first, 5, 0});
-    buttons.release({&first, 5, 0});
-    EXPECT_EQ(sent(), (std::vector<std::string>{"1 5 0", "0 5 0"}));
+    EXPECT_EQ(copyOf(callbacks)[1], "hold 7");
 }
 
 TEST_F(HeldButtonsTest, HoldButtonsOfTwoBoardsSideBySide) {
-    buttons.press({&first, 5, 0});
-    buttons.press({&second, 5, 1});
-    buttons.release({&first, 5, 0});
-    EXPECT_EQ(buttons.heldOn(second), std::vector<std::uint16_t>{5});
+    buttons->press({&first, 5, 0});
+    buttons->press({&second, 5, 1});
+    buttons->release({&first, 5, 0});
+    EXPECT_EQ(buttons->heldOn(second), std::vector<std::uint16_t>{5});
     ASSERT_TRUE(waitUntil([this] { return sent().back() == "2 5 1"; }));
 }
 
-TEST_F(HeldButtonsTest, ReleaseAllAtOnce) {
-    buttons.press({&first, 5, 0});
-    buttons.press({&first, 6, 0});
-    buttons.releaseAll();
-    EXPECT_TRUE(buttons.heldOn(first).empty());
-    EXPECT_EQ(sent(), (std::vector<std::string>{"1 5 0", "1 6 0", "0 5 0", "0 6 0"}));
+TEST_F(HeldButtonsTest, ReleaseThoseOfOneBoardOrAll) {
+    buttons->press({&first, 5, 0});
+    buttons->press({&second, 6, 1});
+    buttons->releaseAllOn(first);
+    EXPECT_EQ(sent(), (Texts{"1 5 0", "1 6 1", "0 5 0"}));
+    buttons->press({&first, 7, 0});
+    buttons->releaseAll();
+    EXPECT_EQ(sent().size(), 6U);
+    EXPECT_TRUE(buttons->heldOn(first).empty());
+    EXPECT_TRUE(buttons->heldOn(second).empty());
 }
 
-TEST_F(HeldButtonsTest, ReleaseThoseOfOneBoardAndLeaveTheOthersDown) {
-    buttons.press({&first, 5, 0});
-    buttons.press({&second, 6, 1});
-    buttons.releaseAllOn(first);
-    EXPECT_TRUE(buttons.heldOn(first).empty());
-    EXPECT_EQ(buttons.heldOn(second), std::vector<std::uint16_t>{6});
-    EXPECT_EQ(sent(), (std::vector<std::string>{"1 5 0", "1 6 1", "0 5 0"}));
-}
-
-TEST(HeldButtonsEnd, ReleasesWhatIsStillDown) {
-    VirtualBoard board;
-    std::vector<int> values;
-    board.powerOn([&values](std::span<const std::uint8_t> report) { values.push_back(report[6]); });
-    {
-        HeldButtons buttons([](const HeldButtons::Button&, std::string_view) {});
-        buttons.press({&board, 5, 0});
-    }
-    EXPECT_EQ(values, (std::vector<int>{1, 0}));
+TEST_F(HeldButtonsTest, EndReleasesWhatIsStillDown) {
+    buttons->press({&first, 5, 0});
+    buttons.reset();
+    EXPECT_EQ(sent(), (Texts{"1 5 0", "0 5 0"}));
 }

@@ -4,8 +4,6 @@
 
 namespace {
 
-using namespace std::chrono_literals;
-
 const std::string press = "0100010005000100000000000000000000000000000000000000000000000000";
 
 std::string reportLine(const std::string& time, const std::string& device = "BOARD", const std::string& data = press) {
@@ -13,23 +11,23 @@ std::string reportLine(const std::string& time, const std::string& device = "BOA
            " data=" + data + '\n';
 }
 
-std::vector<std::chrono::milliseconds> offsetsOf(const HidLog& log) {
-    std::vector<std::chrono::milliseconds> offsets;
+/// Reports at these times of the day, one after the other.
+std::string reportsAt(const std::vector<std::string>& times) {
+    std::string text;
+    for (const std::string& time : times) {
+        text += reportLine(time);
+    }
+    return text;
+}
+
+/// When the reports came, in milliseconds.
+std::vector<long> offsetsOf(const HidLog& log) {
+    std::vector<long> offsets;
     for (const HidLogReport& report : log.reports) {
-        offsets.push_back(report.offset);
+        offsets.push_back(static_cast<long>(report.offset.count()));
     }
     return offsets;
 }
-
-std::string problemOf(const std::string& line) {
-    const HidLog log = parseHidLog(line);
-    EXPECT_TRUE(log.reports.empty()) << line;
-    EXPECT_EQ(log.problems.size(), 1U) << line;
-    return log.problems.empty() ? "" : log.problems[0].text;
-}
-
-constexpr const char* noBeginning = "the line's beginning is missing";
-constexpr const char* badTime = "its time can't be read";
 
 } // namespace
 
@@ -41,15 +39,8 @@ TEST(HidLog, TakesBoardAndBytesOfAReport) {
     EXPECT_EQ(log.reports[0].device, "BOARD");
     EXPECT_EQ(log.reports[0].bytes.size(), 32U);
     EXPECT_EQ(log.reports[0].bytes[4], 5);
-    EXPECT_EQ(log.reports[0].offset, 0ms);
     EXPECT_EQ(log.devices, std::vector<std::string>{"BOARD"});
-    EXPECT_TRUE(log.problems.empty());
-}
-
-TEST(HidLog, TakesAReportWithoutItsId) {
-    const HidLog log = parseHidLog(reportLine("12:00:01", "BOARD", press.substr(2)));
-    ASSERT_EQ(log.reports.size(), 1U);
-    EXPECT_EQ(log.reports[0].bytes.size(), 31U);
+    EXPECT_EQ(parseHidLog(reportLine("12:00:01", "BOARD", press.substr(2))).reports.at(0).bytes.size(), 31U);
 }
 
 TEST(HidLog, LeavesAllOtherLinesAlone) {
@@ -60,32 +51,23 @@ TEST(HidLog, LeavesAllOtherLinesAlone) {
     EXPECT_TRUE(log.devices.empty());
 }
 
-TEST(HidLog, IsEmptyForAnEmptyText) {
-    const HidLog log = parseHidLog("");
-    EXPECT_TRUE(log.reports.empty());
-    EXPECT_TRUE(log.problems.empty());
-}
-
-TEST(HidLog, CountsTimeFromTheFirstReport) {
-    const HidLog log = parseHidLog(reportLine("23:59:58") + reportLine("23:59:59"));
-    EXPECT_EQ(offsetsOf(log), (std::vector{0ms, 1000ms}));
-}
-
-TEST(HidLog, GoesOnOverMidnightAndTheMonthsEnd) {
-    const HidLog log =
-        parseHidLog(reportLine("23:59:59") + "2026-02-01 00:00:02 [DEBUG] HID IN device=B bytes=1 data=01\n");
-    EXPECT_EQ(offsetsOf(log), (std::vector{0ms, 3000ms}));
-}
-
-TEST(HidLog, SpreadsTheReportsOfOneSecondOverIt) {
-    const HidLog log = parseHidLog(reportLine("12:00:00") + reportLine("12:00:00") + reportLine("12:00:00") +
-                                   reportLine("12:00:00") + reportLine("12:00:01") + reportLine("12:00:01"));
-    EXPECT_EQ(offsetsOf(log), (std::vector{0ms, 250ms, 500ms, 750ms, 1000ms, 1500ms}));
-}
-
-TEST(HidLog, TakesAClockThatIsPutBackForNoTime) {
-    const HidLog log = parseHidLog(reportLine("12:00:10") + reportLine("11:00:00") + reportLine("11:00:02"));
-    EXPECT_EQ(offsetsOf(log), (std::vector{0ms, 0ms, 2000ms}));
+TEST(HidLog, CountsTimeFromTheFirstReportAndSpreadsThoseOfOneSecond) {
+    struct Case {
+        std::string text;
+        std::vector<long> offsets;
+    };
+    const Case cases[] = {
+        {"", {}},
+        {reportsAt({"23:59:58", "23:59:59"}), {0, 1000}},
+        {reportLine("23:59:59") + "2026-02-01 00:00:02 [DEBUG] HID IN device=B bytes=1 data=01\n", {0, 3000}},
+        {reportsAt({"12:00:00", "12:00:00", "12:00:00", "12:00:00", "12:00:01", "12:00:01"}),
+         {0, 250, 500, 750, 1000, 1500}},
+        // A clock that is put back takes no time.
+        {reportsAt({"12:00:10", "11:00:00", "11:00:02"}), {0, 0, 2000}},
+    };
+    for (const Case& one : cases) {
+        EXPECT_EQ(offsetsOf(parseHidLog(one.text)), one.offsets) << one.text;
+    }
 }
 
 TEST(HidLog, KeepsTheBoardsInTheOrderOfTheirConnecting) {
@@ -96,34 +78,33 @@ TEST(HidLog, KeepsTheBoardsInTheOrderOfTheirConnecting) {
 }
 
 TEST(HidLog, ReadsLinesOfWindowsAndALastLineWithoutItsEnd) {
-    std::string text = reportLine("12:00:00");
-    text.insert(text.size() - 1, "\r");
-    std::string last = reportLine("12:00:01");
-    last.pop_back();
-    const HidLog log = parseHidLog(text + last);
+    std::string text = reportsAt({"12:00:00", "12:00:01"});
+    text.insert(text.find('\n'), "\r");
+    text.pop_back();
+    const HidLog log = parseHidLog(text);
     EXPECT_EQ(log.reports.size(), 2U);
     EXPECT_TRUE(log.problems.empty());
 }
 
-TEST(HidLog, TellsALineWithoutItsBeginning) {
-    EXPECT_EQ(problemOf("HID IN device=BOARD bytes=1 data=01\n"), noBeginning);
-    EXPECT_EQ(problemOf("00:00 [DEBUG] HID IN device=BOARD bytes=1 data=01\n"), noBeginning);
-    EXPECT_EQ(problemOf("2026-01-31 12:00:00 [INFO] HID IN device=BOARD bytes=1 data=01\n"), noBeginning);
-}
-
-TEST(HidLog, TellsATimeThatIsNone) {
+TEST(HidLog, SkipsABadLineAndSaysWhy) {
+    const std::string noBeginning = "the line's beginning is missing";
+    const std::string badTime = "its time can't be read";
+    std::vector<std::pair<std::string, std::string>> cases{
+        {"HID IN device=BOARD bytes=1 data=01", noBeginning},
+        {"00:00 [DEBUG] HID IN device=BOARD bytes=1 data=01", noBeginning},
+        {"2026-01-31 12:00:00 [INFO] HID IN device=BOARD bytes=1 data=01", noBeginning},
+        {"2026-01-31 12:00:01 [DEBUG] HID IN device=BO", "the line's end is missing"},
+    };
     for (const char* stamp :
          {"2026-13-31 12:00:00", "2026-02-30 12:00:00", "2026-01-31 24:00:00", "2026-01-31 12:60:00",
           "2026-01-31 12:00:61", "2026/01/31 12:00:00", "20x6-01-31 12:00:00", "2026-01-31T12:00:00"}) {
-        EXPECT_EQ(problemOf(std::string(stamp) + " [DEBUG] HID IN device=B bytes=1 data=01"), badTime) << stamp;
+        cases.emplace_back(std::string(stamp) + " [DEBUG] HID IN device=B bytes=1 data=01", badTime);
     }
-}
-
-TEST(HidLog, SkipsABadLineAndKeepsTheOthers) {
-    const HidLog log =
-        parseHidLog(reportLine("12:00:00") + "2026-01-31 12:00:01 [DEBUG] HID IN device=BO\n" + reportLine("12:00:02"));
-    EXPECT_EQ(offsetsOf(log), (std::vector{0ms, 2000ms}));
-    ASSERT_EQ(log.problems.size(), 1U);
-    EXPECT_EQ(log.problems[0].line, 2U);
-    EXPECT_EQ(log.problems[0].text, "the line's end is missing");
+    for (const auto& [line, problem] : cases) {
+        const HidLog log = parseHidLog(reportLine("12:00:00") + line + '\n' + reportLine("12:00:02"));
+        EXPECT_EQ(offsetsOf(log), (std::vector<long>{0, 2000})) << line;
+        ASSERT_EQ(log.problems.size(), 1U) << line;
+        EXPECT_EQ(log.problems[0].line, 2U);
+        EXPECT_EQ(log.problems[0].text, problem) << line;
+    }
 }

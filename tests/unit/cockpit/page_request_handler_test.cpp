@@ -40,52 +40,47 @@ protected:
 
 } // namespace
 
-TEST_F(PageRequestHandlerTest, ServeThePagesFilesWithTheirTypes) {
-    const PageReply first = answer("GET", "/");
-    EXPECT_EQ(first.status, 200);
-    EXPECT_EQ(first.contentType, "text/html; charset=utf-8");
-    EXPECT_TRUE(first.body.starts_with("<!doctype html>"));
-    EXPECT_EQ(answer("GET", "/index.html").body, first.body);
-    EXPECT_EQ(answer("GET", "/main.js").contentType, "text/javascript; charset=utf-8");
-    EXPECT_EQ(answer("GET", "/base.css").contentType, "text/css; charset=utf-8");
-    EXPECT_EQ(answer("GET", "/icon.svg").contentType, "image/svg+xml");
-}
-
-TEST_F(PageRequestHandlerTest, ServeNothingElse) {
-    for (const char* path : {"/absent.js", "/../config.json", "/config.json", "//", "/api"}) {
-        EXPECT_EQ(answer("GET", path).status, 404) << path;
+TEST_F(PageRequestHandlerTest, ServesThePagesFilesAndNothingElse) {
+    struct Case {
+        const char* method;
+        const char* path;
+        int status;
+        const char* contentType;
+    };
+    const char* const text = "text/plain; charset=utf-8";
+    for (const Case& one :
+         {Case{"GET", "/", 200, "text/html; charset=utf-8"},
+          Case{"GET", "/index.html", 200, "text/html; charset=utf-8"},
+          Case{"GET", "/main.js", 200, "text/javascript; charset=utf-8"},
+          Case{"GET", "/base.css", 200, "text/css; charset=utf-8"}, Case{"GET", "/icon.svg", 200, "image/svg+xml"},
+          Case{"GET", "/absent.js", 404, text}, Case{"GET", "/../config.json", 404, text}, Case{"GET", "//", 404, text},
+          Case{"GET", "/api", 404, text}, Case{"GET", "/api/action", 404, text}, Case{"POST", "/", 404, text},
+          Case{"POST", "/api/panel", 404, text}}) {
+        const PageReply reply = answer(one.method, one.path);
+        EXPECT_EQ(reply.status, one.status) << one.path;
+        EXPECT_EQ(reply.contentType, one.contentType) << one.path;
     }
-    EXPECT_EQ(answer("POST", "/").status, 404);
-    EXPECT_EQ(answer("GET", "/api/action").status, 404);
-    EXPECT_EQ(answer("POST", "/api/panel").status, 404);
+    EXPECT_TRUE(answer("GET", "/").body.starts_with("<!doctype html>"));
 }
 
-TEST_F(PageRequestHandlerTest, GiveThePanelToWhoHasTheToken) {
+TEST_F(PageRequestHandlerTest, ChecksHostTokenAndType) {
+    const PageReply panel = answer("GET", "/api/panel");
+    EXPECT_EQ(panel.contentType, "application/json");
+    EXPECT_TRUE(JsonParser::parse(panel.body).ok);
     PageRequest asked = request("GET", "/api/panel");
-    const PageReply reply = answers->answer(asked);
-    EXPECT_EQ(reply.status, 200);
-    EXPECT_EQ(reply.contentType, "application/json");
-    EXPECT_TRUE(JsonParser::parse(reply.body).ok);
     asked.token = "WRONG!";
     EXPECT_EQ(answers->answer(asked).status, 403);
     EXPECT_EQ(answers->answer(asked).body, "the token of this session is missing or wrong\n");
-}
-
-TEST_F(PageRequestHandlerTest, RefuseFilesUnderAnotherHostsName) {
-    PageRequest asked = request("GET", "/");
+    asked = request("GET", "/");
     asked.host = "evil.example";
     EXPECT_EQ(answers->answer(asked).status, 403);
-}
-
-TEST_F(PageRequestHandlerTest, TellWhyAnActionIsRefused) {
     EXPECT_EQ(answer("POST", "/api/action", "{").status, 400);
-    EXPECT_EQ(answer("POST", "/api/action", R"({"do":"explode"})").body, "unknown action \"explode\"\n");
-    PageRequest form = request("POST", "/api/action", "{}");
-    form.contentType = "text/plain";
-    EXPECT_EQ(answers->answer(form).status, 415);
+    asked = request("POST", "/api/action", "{}");
+    asked.contentType = "text/plain";
+    EXPECT_EQ(answers->answer(asked).status, 415);
 }
 
-TEST_F(PageRequestHandlerTest, StreamWhatHappensUntilTheEnd) {
+TEST_F(PageRequestHandlerTest, StreamsWhatHappensUntilTheEnd) {
     const PageReply reply = answer("GET", "/api/events");
     EXPECT_EQ(reply.contentType, "text/event-stream");
     ASSERT_TRUE(reply.stream);
@@ -97,7 +92,7 @@ TEST_F(PageRequestHandlerTest, StreamWhatHappensUntilTheEnd) {
     EXPECT_FALSE(reply.stream(piece));
 }
 
-TEST_F(PageRequestHandlerTest, HaveRoomForADozenPagesOnly) {
+TEST_F(PageRequestHandlerTest, HasRoomForADozenPagesOnly) {
     std::vector<PageReply> open;
     for (int i = 0; i < 12; ++i) {
         open.push_back(answer("GET", "/api/events"));
