@@ -222,7 +222,7 @@ std::optional<SimulatorRequest> readSimulatorRequest(std::string_view line, std:
     }
     std::optional<SimulatorRequest> request = control->request(trimmed(line.substr(word.size())));
     if (!request) {
-        error = "Usage: " + std::string(control->word) + ' ' + std::string(control->argument);
+        error = "Usage: " + control->usage();
     }
     return request;
 }

@@ -16,9 +16,8 @@
 class RawClient {
 public:
     /// Opens a session and takes the answer off the wire.
-    explicit RawClient(const VirtualSimulator& simulator, std::uint32_t protocol = 4)
-        : version(protocol),
-          socket(connectSocket("127.0.0.1", simulator.port(), AddressFamily::Ipv4, std::chrono::seconds(30))) {
+    explicit RawClient(const VirtualSimulator& simulator)
+        : socket(connectSocket("127.0.0.1", simulator.port(), AddressFamily::Ipv4, std::chrono::seconds(30))) {
         request(SimConnectWire::openRequest, PeerBytes(280));
         EXPECT_EQ(MessageLog::wordOf(next(), 8), simConnectRecvOpen);
     }
@@ -61,6 +60,17 @@ public:
     void expectException(std::uint32_t code, std::uint32_t index) {
         expect(simConnectRecvException, {code, sendId, index});
     }
+    /// Makes a request that is refused.
+    void expectRefusal(std::uint32_t type, std::initializer_list<std::uint32_t> words, std::uint32_t code,
+                       std::uint32_t index) {
+        request(type, words);
+        expectException(code, index);
+    }
+    void expectRefusalByName(std::uint32_t type, std::uint32_t id, std::string_view name, std::uint32_t code,
+                             std::uint32_t index) {
+        requestByName(type, id, name);
+        expectException(code, index);
+    }
     /// The last requests have no answer: the next message is about one that this sends.
     void expectNothing() {
         request(0xFF, {});
@@ -68,7 +78,8 @@ public:
     }
 
 private:
-    std::uint32_t version;
+    static constexpr std::uint32_t version = 4;
+
     std::uint32_t sendId = 0;
     Socket socket;
     MessageReader reader{12};

@@ -15,9 +15,9 @@ protected:
     static RigSettings settings() {
         RigSettings made;
         made.boards = {{"PFD", {}}};
-        made.files["config.json"] =
-            R"({"hid": {"vid": "1234", "pid": "ABCD"}, "mappings": {"buttonConfigPath": "buttons.json"}})";
-        made.files["buttons.json"] = "{}";
+        made.files = {{"config.json", R"({"hid": {"vid": "1234", "pid": "ABCD"},
+                                          "mappings": {"buttonConfigPath": "buttons.json"}})"},
+                      {"buttons.json", "{}"}};
         made.pace = Pace::fast();
         return made;
     }
@@ -53,13 +53,13 @@ TEST_F(RigObserverTest, ReportsBoardsSimulatorLogAndExit) {
 }
 
 TEST_F(RigObserverTest, FollowsASecondRunOfTheBridge) {
-    for (const std::size_t runs : {1U, 2U}) {
+    for (const std::ptrdiff_t runs : {1, 2}) {
         rig.startBridge();
         EXPECT_TRUE(rig.bridge().running());
         rig.endBridge();
         EXPECT_FALSE(rig.bridge().running());
         observer.pump();
-        EXPECT_EQ(std::ranges::count(lines, "exit 0"), static_cast<std::ptrdiff_t>(runs));
+        EXPECT_EQ(std::ranges::count(lines, "exit 0"), runs);
     }
 }
 
@@ -71,15 +71,13 @@ TEST_F(RigObserverTest, WaitsForQuietNoLongerThanTheLimit) {
 }
 
 TEST(BridgeRig, RemovesItsFilesWithItself) {
-    std::filesystem::path folder;
-    {
-        RigSettings settings;
-        settings.files["config.json"] = "{}";
-        BridgeRig rig(settings);
-        std::string error;
-        ASSERT_TRUE(rig.setUp(error)) << error;
-        folder = rig.filesFolder();
-        EXPECT_TRUE(std::filesystem::exists(folder / "config.json"));
-    }
+    RigSettings settings;
+    settings.files["config.json"] = "{}";
+    auto rig = std::make_unique<BridgeRig>(settings);
+    std::string error;
+    ASSERT_TRUE(rig->setUp(error)) << error;
+    const std::filesystem::path folder = rig->filesFolder();
+    EXPECT_TRUE(std::filesystem::exists(folder / "config.json"));
+    rig.reset();
     EXPECT_FALSE(std::filesystem::exists(folder));
 }

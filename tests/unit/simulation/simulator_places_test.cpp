@@ -1,7 +1,5 @@
 #include "tests/unit/simulation/simulator_client.h"
 
-#include <memory>
-
 namespace {
 
 class SimulatorPlaces : public testing::TestWithParam<Transport> {
@@ -12,14 +10,6 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(Transports, SimulatorPlaces, testing::ValuesIn(transports()), transportName);
-
-TEST_P(SimulatorPlaces, EndpointIsThePlaceThatWasTaken) {
-    const RunningSimulator simulator(GetParam());
-    const bool isPipe = GetParam() == Transport::Pipe;
-    EXPECT_EQ(simulator.endpoint().pipe.empty(), !isPipe);
-    EXPECT_EQ(simulator.endpoint().port == 0, isPipe);
-    EXPECT_EQ(simulator.port(), simulator.endpoint().port);
-}
 
 TEST_P(SimulatorPlaces, StartFailsAtATakenPlaceAndTwice) {
     RunningSimulator first(GetParam());
@@ -47,22 +37,6 @@ TEST_P(SimulatorPlaces, PlaceCanBeTakenAgainAfterAStop) {
     ASSERT_TRUE(startAt(simulator, place, error)) << error;
     SimulatorClient again(simulator);
     EXPECT_TRUE(again.waitFor(simConnectRecvOpen));
-}
-
-TEST_P(SimulatorPlaces, ManyClientsAreServedAtOnce) {
-    RunningSimulator simulator(GetParam());
-    std::vector<std::unique_ptr<SimulatorClient>> clients;
-    for (int i = 0; i < 20; ++i) {
-        clients.push_back(std::make_unique<SimulatorClient>(simulator));
-        ASSERT_EQ(clients.back()->openResult(), simConnectOk);
-    }
-    ASSERT_TRUE(simulator.waitForSessionCount(20));
-    for (const auto& client : clients) {
-        EXPECT_TRUE(client->waitFor(simConnectRecvOpen));
-    }
-    clients[7]->close();
-    EXPECT_TRUE(simulator.waitForSessionCount(19));
-    EXPECT_TRUE(clients[8]->settle());
 }
 
 } // namespace
