@@ -178,4 +178,16 @@ TEST_F(SimulatorVariables, CanBeSet) {
     client.expectRefusal(setDataOnSimObjectRequest, {1, 0, 1, 0, 8, 71, 1}, Exceptions::datumId, 6);
 }
 
+TEST_F(SimulatorRequests, AreaIsCreatedOnceByTheNameOfAnId) {
+    client.expectRefusal(createClientDataRequest, {7, 4, 0}, Exceptions::unrecognizedId, 1);
+    PeerBytes named(nameFieldSize);
+    std::ranges::copy(std::string_view("Own"), named.begin());
+    const PeerBytes id = wireWords({7});
+    named.insert(named.end(), id.begin(), id.end());
+    client.request(mapClientDataNameToIdRequest, named);
+    client.expectRefusal(createClientDataRequest, {7, 0, 0}, Exceptions::invalidDataSize, 2);
+    client.request(createClientDataRequest, {7, 4, 0});
+    client.expectRefusal(createClientDataRequest, {7, 4, 0}, Exceptions::alreadyCreated, 1);
+}
+
 } // namespace
