@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
+#include <sstream>
 #include <stdexcept>
 #include <thread>
 
@@ -20,6 +22,8 @@ constexpr Pace hurried{std::chrono::milliseconds(0), std::chrono::milliseconds(5
 constexpr int warmUpLives = 3;
 /// What the allocator may keep for itself beyond that.
 constexpr double memoryMarginMiB = 6;
+/// From here on every press becomes a command.
+constexpr std::string_view lastHandshakeCommand = "MF.SimVars.Add.(L:LIGHTING_POTENTIOMETER_5)";
 /// Between "MF.SimVars.Set." and the command's own text.
 constexpr std::string_view commandPrefix = "1 ";
 constexpr LedCommand batteryOffLight{2, 0, 5, 1000, 50};
@@ -80,78 +84,79 @@ private:
 
 } // namespace
 
+std::string describe(const SoakTotals& totals) {
+    std::ostringstream text;
+    text << totals.lives << " lives, each with " << SoakRun::replugs << " replugs, " << SoakRun::lostSessions
+         << " lost sessions, a crash and " << SoakRun::checkedPresses << " checked presses that all arrived; "
+         << totals.flowingPresses << " presses amid faults gave " << totals.flowingCommands
+         << " commands, none twice or out of order";
+    return text.str();
+}
+
 SoakRun::SoakRun(std::uint32_t seed)
     : rig(soakRig()), simulator(rig.simulator()), witness(rig.board(witnessName)), random(seed) {
     std::string error;
     require(rig.setUp(error), error);
 }
 
-void SoakRun::liveOnce(const SoakPlan& plan) {
+void SoakRun::liveOnce() {
     rig.startSimulator();
     rig.plugAll();
     rig.startBridge();
     require(rig.bridge().running(), "the bridge doesn't start");
     waitUntilReady();
-    playFaults(plan);
+    playFaults();
     clearFaults();
     rig.plugAll();
     waitUntilReady();
     checkLights();
-    checkPresses(plan.checkedPresses);
-    dieAndEnd();
+    checkPresses();
+    crashAndEnd();
     rig.endBridge();
     ++sum.lives;
     checkResources();
 }
 
 void SoakRun::waitUntilReady() {
-    // The last command of the handshake: from here on every press becomes a command.
     const bool registered = simulator.waitFor(
         [](const std::vector<SimulatorRecord>& records) {
-            const auto isRecord = [](SimulatorRecordKind kind, const char* text) {
-                return [kind, text](const SimulatorRecord& record) {
-                    return record.kind == kind && (text == nullptr || record.text == text);
-                };
-            };
-            const auto opened =
-                std::find_if(records.rbegin(), records.rend(), isRecord(SimulatorRecordKind::Opened, nullptr));
-            const auto added =
-                std::find_if(records.rbegin(), records.rend(),
-                             isRecord(SimulatorRecordKind::Command, "MF.SimVars.Add.(L:LIGHTING_POTENTIOMETER_5)"));
-            return opened != records.rend() && added != records.rend() && added < opened;
+            bool ready = false;
+            for (const SimulatorRecord& record : records) {
+                ready = record.kind != SimulatorRecordKind::Opened && (ready || record.text == lastHandshakeCommand);
+            }
+            return ready;
         },
         patience);
     require(registered, "no session is registered");
     require(waitUntil([this] { return rig.awaited(witnessName); }, patience), "the witness isn't read");
 }
 
-void SoakRun::playFaults(const SoakPlan& plan) {
+void SoakRun::playFaults() {
     simulator.clearRecords();
-    int replugs = plan.replugs;
-    int losses = plan.lostSessions;
+    int replugged = 0;
+    int lost = 0;
     const PressFlow flow(witness);
-    while (replugs > 0 || losses > 0) {
-        const bool lose = losses > 0 && (replugs == 0 || chance(0.3));
-        if (lose) {
-            simulator.dropSessions();
-            // Nobody hears the very answer that the module gave last, a confirmation neither; in a cockpit with other
-            // clients theirs come between.
-            simulator.respond("MF.Pong");
-            --losses;
-            ++sum.lostSessions;
-            const auto openedSince = static_cast<std::size_t>(plan.lostSessions - losses);
-            require(simulator.waitForText(SimulatorRecordKind::Command, "MF.SimVars.Add.(L:LIGHTING_POTENTIOMETER_5)",
-                                          openedSince, patience),
-                    "a lost session isn't regained");
+    while (replugged < replugs || lost < lostSessions) {
+        if (lost < lostSessions && (replugged == replugs || chance(0.3))) {
+            loseSession(static_cast<std::size_t>(++lost));
         } else {
             replugOne();
-            --replugs;
+            ++replugged;
         }
         simulator.setBattery(chance(0.5));
         std::this_thread::sleep_for(std::chrono::milliseconds(random() % 10));
     }
     checkFlow();
     sum.flowingPresses += flow.sent;
+}
+
+void SoakRun::loseSession(std::size_t count) {
+    simulator.dropSessions();
+    // No client hears an answer that equals the last one, such as a confirmation. In a cockpit with other clients,
+    // their answers come between.
+    simulator.respond("MF.Pong");
+    require(simulator.waitForText(SimulatorRecordKind::Command, lastHandshakeCommand, count, patience),
+            "a lost session isn't regained");
 }
 
 void SoakRun::replugOne() {
@@ -163,7 +168,6 @@ void SoakRun::replugOne() {
     }
     rig.plug(victim);
     rig.board(victim).press(static_cast<std::uint16_t>(controls + 1));
-    ++sum.replugs;
 }
 
 void SoakRun::setRandomFaults(const std::string& board) {
@@ -171,11 +175,10 @@ void SoakRun::setRandomFaults(const std::string& board) {
     if (chance(0.3)) {
         faults.writeError = 5;
     }
-    if (chance(0.2)) {
-        faults.refusedOpens.push_back({HidAccess::ReadWrite, HidMode::Overlapped});
-    }
-    if (chance(0.2)) {
-        faults.refusedOpens.push_back({HidAccess::ReadWrite, HidMode::Synchronous});
+    for (const HidMode mode : {HidMode::Overlapped, HidMode::Synchronous}) {
+        if (chance(0.2)) {
+            faults.refusedOpens.push_back({HidAccess::ReadWrite, mode});
+        }
     }
     faults.readsFail = chance(0.1);
     faults.serialFails = chance(0.2);
@@ -207,30 +210,27 @@ void SoakRun::checkFlow() {
     const std::vector<std::uint32_t> numbers = executedNumbers();
     sum.flowingCommands += numbers.size();
     for (std::size_t i = 1; i < numbers.size(); ++i) {
-        // Told losses skip ahead, by less than half a round; a step of none or a step back is a doubled or an overtaken
-        // command.
+        // Lost presses skip ahead, by less than half a round. A step of none or a step back is a doubled or an
+        // overtaken command.
         const std::uint32_t step = (numbers[i] + controls - numbers[i - 1]) % controls;
         require(step > 0 && step < controls / 2,
                 "command " + std::to_string(numbers[i]) + " came behind " + std::to_string(numbers[i - 1]));
     }
 }
 
-void SoakRun::checkPresses(std::uint32_t count) {
+void SoakRun::checkPresses() {
     // The flow's last commands are through once two dispatches' time is quiet.
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     simulator.clearRecords();
-    for (std::uint32_t number = 0; number < count; ++number) {
+    for (std::uint32_t number = 0; number < checkedPresses; ++number) {
         witness.press(static_cast<std::uint16_t>(number));
         std::this_thread::sleep_for(std::chrono::microseconds(200));
     }
-    require(simulator.waitForKind(SimulatorRecordKind::Executed, count, patience), "a press is lost");
+    require(simulator.waitForKind(SimulatorRecordKind::Executed, checkedPresses, patience), "a press is lost");
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    const std::vector<std::uint32_t> numbers = executedNumbers();
-    require(numbers.size() == count, "a press came twice");
-    for (std::uint32_t number = 0; number < count; ++number) {
-        require(numbers[number] == number, "presses came in another order");
-    }
-    sum.checkedPresses += count;
+    std::vector<std::uint32_t> expected(checkedPresses);
+    std::iota(expected.begin(), expected.end(), 0U);
+    require(executedNumbers() == expected, "a press came twice, or presses in another order");
 }
 
 void SoakRun::checkLights() {
@@ -241,22 +241,19 @@ void SoakRun::checkLights() {
 }
 
 void SoakRun::expectLights(const LedCommand& expected) {
-    require(waitUntil([&] { return witness.led() == expected; }, patience), "the witness shows another light");
-    for (const std::string& name : victims) {
-        VirtualBoard& victim = rig.board(name);
-        require(waitUntil([&] { return victim.led() == expected; }, patience), "a board shows another light");
-        require(victim.simConnected() == true, "a board doesn't know of the session");
-        victim.clearOutputs();
+    for (const RigBoard& made : rig.boards()) {
+        VirtualBoard& board = rig.board(made.name);
+        require(waitUntil([&] { return board.led() == expected; }, patience), made.name + " shows another light");
+        require(board.simConnected() == true, made.name + " doesn't know of the session");
+        board.clearOutputs();
     }
-    witness.clearOutputs();
 }
 
-void SoakRun::dieAndEnd() {
+void SoakRun::crashAndEnd() {
     rig.crashSimulator();
-    ++sum.deaths;
     require(waitUntil([this] { return !rig.bridge().running(); }, patience), "the bridge outlives the simulator");
     for (const std::string& victim : victims) {
-        require(rig.board(victim).simConnected() == false, "a board wasn't told of the session's end");
+        require(rig.board(victim).simConnected() == false, "a board doesn't know of the session's end");
     }
     simulator.clearRecords();
 }

@@ -8,48 +8,45 @@
 #include <string>
 #include <vector>
 
-/// What goes wrong in one life of the bridge, which the simulator's death ends.
-struct SoakPlan {
-    int replugs = 10;
-    int lostSessions = 3;
-    /// Presses that must all arrive, sent in quiet after the faults.
-    std::uint32_t checkedPresses = 200;
-};
-
 /// What has happened so far, over all lives.
 struct SoakTotals {
     int lives = 0;
-    int replugs = 0;
-    int lostSessions = 0;
-    int deaths = 0;
-    std::uint64_t checkedPresses = 0;
-    /// Sent amid the faults, where told losses are allowed but nothing may come twice or out of order.
+    /// Sent amid the faults, where a press may be lost but nothing may come twice or out of order.
     std::uint64_t flowingPresses = 0;
     std::uint64_t flowingCommands = 0;
 };
 
-/// Lives of the bridge, one after the other, on the same boards and simulator. Throws std::runtime_error, which says
-/// what was wrong, at the first thing that isn't as it has to be. Control N (0 to 1999) sends "N (>K:SOAK)".
+std::string describe(const SoakTotals& totals);
+
+/// Lives of the bridge, one after the other, on the same boards and simulator. Throws std::runtime_error with the
+/// reason at the first failure. Control N (0 to 1999) sends "N (>K:SOAK)".
 class SoakRun {
 public:
+    // In each life, which the simulator's crash ends.
+    static constexpr int replugs = 10;
+    static constexpr int lostSessions = 3;
+    /// Presses that must all arrive, sent in quiet after the faults.
+    static constexpr std::uint32_t checkedPresses = 200;
+
     explicit SoakRun(std::uint32_t seed);
 
     /// One life: faults while a witness board's presses flow, then quiet, in which everything has to be right.
-    void liveOnce(const SoakPlan& plan);
+    void liveOnce();
 
     const SoakTotals& totals() const { return sum; }
 
 private:
     void waitUntilReady();
-    void playFaults(const SoakPlan& plan);
+    void playFaults();
+    void loseSession(std::size_t count);
     void replugOne();
     void setRandomFaults(const std::string& board);
     void clearFaults();
     void checkFlow();
-    void checkPresses(std::uint32_t count);
+    void checkPresses();
     void checkLights();
     void expectLights(const LedCommand& expected);
-    void dieAndEnd();
+    void crashAndEnd();
     void checkResources();
     std::vector<std::uint32_t> executedNumbers() const;
     bool chance(double probability);
