@@ -11,10 +11,6 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-Bytes bytesOf(const Report& report) {
-    return {report.begin(), report.end()};
-}
-
 /// A powered board and what it sends.
 class VirtualBoardTest : public testing::Test {
 public:
@@ -76,16 +72,6 @@ TEST_F(VirtualBoardTest, CutOrUnknownReportChangesNothing) {
     EXPECT_EQ(board.outputs().size(), 4U);
 }
 
-TEST_F(VirtualBoardTest, RecordsEveryReportWithItsCall) {
-    receive(HidProtocol::encodeSimStatus(true));
-    board.receiveOutput(OutputCall::SetOutputReport, Bytes{0x77});
-    EXPECT_EQ(board.outputs(),
-              (std::vector<BoardOutput>{{OutputCall::Write, bytesOf(HidProtocol::encodeSimStatus(true))},
-                                        {OutputCall::SetOutputReport, {0x77}}}));
-    board.clearOutputs();
-    EXPECT_TRUE(board.outputs().empty());
-}
-
 TEST_F(VirtualBoardTest, PowerCycleForgetsTheHostButKeepsTheRecord) {
     receive(HidProtocol::encodeLedCtl({3, 1, 4, 500, 200}));
     receive(HidProtocol::encodeSimStatus(true));
@@ -98,14 +84,6 @@ TEST_F(VirtualBoardTest, PowerCycleForgetsTheHostButKeepsTheRecord) {
     EXPECT_FALSE(board.simConnected().has_value());
     EXPECT_FALSE(board.inBootsel());
     EXPECT_EQ(board.outputs().size(), 3U);
-}
-
-TEST_F(VirtualBoardTest, CallbackSeesTheStateAfterItsReport) {
-    std::vector<std::optional<bool>> seen;
-    board.setOutputCallback([&](const BoardOutput&) { seen.push_back(board.simConnected()); });
-    receive(HidProtocol::encodeSimStatus(true));
-    receive(HidProtocol::encodeSimStatus(false));
-    EXPECT_EQ(seen, (std::vector<std::optional<bool>>{true, false}));
 }
 
 TEST(VirtualBoardFeatures, CarryTheModel) {

@@ -103,23 +103,14 @@ TEST_F(VirtualHidBusTest, CountsHandlesAndNeverReusesOne) {
     EXPECT_NE(openWriter(), first);
 }
 
-TEST_F(VirtualHidBusTest, RefusesOpensOfOneBoardByAccessAndMode) {
-    bus.setFaults(board, {.refusedOpens = {{HidAccess::ReadWrite, HidMode::Synchronous},
-                                           {HidAccess::ReadOnly, HidMode::Overlapped}}});
-    EXPECT_EQ(openWriter(), invalidHidHandle);
-    EXPECT_EQ(hid.open(path, HidAccess::ReadOnly, HidMode::Overlapped), invalidHidHandle);
-    EXPECT_NE(openReader(), invalidHidHandle);
-    EXPECT_NE(hid.open(path, HidAccess::ReadOnly, HidMode::Synchronous), invalidHidHandle);
-    path = bus.plug(std::make_shared<VirtualBoard>());
-    EXPECT_NE(openWriter(), invalidHidHandle);
-}
-
 TEST_F(VirtualHidBusTest, KeepsFaultsWhenTheBoardIsPluggedAgain) {
     bus.setFaults(board, {.attributesFail = true});
     path = bus.plug(board);
     HidAttributes attributes{7, 8};
     EXPECT_FALSE(hid.attributes(openWriter(), attributes));
     EXPECT_EQ(attributes.vendorId, 7);
+    path = bus.plug(std::make_shared<VirtualBoard>());
+    EXPECT_TRUE(hid.attributes(openWriter(), attributes)) << "the faults are those of one board";
 }
 
 TEST_F(VirtualHidBusTest, InputReachesEveryReaderThatIsOpen) {
@@ -167,14 +158,6 @@ TEST_F(VirtualHidBusTest, CancelEndsAHandlesPendingReadAndAllLaterOnes) {
     board->press(1);
     EXPECT_EQ(read(60s).status, HidReadStatus::Failure);
     EXPECT_EQ(other(0ms).status, HidReadStatus::Data);
-}
-
-TEST_F(VirtualHidBusTest, SetOutputReportReachesTheBoardAndReportsNoCount) {
-    const HidWriteResult set = hid.setOutputReport(writeHandle, simReport);
-    EXPECT_TRUE(set.ok);
-    EXPECT_EQ(set.count, 0U);
-    EXPECT_EQ(board->outputs().at(0).call, OutputCall::SetOutputReport);
-    EXPECT_EQ(board->simConnected(), true);
 }
 
 TEST_F(VirtualHidBusTest, FailingWriteReachesNoBoardAndAShortOneArrivesCut) {
