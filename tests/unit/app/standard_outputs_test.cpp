@@ -17,8 +17,8 @@ namespace {
 /// every stream but a console's.
 class HeldBackOutput {
 public:
-    HeldBackOutput(std::FILE* output, const std::string& path)
-        : stream(output), file(std::fopen(path.c_str(), "wb")), before(dup(fileno(output))) {
+    HeldBackOutput(std::FILE* stream, const std::string& path)
+        : stream(stream), file(std::fopen(path.c_str(), "wb")), before(dup(fileno(stream))) {
         std::fflush(stream);
         dup2(fileno(file), fileno(stream));
         // A buffer of its own: standard error may have been used already, and keeps the single byte that it began with.

@@ -24,7 +24,8 @@ public:
 /// Takes the place of std::cout, and calls back on the logging thread for each trace line of an input report.
 class TraceWatch : public std::streambuf {
 public:
-    explicit TraceWatch(std::function<void()> onTrace) : callback(std::move(onTrace)), before(std::cout.rdbuf(this)) {}
+    explicit TraceWatch(std::function<void()> callback)
+        : callback(std::move(callback)), before(std::cout.rdbuf(this)) {}
     ~TraceWatch() override { std::cout.rdbuf(before); }
     TraceWatch(const TraceWatch&) = delete;
     TraceWatch& operator=(const TraceWatch&) = delete;

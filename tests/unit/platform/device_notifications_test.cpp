@@ -11,15 +11,15 @@ namespace {
 /// Runs the source on a thread as the program does, and tells when it is set up.
 class Listening {
 public:
-    explicit Listening(DeviceNotificationSource systemSource) : source(std::move(systemSource)) {
+    explicit Listening(DeviceNotificationSource source) : source(std::move(source)) {
         std::promise<bool> setUp;
         std::future<bool> isSetUp = setUp.get_future();
         thread = std::thread([this, &setUp] {
-            const bool isListening = source.setUp(error);
+            const bool isListening = this->source.setUp(error);
             setUp.set_value(isListening);
             if (isListening) {
-                source.run([] {});
-                source.tearDown();
+                this->source.run([] {});
+                this->source.tearDown();
             }
         });
         succeeded = isSetUp.get();

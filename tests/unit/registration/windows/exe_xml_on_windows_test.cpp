@@ -18,8 +18,8 @@ using Samples::tail;
 /// A variable of this process's environment, until the test is over.
 class EnvironmentVariable {
 public:
-    EnvironmentVariable(const char* variableName, const std::string& value)
-        : name(variableName), before(std::getenv(variableName) == nullptr ? "" : std::getenv(variableName)) {
+    EnvironmentVariable(const char* name, const std::string& value)
+        : name(name), before(std::getenv(name) == nullptr ? "" : std::getenv(name)) {
         _putenv_s(name, value.c_str());
     }
     ~EnvironmentVariable() { _putenv_s(name, before.c_str()); }
