@@ -14,9 +14,9 @@
 class SimulatorListener {
 public:
     SimulatorListener() = default;
-    /// A port, 0 for any free one.
-    SimulatorListener(std::uint16_t port, int receiveBufferBytes) : socket(port, receiveBufferBytes) {}
-    SimulatorListener(const std::string& pipeName, int receiveBufferBytes)
+    /// A port, 0 for any free one. A receive buffer of 0 is the system's default.
+    explicit SimulatorListener(std::uint16_t port, int receiveBufferBytes = 0) : socket(port, receiveBufferBytes) {}
+    explicit SimulatorListener(const std::string& pipeName, int receiveBufferBytes = 0)
         : pipeName(pipeName), pipe(pipeName, receiveBufferBytes) {}
 
     bool listening() const { return isPipe() ? pipe.valid() : socket.valid(); }

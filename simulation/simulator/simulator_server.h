@@ -39,7 +39,6 @@ public:
     bool start(SimulatorListener where, std::string& error);
     void stop();
     SimConnectEndpoint endpoint() const;
-    const VirtualSimulatorOptions& startOptions() const { return options; }
 
     /// Runs `action` under the lock while the thread waits for no socket: a socket in a wait really closes only when
     /// the wait ends, and until then clients would still reach it.

@@ -14,10 +14,10 @@ VirtualSimulator::VirtualSimulator(VirtualSimulatorOptions options) : impl(std::
 VirtualSimulator::~VirtualSimulator() = default;
 
 bool VirtualSimulator::start(std::uint16_t port, std::string& error) {
-    return impl->start({port, impl->startOptions().receiveBufferBytes}, error);
+    return impl->start(SimulatorListener(port), error);
 }
 bool VirtualSimulator::startOnPipe(const std::string& name, std::string& error) {
-    return impl->start({name, impl->startOptions().receiveBufferBytes}, error);
+    return impl->start(SimulatorListener(name), error);
 }
 void VirtualSimulator::stop() {
     impl->stop();

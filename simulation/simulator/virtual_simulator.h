@@ -72,9 +72,6 @@ constexpr std::array<std::string_view, 3> moduleAnswersWords{"equal", "different
 struct VirtualSimulatorOptions {
     /// False: the simulator runs without the MobiFlight module, whose areas then don't exist, until `startModule`.
     bool moduleInstalled = true;
-    /// The connections' receive buffer in bytes. With a small one, a client soon feels a stalled simulator's backlog.
-    /// 0: the system's default.
-    int receiveBufferBytes = 0;
 };
 
 /// The simulator's side of the SimConnect protocol on 127.0.0.1 or a local pipe, with the battery variable, client

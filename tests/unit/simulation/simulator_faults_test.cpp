@@ -60,13 +60,6 @@ TEST_P(VirtualSimulatorFaults, NextRunListensInTheSamePlaceWithNewAreas) {
     EXPECT_EQ(next.textsOf(SimulatorClient::responseRequest), std::vector<std::string>{"MF.Pong"});
 }
 
-TEST_P(VirtualSimulatorFaults, DroppedClientsMayComeBackAtOnce) {
-    simulator.dropSessions();
-    EXPECT_TRUE(client.waitForLoss());
-    EXPECT_TRUE(client.messagesOf(simConnectRecvQuit).empty());
-    EXPECT_TRUE(accepts());
-}
-
 TEST_P(VirtualSimulatorFaults, RefusedAndHungUpOpensFailAndOpenSessionsStay) {
     for (const auto refuse : {&VirtualSimulator::refuseOpens, &VirtualSimulator::hangUpOnOpens}) {
         (simulator.*refuse)(true);
@@ -92,30 +85,6 @@ TEST_P(VirtualSimulatorFaults, LateOpenKeepsTheRequestsUntilThen) {
     ASSERT_TRUE(impatient.waitFor(simConnectRecvClientData));
     EXPECT_GE(std::chrono::steady_clock::now() - begin, delay);
     EXPECT_EQ(impatient.log.ids(), (std::vector<std::uint32_t>{simConnectRecvOpen, simConnectRecvClientData}));
-}
-
-TEST_P(VirtualSimulatorFaults, StallBacksUpAndLosesNothing) {
-    RunningSimulator small(GetParam(), {.receiveBufferBytes = 4096});
-    SimulatorClient sender(small);
-    sender.attach();
-    ASSERT_TRUE(sender.waitFor(simConnectRecvOpen));
-    small.stopReading(true);
-    // A socket holds megabytes before anything waits in the client, a pipe next to nothing.
-    const std::size_t commands = GetParam() == Transport::Tcp ? 20000 : 2000;
-    for (std::size_t i = 0; i < commands; ++i) {
-        sender.command("MF.SimVars.Set." + std::to_string(i));
-    }
-    EXPECT_FALSE(small.waitForKind(Kind::Executed, commands, milliseconds(20)));
-    small.stopReading(false);
-    EXPECT_TRUE(waitUntil([&] {
-        EXPECT_EQ(sender.dispatch(), simConnectOk);
-        return small.waitForKind(Kind::Executed, commands, milliseconds(1));
-    }));
-    const auto texts = small.texts(Kind::Executed);
-    ASSERT_EQ(texts.size(), commands);
-    for (std::size_t i = 0; i < commands; ++i) {
-        ASSERT_EQ(texts[i], std::to_string(i));
-    }
 }
 
 TEST_P(VirtualSimulatorFaults, CutMessageEndsTheClientsLink) {

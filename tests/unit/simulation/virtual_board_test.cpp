@@ -103,11 +103,3 @@ TEST(VirtualBoardFeatures, CarryTheModel) {
     EXPECT_EQ(info.boardId, *model.boardId);
     EXPECT_EQ(board.featureReply(0x21), (Report{0x21, 3, 2, 1}));
 }
-
-TEST(VirtualBoardFeatures, BoardWithoutAFeatureDoesNotAnswer) {
-    VirtualBoardModel model;
-    model.boardId.reset();
-    for (const std::uint8_t feature : {std::uint8_t{0x20}, std::uint8_t{0x21}, std::uint8_t{0x22}}) {
-        EXPECT_FALSE(VirtualBoard(model).featureReply(feature).has_value()) << int{feature};
-    }
-}

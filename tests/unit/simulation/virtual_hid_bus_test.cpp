@@ -147,11 +147,6 @@ TEST_F(VirtualHidBusTest, ReadGivesAtMost32BytesAndMayLackTheReportId) {
     EXPECT_EQ(bytesFrom(read), Bytes{});
 }
 
-TEST_F(VirtualHidBusTest, FailingReadsEndAPendingOne) {
-    EXPECT_EQ(readDuring([&] { bus.setFaults(board, {.readsFail = true}); }).status, HidReadStatus::Failure);
-    EXPECT_EQ(read(60s).status, HidReadStatus::Failure);
-}
-
 TEST_F(VirtualHidBusTest, CancelEndsAHandlesPendingReadAndAllLaterOnes) {
     const HidReader other = hid.makeReader(openReader());
     EXPECT_EQ(readDuring([&] { hid.cancelReads(readHandle); }).status, HidReadStatus::Failure);
@@ -193,23 +188,6 @@ TEST_F(VirtualHidBusTest, CountsMisuse) {
     // This fails without being misuse.
     EXPECT_EQ(hid.write(hid.open(path, HidAccess::ReadOnly, HidMode::Synchronous), simReport).error, 5U);
     EXPECT_EQ(bus.misuseCount(), 6U);
-}
-
-TEST_F(VirtualHidBusTest, RecordsReadsApartFromTheOtherCalls) {
-    bus.clearCalls();
-    board->sendRaw(Bytes{1, 0xFF});
-    read(0ms);
-    read(0ms);
-    hid.cancelReads(readHandle);
-    read(0ms);
-    EXPECT_EQ(bus.callTexts(), Lines{"cancel port#0001"});
-    ASSERT_EQ(bus.reads().size(), 2U);
-    EXPECT_EQ(bus.reads()[0].text, "read port#0001: 01FF");
-    EXPECT_EQ(bus.reads()[1].text, "read port#0001: failed");
-    bus.clearCalls();
-    bus.setRecording(false);
-    hid.enumerate();
-    EXPECT_TRUE(bus.calls().empty());
 }
 
 TEST(VirtualHidBusLife, TransportOutlivesItsBus) {
