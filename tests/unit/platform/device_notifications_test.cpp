@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Runs the source on a thread as the program does, and tells when it is set up.
+/// Runs the source on a thread as the program does, and waits until it is set up.
 class Listening {
 public:
     explicit Listening(DeviceNotificationSource source) : source(std::move(source)) {
@@ -32,23 +32,17 @@ public:
     std::thread thread;
 };
 
-TEST(DeviceNotifications, RequestedEndMakesRunReturn) {
-    Listening listening(systemPlatform().deviceNotifications);
-    ASSERT_TRUE(listening.succeeded) << listening.error;
-    EXPECT_EQ(listening.error, "unchanged");
-    listening.source.requestEnd();
-}
-
-TEST(DeviceNotifications, CanBeSetUpAgainAfterTearDown) {
+TEST(DeviceNotifications, RunUntilTheirEndIsRequestedAndCanBeSetUpAgain) {
     const DeviceNotificationSource source = systemPlatform().deviceNotifications;
     for (int round = 0; round < 3; ++round) {
-        Listening listening(source);
+        const Listening listening(source);
         ASSERT_TRUE(listening.succeeded) << listening.error;
-        listening.source.requestEnd();
+        EXPECT_EQ(listening.error, "unchanged");
+        source.requestEnd();
     }
 }
 
-TEST(DeviceNotifications, EndRequestedBeforeRunEndsItAtOnce) {
+TEST(DeviceNotifications, EndAtOnceWhenThatIsRequestedBeforeTheyRun) {
     const DeviceNotificationSource source = systemPlatform().deviceNotifications;
     std::string error;
     int changes = 0;
@@ -59,9 +53,9 @@ TEST(DeviceNotifications, EndRequestedBeforeRunEndsItAtOnce) {
     EXPECT_EQ(changes, 0);
 }
 
-TEST(DeviceNotifications, TwoSourcesEndIndependently) {
-    Listening first(systemPlatform().deviceNotifications);
-    Listening second(systemPlatform().deviceNotifications);
+TEST(DeviceNotifications, OfTwoSourcesEndIndependently) {
+    const Listening first(systemPlatform().deviceNotifications);
+    const Listening second(systemPlatform().deviceNotifications);
     ASSERT_TRUE(first.succeeded && second.succeeded);
     second.source.requestEnd();
     first.source.requestEnd();

@@ -55,13 +55,6 @@ TEST(FileSystemPaths, OwnSeparatorsReplaceBackslashes) {
     EXPECT_EQ(FileSystem::toOwnSeparators("a/b"), "a/b");
 }
 
-TEST(FileSystemPaths, KeepTheirBytes) {
-    // "Łódź" in UTF-8: on Windows each byte is a character of the code page.
-    const std::string bytes = "\xC5\x81\xC3\xB3";
-    EXPECT_EQ(FileSystem::toBytes(FileSystem::fromBytes(bytes)), bytes);
-    EXPECT_EQ(FileSystem::toBytes(FileSystem::fromBytes("")), "");
-}
-
 /// Two files, an empty one and one of four bytes, beside a folder with a file in it, whose name isn't ASCII.
 class FileSystemFiles : public testing::Test {
 protected:

@@ -37,8 +37,8 @@ protected:
     std::atomic<int> bodies{0};
 };
 
-TEST_F(WorkerTest, RunsFromStartToStop) {
-    EXPECT_FALSE(worker.running());
+TEST_F(WorkerTest, RunsFromStartToItsOnlyStop) {
+    EXPECT_FALSE(stop());
     ASSERT_TRUE(start());
     EXPECT_TRUE(worker.running());
     ASSERT_TRUE(waitUntil([this] { return bodies == 1; }));
@@ -46,36 +46,25 @@ TEST_F(WorkerTest, RunsFromStartToStop) {
     EXPECT_TRUE(stop());
     EXPECT_FALSE(worker.running());
     EXPECT_EQ(host.threadsEnded(), 1U);
+    EXPECT_FALSE(stop());
     EXPECT_EQ(error, "");
 }
 
-TEST_F(WorkerTest, StopsOnlyOnce) {
-    EXPECT_FALSE(stop());
-    ASSERT_TRUE(start());
-    EXPECT_TRUE(stop());
-    EXPECT_FALSE(stop());
-}
-
 TEST_F(WorkerTest, StartsAgainAfterAStop) {
-    ASSERT_TRUE(start());
-    ASSERT_TRUE(waitUntil([this] { return bodies == 1; }));
-    stop();
-    ASSERT_TRUE(start());
-    EXPECT_TRUE(waitUntil([this] { return bodies == 2; }));
+    for (const int round : {1, 2}) {
+        ASSERT_TRUE(start());
+        ASSERT_TRUE(waitUntil([&] { return bodies == round; }));
+        stop();
+    }
 }
 
-TEST_F(WorkerTest, RefusedThreadLeavesNothingRunning) {
+TEST_F(WorkerTest, StartsAfterARefusalThatLeavesNothingRunning) {
     host.refuseThreadsAfter(0);
     EXPECT_FALSE(start());
     EXPECT_EQ(error, "No worker: " + FakeHost::refusalText());
     EXPECT_FALSE(worker.running());
     EXPECT_FALSE(stop());
     EXPECT_EQ(bodies, 0);
-}
-
-TEST_F(WorkerTest, StartsAfterARefusal) {
-    host.refuseThreadsAfter(0);
-    EXPECT_FALSE(start());
     host.refuseThreadsAfter(1);
     EXPECT_TRUE(start());
     EXPECT_TRUE(waitUntil([this] { return bodies == 1; }));

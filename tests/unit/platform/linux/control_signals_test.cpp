@@ -5,7 +5,6 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <vector>
 
 namespace {
 
@@ -20,43 +19,35 @@ bool recordEvent(unsigned event) {
 class ControlSignals : public testing::Test {
 protected:
     ControlSignals() {
-        lastEvent = -1;
-        for (struct sigaction& action : before) {
-            sigaction(signals[static_cast<std::size_t>(&action - before)], nullptr, &action);
+        for (int event = 0; event < 3; ++event) {
+            sigaction(signals[event], nullptr, &before[event]);
         }
+        systemPlatform().host.installControlHandler(recordEvent);
     }
     ~ControlSignals() override {
-        for (const struct sigaction& action : before) {
-            sigaction(signals[static_cast<std::size_t>(&action - before)], &action, nullptr);
+        for (int event = 0; event < 3; ++event) {
+            sigaction(signals[event], &before[event], nullptr);
         }
     }
-
-    static void install(ControlHandler handler) { systemPlatform().host.installControlHandler(handler); }
 
     static constexpr int signals[] = {SIGINT, SIGTERM, SIGHUP};
     struct sigaction before[3] = {};
 };
 
 TEST_F(ControlSignals, InterruptTerminationAndHangUpAreTheFirstThreeEventsEachTime) {
-    install(recordEvent);
-    for (int round = 0; round < 2; ++round) {
-        for (int event = 0; event < 3; ++event) {
-            lastEvent = -1;
-            raise(signals[event]);
-            EXPECT_EQ(lastEvent, event);
-        }
+    for (const int event : {0, 1, 2, 0, 1, 2}) {
+        raise(signals[event]);
+        EXPECT_EQ(lastEvent.exchange(-1), event);
     }
 }
 
 TEST_F(ControlSignals, LeaveTheInterruptedCodesErrorNumber) {
-    install(recordEvent);
     errno = EBADF;
     raise(SIGINT);
     EXPECT_EQ(errno, EBADF);
 }
 
 TEST_F(ControlSignals, LetInterruptedSystemCallsGoOn) {
-    install(recordEvent);
     for (const int signal : signals) {
         struct sigaction action {};
         sigaction(signal, nullptr, &action);
@@ -67,13 +58,9 @@ TEST_F(ControlSignals, LetInterruptedSystemCallsGoOn) {
 using ControlSignalsDeathTest = ControlSignals;
 
 TEST_F(ControlSignalsDeathTest, UnhandledEventEndsTheProcessBySignal) {
+    systemPlatform().host.installControlHandler([](unsigned) { return false; });
     for (const int signal : signals) {
-        EXPECT_EXIT(
-            {
-                install([](unsigned) { return false; });
-                raise(signal);
-            },
-            testing::KilledBySignal(signal), "");
+        EXPECT_EXIT(raise(signal), testing::KilledBySignal(signal), "");
     }
 }
 

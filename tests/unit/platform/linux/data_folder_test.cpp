@@ -11,26 +11,6 @@
 
 namespace {
 
-/// Gives the process the rights of an ordinary user, whom permissions restrict, until it is destroyed.
-class OrdinaryUser {
-public:
-    OrdinaryUser() {
-        if (before == 0) {
-            EXPECT_EQ(seteuid(65534), 0);
-        }
-    }
-    ~OrdinaryUser() {
-        if (before == 0) {
-            EXPECT_EQ(seteuid(0), 0);
-        }
-    }
-    OrdinaryUser(const OrdinaryUser&) = delete;
-    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
-
-private:
-    const uid_t before = geteuid();
-};
-
 class DataFolder : public testing::Test {
 protected:
     DataFolder() {
@@ -45,9 +25,13 @@ protected:
 
     static void permit(const std::string& path, mode_t mode) { chmod(path.c_str(), mode); }
 
+    /// The choice of an ordinary user, whom permissions restrict.
     std::string chosen() {
-        const OrdinaryUser user;
-        return dataFolder(machine, fake.record());
+        const uid_t before = geteuid();
+        EXPECT_TRUE(before != 0 || seteuid(65534) == 0);
+        std::string folderOfData = dataFolder(machine, fake.record());
+        EXPECT_EQ(seteuid(before), 0);
+        return folderOfData;
     }
 
     FakeHost fake;
@@ -82,11 +66,10 @@ TEST_F(DataFolder, IsTheUsersWhereAFileIsInTheWayOrNothingIsThere) {
 }
 
 TEST_F(DataFolder, OfTheUserIsInTheHomeFolderWithoutAnAbsoluteVariable) {
-    permit(machine, 0555);
-    fake.variables["XDG_DATA_HOME"] = "relative";
-    EXPECT_EQ(chosen(), "/home/pilot/.local/share");
-    fake.variables.erase("XDG_DATA_HOME");
-    EXPECT_EQ(chosen(), "/home/pilot/.local/share");
+    for (const char* value : {"relative", ""}) {
+        fake.variables["XDG_DATA_HOME"] = value;
+        EXPECT_EQ(dataFolder(folder.path("absent"), fake.record()), "/home/pilot/.local/share");
+    }
 }
 
 TEST_F(DataFolder, OfTheUserIsInTheListedHomeFolderWithoutAnyVariable) {

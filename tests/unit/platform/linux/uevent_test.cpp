@@ -84,12 +84,11 @@ TEST(Uevent, KernelsPropertiesFollowItsFirstLine) {
 }
 
 TEST(UeventFromUdev, WithoutItsMarkOrMagicNumberIsIgnored) {
-    std::string unmarked = udevMessage("add", "hidraw");
-    unmarked[0] = 'L';
-    EXPECT_FALSE(isHidNotification(unmarked, udev));
-    std::string otherMagic = udevMessage("add", "hidraw");
-    otherMagic[8] = '\0';
-    EXPECT_FALSE(isHidNotification(otherMagic, udev));
+    for (const std::size_t position : {0U, 8U}) {
+        std::string message = udevMessage("add", "hidraw");
+        message[position] = 'L';
+        EXPECT_FALSE(isHidNotification(message, udev)) << position;
+    }
 }
 
 TEST(UeventFromUdev, PropertiesAreWhereTheHeadSays) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/hidraw_transport.h"
 #include "tests/support/temp_folder.h"
 
 #include <fcntl.h>
@@ -8,13 +9,14 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
 
 /// The other end of a character device that can be made anywhere: a raw pseudo-terminal. What is written here is read
-/// from `path` and the other way round; closing it is a hang-up there.
+/// from `device` and the other way round; closing it is a hang-up there.
 class PseudoTerminal {
 public:
     PseudoTerminal() : controller(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
@@ -23,7 +25,7 @@ public:
             ptsname_r(controller, name, sizeof name) != 0) {
             throw std::runtime_error("no pseudo-terminal");
         }
-        path = name;
+        device = name;
         termios settings{};
         tcgetattr(controller, &settings);
         cfmakeraw(&settings);
@@ -37,9 +39,10 @@ public:
         return ::write(controller, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
     }
 
-    std::string receive(std::size_t size) const {
-        std::string bytes(size, '\0');
-        const ssize_t count = ::read(controller, bytes.data(), size);
+    /// What has been written at `device`. Empty when nobody has it open any more.
+    std::string receive() const {
+        std::string bytes(64, '\0');
+        const ssize_t count = ::read(controller, bytes.data(), bytes.size());
         bytes.resize(count < 0 ? 0 : static_cast<std::size_t>(count));
         return bytes;
     }
@@ -51,13 +54,13 @@ public:
         controller = -1;
     }
 
-    std::string path;
+    std::string device;
 
 private:
     int controller;
 };
 
-/// A made-up root folder with the parts of /sys and /dev that hidraw nodes lie in.
+/// A made-up root folder with the parts of /sys and /dev that hold hidraw nodes.
 class HidrawTree {
 public:
     HidrawTree() {
@@ -99,3 +102,16 @@ public:
 
     const TempFolder folder;
 };
+
+/// A board with one made-up node, which takes and gives bytes but knows no HID requests.
+class TestBoard : public PseudoTerminal {
+public:
+    HidTransport transport() const { return makeHidrawTransport(tree.root()); }
+
+    static constexpr const char* instance = "0003:2E8A:000A.0005";
+
+    const HidrawTree tree;
+    const std::string path = tree.plug(instance, "hidraw3", device);
+};
+
+constexpr std::uint32_t closedHandleError = EBADF;
