@@ -6,54 +6,39 @@
 
 namespace {
 
-TEST(WindowsPath, IsAbsoluteWithDriveAndSeparatorInAnyOrderOfSlashes) {
-    for (const char* path : {"C:\\x", "c:/x", "C:\\", "Z:/a\\b"}) {
+TEST(WindowsPath, IsAbsoluteWithDriveAndSeparatorOrOnAServer) {
+    for (const char* path : {R"(C:\x)", "c:/x", R"(C:\)", R"(Z:/a\b)", R"(\\server\share\x)", "//server/share/x",
+                             R"(\/server\share)", R"(\\?\C:\x)"}) {
         EXPECT_TRUE(FileSystem::isAbsolute(path)) << path;
     }
-}
-
-TEST(WindowsPath, IsAbsoluteOnAServer) {
-    for (const char* path : {"\\\\server\\share\\x", "//server/share/x", "\\/server\\share", "\\\\?\\C:\\x"}) {
-        EXPECT_TRUE(FileSystem::isAbsolute(path)) << path;
-    }
-}
-
-TEST(WindowsPath, IsRelativeWithADriveOrASeparatorAlone) {
-    for (const char* path : {"C:x", "C:", "\\x", "/x", "\\", "\\\\", "\\\\\\server\\x"}) {
+    for (const char* path : {"C:x", "C:", R"(\x)", "/x", R"(\)", R"(\\)", R"(\\\server\x)"}) {
         EXPECT_FALSE(FileSystem::isAbsolute(path)) << path;
     }
 }
 
-TEST(WindowsPath, OfAServerReplacesTheFolder) {
-    EXPECT_EQ(FileSystem::join("C:\\folder", "\\\\server\\share\\x.json"), "\\\\server\\share\\x.json");
-    EXPECT_EQ(FileSystem::join("C:\\folder", "//server/share/x.json"), "//server/share/x.json");
+TEST(WindowsPath, ReplacesTheFolderUnlessItIsOnTheSameDrive) {
+    const char* const cases[][3] = {
+        {R"(C:\folder)", R"(\\server\share\x.json)", R"(\\server\share\x.json)"},
+        {R"(C:\folder)", "//server/share/x.json", "//server/share/x.json"},
+        {R"(C:\folder)", R"(D:\x.json)", R"(D:\x.json)"},
+        {R"(C:\folder)", "D:x.json", "D:x.json"},
+        {R"(C:\folder)", "C:x.json", R"(C:\folder\x.json)"},
+        {R"(C:\folder)", R"(\x.json)", R"(C:\x.json)"},
+        {R"(\\server\share)", "x.json", R"(\\server\share\x.json)"},
+    };
+    for (const auto& [folder, name, joined] : cases) {
+        EXPECT_EQ(FileSystem::join(folder, name), joined);
+    }
 }
 
-TEST(WindowsPath, OfAnotherDriveReplacesTheFolder) {
-    EXPECT_EQ(FileSystem::join("C:\\folder", "D:\\x.json"), "D:\\x.json");
-    EXPECT_EQ(FileSystem::join("C:\\folder", "D:x.json"), "D:x.json");
+TEST(WindowsPath, IsSplitAtEitherSeparator) {
+    EXPECT_EQ(FileSystem::parentPath(R"(\\server\share\x.json)"), R"(\\server\share)");
+    EXPECT_EQ(FileSystem::fileName(R"(\\server\share\x.json)"), "x.json");
+    EXPECT_EQ(FileSystem::fileName(R"(C:\a/b\c)"), "c");
+    EXPECT_EQ(FileSystem::parentPath(R"(C:\a/b)"), R"(C:\a)");
 }
 
-TEST(WindowsPath, RelativeToTheSameDriveGoesBehindTheFolder) {
-    EXPECT_EQ(FileSystem::join("C:\\folder", "C:x.json"), "C:\\folder\\x.json");
-}
-
-TEST(WindowsPath, FromTheRootKeepsTheFoldersDrive) {
-    EXPECT_EQ(FileSystem::join("C:\\folder", "\\x.json"), "C:\\x.json");
-}
-
-TEST(WindowsPath, OfAServersFolderIsExtended) {
-    EXPECT_EQ(FileSystem::join("\\\\server\\share", "x.json"), "\\\\server\\share\\x.json");
-    EXPECT_EQ(FileSystem::parentPath("\\\\server\\share\\x.json"), "\\\\server\\share");
-    EXPECT_EQ(FileSystem::fileName("\\\\server\\share\\x.json"), "x.json");
-}
-
-TEST(WindowsPath, BothSeparatorsPartTheName) {
-    EXPECT_EQ(FileSystem::fileName("C:\\a/b\\c"), "c");
-    EXPECT_EQ(FileSystem::parentPath("C:\\a/b"), "C:\\a");
-}
-
-TEST(WindowsPath, EveryByteOfTheCodePageSurvives) {
+TEST(WindowsPath, KeepsEveryByteOfTheCodePage) {
     std::string bytes;
     for (int byte = 1; byte < 256; ++byte) {
         bytes += static_cast<char>(byte);

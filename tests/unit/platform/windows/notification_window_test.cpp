@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* className = "VantrelBridgeHidNotify";
 
-/// The listening window of this process, and the number of changes that it told of.
+/// The listening window of this process, and the number of changes that it reported.
 class NotificationWindow : public testing::Test {
 protected:
     NotificationWindow() {
@@ -32,8 +32,9 @@ protected:
                 source.tearDown();
             }
         });
-        succeeded = setUp.get_future().get();
+        EXPECT_TRUE(setUp.get_future().get());
         window = FindWindowExA(HWND_MESSAGE, nullptr, className, "Vantrel HID Notify");
+        EXPECT_NE(window, nullptr);
     }
     ~NotificationWindow() override {
         source.requestEnd();
@@ -41,74 +42,45 @@ protected:
         EXPECT_EQ(FindWindowExA(HWND_MESSAGE, nullptr, className, nullptr), nullptr);
     }
 
-    LRESULT send(WPARAM event, DWORD deviceType) const {
-        DEV_BROADCAST_HDR header{};
-        header.dbch_size = sizeof header;
-        header.dbch_devicetype = deviceType;
-        return SendMessageA(window, WM_DEVICECHANGE, event, reinterpret_cast<LPARAM>(&header));
+    static void send(HWND recipient, WPARAM event, DWORD deviceType = DBT_DEVTYP_DEVICEINTERFACE) {
+        DEV_BROADCAST_HDR header{sizeof header, deviceType, 0};
+        EXPECT_EQ(SendMessageA(recipient, WM_DEVICECHANGE, event, reinterpret_cast<LPARAM>(&header)), 0);
     }
 
     DeviceNotificationSource source = systemPlatform().deviceNotifications;
     std::atomic<int> changes{0};
     std::atomic<DWORD> lastThread{0};
-    bool succeeded = false;
     HWND window = nullptr;
     std::thread thread;
 };
 
-TEST_F(NotificationWindow, IsAMessageOnlyWindowOfItsClassAndTitle) {
-    EXPECT_TRUE(succeeded);
-    EXPECT_NE(window, nullptr);
-}
-
-TEST_F(NotificationWindow, ArrivalOfAnInterfaceIsOneChangeOnTheListeningThread) {
-    EXPECT_EQ(send(DBT_DEVICEARRIVAL, DBT_DEVTYP_DEVICEINTERFACE), 0);
-    EXPECT_EQ(changes, 1);
+TEST_F(NotificationWindow, EachArrivalAndRemovalOfAnInterfaceIsAChangeOnTheListeningThread) {
+    for (const int before : {0, 2, 4}) {
+        send(window, DBT_DEVICEARRIVAL);
+        EXPECT_EQ(changes, before + 1);
+        send(window, DBT_DEVICEREMOVECOMPLETE);
+        EXPECT_EQ(changes, before + 2);
+    }
     EXPECT_EQ(lastThread, GetWindowThreadProcessId(window, nullptr));
 }
 
-TEST_F(NotificationWindow, RemovalOfAnInterfaceIsOneChange) {
-    EXPECT_EQ(send(DBT_DEVICEREMOVECOMPLETE, DBT_DEVTYP_DEVICEINTERFACE), 0);
-    EXPECT_EQ(changes, 1);
-}
-
-TEST_F(NotificationWindow, OtherEventsAreNoChange) {
+TEST_F(NotificationWindow, EverythingElseIsNoChange) {
     for (const WPARAM event : {DBT_DEVNODES_CHANGED, DBT_DEVICEQUERYREMOVE, DBT_DEVICEREMOVEPENDING}) {
-        EXPECT_EQ(send(event, DBT_DEVTYP_DEVICEINTERFACE), 0);
+        send(window, event);
     }
-    EXPECT_EQ(changes, 0);
-}
-
-TEST_F(NotificationWindow, OtherKindsOfDeviceAreNoChange) {
-    EXPECT_EQ(send(DBT_DEVICEARRIVAL, DBT_DEVTYP_VOLUME), 0);
-    EXPECT_EQ(changes, 0);
-}
-
-TEST_F(NotificationWindow, EventWithoutDataIsNoChange) {
+    send(window, DBT_DEVICEARRIVAL, DBT_DEVTYP_VOLUME);
     EXPECT_EQ(SendMessageA(window, WM_DEVICECHANGE, DBT_DEVICEARRIVAL, 0), 0);
-    EXPECT_EQ(changes, 0);
-}
-
-TEST_F(NotificationWindow, OtherMessagesGetTheDefaultAnswer) {
+    // Other messages get the system's own answer.
     EXPECT_EQ(SendMessageA(window, WM_GETTEXTLENGTH, 0, 0), static_cast<LRESULT>(std::strlen("Vantrel HID Notify")));
     EXPECT_EQ(SendMessageA(window, WM_USER, DBT_DEVICEARRIVAL, 0), 0);
     EXPECT_EQ(changes, 0);
-}
-
-TEST_F(NotificationWindow, EachArrivalAndRemovalIsAChange) {
-    for (int round = 0; round < 5; ++round) {
-        send(DBT_DEVICEARRIVAL, DBT_DEVTYP_DEVICEINTERFACE);
-        send(DBT_DEVICEREMOVECOMPLETE, DBT_DEVTYP_DEVICEINTERFACE);
-    }
-    EXPECT_EQ(changes, 10);
 }
 
 TEST_F(NotificationWindow, WindowOfTheClassWithoutAnOwnerHearsNothing) {
     const HWND other = CreateWindowExA(0, className, "other", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
                                        GetModuleHandleA(nullptr), nullptr);
     ASSERT_NE(other, nullptr);
-    DEV_BROADCAST_HDR header{sizeof header, DBT_DEVTYP_DEVICEINTERFACE, 0};
-    EXPECT_EQ(SendMessageA(other, WM_DEVICECHANGE, DBT_DEVICEARRIVAL, reinterpret_cast<LPARAM>(&header)), 0);
+    send(other, DBT_DEVICEARRIVAL);
     EXPECT_EQ(changes, 0);
     DestroyWindow(other);
 }
@@ -137,15 +109,11 @@ public:
     ForeignWindowClass& operator=(const ForeignWindowClass&) = delete;
 };
 
-LRESULT CALLBACK refuseToBeMade(HWND, UINT, WPARAM, LPARAM) {
-    return 0;
-}
-
-TEST(NotificationWindowSetUp, FailsWithItsTextWhenTheWindowCanNotBeMade) {
+TEST(NotificationWindowSetUp, FailsWhenTheWindowCannotBeMade) {
     const DeviceNotificationSource source = systemPlatform().deviceNotifications;
     std::string error;
     {
-        const ForeignWindowClass refusing(refuseToBeMade);
+        const ForeignWindowClass refusing([](HWND, UINT, WPARAM, LPARAM) -> LRESULT { return 0; });
         EXPECT_FALSE(source.setUp(error));
         EXPECT_EQ(error, "Failed to create notification window");
     }
@@ -179,7 +147,7 @@ TEST(NotificationWindowSetUp, AsksForTheHidInterfacesOfAllDevices) {
     source.tearDown();
 }
 
-TEST(NotificationWindowSetUp, FailsWithItsTextAndWithoutAWindowWhenTheRegistrationFails) {
+TEST(NotificationWindowSetUp, FailsWithoutAWindowWhenTheRegistrationFails) {
     HANDLE window = nullptr;
     const DeviceNotificationSource source = windowNotifications([&](HANDLE recipient, void*, DWORD) {
         window = recipient;

@@ -1,6 +1,7 @@
 #include "platform/windows/simconnect_dll.h"
 
 #include "platform/file_system.h"
+#include "platform/windows/simconnect_dll_fault.h"
 #include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
@@ -12,53 +13,41 @@
 
 namespace {
 
-std::string programFolder() {
-    return FileSystem::parentPath(systemPlatform().host.executablePath());
+std::string besideProgram(const std::string& fileName) {
+    return FileSystem::join(FileSystem::parentPath(systemPlatform().host.executablePath()), fileName);
 }
 
-std::string bytesOf(const std::string& fileName) {
-    std::string bytes;
-    EXPECT_TRUE(FileSystem::readFile(FileSystem::join(programFolder(), fileName), bytes));
-    return bytes;
-}
+/// A copy of a library that loads, in a folder of its own, with a change to its bytes.
+class LibraryCopy {
+public:
+    LibraryCopy() { EXPECT_TRUE(FileSystem::readFile(besideProgram("simconnect-complete.dll"), bytes)); }
 
-// What the loader says of a DLL with that content.
-std::string faultOf(const std::string& content) {
+    /// What the loader says of the copy, behind its path.
+    std::string fault() const {
+        const std::string path = folder.write(name, bytes);
+        std::string error;
+        EXPECT_FALSE(loadSimConnectDll(path, error).has_value());
+        const std::string beginning = path + " can't be used: ";
+        EXPECT_TRUE(error.starts_with(beginning)) << error;
+        return error.substr(std::min(beginning.size(), error.size()));
+    }
+
     const TempFolder folder;
-    const std::string path = folder.write("client.dll", content);
-    std::string error;
-    EXPECT_FALSE(loadSimConnectDll(path, error).has_value());
-    const std::string beginning = path + " can't be used: ";
-    EXPECT_TRUE(error.starts_with(beginning)) << error;
-    return error.substr(std::min(beginning.size(), error.size()));
-}
+    const std::string name = "copy.dll";
+    std::string bytes;
+};
 
-// An executable file's heads for a kind of processor, and nothing behind them.
-std::string headsFor(std::uint16_t machine) {
-    IMAGE_DOS_HEADER dosHeader{};
-    dosHeader.e_magic = IMAGE_DOS_SIGNATURE;
-    dosHeader.e_lfanew = sizeof dosHeader;
-    IMAGE_NT_HEADERS32 headers{};
-    headers.Signature = IMAGE_NT_SIGNATURE;
-    headers.FileHeader.Machine = machine;
-    headers.FileHeader.SizeOfOptionalHeader = sizeof headers.OptionalHeader;
-    headers.FileHeader.Characteristics = IMAGE_FILE_EXECUTABLE_IMAGE | IMAGE_FILE_32BIT_MACHINE | IMAGE_FILE_DLL;
-    headers.OptionalHeader.Magic = IMAGE_NT_OPTIONAL_HDR32_MAGIC;
-    headers.OptionalHeader.SizeOfCode = 0x200;
-    headers.OptionalHeader.AddressOfEntryPoint = 0x1000;
-    headers.OptionalHeader.ImageBase = 0x10000000;
-    headers.OptionalHeader.SectionAlignment = 0x1000;
-    headers.OptionalHeader.FileAlignment = 0x200;
-    headers.OptionalHeader.MajorSubsystemVersion = 6;
-    headers.OptionalHeader.SizeOfImage = 0x2000;
-    headers.OptionalHeader.SizeOfHeaders = 0x200;
-    headers.OptionalHeader.Subsystem = IMAGE_SUBSYSTEM_WINDOWS_GUI;
-    headers.OptionalHeader.NumberOfRvaAndSizes = IMAGE_NUMBEROF_DIRECTORY_ENTRIES;
-    std::string file(reinterpret_cast<const char*>(&dosHeader), sizeof dosHeader);
-    file.append(reinterpret_cast<const char*>(&headers), sizeof headers);
-    file.resize(0x200);
-    return file;
-}
+/// The process's working folder until the test is over.
+class WorkingFolder {
+public:
+    explicit WorkingFolder(const std::string& folder) { std::filesystem::current_path(FileSystem::fromBytes(folder)); }
+    ~WorkingFolder() { std::filesystem::current_path(before); }
+    WorkingFolder(const WorkingFolder&) = delete;
+    WorkingFolder& operator=(const WorkingFolder&) = delete;
+
+private:
+    const std::filesystem::path before = std::filesystem::current_path();
+};
 
 TEST(LoadSimConnectDll, BindsEveryOperationToItsExport) {
     std::string error;
@@ -77,96 +66,50 @@ TEST(LoadSimConnectDll, BindsEveryOperationToItsExport) {
     EXPECT_EQ(library->requestClientData(handle, 1, 1, 1, 3, 1, 0, 0, 0), 10);
     std::array<std::uint8_t, 4> data{1, 2, 3, 4};
     EXPECT_EQ(library->setClientData(handle, 1, 1, 0, 0, 4, data.data()), 1104);
-    EXPECT_EQ(error, "");
-}
-
-TEST(LoadSimConnectDll, DispatchReachesTheCallersFunction) {
-    std::string error;
-    const auto library = loadSimConnectDll("simconnect-complete.dll", error);
-    ASSERT_TRUE(library.has_value()) << error;
     std::uint32_t id = 0;
     const auto proc = [](SimConnectRecv* message, std::uint32_t, void* context) {
         *static_cast<std::uint32_t*>(context) = message->dwID;
     };
-    EXPECT_EQ(library->callDispatch(nullptr, proc, &id), 3);
+    EXPECT_EQ(library->callDispatch(handle, proc, &id), 3);
     EXPECT_EQ(id, simConnectRecvQuit);
+    EXPECT_EQ(error, "");
 }
 
 TEST(LoadSimConnectDll, NamesTheOperationThatALibraryLacks) {
-    std::string error;
-    EXPECT_FALSE(loadSimConnectDll("simconnect-incomplete.dll", error).has_value());
-    EXPECT_EQ(error, FileSystem::join(programFolder(), "simconnect-incomplete.dll") +
-                         " can't be used: it lacks the function SimConnect_SetClientData");
+    for (const std::string operation :
+         {"SimConnect_Open", "SimConnect_Close", "SimConnect_CallDispatch", "SimConnect_AddToDataDefinition",
+          "SimConnect_RequestDataOnSimObject", "SimConnect_MapClientEventToSimEvent", "SimConnect_TransmitClientEvent",
+          "SimConnect_MapClientDataNameToID", "SimConnect_AddToClientDataDefinition", "SimConnect_RequestClientData",
+          "SimConnect_SetClientData"}) {
+        LibraryCopy library;
+        const std::size_t place = library.bytes.find(operation + '\0');
+        ASSERT_NE(place, std::string::npos) << operation;
+        library.bytes[place + operation.size() - 1] = '_';
+        EXPECT_EQ(library.fault(), "it lacks the function " + operation);
+    }
 }
 
-class LackedOperation : public testing::TestWithParam<const char*> {};
-
-INSTANTIATE_TEST_SUITE_P(AllEleven, LackedOperation,
-                         testing::Values("SimConnect_Open", "SimConnect_Close", "SimConnect_CallDispatch",
-                                         "SimConnect_AddToDataDefinition", "SimConnect_RequestDataOnSimObject",
-                                         "SimConnect_MapClientEventToSimEvent", "SimConnect_TransmitClientEvent",
-                                         "SimConnect_MapClientDataNameToID", "SimConnect_AddToClientDataDefinition",
-                                         "SimConnect_RequestClientData", "SimConnect_SetClientData"));
-
-TEST_P(LackedOperation, IsMissed) {
-    const std::string name = GetParam();
-    std::string library = bytesOf("simconnect-complete.dll");
-    const std::size_t place = library.find(name + '\0');
-    ASSERT_NE(place, std::string::npos);
-    library[place + name.size() - 1] = '_';
-    EXPECT_EQ(faultOf(library), "it lacks the function " + name);
-}
-
-TEST(LoadSimConnectDll, SaysThatThereIsNone) {
-    std::string error;
-    EXPECT_FALSE(loadSimConnectDll("no-such-library.dll", error).has_value());
-    EXPECT_EQ(error, "There is no no-such-library.dll beside the program or in the system folder");
-}
-
-TEST(LoadSimConnectDll, SaysThatALibraryIsMadeFor32BitPrograms) {
-    const std::string fault = faultOf(headsFor(IMAGE_FILE_MACHINE_I386));
-    EXPECT_TRUE(fault.starts_with("it is made for 32-bit programs, and this is a 64-bit one (error ")) << fault;
-}
-
-TEST(LoadSimConnectDll, SaysThatALibraryIsMadeForAnotherProcessor) {
-    const std::string fault = faultOf(headsFor(IMAGE_FILE_MACHINE_ARM64));
-    EXPECT_TRUE(fault.starts_with("it is made for another kind of processor (error ")) << fault;
-}
-
-TEST(LoadSimConnectDll, SaysThatALibraryThatItNeedsIsMissing) {
+TEST(LoadSimConnectDll, NamesALibraryThatNeedsAMissingOne) {
     std::string error;
     EXPECT_FALSE(loadSimConnectDll("simconnect-needy.dll", error).has_value());
-    EXPECT_EQ(error, FileSystem::join(programFolder(), "simconnect-needy.dll") +
+    EXPECT_EQ(error, besideProgram("simconnect-needy.dll") +
                          " can't be used: a library that it needs is missing; install the Visual C++ runtime (x64) "
                          "(error 126)");
 }
 
-TEST(LoadSimConnectDll, SaysThatAFileIsNoLibrary) {
-    const std::string fault = "the file is damaged, or no Windows library (error 193)";
-    EXPECT_EQ(faultOf("<html>404 Not Found</html>"), fault);
-    EXPECT_EQ(faultOf("MZ"), fault);
-    EXPECT_EQ(faultOf(std::string(5000, '\xFF')), fault);
-    // Its heads would begin far behind the file's end.
-    IMAGE_DOS_HEADER dosHeader{};
-    dosHeader.e_magic = IMAGE_DOS_SIGNATURE;
-    dosHeader.e_lfanew = 0x7FFFFFFF;
-    EXPECT_EQ(faultOf(std::string(reinterpret_cast<const char*>(&dosHeader), sizeof dosHeader)), fault);
-    dosHeader.e_lfanew = -1;
-    EXPECT_EQ(faultOf(std::string(reinterpret_cast<const char*>(&dosHeader), sizeof dosHeader)), fault);
+TEST(LoadSimConnectDll, ReportsABadOrTruncatedLibrary) {
+    LibraryCopy library;
+    library.bytes.resize(3000);
+    EXPECT_EQ(library.fault(), "it, or a library that it needs, is damaged (error 193)");
+    library.bytes = "<html>404 Not Found</html>";
+    EXPECT_EQ(library.fault(), "the file is damaged, or no Windows library (error 193)");
+    library.bytes = "";
+    EXPECT_TRUE(library.fault().starts_with("the file is damaged, or no Windows library (error "));
 }
 
-TEST(LoadSimConnectDll, SaysThatAnEmptyFileIsNoLibrary) {
-    EXPECT_TRUE(faultOf("").starts_with("the file is damaged, or no Windows library (error "));
-}
-
-TEST(LoadSimConnectDll, SaysThatALibraryIsDamaged) {
-    EXPECT_EQ(faultOf(bytesOf("simconnect-complete.dll").substr(0, 3000)),
-              "it, or a library that it needs, is damaged (error 193)");
-}
-
-TEST(LoadSimConnectDll, SaysThatAccessIsDenied) {
-    const TempFolder folder;
-    const std::string path = folder.write("client.dll", bytesOf("simconnect-complete.dll"));
+TEST(LoadSimConnectDll, ReportsThatAccessIsDenied) {
+    const LibraryCopy library;
+    const std::string path = library.folder.write(library.name, library.bytes);
     const HANDLE held = CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(held, INVALID_HANDLE_VALUE);
     std::string error;
@@ -175,28 +118,60 @@ TEST(LoadSimConnectDll, SaysThatAccessIsDenied) {
     CloseHandle(held);
 }
 
-TEST(LoadSimConnectDll, NeverLooksInTheWorkingFolder) {
-    const TempFolder folder;
-    folder.write("planted.dll", bytesOf("simconnect-complete.dll"));
-    const std::filesystem::path before = std::filesystem::current_path();
-    std::filesystem::current_path(FileSystem::fromBytes(folder.path()));
+TEST(LoadSimConnectDll, LooksBesideTheProgramAndNeverInTheWorkingFolder) {
+    const LibraryCopy library;
+    library.folder.write(library.name, library.bytes);
+    const WorkingFolder working(library.folder.path());
     std::string error;
-    EXPECT_FALSE(loadSimConnectDll("planted.dll", error).has_value());
-    EXPECT_EQ(error, "There is no planted.dll beside the program or in the system folder");
-    std::filesystem::current_path(before);
-}
-
-TEST(LoadSimConnectDll, LooksBesideTheProgramAlsoFromAnotherWorkingFolder) {
-    const TempFolder folder;
-    const std::filesystem::path before = std::filesystem::current_path();
-    std::filesystem::current_path(FileSystem::fromBytes(folder.path()));
-    std::string error;
+    EXPECT_FALSE(loadSimConnectDll(library.name, error).has_value());
+    EXPECT_EQ(error, "There is no copy.dll beside the program or in the system folder");
     EXPECT_TRUE(loadSimConnectDll("simconnect-complete.dll", error).has_value()) << error;
-    std::filesystem::current_path(before);
 }
 
-// No SimConnect.dll lies beside the test program.
-TEST(SystemSimConnectLibrary, FallsBackOnTheBuiltInClientAndSaysWhy) {
+/// An executable file's heads, whose second one begins at `position`.
+std::string headsFor(std::uint16_t machine, LONG position = sizeof(IMAGE_DOS_HEADER)) {
+    IMAGE_DOS_HEADER dosHeader{};
+    dosHeader.e_magic = IMAGE_DOS_SIGNATURE;
+    dosHeader.e_lfanew = position;
+    IMAGE_NT_HEADERS headers{};
+    headers.Signature = IMAGE_NT_SIGNATURE;
+    headers.FileHeader.Machine = machine;
+    return std::string(reinterpret_cast<const char*>(&dosHeader), sizeof dosHeader)
+        .append(reinterpret_cast<const char*>(&headers), sizeof headers);
+}
+
+TEST(SimConnectDllFault, FollowsFromTheFileAndTheSystemsError) {
+    const std::string forThisSystem = headsFor(IMAGE_FILE_MACHINE_AMD64);
+    const std::string noLibrary = "the file is damaged, or no Windows library (error 193)";
+    const struct {
+        std::string content;
+        std::uint32_t code;
+        std::string fault;
+    } cases[] = {
+        {headsFor(IMAGE_FILE_MACHINE_I386), 193,
+         "it is made for 32-bit programs, and this is a 64-bit one (error 193)"},
+        {headsFor(IMAGE_FILE_MACHINE_ARM64), 193, "it is made for another kind of processor (error 193)"},
+        {forThisSystem, ERROR_PROC_NOT_FOUND,
+         "a library that it needs is too old; install the current Visual C++ runtime (x64) (error 127)"},
+        {forThisSystem, ERROR_SHARING_VIOLATION, "Windows denies access to the file (error 32)"},
+        {forThisSystem, 225, "the virus scanner holds it back (error 225)"},
+        {forThisSystem, 226, "the virus scanner holds it back (error 226)"},
+        {forThisSystem, ERROR_DLL_INIT_FAILED, "it failed to start (error 1114)"},
+        {forThisSystem, 5000, "Windows can't load it (error 5000)"},
+        {"MZ", 193, noLibrary},
+        {std::string(5000, '\xFF'), 193, noLibrary},
+        {headsFor(IMAGE_FILE_MACHINE_I386, 0x7FFFFFFF), 193, noLibrary},
+        {headsFor(IMAGE_FILE_MACHINE_I386, -1), 193, noLibrary},
+    };
+    for (const auto& each : cases) {
+        const TempFolder folder;
+        const std::string path = folder.write("client.dll", each.content);
+        EXPECT_EQ(simConnectDllFault(path, each.code), path + " can't be used: " + each.fault);
+    }
+}
+
+// No SimConnect.dll is beside the test program.
+TEST(SystemSimConnectLibrary, FallsBackOnTheBuiltInClientAndReportsWhy) {
     const SimConnectLibrary library = systemPlatform().simConnect;
     const std::string notice = "There is no SimConnect.dll beside the program or in the system folder; using the "
                                "built-in SimConnect client";
