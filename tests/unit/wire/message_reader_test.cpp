@@ -45,25 +45,6 @@ TEST(MessageReader, GivesTheSameMessagesInPiecesOfAnySize) {
     }
 }
 
-TEST(MessageReader, PeekGivesAMessageWithoutTakingIt) {
-    MessageReader reader(12);
-    EXPECT_FALSE(reader.peek());
-    const PeerBytes whole = message(20);
-    feed(reader, std::span(whole).first(20));
-    EXPECT_FALSE(reader.peek());
-    feed(reader, std::span(whole).subspan(20));
-    for (int i = 0; i < 2; ++i) {
-        const auto peeked = reader.peek();
-        ASSERT_TRUE(peeked);
-        EXPECT_EQ(PeerBytes(peeked->begin(), peeked->end()), whole);
-    }
-    EXPECT_EQ(nextOf(reader), whole);
-    EXPECT_FALSE(reader.peek());
-    feed(reader, wireWords({11, 4, 2}));
-    EXPECT_FALSE(reader.peek());
-    EXPECT_TRUE(reader.broken());
-}
-
 TEST(MessageReader, TakesTheSmallestAndTheLargestMessage) {
     MessageReader reader(12);
     feed(reader, simulatorMessage(3));

@@ -30,18 +30,4 @@ TEST(Requests, OpenHasTheNameAndTheLibraryOfItsProtocol) {
     }
 }
 
-TEST(Requests, NameOf255BytesFitsAndOneOf256DoesNot) {
-    EXPECT_FALSE(isName(nullptr));
-    EXPECT_TRUE(isName(""));
-    EXPECT_TRUE(isName(std::string(255, 'x').c_str()));
-    EXPECT_FALSE(isName(std::string(256, 'x').c_str()));
-}
-
-TEST(Requests, NumbersAreLittleEndianBothWays) {
-    Bytes out{0xAA};
-    appendNumber(out, 0x80C0FF01);
-    EXPECT_EQ(out, (Bytes{0xAA, 0x01, 0xFF, 0xC0, 0x80}));
-    EXPECT_EQ(numberAt(out, 1), 0x80C0FF01U);
-}
-
 } // namespace

@@ -33,6 +33,12 @@ protected:
         return size.size() < 4 ? PeerBytes() : joined({size, peer.read(MessageLog::wordOf(size, 0) - 4)});
     }
     SimConnectResult dispatch() { return SimConnect_CallDispatch(handle, &MessageLog::dispatchProc, &log); }
+    bool dispatchUntil(std::size_t count) {
+        return waitUntil([&] {
+            dispatch();
+            return log.messages.size() >= count;
+        });
+    }
 
     LoopbackPeer peer{GetParam()};
     SimConnectHandle handle = nullptr;
@@ -148,43 +154,43 @@ TEST_P(SimConnectApi, SessionsAreIndependent) {
     EXPECT_EQ(SimConnect_Close(other), simConnectOk);
 }
 
-TEST_P(SimConnectApi, CloseInsideTheCallbackIsSafe) {
+TEST_P(SimConnectApi, CloseInsideTheCallbackDropsTheMessagesBehind) {
     log.onMessage = [&](const auto&) { EXPECT_EQ(SimConnect_Close(handle), simConnectOk); };
     ASSERT_TRUE(peer.send(joined({simulatorMessage(3), simulatorMessage(8)})));
-    EXPECT_TRUE(waitUntil([&] {
-        dispatch();
-        return !log.messages.empty();
-    }));
-    EXPECT_EQ(log.messages.size(), 1U);
+    EXPECT_TRUE(dispatchUntil(1));
+    EXPECT_EQ(log.ids(), std::vector<std::uint32_t>{3});
     expectDead(handle);
     EXPECT_TRUE(peer.readEnd());
 }
 
-TEST_P(SimConnectApi, CallbackMayOpenTheNextSession) {
+TEST_P(SimConnectApi, CallbackMayMakeRequestsAndOpenTheNextSessionButNotDispatch) {
     SimConnectHandle next = nullptr;
+    MessageLog inner;
     log.onMessage = [&](const auto&) {
+        EXPECT_EQ(SimConnect_TransmitClientEvent(handle, 0, 1, 0, 1, 0x10), simConnectOk);
         EXPECT_EQ(simConnectOpenAt(&next, "next", peer.endpoint(), noWait), simConnectOk);
+        EXPECT_EQ(SimConnect_Close(next), simConnectOk);
+        EXPECT_EQ(SimConnect_CallDispatch(handle, &MessageLog::dispatchProc, &inner), simConnectOk);
     };
-    ASSERT_TRUE(peer.send(simulatorMessage(2)));
-    EXPECT_TRUE(waitUntil([&] {
-        dispatch();
-        return next != nullptr;
-    }));
-    EXPECT_EQ(SimConnect_Close(next), simConnectOk);
+    ASSERT_TRUE(peer.send(joined({simulatorMessage(2), simulatorMessage(3)})));
+    EXPECT_TRUE(dispatchUntil(2));
+    EXPECT_EQ(log.ids(), (std::vector<std::uint32_t>{2, 3}));
+    EXPECT_TRUE(inner.messages.empty());
+    EXPECT_EQ(nextRequest().size(), 36U);
 }
 
 TEST_P(SimConnectApi, RequestsOfManyThreadsArriveWholeWithRisingIds) {
-    constexpr std::uint32_t threads = 4;
     constexpr std::uint32_t each = 500;
-    std::vector<std::thread> senders;
-    senders.reserve(threads);
+    const auto sendAll = [&](std::uint32_t sender) {
+        std::vector<std::uint8_t> data(256, static_cast<std::uint8_t>(sender));
+        for (std::uint32_t i = 0; i < each; ++i) {
+            EXPECT_EQ(SimConnect_SetClientData(handle, sender, i, 0, 0, 256, data.data()), simConnectOk);
+        }
+    };
+    constexpr std::uint32_t threads = 4;
+    std::vector<std::jthread> senders;
     for (std::uint32_t sender = 0; sender < threads; ++sender) {
-        senders.emplace_back([this, sender] {
-            std::vector<std::uint8_t> own(256, static_cast<std::uint8_t>(sender));
-            for (std::uint32_t i = 0; i < each; ++i) {
-                EXPECT_EQ(SimConnect_SetClientData(handle, sender, i, 0, 0, 256, own.data()), simConnectOk);
-            }
-        });
+        senders.emplace_back(sendAll, sender);
     }
     std::array<std::uint32_t, threads> next{};
     for (std::uint32_t i = 0; i < threads * each; ++i) {
@@ -197,29 +203,21 @@ TEST_P(SimConnectApi, RequestsOfManyThreadsArriveWholeWithRisingIds) {
         ASSERT_EQ(request[36], sender);
         ASSERT_EQ(request[291], sender);
     }
-    for (std::thread& sender : senders) {
-        sender.join();
-    }
 }
 
 TEST_P(SimConnectApi, CloseUnderOtherThreadsCallsIsSafe) {
-    std::atomic<bool> sawClosed{false};
-    std::thread sender([&] {
+    const std::jthread sender([&] {
         std::array<std::uint8_t, 256> data{};
         while (SimConnect_SetClientData(handle, 1, 1, 0, 0, 256, data.data()) == simConnectOk) {
         }
-        sawClosed = true;
     });
-    std::thread dispatcher([&] {
+    const std::jthread dispatcher([&] {
         while (dispatch() == simConnectOk) {
         }
     });
     ASSERT_TRUE(peer.send(simulatorMessage(2)));
     EXPECT_EQ(nextRequest().size(), 36U + 256U);
     EXPECT_EQ(SimConnect_Close(handle), simConnectOk);
-    sender.join();
-    dispatcher.join();
-    EXPECT_TRUE(sawClosed);
 }
 
 TEST_P(SimConnectApi, DispatchesOfManyThreadsHandOutEachMessageOnce) {
@@ -234,23 +232,20 @@ TEST_P(SimConnectApi, DispatchesOfManyThreadsHandOutEachMessageOnce) {
         shared.inside = false;
     };
     constexpr std::uint32_t total = 2000;
-    constexpr std::size_t threads = 3;
-    std::vector<std::thread> dispatchers;
-    dispatchers.reserve(threads);
-    for (std::size_t i = 0; i < threads; ++i) {
-        dispatchers.emplace_back([&] {
-            waitUntil([&] {
-                EXPECT_EQ(SimConnect_CallDispatch(handle, proc, &context), simConnectOk);
-                return context.count >= total;
-            });
+    const auto dispatchAll = [&] {
+        waitUntil([&] {
+            EXPECT_EQ(SimConnect_CallDispatch(handle, proc, &context), simConnectOk);
+            return context.count >= total;
         });
+    };
+    std::vector<std::jthread> dispatchers(2);
+    for (std::jthread& dispatcher : dispatchers) {
+        dispatcher = std::jthread(dispatchAll);
     }
     for (std::uint32_t i = 0; i < total; ++i) {
         ASSERT_TRUE(peer.send(simulatorMessage(i)));
     }
-    for (std::thread& dispatcher : dispatchers) {
-        dispatcher.join();
-    }
+    dispatchers.clear();
     EXPECT_EQ(context.count, total);
 }
 
