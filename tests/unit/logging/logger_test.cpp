@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iostream>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -15,21 +15,14 @@
 
 namespace {
 
+using Lines = std::vector<std::string>;
+
 constexpr std::uintmax_t rotationSize = 5242880;
 
 std::string content(const std::string& path) {
     std::string text;
     EXPECT_TRUE(FileSystem::readFile(path, text)) << path;
     return text;
-}
-
-std::vector<std::string> lines(const std::string& path) {
-    std::istringstream stream(content(path));
-    std::vector<std::string> result;
-    for (std::string line; std::getline(stream, line);) {
-        result.push_back(line);
-    }
-    return result;
 }
 
 /// A line without its time stamp, whose form is checked on the way.
@@ -40,9 +33,18 @@ std::string withoutTime(const std::string& line) {
     return match.empty() ? line : match[1].str();
 }
 
-void makeFileOfSize(const std::string& path, std::uintmax_t size) {
-    std::ofstream(path, std::ios::binary) << 'x';
-    std::filesystem::resize_file(path, size);
+/// The lines of a file that holds nothing else.
+Lines linesIn(const std::string& path) {
+    std::istringstream stream(content(path));
+    Lines lines;
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(withoutTime(line));
+    }
+    return lines;
+}
+
+std::uintmax_t sizeOf(const std::string& path) {
+    return std::filesystem::file_size(path);
 }
 
 class LoggerFile : public testing::Test {
@@ -52,41 +54,37 @@ protected:
     std::string path = folder.path("bridge.log");
 
     void configure(bool echo = false) { logger.configure(folder.path(), "bridge", echo); }
+
+    void makeFileOfSize(std::uintmax_t size) const {
+        std::ofstream(path, std::ios::binary) << 'x';
+        std::filesystem::resize_file(path, size);
+    }
+
     std::string backup(int number) const { return path + "." + std::to_string(number); }
+    bool hasBackup(int number) const { return FileSystem::exists(backup(number)); }
+
+    /// What a line leaves on standard output.
+    std::string echoOf(const std::string& message) {
+        testing::internal::CaptureStdout();
+        logger.log(Level::Error, message);
+        return testing::internal::GetCapturedStdout();
+    }
 };
 
-TEST_F(LoggerFile, LineBearsLocalTimeLevelWordAndMessage) {
+TEST_F(LoggerFile, LineHasLocalTimeTheLevelsWordAndTheMessageAndIsOnDiskAtOnce) {
     configure();
-    logger.log(Level::Warn, "SimConnect disconnected: shutdown");
-    ASSERT_EQ(lines(path).size(), 1U);
-    EXPECT_EQ(withoutTime(lines(path)[0]), "[WARN] SimConnect disconnected: shutdown");
-}
-
-TEST_F(LoggerFile, EachLevelHasItsWordAndAnUnknownOneIsInfo) {
-    configure();
-    for (const int level : {0, 1, 2, 3, 7, -1}) {
-        logger.log(static_cast<Level>(level), "m");
+    Lines expected;
+    for (const char* word : {"[INFO] m", "[WARN] m", "[ERROR] m", "[DEBUG] m", "[INFO] m"}) {
+        logger.log(static_cast<Level>(expected.size()), "m");
+        expected.emplace_back(word);
+        EXPECT_EQ(linesIn(path), expected);
     }
-    std::vector<std::string> words;
-    for (const std::string& line : lines(path)) {
-        words.push_back(withoutTime(line));
-    }
-    EXPECT_EQ(words,
-              (std::vector<std::string>{"[INFO] m", "[WARN] m", "[ERROR] m", "[DEBUG] m", "[INFO] m", "[INFO] m"}));
-}
-
-TEST_F(LoggerFile, LineIsOnDiskWhenLogReturns) {
-    configure();
-    logger.log(Level::Info, "first");
-    EXPECT_EQ(lines(path).size(), 1U);
-    logger.log(Level::Info, "second");
-    EXPECT_EQ(lines(path).size(), 2U);
+    logger.log(static_cast<Level>(-1), "unknown");
+    EXPECT_EQ(linesIn(path).back(), "[INFO] unknown");
 }
 
 TEST_F(LoggerFile, LinesBeforeConfigureGoNowhere) {
-    testing::internal::CaptureStdout();
-    logger.log(Level::Error, "lost");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(echoOf("lost"), "");
     configure();
     EXPECT_EQ(content(path), "");
 }
@@ -94,7 +92,7 @@ TEST_F(LoggerFile, LinesBeforeConfigureGoNowhere) {
 TEST_F(LoggerFile, ConfigureMakesTheFolderWithItsParents) {
     logger.configure(folder.path("a/b/c"), "bridge", false);
     logger.log(Level::Info, "m");
-    EXPECT_EQ(lines(folder.path("a/b/c/bridge.log")).size(), 1U);
+    EXPECT_EQ(linesIn(folder.path("a/b/c/bridge.log")), Lines{"[INFO] m"});
 }
 
 TEST_F(LoggerFile, EmptyDirectoryMeansTheCurrentOne) {
@@ -104,22 +102,22 @@ TEST_F(LoggerFile, EmptyDirectoryMeansTheCurrentOne) {
     logger.log(Level::Info, "m");
     logger.close();
     std::filesystem::current_path(before);
-    EXPECT_EQ(lines(folder.path("VantrelBridgeHID.log")).size(), 1U);
+    EXPECT_EQ(linesIn(folder.path("VantrelBridgeHID.log")), Lines{"[INFO] m"});
 }
 
 TEST_F(LoggerFile, AppendsToTheFileOfAnEarlierRun) {
     folder.write("bridge.log", "earlier\n");
     configure();
     logger.log(Level::Info, "m");
-    ASSERT_EQ(lines(path).size(), 2U);
-    EXPECT_EQ(lines(path)[0], "earlier");
+    EXPECT_TRUE(content(path).starts_with("earlier\n"));
+    EXPECT_TRUE(content(path).ends_with("[INFO] m\n"));
 }
 
 TEST_F(LoggerFile, MessageIsWrittenUnchangedEvenWithLineBreaksAndZeroBytes) {
     configure();
     const std::string message("a\nb\0c", 5);
     logger.log(Level::Info, message);
-    EXPECT_NE(content(path).find("[INFO] " + message + "\n"), std::string::npos);
+    EXPECT_TRUE(content(path).ends_with("[INFO] " + message + "\n"));
 }
 
 TEST_F(LoggerFile, DebugWritesOnlyWhenEnabled) {
@@ -130,15 +128,7 @@ TEST_F(LoggerFile, DebugWritesOnlyWhenEnabled) {
     logger.debug("shown");
     logger.setDebugEnabled(false);
     logger.debug("hidden again");
-    ASSERT_EQ(lines(path).size(), 1U);
-    EXPECT_EQ(withoutTime(lines(path)[0]), "[DEBUG] shown");
-}
-
-TEST_F(LoggerFile, LogAtLevelDebugWritesThoughDebugIsOff) {
-    configure();
-    logger.log(Level::Debug, "m");
-    ASSERT_EQ(lines(path).size(), 1U);
-    EXPECT_EQ(withoutTime(lines(path)[0]), "[DEBUG] m");
+    EXPECT_EQ(linesIn(path), Lines{"[DEBUG] shown"});
 }
 
 TEST_F(LoggerFile, CloseLetsTheNextLineOpenAgainButNotASilentDebug) {
@@ -147,38 +137,29 @@ TEST_F(LoggerFile, CloseLetsTheNextLineOpenAgainButNotASilentDebug) {
     std::filesystem::remove(path);
     logger.debug("hidden");
     EXPECT_FALSE(std::filesystem::exists(path));
-    logger.log(Level::Info, "m");
-    EXPECT_EQ(lines(path).size(), 1U);
+    logger.log(Level::Info, "first");
     logger.close();
     logger.close();
-    logger.log(Level::Info, "m");
-    EXPECT_EQ(lines(path).size(), 2U);
+    logger.log(Level::Info, "second");
+    EXPECT_EQ(linesIn(path), (Lines{"[INFO] first", "[INFO] second"}));
 }
 
 TEST_F(LoggerFile, EchoGoesToStandardOutputToo) {
-    configure(true);
-    testing::internal::CaptureStdout();
-    logger.log(Level::Error, "m");
-    std::string echoed = testing::internal::GetCapturedStdout();
-    ASSERT_FALSE(echoed.empty());
-    EXPECT_EQ(echoed.back(), '\n');
-    echoed.pop_back();
-    EXPECT_EQ(echoed, lines(path)[0]);
-}
-
-TEST_F(LoggerFile, WithoutEchoStandardOutputStaysEmpty) {
     configure();
-    testing::internal::CaptureStdout();
-    logger.log(Level::Error, "m");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(echoOf("quiet"), "");
+    std::filesystem::resize_file(path, 0);
+    configure(true);
+    EXPECT_EQ(echoOf("m"), content(path));
+    EXPECT_EQ(linesIn(path), Lines{"[ERROR] m"});
 }
 
-TEST_F(LoggerFile, FileThatCannotBeOpenedStillEchoes) {
+TEST_F(LoggerFile, FileThatCannotBeOpenedStillEchoesAndTakesALaterLine) {
     folder.makeFolder("bridge.log");
     configure(true);
-    testing::internal::CaptureStdout();
-    logger.log(Level::Error, "m");
-    EXPECT_NE(testing::internal::GetCapturedStdout().find("[ERROR] m\n"), std::string::npos);
+    EXPECT_TRUE(echoOf("dropped").ends_with("[ERROR] dropped\n"));
+    std::filesystem::remove(path);
+    echoOf("kept");
+    EXPECT_EQ(linesIn(path), Lines{"[ERROR] kept"});
 }
 
 TEST_F(LoggerFile, FolderThatCannotBeMadeDropsLinesWithoutThrowing) {
@@ -188,81 +169,64 @@ TEST_F(LoggerFile, FolderThatCannotBeMadeDropsLinesWithoutThrowing) {
     EXPECT_EQ(content(file), "x");
 }
 
-TEST_F(LoggerFile, FileOpenedLateReceivesTheNextLine) {
-    folder.makeFolder("bridge.log");
-    configure();
-    logger.log(Level::Info, "dropped");
-    std::filesystem::remove(path);
-    logger.log(Level::Info, "kept");
-    ASSERT_EQ(lines(path).size(), 1U);
-    EXPECT_EQ(withoutTime(lines(path)[0]), "[INFO] kept");
-}
-
 TEST_F(LoggerFile, RotatesOnlyWhenTheLimitIsReachedBeforeALine) {
-    makeFileOfSize(path, rotationSize - 1);
+    makeFileOfSize(rotationSize - 1);
     configure();
     logger.log(Level::Info, "crosses the limit");
-    EXPECT_GT(std::filesystem::file_size(path), rotationSize);
-    EXPECT_FALSE(std::filesystem::exists(backup(1)));
+    EXPECT_GT(sizeOf(path), rotationSize);
+    EXPECT_FALSE(hasBackup(1));
     logger.log(Level::Info, "in the new file");
-    ASSERT_EQ(lines(path).size(), 1U);
-    EXPECT_EQ(withoutTime(lines(path)[0]), "[INFO] in the new file");
-    EXPECT_GT(std::filesystem::file_size(backup(1)), rotationSize);
+    EXPECT_EQ(linesIn(path), Lines{"[INFO] in the new file"});
+    EXPECT_GT(sizeOf(backup(1)), rotationSize);
 }
 
-TEST_F(LoggerFile, RotatesAtExactlyTheLimit) {
-    makeFileOfSize(path, rotationSize);
+TEST_F(LoggerFile, RotatesAtExactlyTheLimitOnDiskButNotForASilentDebug) {
     configure();
+    logger.log(Level::Info, "small");
+    logger.close();
+    makeFileOfSize(rotationSize);
+    logger.debug("hidden");
+    EXPECT_FALSE(hasBackup(1));
     logger.log(Level::Info, "m");
-    EXPECT_EQ(lines(path).size(), 1U);
-    EXPECT_EQ(std::filesystem::file_size(backup(1)), rotationSize);
+    EXPECT_EQ(linesIn(path), Lines{"[INFO] m"});
+    EXPECT_EQ(sizeOf(backup(1)), rotationSize);
 }
 
 TEST_F(LoggerFile, RotatesTheFileThatItHasFilledAndStillHoldsOpen) {
     configure();
     const std::string message(rotationSize / 4, 'x');
-    int written = 0;
-    while (FileSystem::fileSize(path) < rotationSize && written < 5) {
+    for (int line = 0; line < 4; ++line) {
+        EXPECT_LT(sizeOf(path), rotationSize);
         logger.log(Level::Info, message);
-        ++written;
     }
-    EXPECT_EQ(written, 4);
-    EXPECT_FALSE(std::filesystem::exists(backup(1)));
+    EXPECT_FALSE(hasBackup(1));
     logger.log(Level::Info, "in the new file");
-    EXPECT_EQ(lines(path).size(), 1U);
-    EXPECT_EQ(lines(backup(1)).size(), 4U);
-}
-
-TEST_F(LoggerFile, DebugLineThatIsNotWrittenRotatesNothing) {
-    makeFileOfSize(path, rotationSize);
-    configure();
-    logger.debug("m");
-    EXPECT_EQ(std::filesystem::file_size(path), rotationSize);
-    EXPECT_FALSE(std::filesystem::exists(backup(1)));
+    EXPECT_EQ(linesIn(path), Lines{"[INFO] in the new file"});
+    EXPECT_GT(sizeOf(backup(1)), rotationSize);
 }
 
 TEST_F(LoggerFile, RotationLosesTheOldestOfFiveBackups) {
-    makeFileOfSize(path, rotationSize);
+    makeFileOfSize(rotationSize);
     for (int number = 1; number <= 5; ++number) {
         folder.write("bridge.log." + std::to_string(number), std::to_string(number));
     }
     configure();
     logger.log(Level::Info, "m");
-    EXPECT_EQ(std::filesystem::file_size(backup(1)), rotationSize);
+    EXPECT_EQ(sizeOf(backup(1)), rotationSize);
     for (int number = 2; number <= 5; ++number) {
         EXPECT_EQ(content(backup(number)), std::to_string(number - 1));
     }
-    EXPECT_FALSE(std::filesystem::exists(backup(6)));
+    EXPECT_FALSE(hasBackup(6));
 }
 
 TEST_F(LoggerFile, RotationMovesBackupsOverAGap) {
-    makeFileOfSize(path, rotationSize);
+    makeFileOfSize(rotationSize);
     folder.write("bridge.log.3", "three");
     configure();
     logger.log(Level::Info, "m");
     EXPECT_EQ(content(backup(4)), "three");
-    EXPECT_FALSE(std::filesystem::exists(backup(3)));
-    EXPECT_FALSE(std::filesystem::exists(backup(2)));
+    EXPECT_FALSE(hasBackup(3));
+    EXPECT_FALSE(hasBackup(2));
 }
 
 TEST_F(LoggerFile, ConfigureDeletesStaleBackupsInsideTheWindowOnly) {
@@ -270,73 +234,48 @@ TEST_F(LoggerFile, ConfigureDeletesStaleBackupsInsideTheWindowOnly) {
         folder.write("bridge.log." + std::to_string(number), "old");
     }
     configure();
-    EXPECT_TRUE(std::filesystem::exists(backup(5)));
-    EXPECT_FALSE(std::filesystem::exists(backup(6)));
-    EXPECT_FALSE(std::filesystem::exists(backup(7)));
-    EXPECT_FALSE(std::filesystem::exists(backup(37)));
-    EXPECT_TRUE(std::filesystem::exists(backup(38)));
+    for (const int number : {5, 6, 7, 37, 38}) {
+        EXPECT_EQ(hasBackup(number), number == 5 || number == 38) << number;
+    }
 }
 
 TEST_F(LoggerFile, FileThatCannotBeMovedIsKeptAndTriedAgain) {
-    makeFileOfSize(path, rotationSize);
-    // A folder that isn't empty can be replaced by no rename.
-    folder.write("bridge.log.1/occupied", "x");
-    folder.write("bridge.log.2/occupied", "x");
-    for (int number = 3; number <= 5; ++number) {
+    makeFileOfSize(rotationSize);
+    for (int number = 1; number <= 6; ++number) {
+        // No rename can replace a folder that isn't empty.
         folder.write("bridge.log." + std::to_string(number) + "/occupied", "x");
     }
-    folder.write("bridge.log.6/occupied", "x");
     configure();
     logger.log(Level::Info, "m");
-    EXPECT_GT(std::filesystem::file_size(path), rotationSize);
+    EXPECT_GT(sizeOf(path), rotationSize);
     for (int number = 1; number <= 6; ++number) {
         std::filesystem::remove_all(backup(number));
     }
     logger.log(Level::Info, "moved now");
-    EXPECT_EQ(lines(path).size(), 1U);
-    EXPECT_GT(std::filesystem::file_size(backup(1)), rotationSize);
-}
-
-TEST_F(LoggerFile, SizeIsThatOnDiskAndNotACounter) {
-    configure();
-    logger.log(Level::Info, "small");
-    logger.close();
-    makeFileOfSize(path, rotationSize);
-    logger.log(Level::Info, "m");
-    EXPECT_EQ(lines(path).size(), 1U);
-    EXPECT_TRUE(std::filesystem::exists(backup(1)));
+    EXPECT_EQ(linesIn(path), Lines{"[INFO] moved now"});
+    EXPECT_GT(sizeOf(backup(1)), rotationSize);
 }
 
 TEST_F(LoggerFile, LinesOfManyThreadsAreNeverMixed) {
     configure();
-    constexpr int threads = 4;
     constexpr int linesEach = 200;
-    std::vector<std::thread> writers;
-    for (int thread = 0; thread < threads; ++thread) {
-        writers.emplace_back([this, thread] {
+    Lines possible;
+    std::vector<std::jthread> writers;
+    for (const char letter : {'a', 'b', 'c', 'd'}) {
+        const std::string message(50, letter);
+        possible.push_back("[INFO] " + message);
+        writers.emplace_back([this, message] {
             for (int i = 0; i < linesEach; ++i) {
-                logger.log(Level::Info, std::string(50, static_cast<char>('a' + thread)));
+                logger.log(Level::Info, message);
             }
         });
     }
-    for (std::thread& writer : writers) {
-        writer.join();
+    writers.clear();
+    const Lines written = linesIn(path);
+    for (const std::string& line : possible) {
+        EXPECT_EQ(std::count(written.begin(), written.end(), line), linesEach) << line;
     }
-    const std::vector<std::string> written = lines(path);
-    EXPECT_EQ(written.size(), static_cast<std::size_t>(threads * linesEach));
-    for (const std::string& line : written) {
-        const std::string message = withoutTime(line);
-        ASSERT_EQ(message.size(), std::string("[INFO] ").size() + 50);
-        EXPECT_EQ(message.find_first_not_of(message.back(), 7), std::string::npos);
-    }
-}
-
-TEST(LoggerSingleton, IsOneObjectAndUsableBeforeConfigure) {
-    EXPECT_EQ(&Logger::instance(), &Logger::instance());
-    Logger::instance().log(Level::Info, "nowhere");
-    logInfo("nowhere");
-    logWarn("nowhere");
-    logError("nowhere");
+    EXPECT_EQ(written.size(), possible.size() * linesEach);
 }
 
 } // namespace
