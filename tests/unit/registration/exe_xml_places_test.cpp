@@ -23,68 +23,54 @@ TEST(ExeXmlCandidates, TakeTheVariableAsPlainText) {
     EXPECT_EQ(ExeXmlRegistrar::candidateExeXmlPaths("", "a/b\\").front(), "a/b\\\\Microsoft Flight Simulator\\EXE.xml");
 }
 
-using ExeXmlDiscovery = ExeXmlMachine;
+class ExeXmlDiscovery : public ExeXmlMachine {
+protected:
+    Paths discovered() const { return ExeXmlRegistrar::discoverExeXmlPaths(host); }
+};
 
 TEST_F(ExeXmlDiscovery, FindsNothingOnAMachineWithoutASimulator) {
     folder.makeFolder("Local");
     folder.makeFolder("Roaming");
-    EXPECT_EQ(ExeXmlRegistrar::discoverExeXmlPaths(host), Paths());
+    EXPECT_EQ(discovered(), Paths());
 }
 
 TEST_F(ExeXmlDiscovery, KeepsTheOrderWhateverWasInstalledFirst) {
-    const Installation reversed[] = {Boxed2024, Boxed, Store2024, StoreState, StoreCache};
     Paths expected;
-    for (const Installation installation : reversed) {
+    for (const Installation installation : {Boxed2024, Boxed, Store2024, StoreState, StoreCache}) {
         expected.insert(expected.begin(), install(installation));
     }
-    EXPECT_EQ(ExeXmlRegistrar::discoverExeXmlPaths(host), expected);
+    EXPECT_EQ(discovered(), expected);
+    const char other = std::filesystem::path::preferred_separator == '\\' ? '/' : '\\';
+    EXPECT_EQ(discovered().front().find(other), std::string::npos) << "another system's separator";
 }
 
 TEST_F(ExeXmlDiscovery, KeepsAFolderWithAndWithoutTheFile) {
     const Paths expected{install(StoreState, "text"), install(Boxed)};
-    EXPECT_EQ(ExeXmlRegistrar::discoverExeXmlPaths(host), expected);
+    EXPECT_EQ(discovered(), expected);
     EXPECT_FALSE(exists(expected[1]));
 }
 
 TEST_F(ExeXmlDiscovery, CountsAFileInTheFoldersPlaceAsThere) {
     folder.write("Roaming/Microsoft Flight Simulator", "");
-    EXPECT_EQ(ExeXmlRegistrar::discoverExeXmlPaths(host), Paths{pathOf(Boxed)});
+    EXPECT_EQ(discovered(), Paths{pathOf(Boxed)});
 }
 
 TEST_F(ExeXmlDiscovery, CountsAQuestionThatFailsAsAbsent) {
     install(Boxed);
     fake.variables["LOCALAPPDATA"] = std::string(100000, 'x');
-    EXPECT_EQ(ExeXmlRegistrar::discoverExeXmlPaths(host), Paths{pathOf(Boxed)});
+    EXPECT_EQ(discovered(), Paths{pathOf(Boxed)});
 }
 
-TEST_F(ExeXmlDiscovery, CountsAnUnsetVariableAsEmpty) {
-    install(StoreCache);
-    install(Boxed);
-    fake.variables.erase("APPDATA");
-    EXPECT_EQ(ExeXmlRegistrar::discoverExeXmlPaths(host), Paths{pathOf(StoreCache)});
-    fake.variables.clear();
-    EXPECT_EQ(ExeXmlRegistrar::discoverExeXmlPaths(host), Paths());
-}
-
-TEST_F(ExeXmlDiscovery, LeavesOutTheFilesOfAnEmptyVariable) {
-    install(StoreCache);
-    install(Boxed);
+TEST_F(ExeXmlDiscovery, UsesTheVariablesOfEachCallAndAnUnsetOneAsEmpty) {
+    const std::string inLocal = install(StoreCache);
+    const std::string inRoaming = install(Boxed);
     fake.variables["LOCALAPPDATA"] = "";
-    EXPECT_EQ(ExeXmlRegistrar::discoverExeXmlPaths(host), Paths{pathOf(Boxed)});
-}
-
-TEST_F(ExeXmlDiscovery, GivesPathsWithTheSystemsOwnSeparator) {
-    install(Boxed);
-    const std::string path = ExeXmlRegistrar::discoverExeXmlPaths(host).at(0);
-    const char other = std::filesystem::path::preferred_separator == '\\' ? '/' : '\\';
-    EXPECT_EQ(path.find(other), std::string::npos) << path;
-}
-
-TEST_F(ExeXmlDiscovery, GoesByTheVariablesAtEachCall) {
-    install(Boxed);
-    ASSERT_EQ(ExeXmlRegistrar::discoverExeXmlPaths(host).size(), 1U);
-    fake.variables["APPDATA"] = folder.path("elsewhere");
-    EXPECT_EQ(ExeXmlRegistrar::discoverExeXmlPaths(host), Paths());
+    EXPECT_EQ(discovered(), Paths{inRoaming});
+    fake.variables["LOCALAPPDATA"] = folder.path("Local");
+    fake.variables.erase("APPDATA");
+    EXPECT_EQ(discovered(), Paths{inLocal});
+    fake.variables.clear();
+    EXPECT_EQ(discovered(), Paths());
 }
 
 } // namespace
