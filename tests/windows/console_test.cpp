@@ -10,55 +10,44 @@
 
 namespace {
 
-bool contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-
 class ConsoleOfTheBridge : public testing::Test {
 protected:
     ConsoleOfTheBridge() { bridge.configure(); }
+
+    /// Starts the bridge and waits until it takes commands.
+    std::unique_ptr<ChildProcess> startReady(const Streams& streams) const {
+        auto process = bridge.start("--console", streams);
+        EXPECT_TRUE(bridge.waitForLog(commandsLine));
+        return process;
+    }
+
+    static bool endsByItself(const ChildProcess& process) {
+        return waitUntil([&] { return !process.isRunning(); }, std::chrono::milliseconds(500));
+    }
 
     InstalledBridge bridge;
     TestConsole console;
 };
 
-TEST_F(ConsoleOfTheBridge, ShowsTheLogAndTakesCommandsOfWhoeverStartedIt) {
+TEST_F(ConsoleOfTheBridge, ShowsTheLogAndTakesCommandsInAnyMixOfCase) {
     const auto process = bridge.start("--console", console.streams());
     EXPECT_TRUE(console.waitFor(startedLine)) << console.screen();
-    EXPECT_TRUE(console.waitFor(commandsLine)) << console.screen();
-    console.type("quit\r");
-    EXPECT_EQ(process->exitCode(), 0U);
-    EXPECT_TRUE(console.shows(stoppedLine)) << console.screen();
-}
-
-TEST_F(ConsoleOfTheBridge, TakesCommandsInAnyMixOfCase) {
-    const auto process = bridge.start("--console", console.streams());
     EXPECT_TRUE(console.waitFor(commandsLine)) << console.screen();
     console.type(" quit\rBootSel\rExIt\r");
     EXPECT_EQ(process->exitCode(), 0U);
     EXPECT_TRUE(console.shows("[WARN] No HID device accepted BOOTSEL command")) << console.screen();
+    EXPECT_TRUE(console.shows(stoppedLine)) << console.screen();
 }
 
-TEST_F(ConsoleOfTheBridge, GetsNothingWhenOutputIsRedirectedToAFile) {
+TEST_F(ConsoleOfTheBridge, GetsNothingWhenOutputIsRedirected) {
     const HANDLE file = bridge.createFile("output.txt");
-    const auto process = bridge.start("--console", {console.input, file, console.output});
-    EXPECT_TRUE(bridge.waitForLog(commandsLine));
+    const auto process = startReady({console.input, file, console.output});
     console.type("quit\r");
     EXPECT_EQ(process->exitCode(), 0U);
     CloseHandle(file);
-    EXPECT_TRUE(contains(bridge.contentOf("output.txt"), startedLine));
-    EXPECT_TRUE(contains(bridge.contentOf("output.txt"), stoppedLine));
-    EXPECT_FALSE(console.shows(startedLine)) << console.screen();
-}
-
-TEST_F(ConsoleOfTheBridge, GetsNothingWhenOutputIsRedirectedToAPipe) {
-    ChildPipe output;
-    const auto process = bridge.start("--console", {console.input, output.writeEnd, console.output});
-    EXPECT_TRUE(bridge.waitForLog(commandsLine));
-    console.type("quit\r");
-    EXPECT_EQ(process->exitCode(), 0U);
-    const std::string text = output.readAll();
-    EXPECT_TRUE(contains(text, startedLine) && contains(text, stoppedLine)) << text;
+    const std::string output = bridge.contentOf("output.txt");
+    EXPECT_NE(output.find(startedLine), std::string::npos) << output;
+    EXPECT_NE(output.find(stoppedLine), std::string::npos) << output;
     EXPECT_FALSE(console.shows(startedLine)) << console.screen();
 }
 
@@ -84,7 +73,7 @@ TEST_F(ConsoleOfTheBridge, IsUsedInPlaceOfTheNullDevice) {
 
 TEST_F(ConsoleOfTheBridge, StaysEmptyWithoutTheOption) {
     const auto process = bridge.start("", console.streams());
-    EXPECT_FALSE(waitUntil([&] { return !process->isRunning(); }, std::chrono::milliseconds(500)));
+    EXPECT_FALSE(endsByItself(*process));
     EXPECT_EQ(console.screen(), "");
 }
 
@@ -98,14 +87,14 @@ TEST_F(ConsoleOfTheBridge, IsNotNeeded) {
     EXPECT_TRUE(bridge.waitForLog(commandsLine));
     input.write("quit\n");
     EXPECT_EQ(between.exitCode(), 0U);
-    EXPECT_TRUE(contains(output.readAll(), stoppedLine));
+    EXPECT_NE(output.readAll().find(stoppedLine), std::string::npos);
 }
 
-std::atomic<int> lastEvent{-1};
-
-bool noteEvent(unsigned event) {
-    lastEvent = static_cast<int>(event);
-    return false;
+TEST_F(ConsoleOfTheBridge, EndOfInputLeavesItRunning) {
+    ChildPipe input;
+    const auto process = startReady({input.readEnd, console.output, console.output});
+    input.closeWriteEnd();
+    EXPECT_FALSE(endsByItself(*process));
 }
 
 /// Ctrl+C goes to every process of the console, so this one lives through it.
@@ -117,6 +106,7 @@ protected:
     static bool pressControlC() { return GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0) != 0; }
 
     static inline std::atomic<int> survived{0};
+    static inline std::atomic<int> lastEvent{-1};
 
 private:
     static BOOL WINAPI survive(DWORD) {
@@ -126,46 +116,31 @@ private:
 };
 
 TEST_F(ControlEvent, ReachesTheHandlerWithTheSystemsNumberAndThenTheNextOneIfNotHandled) {
-    systemPlatform().host.installControlHandler(noteEvent);
+    systemPlatform().host.installControlHandler([](unsigned event) {
+        lastEvent = static_cast<int>(event);
+        return false;
+    });
     survived = 0;
     ASSERT_TRUE(pressControlC());
     EXPECT_TRUE(waitUntil([] { return lastEvent == CTRL_C_EVENT && survived == 1; }));
 }
 
-TEST_F(ControlEvent, EndsItInOrder) {
-    const auto process = bridge.start("--console", console.streams());
-    EXPECT_TRUE(bridge.waitForLog(commandsLine));
-    ASSERT_TRUE(pressControlC());
-    EXPECT_EQ(process->exitCode(), 0U);
-    EXPECT_TRUE(contains(bridge.log(), stoppedLine)) << bridge.log();
-}
-
-TEST_F(ControlEvent, EndsItWhileItsInputIsHeldOpen) {
+TEST_F(ControlEvent, EndsItInOrderWhileItsInputIsHeldOpen) {
     const ChildPipe input;
-    const auto process = bridge.start("--console", {input.readEnd, console.output, console.output});
-    EXPECT_TRUE(bridge.waitForLog(commandsLine));
+    const auto process = startReady({input.readEnd, console.output, console.output});
     ASSERT_TRUE(pressControlC());
     EXPECT_EQ(process->exitCode(), 0U);
-    EXPECT_TRUE(contains(bridge.log(), stoppedLine)) << bridge.log();
+    EXPECT_TRUE(bridge.hasLogged(stoppedLine)) << bridge.log();
 }
 
 TEST_F(ControlEvent, GivenTwiceEndsItOnce) {
-    const auto process = bridge.start("--console", console.streams());
-    EXPECT_TRUE(bridge.waitForLog(commandsLine));
+    const auto process = startReady(console.streams());
     ASSERT_TRUE(pressControlC());
     ASSERT_TRUE(pressControlC());
     EXPECT_EQ(process->exitCode(), 0U);
     const std::string log = bridge.log();
     EXPECT_EQ(log.find(stoppedLine), log.rfind(stoppedLine)) << log;
-    EXPECT_TRUE(contains(log, stoppedLine)) << log;
-}
-
-TEST_F(ConsoleOfTheBridge, EndOfInputLeavesItRunning) {
-    ChildPipe input;
-    const auto process = bridge.start("--console", {input.readEnd, console.output, console.output});
-    EXPECT_TRUE(bridge.waitForLog(commandsLine));
-    input.closeWriteEnd();
-    EXPECT_FALSE(waitUntil([&] { return !process->isRunning(); }, std::chrono::milliseconds(500)));
+    EXPECT_TRUE(bridge.hasLogged(stoppedLine)) << log;
 }
 
 } // namespace

@@ -76,8 +76,9 @@ public:
     /// The log beside the executable; empty when there is none.
     std::string log() const { return contentOf("VantrelBridgeHID.log"); }
 
+    bool hasLogged(const std::string& part) const { return log().find(part) != std::string::npos; }
     bool waitForLog(const std::string& part) const {
-        return waitUntil([&] { return log().find(part) != std::string::npos; }, std::chrono::seconds(60));
+        return waitUntil([&] { return hasLogged(part); }, std::chrono::seconds(60));
     }
 
 private:

@@ -35,13 +35,13 @@ TEST_F(ProcessList, HoldsAProgramAsLongAsItRuns) {
     EXPECT_TRUE(waitUntil([] { return !isListed("FlightSimulator2024.exe"); }));
 }
 
-TEST_F(ProcessList, TellsNamesAsTheyAreWritten) {
+TEST_F(ProcessList, HasNamesAsTheyAreWritten) {
     const auto process = startAs(L"flightSIMULATOR.exe");
     EXPECT_TRUE(waitUntil([] { return isListed("flightSIMULATOR.exe"); }));
     EXPECT_FALSE(isListed("FlightSimulator.exe"));
 }
 
-TEST_F(ProcessList, TellsNamesOutsideTheCodePageAsUtf8) {
+TEST_F(ProcessList, HasNamesOutsideTheCodePageInUtf8) {
     const auto process = startAs(L"\u0142\u6771.exe");
     EXPECT_TRUE(waitUntil([] { return isListed("\xC5\x82\xE6\x9D\xB1.exe"); }));
 }

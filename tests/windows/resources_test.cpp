@@ -36,29 +36,24 @@ std::vector<char> versionInformation() {
     return data;
 }
 
-std::string versionText(const std::string& name) {
-    const std::vector<char> data = versionInformation();
+std::string versionText(const std::vector<char>& data, const std::string& name) {
     void* text = nullptr;
     UINT length = 0;
-    if (data.empty() || !VerQueryValueA(data.data(), ("\\StringFileInfo\\040904B0\\" + name).c_str(), &text, &length)) {
-        return {};
-    }
-    return static_cast<const char*>(text);
+    const bool found = VerQueryValueA(data.data(), ("\\StringFileInfo\\040904B0\\" + name).c_str(), &text, &length);
+    return found ? static_cast<const char*>(text) : "";
 }
 
-TEST_F(BridgeResources, VersionIsTheProjects) {
-    EXPECT_EQ(versionText("FileVersion"), BRIDGE_VERSION);
-    EXPECT_EQ(versionText("ProductVersion"), BRIDGE_VERSION);
-    EXPECT_EQ(versionText("ProductName"), "VantrelBridgeHID");
-    EXPECT_EQ(versionText("OriginalFilename"), "VantrelBridgeHID.exe");
-    EXPECT_NE(versionText("FileDescription"), "");
-}
-
-TEST_F(BridgeResources, VersionNumbersSayTheSameAsTheText) {
+TEST_F(BridgeResources, VersionIsTheProjectsInTextAndNumbers) {
     const std::vector<char> data = versionInformation();
+    ASSERT_FALSE(data.empty());
+    EXPECT_EQ(versionText(data, "FileVersion"), BRIDGE_VERSION);
+    EXPECT_EQ(versionText(data, "ProductVersion"), BRIDGE_VERSION);
+    EXPECT_EQ(versionText(data, "ProductName"), "VantrelBridgeHID");
+    EXPECT_EQ(versionText(data, "OriginalFilename"), "VantrelBridgeHID.exe");
+    EXPECT_NE(versionText(data, "FileDescription"), "");
+
     void* found = nullptr;
     UINT length = 0;
-    ASSERT_FALSE(data.empty());
     ASSERT_TRUE(VerQueryValueA(data.data(), "\\", &found, &length));
     const auto* fixed = static_cast<const VS_FIXEDFILEINFO*>(found);
     const std::string text = std::to_string(HIWORD(fixed->dwFileVersionMS)) + "." +
@@ -86,17 +81,12 @@ TEST_F(BridgeResources, IconComesInFourSizes) {
     EXPECT_EQ(widths, (std::vector<int>{16, 32, 48, 0}));
 }
 
-TEST_F(BridgeResources, ManifestAsksForNoRightsAndNamesTheSystems) {
+TEST_F(BridgeResources, ManifestAsksForNoRightsAndNoCodePageAndNamesTheSystems) {
     const std::string manifest = resource(RT_MANIFEST, 1);
     EXPECT_NE(manifest.find(R"(<requestedExecutionLevel level="asInvoker" uiAccess="false"/>)"), std::string::npos);
     EXPECT_NE(manifest.find(R"(<supportedOS Id="{8e0f7a12-bfb3-4fe8-b9a5-48fd50a15a9a}"/>)"), std::string::npos);
     EXPECT_NE(manifest.find("version=\"" BRIDGE_VERSION ".0\""), std::string::npos);
-}
-
-// EXE.xml takes the bytes of paths as they are and declares the system's code page.
-TEST_F(BridgeResources, ManifestLeavesTheCodePageToTheSystem) {
-    const std::string manifest = resource(RT_MANIFEST, 1);
-    ASSERT_FALSE(manifest.empty());
+    // EXE.xml takes the bytes of paths as they are and declares the system's code page.
     EXPECT_EQ(manifest.find("<activeCodePage"), std::string::npos);
 }
 
