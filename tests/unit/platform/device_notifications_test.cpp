@@ -1,36 +1,6 @@
-#include "platform/platform.h"
-
-#include <gtest/gtest.h>
-
-#include <future>
-#include <string>
-#include <thread>
+#include "tests/unit/platform/listening.h"
 
 namespace {
-
-/// Runs the source on a thread as the program does, and waits until it is set up.
-class Listening {
-public:
-    explicit Listening(DeviceNotificationSource source) : source(std::move(source)) {
-        std::promise<bool> setUp;
-        std::future<bool> isSetUp = setUp.get_future();
-        thread = std::thread([this, &setUp] {
-            const bool isListening = this->source.setUp(error);
-            setUp.set_value(isListening);
-            if (isListening) {
-                this->source.run([] {});
-                this->source.tearDown();
-            }
-        });
-        succeeded = isSetUp.get();
-    }
-    ~Listening() { thread.join(); }
-
-    DeviceNotificationSource source;
-    std::string error = "unchanged";
-    bool succeeded = false;
-    std::thread thread;
-};
 
 TEST(DeviceNotifications, RunUntilTheirEndIsRequestedAndCanBeSetUpAgain) {
     const DeviceNotificationSource source = systemPlatform().deviceNotifications;

@@ -61,10 +61,6 @@ protected:
     }
     int unregisterIt() { return ExeXmlRegistrar::unregisterFromExeXml(host, Samples::name, error); }
 
-    static std::string applied(const std::string& text) {
-        return ExeXmlRegistrar::applyRegistration(text, Samples::name, Samples::path, Samples::commandLine);
-    }
-
     TempFolder folder;
     FakeHost fake;
     Host host;

@@ -106,15 +106,9 @@ TEST_P(LinkLoss, StallLosesNothingAndBlocksNobody) {
     }
 }
 
-TEST_P(LinkLoss, PeerThatTakesNothingForTheLimitEndsTheLink) {
+TEST_P(LinkLoss, PeerThatTakesNothingForTheLimitEndsTheLinkEvenWithoutRequests) {
     connect({.stall = milliseconds(100)}, tinyBuffer);
-    EXPECT_TRUE(waitUntil([&] { return setData(1, blockSize) == simConnectRemoteDisconnect; }));
-    EXPECT_EQ(dispatch(), simConnectRemoteDisconnect);
-}
-
-TEST_P(LinkLoss, StallIsNoticedByDispatchAlone) {
-    connect({.stall = milliseconds(100)}, tinyBuffer);
-    for (int i = 0; i < 2000; ++i) {
+    for (int i = 0; i < 500; ++i) {
         setData(1, blockSize);
     }
     EXPECT_EQ(dispatchUntilLost(), simConnectRemoteDisconnect);
@@ -134,14 +128,16 @@ TEST_P(LinkLoss, BacklogBeyondTheLimitEndsTheLink) {
 }
 
 TEST_P(LinkLoss, SlowReaderIsNoStall) {
-    connect({.stall = milliseconds(2000)}, tinyBuffer);
-    constexpr std::uint32_t blocks = 40;
-    for (std::uint32_t i = 0; i < blocks; ++i) {
+    constexpr milliseconds stall(2000);
+    connect({.stall = stall}, tinyBuffer);
+    for (std::uint32_t i = 0; i < 40; ++i) {
         ASSERT_EQ(setData(i, blockSize), simConnectOk);
     }
-    constexpr std::size_t pieceSize = (36 + blockSize) / 2;
-    for (std::uint32_t piece = 0; piece < 2 * blocks; ++piece) {
-        ASSERT_EQ(readWhileDispatching(pieceSize).size(), pieceSize);
+    // Reads for longer than the limit in all, but never pauses for that long.
+    const auto end = std::chrono::steady_clock::now() + stall + stall / 4;
+    while (std::chrono::steady_clock::now() < end) {
+        ASSERT_EQ(readWhileDispatching(4096).size(), 4096U);
+        std::this_thread::sleep_for(milliseconds(50));
     }
 }
 

@@ -168,15 +168,17 @@ TEST_P(SimConnectApi, CallbackMayMakeRequestsAndOpenTheNextSessionButNotDispatch
     MessageLog inner;
     log.onMessage = [&](const auto&) {
         EXPECT_EQ(SimConnect_TransmitClientEvent(handle, 0, 1, 0, 1, 0x10), simConnectOk);
-        EXPECT_EQ(simConnectOpenAt(&next, "next", peer.endpoint(), noWait), simConnectOk);
-        EXPECT_EQ(SimConnect_Close(next), simConnectOk);
         EXPECT_EQ(SimConnect_CallDispatch(handle, &MessageLog::dispatchProc, &inner), simConnectOk);
+        if (next == nullptr) {
+            EXPECT_EQ(simConnectOpenAt(&next, "next", peer.endpoint(), noWait), simConnectOk);
+        }
     };
     ASSERT_TRUE(peer.send(joined({simulatorMessage(2), simulatorMessage(3)})));
     EXPECT_TRUE(dispatchUntil(2));
     EXPECT_EQ(log.ids(), (std::vector<std::uint32_t>{2, 3}));
     EXPECT_TRUE(inner.messages.empty());
     EXPECT_EQ(nextRequest().size(), 36U);
+    EXPECT_EQ(SimConnect_Close(next), simConnectOk);
 }
 
 TEST_P(SimConnectApi, RequestsOfManyThreadsArriveWholeWithRisingIds) {
@@ -238,7 +240,7 @@ TEST_P(SimConnectApi, DispatchesOfManyThreadsHandOutEachMessageOnce) {
             return context.count >= total;
         });
     };
-    std::vector<std::jthread> dispatchers(2);
+    std::vector<std::jthread> dispatchers(3);
     for (std::jthread& dispatcher : dispatchers) {
         dispatcher = std::jthread(dispatchAll);
     }

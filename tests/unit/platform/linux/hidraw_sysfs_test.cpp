@@ -38,11 +38,6 @@ TEST_F(HidrawSysfsTest, NodeFoldersAreResolvedInTheOrderOfTheirNumbers) {
     EXPECT_TRUE(first.ends_with("/sys/devices/usb1/0003:2E8A:000A.0005/hidraw/hidraw0")) << first;
 }
 
-TEST_F(HidrawSysfsTest, DeviceNodeHasTheNodesNameInDev) {
-    EXPECT_EQ(HidrawSysfs::deviceNode("/", "/sys/devices/x/hidraw/hidraw7"), "/dev/hidraw7");
-    EXPECT_EQ(HidrawSysfs::deviceNode("/tmp/root", "/tmp/root/sys/x/hidraw/hidraw7"), "/tmp/root/dev/hidraw7");
-}
-
 TEST_F(HidrawSysfsTest, HasDeviceNumberAcceptsTheNodesOwnNumberWhileItsFolderExists) {
     const std::string folder = tree.plug(TestBoard::instance, "hidraw0", "/dev/null");
     EXPECT_TRUE(HidrawSysfs::hasDeviceNumber(folder, numberOf("/dev/null")));

@@ -1,4 +1,4 @@
-// What is particular to hidraw nodes; hid_reports_test.cpp has what all systems do.
+// What is particular to hidraw nodes; hid_transport_test.cpp has what all systems do.
 
 #include "tests/support/wait_until.h"
 #include "tests/unit/platform/open_board.h"

@@ -1,4 +1,4 @@
-// Reads that stay pending after their time limit, which only Windows has; hid_reports_test.cpp has the rest.
+// Reads that stay pending after their time limit, which only Windows has; hid_transport_test.cpp has the rest.
 
 #include "tests/support/wait_until.h"
 #include "tests/unit/platform/open_board.h"

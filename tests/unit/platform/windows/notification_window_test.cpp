@@ -1,15 +1,13 @@
 #include "platform/windows/device_notifications.h"
 #include "platform/windows/hid_api.h"
+#include "tests/unit/platform/listening.h"
 
 #include <dbt.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <cstring>
-#include <future>
 #include <optional>
 #include <string>
-#include <thread>
 
 namespace {
 
@@ -19,39 +17,23 @@ constexpr const char* className = "VantrelBridgeHidNotify";
 class NotificationWindow : public testing::Test {
 protected:
     NotificationWindow() {
-        std::promise<bool> setUp;
-        thread = std::thread([this, &setUp] {
-            std::string error;
-            const bool isListening = source.setUp(error);
-            setUp.set_value(isListening);
-            if (isListening) {
-                source.run([this] {
-                    ++changes;
-                    lastThread = GetCurrentThreadId();
-                });
-                source.tearDown();
-            }
-        });
-        EXPECT_TRUE(setUp.get_future().get());
-        window = FindWindowExA(HWND_MESSAGE, nullptr, className, "Vantrel HID Notify");
+        EXPECT_TRUE(listening.succeeded) << listening.error;
         EXPECT_NE(window, nullptr);
     }
-    ~NotificationWindow() override {
-        source.requestEnd();
-        thread.join();
-        EXPECT_EQ(FindWindowExA(HWND_MESSAGE, nullptr, className, nullptr), nullptr);
-    }
+    ~NotificationWindow() override { listening.source.requestEnd(); }
 
     static void send(HWND recipient, WPARAM event, DWORD deviceType = DBT_DEVTYP_DEVICEINTERFACE) {
         DEV_BROADCAST_HDR header{sizeof header, deviceType, 0};
         EXPECT_EQ(SendMessageA(recipient, WM_DEVICECHANGE, event, reinterpret_cast<LPARAM>(&header)), 0);
     }
 
-    DeviceNotificationSource source = systemPlatform().deviceNotifications;
     std::atomic<int> changes{0};
     std::atomic<DWORD> lastThread{0};
-    HWND window = nullptr;
-    std::thread thread;
+    Listening listening{systemPlatform().deviceNotifications, [this] {
+                            ++changes;
+                            lastThread = GetCurrentThreadId();
+                        }};
+    const HWND window = FindWindowExA(HWND_MESSAGE, nullptr, className, "Vantrel HID Notify");
 };
 
 TEST_F(NotificationWindow, EachArrivalAndRemovalOfAnInterfaceIsAChangeOnTheListeningThread) {
@@ -91,35 +73,23 @@ TEST_F(NotificationWindow, IsNoneOfTheDesktopsWindows) {
     EXPECT_FALSE(IsWindowVisible(window));
 }
 
-/// The window class as somebody else has registered it before.
-class ForeignWindowClass {
-public:
-    explicit ForeignWindowClass(WNDPROC procedure) {
-        // The bridge's own stays registered from an earlier set-up.
-        UnregisterClassA(className, GetModuleHandleA(nullptr));
-        WNDCLASSEXA windowClass{};
-        windowClass.cbSize = sizeof windowClass;
-        windowClass.lpfnWndProc = procedure;
-        windowClass.hInstance = GetModuleHandleA(nullptr);
-        windowClass.lpszClassName = className;
-        EXPECT_NE(RegisterClassExA(&windowClass), 0);
-    }
-    ~ForeignWindowClass() { EXPECT_TRUE(UnregisterClassA(className, GetModuleHandleA(nullptr))); }
-    ForeignWindowClass(const ForeignWindowClass&) = delete;
-    ForeignWindowClass& operator=(const ForeignWindowClass&) = delete;
-};
-
 TEST(NotificationWindowSetUp, FailsWhenTheWindowCannotBeMade) {
     const DeviceNotificationSource source = systemPlatform().deviceNotifications;
+    // The class as another part of the process has registered it; the bridge's own is there from an earlier set-up.
+    UnregisterClassA(className, GetModuleHandleA(nullptr));
+    WNDCLASSEXA refusing{};
+    refusing.cbSize = sizeof refusing;
+    refusing.lpfnWndProc = [](HWND, UINT, WPARAM, LPARAM) -> LRESULT { return 0; };
+    refusing.hInstance = GetModuleHandleA(nullptr);
+    refusing.lpszClassName = className;
+    EXPECT_NE(RegisterClassExA(&refusing), 0);
     std::string error;
-    {
-        const ForeignWindowClass refusing([](HWND, UINT, WPARAM, LPARAM) -> LRESULT { return 0; });
-        EXPECT_FALSE(source.setUp(error));
-        EXPECT_EQ(error, "Failed to create notification window");
-    }
-    error.clear();
-    ASSERT_TRUE(source.setUp(error)) << error;
+    EXPECT_FALSE(source.setUp(error));
+    EXPECT_EQ(error, "Failed to create notification window");
+    EXPECT_TRUE(UnregisterClassA(className, GetModuleHandleA(nullptr)));
+    EXPECT_TRUE(source.setUp(error)) << error;
     source.tearDown();
+    EXPECT_EQ(FindWindowExA(HWND_MESSAGE, nullptr, className, nullptr), nullptr);
 }
 
 TEST(NotificationWindowSetUp, AsksForTheHidInterfacesOfAllDevices) {
@@ -158,16 +128,6 @@ TEST(NotificationWindowSetUp, FailsWithoutAWindowWhenTheRegistrationFails) {
     EXPECT_EQ(error, "RegisterDeviceNotification failed");
     EXPECT_NE(window, nullptr);
     EXPECT_FALSE(IsWindow(static_cast<HWND>(window)));
-}
-
-TEST(NotificationWindowSetUp, UsesAClassThatIsThereAlready) {
-    const DeviceNotificationSource source = systemPlatform().deviceNotifications;
-    const ForeignWindowClass plain(DefWindowProcA);
-    std::string error;
-    ASSERT_TRUE(source.setUp(error)) << error;
-    EXPECT_NE(FindWindowExA(HWND_MESSAGE, nullptr, className, nullptr), nullptr);
-    source.tearDown();
-    EXPECT_EQ(FindWindowExA(HWND_MESSAGE, nullptr, className, nullptr), nullptr);
 }
 
 } // namespace

@@ -1,13 +1,11 @@
 // Once a device is closed, the system must not write any more to the memory of reads that were left pending.
 
 #include "platform/windows/hid_device.h"
-#include "tests/support/wait_until.h"
 #include "tests/support/windows/board_pipe.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <memory>
 #include <new>
@@ -107,13 +105,6 @@ TEST_F(PendingReads, TouchNothingAfterClosingWhenThereIsOneAlone) {
     for (int round = 0; round < 3; ++round) {
         EXPECT_EQ(device->readSinglePending(*read, 1ms).status, HidReadStatus::Timeout);
     }
-    // No second read was issued: one report completes the only one, and the next stays with the system.
-    EXPECT_TRUE(board.send("a"));
-    EXPECT_TRUE(board.send("b"));
-    EXPECT_EQ((*read).buffer[0], 'a');
-    EXPECT_EQ(device->readSinglePending(*read, 1h).status, HidReadStatus::Data);
-    EXPECT_EQ(device->readSinglePending(*read, 1h).data[0], 'b');
-    EXPECT_EQ(device->readSinglePending(*read, 1ms).status, HidReadStatus::Timeout);
     expectNothingTouchedAfterTheEnd();
 }
 
@@ -139,19 +130,6 @@ TEST_F(PendingReads, TouchNothingWhenTheBoardWasPulledFirst) {
     leavePending();
     board.hangUp();
     EXPECT_EQ(readStatus(1h), HidReadStatus::Failure);
-    expectNothingTouchedAfterTheEnd();
-}
-
-TEST_F(PendingReads, AllEndWhenTheyAreCancelledFromAnotherThread) {
-    std::atomic<bool> isPending{false};
-    std::thread reader([&] {
-        EXPECT_EQ(readStatus(1ms), HidReadStatus::Timeout);
-        isPending = true;
-        EXPECT_EQ(readStatus(1h), HidReadStatus::Failure);
-    });
-    EXPECT_TRUE(waitUntil([&] { return isPending.load(); }));
-    device->cancelReads();
-    reader.join();
     expectNothingTouchedAfterTheEnd();
 }
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <system_error>
+#include <utility>
 
 namespace {
 
@@ -31,7 +32,7 @@ private:
     std::string before;
 };
 
-/// A file opened by somebody who shares it so far.
+/// A file that another program has opened, sharing it as given.
 class HeldFile {
 public:
     HeldFile(const std::string& path, DWORD sharing)
@@ -46,8 +47,8 @@ private:
     HANDLE handle;
 };
 
-/// A file of which somebody has locked every byte: Windows lets others open it but neither read nor write it. Wine lets
-/// them do all that.
+/// A file of which another program has locked every byte: Windows lets others open it but neither read nor write it.
+/// Wine lets them do all that.
 class LockedFile {
 public:
     explicit LockedFile(const std::string& path)
@@ -86,7 +87,7 @@ protected:
     }
 };
 
-TEST_F(ExeXmlOnWindows, GoesByTheRealVariablesInTheSystemsCodePage) {
+TEST_F(ExeXmlOnWindows, UsesTheRealVariablesInTheSystemsCodePage) {
     const std::string data = folder.path() + "\\E\x80ro";
     const EnvironmentVariable roaming("APPDATA", data);
     const EnvironmentVariable local("LOCALAPPDATA", "");
@@ -135,18 +136,6 @@ TEST_F(ExeXmlOnWindows, AReadOnlyBackupIsReplacedOnlyWhereTheSystemLetsItBe) {
     setReadOnly(pathOf(Boxed) + ".bak", false);
 }
 
-TEST_F(ExeXmlOnWindows, AFileThatAnotherOnlyLetsBeReadStopsTheUnregistration) {
-    install(StoreCache, head + entry + tail);
-    install(Boxed, head + entry + tail);
-    {
-        const HeldFile reader(pathOf(StoreCache), FILE_SHARE_READ);
-        EXPECT_EQ(unregisterIt(), 0);
-    }
-    EXPECT_EQ(error, "Failed to open for write: " + pathOf(StoreCache));
-    EXPECT_EQ(contentOf(pathOf(StoreCache)), head + entry + tail);
-    EXPECT_EQ(contentOf(pathOf(Boxed)), head + entry + tail);
-}
-
 TEST_F(ExeXmlOnWindows, AFileHeldOpenWithoutSharingStaysAsItIs) {
     install(Boxed, head + tail);
     {
@@ -160,16 +149,18 @@ TEST_F(ExeXmlOnWindows, AFileHeldOpenWithoutSharingStaysAsItIs) {
     EXPECT_EQ(contentOf(pathOf(Boxed)), head + tail);
 }
 
-TEST_F(ExeXmlOnWindows, AFileThatAnotherOnlyLetsBeReadIsBackedUpButNotWritten) {
-    install(Boxed, head + tail);
-    {
-        const HeldFile reader(pathOf(Boxed), FILE_SHARE_READ);
-        EXPECT_EQ(registerIt(), 0);
+TEST_F(ExeXmlOnWindows, AFileThatAnotherOnlyLetsBeReadIsBackedUpButStopsTheWork) {
+    install(StoreCache, head + entry + tail);
+    install(Boxed, head + entry + tail);
+    for (const bool registering : {true, false}) {
+        const HeldFile reader(pathOf(StoreCache), FILE_SHARE_READ);
+        EXPECT_EQ(registering ? registerIt() : unregisterIt(), 0);
+        EXPECT_EQ(std::exchange(error, ""), "Failed to open for write: " + pathOf(StoreCache));
+        EXPECT_EQ(contentOf(pathOf(StoreCache) + ".bak"), head + entry + tail);
+        EXPECT_EQ(contentOf(pathOf(StoreCache)), head + entry + tail);
+        EXPECT_EQ(contentOf(pathOf(Boxed)), head + entry + tail);
     }
-    EXPECT_EQ(error, "Failed to open for write: " + pathOf(Boxed));
     EXPECT_TRUE(log.lines().empty());
-    EXPECT_EQ(contentOf(pathOf(Boxed)), head + tail);
-    EXPECT_EQ(contentOf(pathOf(Boxed) + ".bak"), head + tail);
 }
 
 TEST_F(ExeXmlOnWindows, AFileThatAnotherHasLockedIsWrittenOnlyWhereTheSystemLetsItBeRead) {
