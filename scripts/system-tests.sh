@@ -52,7 +52,7 @@ cmake --build --preset linux --target system-tests
 if [ "$runner" = run_on_wine ]; then
   [ -e build/windows/build.ninja ] || cmake --preset windows >/dev/null
   cmake --build --preset windows --target \
-    VantrelBridgeHID virtual-simulator simconnect-dll simconnect-incomplete hid-watch
+    VantrelBridgeHID virtual-simulator simconnect-dll hid-watch
   scripts/vm/make-wine-prefix.sh "$prefix"
 fi
 

@@ -210,7 +210,7 @@ def check_descriptor(root, report):
     block = re.search(r"^```\n(06 00 FF .*?)^```", document, flags=re.S | re.M)
     report.check(block is not None, "docs/hid-protocol.md has no report descriptor")
     told = [byte for line in block[1].splitlines() for byte in re.match(r"(?:[0-9A-F]{2} ?)+", line)[0].split()]
-    source = (root / "tests/system/support/uhid_board.cpp").read_text(encoding="utf-8")
+    source = (root / "tests/system/support/uhid_device.cpp").read_text(encoding="utf-8")
     code = source[source.index("reportDescriptor = {"):]
     tested = re.findall(r"0x([0-9A-F]{2})\b", re.sub(r"//[^\n]*", "", code[:code.index("};")]))
     report.check(told == tested, f"docs/hid-protocol.md: the descriptor {told} isn't the tested one {tested}")

@@ -4,7 +4,6 @@
 
 #include <httplib.h>
 
-#include <csignal>
 #include <regex>
 
 namespace {
@@ -19,33 +18,32 @@ protected:
 
     /// With the tests' configuration, and the simulator's address in its home folder.
     void startCockpit(const std::string& side) {
-        installation =
-            std::make_unique<BridgeInstallation>(configuration.files(), simulator ? simulator->port() : std::nullopt);
+        installation = std::make_unique<BridgeInstallation>(files(), simulator ? simulator->port() : std::nullopt);
         ChildProcessSettings settings;
         settings.command = {VIRTUAL_COCKPIT_BUILT_EXECUTABLE,        "--no-browser", "--port", "0", side, "--config",
                             installation->path("config/config.json")};
-        settings.environment = {{"HOME", installation->path("")}};
+        settings.environment = {"HOME=" + installation->path("")};
         cockpit = std::make_unique<ChildProcess>(settings);
         const std::regex address("http://127\\.0\\.0\\.1:(\\d+)/#([0-9A-F]+)");
+        std::string output;
         std::smatch match;
-        ASSERT_TRUE(cockpit->waitForOutput([&](const std::string& output) {
-            return std::regex_search(output, address);
+        ASSERT_TRUE(cockpit->waitForOutput([&](const std::string& text) {
+            output = text;
+            return std::regex_search(output, match, address);
         })) << cockpit->errorOutput();
-        const std::string output = cockpit->output();
-        ASSERT_TRUE(std::regex_search(output, match, address));
         page = std::make_unique<httplib::Client>("127.0.0.1", std::stoi(match[1]));
         token = {{"X-Cockpit-Token", match[2]}};
     }
 
-    /// Listens as a page does, until it has been told of `text`; false at the limit.
-    bool isTold(const std::string& text) {
+    /// Listens as a page does, until `text` comes; false after the limit.
+    bool hears(const std::string& text) {
         const auto end = std::chrono::steady_clock::now() + ChildProcess::defaultLimit;
-        std::string told;
+        std::string heard;
         page->Get("/api/events", token, [&](const char* piece, std::size_t length) {
-            told.append(piece, length);
-            return told.find(text) == std::string::npos && std::chrono::steady_clock::now() < end;
+            heard.append(piece, length);
+            return heard.find(text) == std::string::npos && std::chrono::steady_clock::now() < end;
         });
-        return told.find(text) != std::string::npos;
+        return heard.find(text) != std::string::npos;
     }
 
     bool act(const std::string& action) {
@@ -63,19 +61,19 @@ protected:
 TEST_F(LinuxCockpit, TakesThisMachinesBoardsToItsOwnSimulator) {
     UhidBoard& board = plugBoard(model());
     ASSERT_NO_FATAL_FAILURE(startCockpit("--real-boards"));
-    ASSERT_TRUE(isTold("MobiFlight client registered"));
+    ASSERT_TRUE(hears("MobiFlight client registered"));
     EXPECT_TRUE(waitForReport(board, reportOf({0x11, 1})));
-    board.panel.press(Controls::button);
-    EXPECT_TRUE(isTold("rpn (>H:BUTTON_PRESS)"));
+    board.panel.press(commandButton);
+    EXPECT_TRUE(hears("rpn (>H:BUTTON_PRESS)"));
     ASSERT_TRUE(act(R"({"do": "sim", "command": "battery off"})"));
-    EXPECT_TRUE(waitForLastReport(board, reportOf({0x10, 2, 0, 5, 0xE8, 0x03, 50})));
+    EXPECT_TRUE(waitForReport(board, reportOf({0x10, 2, 0, 5, 0xE8, 0x03, 50})));
 }
 
 TEST_F(LinuxCockpit, TakesItsOwnBoardsToThisMachinesSimulator) {
     startSimulator();
     ASSERT_NO_FATAL_FAILURE(startCockpit("--real-simulator"));
-    ASSERT_TRUE(isTold("MobiFlight client registered"));
-    EXPECT_TRUE(isTold("\"connected\": true"));
+    ASSERT_TRUE(hears("MobiFlight client registered"));
+    EXPECT_TRUE(hears("\"connected\": true"));
     ASSERT_TRUE(act(R"({"do": "press", "board": "PFD", "control": 20})"));
-    EXPECT_TRUE(waitForRpn("(>H:BUTTON_PRESS)"));
+    EXPECT_TRUE(simulator->waitFor(SimulatorRecordKind::Executed, buttonCommand));
 }

@@ -63,8 +63,8 @@ void BoardPool::giveBack(PluggedBoards boards) {
         return;
     }
     for (std::unique_ptr<UhidBoard>& board : boards) {
-        // The pace is that of the test which is over.
-        board->setNoPace();
+        // The pace belongs to the test that is over.
+        board->setPace(nullptr);
         if (board->pluggedIn()) {
             kept().push_back(std::move(board));
         }

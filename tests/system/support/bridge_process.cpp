@@ -12,10 +12,6 @@ namespace {
 
 const std::string logName = "VantrelBridgeHID.log";
 
-bool isConsoleRun(const std::vector<std::string>& arguments) {
-    return std::find(arguments.begin(), arguments.end(), "--console") != arguments.end();
-}
-
 std::string simConnectSettings(std::uint16_t port) {
     return "[SimConnect]\nProtocol=Ipv4\nAddress=127.0.0.1\nPort=" + std::to_string(port) + "\n";
 }
@@ -31,8 +27,10 @@ std::string withPlainLineEnds(std::string text) {
     return text;
 }
 
+/// In console mode it logs beside the executable.
 std::string logFolder(const BridgeInstallation& installation, const std::vector<std::string>& arguments) {
-    return isConsoleRun(arguments) ? installation.path("") : TestedSystem::machineDataFolder() + "/VantrelBridge/logs/";
+    const bool inConsole = std::find(arguments.begin(), arguments.end(), "--console") != arguments.end();
+    return inConsole ? installation.path("") : TestedSystem::machineDataFolder() + "/VantrelBridge/logs/";
 }
 
 } // namespace
@@ -61,14 +59,9 @@ BridgeInstallation::BridgeInstallation(const BridgeFiles& files, std::optional<s
     if (simulatorPort) {
         folder.write("SimConnect.cfg", simConnectSettings(*simulatorPort));
     }
-    const auto writeFile = [this](const std::string& name, const std::string& text) {
-        if (!text.empty()) {
-            folder.write("config/" + name, text);
-        }
-    };
-    writeFile("config.json", files.config);
-    writeFile("buttons.json", files.buttons);
-    writeFile("hid_event_map.json", files.eventMap);
+    for (const auto& [name, text] : files) {
+        folder.write("config/" + name, text);
+    }
 }
 
 std::string BridgeInstallation::executable() const {
@@ -79,9 +72,8 @@ BridgeProcess::BridgeProcess(const BridgeInstallation& installation, const std::
                              ChildProcessSettings settings)
     : logFile(logFolder(installation, arguments) + logName), logStart(contentOf(logFile).size()) {
     settings.command = TestedSystem::command(installation.executable(), arguments);
-    // A user starts it from anywhere; no SimConnect.cfg of the real home folder takes part.
-    settings.workingFolder = "/";
-    settings.environment = {{"HOME", installation.path("home")}};
+    // No SimConnect.cfg of the real home folder takes part.
+    settings.environment = {"HOME=" + installation.path("home")};
     child = std::make_unique<ChildProcess>(settings);
 }
 
@@ -98,6 +90,6 @@ std::size_t BridgeProcess::countInLog(std::string_view text) const {
     return countOf(log(), text);
 }
 
-bool BridgeProcess::waitForLog(std::string_view text, std::size_t count, std::chrono::milliseconds limit) const {
-    return waitUntil([&] { return countInLog(text) >= count; }, limit, logPause);
+bool BridgeProcess::waitForLog(std::string_view text, std::size_t count) const {
+    return waitUntil([&] { return countInLog(text) >= count; }, ChildProcess::defaultLimit, logPause);
 }

@@ -1,53 +1,21 @@
 #include "tests/system/support/bridge_test.h"
 
 #include <algorithm>
-#include <csignal>
 
 namespace {
 
-constexpr std::uint16_t drainControl = 99;
-const std::string drainCommand = "(>H:DRAIN)";
+const char* const eventMap = R"json({"event_types": {"BUTTON": 1}, "control_ids": {"BUTTON": 20}})json";
 
-const std::string eventMap = R"json({
-  "event_types": {"BUTTON": 1, "ENCODER": 2, "NOTICE": 4},
-  "control_ids": {
-    "HDG_HOLD": 7, "BUTTON": 20, "KNOB": 21, "ROLE_BUTTON": 23, "MAP_LEFT": 30, "DRAIN": 99
-  }
-})json";
+const char* const buttons =
+    R"json({"buttons": [{"name": "BUTTON", "commands": {"PRESS": {"DEFAULT": "(>H:BUTTON_PRESS)"}}}]})json";
 
-const std::string buttons = R"json({
-  "buttons": [
-    {"name": "BUTTON", "commands": {
-      "PRESS": {"DEFAULT": "(>H:BUTTON_PRESS)"},
-      "RELEASE": {"DEFAULT": "(>H:BUTTON_RELEASE)"}}},
-    {"name": "ROLE_BUTTON", "commands": {"PRESS": {"PFD": "(>H:PFD_ROLE)", "MFD": "(>H:MFD_ROLE)"}}},
-    {"name": "MAP_LEFT", "commands": {"PRESS": {"DEFAULT": "(>H:MAP_PRESS)"}, "HOLD": {"DEFAULT": "(>H:MAP_HOLD)"}}},
-    {"name": "DRAIN", "commands": {"PRESS": {"DEFAULT": "(>H:DRAIN)"}}}
-  ],
-  "knobs": [
-    {"name": "KNOB", "commands": {"CW": {"DEFAULT": "(>H:KNOB_CW)"}}}
-  ]
-})json";
-
-/// The last lines of a log, as many as one likes to read.
+/// As much of a log's end as one likes to read.
 std::string lastOf(const std::string& log) {
     constexpr std::size_t length = 6000;
     return log.size() <= length ? log : "..." + log.substr(log.size() - length);
 }
 
 } // namespace
-
-BridgeFiles TestConfiguration::files() const {
-    const std::string config = R"({
-  "hid": {"vid": "0x1234", "pid": "ABCD", "scanIntervalMs": )" +
-                               std::to_string(scanIntervalMs) + R"(, "trace": 1},
-  "mappings": {"buttonConfigPath": "buttons.json"},
-  "extensions": {)" + extensions +
-                               R"(},
-  "logging": {"debug": 1}
-})";
-    return {config, buttons, eventMap};
-}
 
 std::vector<std::uint8_t> reportOf(std::initializer_list<int> bytes) {
     std::vector<std::uint8_t> report;
@@ -58,8 +26,20 @@ std::vector<std::uint8_t> reportOf(std::initializer_list<int> bytes) {
     return report;
 }
 
+BridgeFiles BridgeTest::files() const {
+    const std::string config = R"({
+  "hid": {"vid": "0x1234", "pid": "ABCD", "scanIntervalMs": )" +
+                               std::to_string(scanIntervalMs) + R"(, "trace": 1},
+  "mappings": {"buttonConfigPath": "buttons.json"},
+  "extensions": {)" + extensions +
+                               R"(},
+  "logging": {"debug": 1}
+})";
+    return {{"config.json", config}, {"buttons.json", buttons}, {"hid_event_map.json", eventMap}};
+}
+
 void BridgeTest::TearDown() {
-    if (bridge && consoleRun && bridge->process().running()) {
+    if (bridge && bridge->process().running()) {
         endBridge();
     }
     BoardPool::giveBack(std::move(boards));
@@ -73,86 +53,47 @@ void BridgeTest::TearDown() {
 }
 
 void BridgeTest::endBridge() {
-    if (configuration.scanIntervalMs == pauseWithoutEnd()) {
-        killBridge();
-        return;
+    // Without a simulator it would wait out a pause of seconds.
+    const bool endsAtOnce = simulator && scanIntervalMs != endlessPause();
+    if (endsAtOnce) {
+        bridge->process().writeLine("quit");
+    } else {
+        bridge->process().sendSignal(SIGKILL);
     }
-    bridge->process().writeLine("quit");
-    EXPECT_EQ(bridge->process().waitForExit(), 0);
+    EXPECT_EQ(bridge->process().waitForExit(), endsAtOnce ? 0 : 128 + SIGKILL);
 }
 
-void BridgeTest::killBridge() {
-    bridge->process().sendSignal(SIGKILL);
-    EXPECT_EQ(bridge->process().waitForExit(), 128 + SIGKILL);
-}
-
-SimulatorProcess& BridgeTest::startSimulator(const std::vector<std::string>& options) {
-    simulator = std::make_unique<SimulatorProcess>(options);
-    return *simulator;
-}
-
-BridgeProcess& BridgeTest::startBridge(const std::vector<std::string>& arguments) {
+void BridgeTest::startBridge(const std::vector<std::string>& arguments) {
     if (!installation) {
-        installation = std::make_unique<BridgeInstallation>(configuration.files(), simulator ? simulator->port() : 1);
+        installation = std::make_unique<BridgeInstallation>(files(), simulator ? simulator->port() : 1);
     }
     BoardPool::unplugOthers(boards);
-    consoleRun = std::find(arguments.begin(), arguments.end(), "--console") != arguments.end();
     bridge = std::make_unique<BridgeProcess>(*installation, arguments);
-    return *bridge;
 }
 
-void BridgeTest::startSession() {
+void BridgeTest::startSession(const std::vector<std::string>& arguments) {
     plugBoard(model());
     startSimulator();
-    startBridge();
+    startBridge(arguments);
     ASSERT_TRUE(bridge->waitForLog("MobiFlight client registered"));
     ASSERT_TRUE(simulator->waitFor(SimulatorRecordKind::Command, "MF.SimVars.Add.(L:LIGHTING_POTENTIOMETER_5)"));
 }
 
 UhidBoard& BridgeTest::plugBoard(const VirtualBoardModel& boardModel) {
     UhidBoard& board = *boards.emplace_back(BoardPool::take(boardModel, boards));
-    board.setPace([this](const std::function<void()>& send) { sendPaced(send); });
+    if (TestedSystem::isWindows()) {
+        board.setPace([this](const std::function<void()>& send) { sendPaced(send); });
+    }
     return board;
 }
 
-void BridgeTest::sendPaced(const std::function<void()>& send) {
+void BridgeTest::sendPaced(const std::function<void()>& send) const {
     // On Windows the bridge keeps several reads pending, all into one buffer. It takes a report out long before a panel
-    // can send the next one, but not before this one can, on an emulated machine. Not each report makes an event.
-    constexpr std::chrono::milliseconds dealtWith{3000};
-    const auto events = [this] { return bridge ? bridge->countInLog("HID event from ") : 0; };
-    const std::size_t before = TestedSystem::isWindows() ? events() : 0;
+    // can send the next one, but not before this one can, on an emulated machine.
+    const auto events = [this] { return bridge->countInLog("HID event from "); };
+    const std::size_t before = events();
     send();
-    if (TestedSystem::isWindows() && bridge) {
-        waitUntil([&] { return events() > before; }, dealtWith, BridgeProcess::logPause);
-    }
-}
-
-std::vector<std::vector<std::uint8_t>> BridgeTest::reports(const UhidBoard& board, std::uint8_t reportId) {
-    std::vector<std::vector<std::uint8_t>> result;
-    for (const BoardOutput& output : board.panel.outputs()) {
-        if (!output.bytes.empty() && output.bytes[0] == reportId) {
-            result.push_back(output.bytes);
-        }
-    }
-    return result;
-}
-
-bool BridgeTest::waitForReport(const UhidBoard& board, const std::vector<std::uint8_t>& report) {
-    return waitUntil(
-        [&] {
-            const auto all = reports(board, report[0]);
-            return std::find(all.begin(), all.end(), report) != all.end();
-        },
-        ChildProcess::defaultLimit);
-}
-
-bool BridgeTest::waitForLastReport(const UhidBoard& board, const std::vector<std::uint8_t>& report) {
-    return waitUntil(
-        [&] {
-            const auto all = reports(board, report[0]);
-            return !all.empty() && all.back() == report;
-        },
-        ChildProcess::defaultLimit);
+    waitUntil([&] { return events() > before; }, ChildProcess::defaultLimit, BridgeProcess::logPause);
 }
 
 VirtualBoardModel BridgeTest::model(std::uint8_t number) {
@@ -168,15 +109,33 @@ std::string BridgeTest::nameOf(const UhidBoard& board) {
     return HidProtocol::boardIdText(info);
 }
 
-bool BridgeTest::waitForRpn(const std::string& rpn, std::size_t count) {
-    return simulator->waitFor(SimulatorRecordKind::Executed, "1 " + rpn, count);
+bool BridgeTest::waitForConnection(const UhidBoard& board, int index) const {
+    return bridge->waitForLog("HID device connected: " + nameOf(board) + " index=" + std::to_string(index) + "\n");
 }
 
-std::vector<std::string> BridgeTest::commandsUntilNow(UhidBoard& board) {
-    // The bridge deals with events in their order, so this one's command comes behind those of all before it.
-    board.panel.press(drainControl);
-    EXPECT_TRUE(waitForRpn(drainCommand, ++drains));
-    std::vector<std::string> commands = simulator->texts(SimulatorRecordKind::Executed);
-    std::erase(commands, "1 " + drainCommand);
-    return commands;
+bool BridgeTest::waitForDisconnection(const UhidBoard& board) const {
+    return bridge->waitForLog("HID device disconnected: " + nameOf(board) + "\n");
+}
+
+std::vector<std::vector<std::uint8_t>> BridgeTest::reports(const UhidBoard& board, std::uint8_t reportId) {
+    std::vector<std::vector<std::uint8_t>> result;
+    for (const BoardOutput& output : board.panel.outputs()) {
+        if (!output.bytes.empty() && output.bytes[0] == reportId) {
+            result.push_back(output.bytes);
+        }
+    }
+    return result;
+}
+
+bool BridgeTest::waitForReport(const UhidBoard& board, const std::vector<std::uint8_t>& report) {
+    const auto isLast = [&] {
+        const auto all = reports(board, report[0]);
+        return !all.empty() && all.back() == report;
+    };
+    return waitUntil(isLast, ChildProcess::defaultLimit);
+}
+
+bool BridgeTest::pressWorks(UhidBoard& board, std::size_t count) const {
+    board.panel.press(commandButton);
+    return simulator->waitFor(SimulatorRecordKind::Executed, buttonCommand, count);
 }

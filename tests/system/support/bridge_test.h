@@ -8,86 +8,70 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <functional>
 #include <initializer_list>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
-/// The numbers of the controls in the tests' event map.
-namespace Controls {
-constexpr std::uint16_t listedNowhere = 5;
-constexpr std::uint16_t namedOnly = 7;
-constexpr std::uint16_t button = 20;
-constexpr std::uint16_t knob = 21;
-constexpr std::uint16_t roleButton = 23;
-constexpr std::uint16_t mapLeft = 30;
-} // namespace Controls
+/// The bytes given, then zeros up to a whole report.
+std::vector<std::uint8_t> reportOf(std::initializer_list<int> bytes);
 
-/// The texts of the configuration, with places to change.
-struct TestConfiguration {
+/// Board, simulator and bridge as processes and devices of the system. Each test plugs and starts what it needs. A
+/// bridge that still runs at its end is ended, in order if it has a simulator.
+class BridgeTest : public testing::Test {
+protected:
+    /// The simulator has an event of this control's name, and the configuration no command.
+    static constexpr std::uint16_t eventButton = 5;
+    /// Its press runs `buttonCommand`.
+    static constexpr std::uint16_t commandButton = 20;
+    static constexpr const char* buttonCommand = "1 (>H:BUTTON_PRESS)";
+
+    void TearDown() override;
+
+    /// A whole configuration, which the two members below change.
+    BridgeFiles files() const;
     int scanIntervalMs = 100;
     /// Members of "extensions".
     std::string extensions;
 
-    BridgeFiles files() const;
-};
-
-/// A whole report: the bytes given, then zeros.
-std::vector<std::uint8_t> reportOf(std::initializer_list<int> bytes);
-
-/// Board, simulator and bridge as processes and devices of the system. Each test plugs and starts what it needs; what
-/// still runs at its end is asked to stop and has to do so in order.
-class BridgeTest : public testing::Test {
-protected:
-    void TearDown() override;
-
-    SimulatorProcess& startSimulator(const std::vector<std::string>& options = {});
-    BridgeProcess& startBridge(const std::vector<std::string>& arguments = {"--console"});
-    /// For a bridge whose orderly end would take seconds, since it waits for the simulator.
-    void killBridge();
+    /// Under Wine, the board sends its next report only when the bridge has logged an event of the last one: a board
+    /// that the bridge doesn't hear needs another pace.
+    UhidBoard& plugBoard(const VirtualBoardModel& boardModel);
+    void startSimulator() { simulator = std::make_unique<SimulatorProcess>(); }
+    void startBridge(const std::vector<std::string>& arguments = {"--console"});
     /// All three, with the session open and the handshake with the module done.
-    void startSession();
+    void startSession(const std::vector<std::string>& arguments = {"--console"});
 
-    /// All reports of one id that a board was sent, in order.
-    static std::vector<std::vector<std::uint8_t>> reports(const UhidBoard& board, std::uint8_t reportId);
-    static bool waitForReport(const UhidBoard& board, const std::vector<std::uint8_t>& report);
-    /// Waits until the last report of its id is this one.
-    static bool waitForLastReport(const UhidBoard& board, const std::vector<std::uint8_t>& report);
-
-    /// For tests that plug boards into a running bridge: leaves only the scans on news of boards. Of two scans at once
-    /// the one with the older list may drop, for a moment, a board that the other has just found. The bridge is then
-    /// killed at the end, for its own end would wait out the pause between scans.
-    /// Wine's news of a board that goes may come while its list still holds the board, so a late scan stays there.
-    void scanOnNewsOnly() { configuration.scanIntervalMs = pauseWithoutEnd(); }
+    /// Leaves only the scans that notifications cause: of two scans at once, the one with the older list may drop, for
+    /// a moment, a board that the other has just found. The bridge is then killed at the end, because its own end would
+    /// wait out the pause between scans. Wine's notification may come while its list still holds a board that goes, so
+    /// a late scan remains there.
+    void scanOnNotificationsOnly() { scanIntervalMs = endlessPause(); }
 
     static VirtualBoardModel model(std::uint8_t number = 1);
     static std::string nameOf(const UhidBoard& board);
+    bool waitForConnection(const UhidBoard& board, int index) const;
+    bool waitForDisconnection(const UhidBoard& board) const;
 
-    /// Waits until the module was told to run `rpn` that often.
-    bool waitForRpn(const std::string& rpn, std::size_t count = 1);
-    /// All that the module was told to run, once all that the board has sent until now is dealt with.
-    std::vector<std::string> commandsUntilNow(UhidBoard& board);
-    /// The client events fired until now.
-    std::vector<std::string> events() { return simulator->texts(SimulatorRecordKind::ClientEvent); }
+    /// All reports of one id that a board was sent, in order.
+    static std::vector<std::vector<std::uint8_t>> reports(const UhidBoard& board, std::uint8_t reportId);
+    /// Waits until the last report of its id is this one.
+    static bool waitForReport(const UhidBoard& board, const std::vector<std::uint8_t>& report);
 
-    TestConfiguration configuration;
+    /// Presses the button and waits for its command, which must be the `count`th in the simulator's present process.
+    bool pressWorks(UhidBoard& board, std::size_t count = 1) const;
+
     std::unique_ptr<SimulatorProcess> simulator;
     std::unique_ptr<BridgeInstallation> installation;
     std::unique_ptr<BridgeProcess> bridge;
-    bool consoleRun = false;
-
-    UhidBoard& plugBoard(const VirtualBoardModel& boardModel);
     PluggedBoards boards;
 
 private:
-    /// Sends an input report, and under Wine waits until the bridge has dealt with it.
-    void sendPaced(const std::function<void()>& send);
-
-    static int pauseWithoutEnd() { return TestedSystem::isWindows() ? 5000 : 600000; }
+    static int endlessPause() { return TestedSystem::isWindows() ? 5000 : 600000; }
 
     void endBridge();
-
-    std::size_t drains = 0;
+    /// Sends an input report and waits until the bridge has logged an event.
+    void sendPaced(const std::function<void()>& send) const;
 };

@@ -8,7 +8,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -17,113 +16,80 @@
 namespace {
 
 struct Pipe {
-    int readEnd = -1;
-    int writeEnd = -1;
+    Pipe() {
+        std::array<int, 2> ends{};
+        if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+            throw std::system_error(errno, std::generic_category(), "pipe");
+        }
+        readEnd = ends[0];
+        writeEnd = ends[1];
+    }
+
+    int readEnd;
+    int writeEnd;
 };
 
-Pipe makePipe() {
-    std::array<int, 2> ends{};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-        throw std::system_error(errno, std::generic_category(), "pipe");
-    }
-    return {ends[0], ends[1]};
+/// env prepares the process and then becomes the program. This process ignores broken pipes, which is inherited.
+std::vector<std::string> commandLineOf(const ChildProcessSettings& settings) {
+    std::vector<std::string> words{"/usr/bin/env", "--default-signal=PIPE", "--chdir=" + settings.workingFolder};
+    words.insert(words.end(), settings.environment.begin(), settings.environment.end());
+    words.insert(words.end(), settings.command.begin(), settings.command.end());
+    return words;
 }
 
-std::vector<std::string> environmentWith(const std::vector<std::pair<std::string, std::string>>& additions) {
-    std::vector<std::string> result;
-    for (char** entry = environ; *entry != nullptr; ++entry) {
-        const std::string text = *entry;
-        const std::string name = text.substr(0, text.find('='));
-        if (std::none_of(additions.begin(), additions.end(), [&](const auto& pair) { return pair.first == name; })) {
-            result.push_back(text);
-        }
+pid_t spawn(std::vector<std::string> words, const std::array<int, 3>& streams) {
+    std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
+    for (std::string& word : words) {
+        arguments.push_back(word.data());
     }
-    for (const auto& [name, value] : additions) {
-        result.push_back(std::string(name).append("=").append(value));
+    arguments.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    for (int number = 0; number < 3; ++number) {
+        posix_spawn_file_actions_adddup2(&actions, streams[static_cast<std::size_t>(number)], number);
     }
-    return result;
-}
-
-/// A program that ends while it is written to must not end the tests; the program itself starts with the signal as
-/// usual.
-void ignoreBrokenPipes() {
-    std::signal(SIGPIPE, SIG_IGN);
-}
-
-void restoreBrokenPipes(posix_spawnattr_t& attributes) {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGPIPE);
-    posix_spawnattr_setsigdefault(&attributes, &signals);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-}
-
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-    std::vector<char*> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (std::string& text : texts) {
-        pointers.push_back(text.data());
+    pid_t process = -1;
+    const int error = posix_spawn(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (error != 0) {
+        throw std::system_error(error, std::generic_category(), words[0]);
     }
-    pointers.push_back(nullptr);
-    return pointers;
+    return process;
 }
 
 } // namespace
 
 ChildProcess::ChildProcess(const ChildProcessSettings& settings) {
-    ignoreBrokenPipes();
-    const Pipe in = makePipe();
-    const Pipe out = makePipe();
-    const Pipe error = makePipe();
-    input = in.writeEnd;
-    outputStream = out.readEnd;
-    errorStream = error.readEnd;
-    const int result = spawn(settings, in.readEnd, out.writeEnd, error.writeEnd);
+    // A program that ends while it is written to must not end the tests.
+    std::signal(SIGPIPE, SIG_IGN);
+    const Pipe in;
+    const Pipe out;
+    const Pipe error;
+    process = spawn(commandLineOf(settings), {in.readEnd, out.writeEnd, error.writeEnd});
     for (const int given : {in.readEnd, out.writeEnd, error.writeEnd}) {
         close(given);
     }
-    if (result != 0) {
-        for (const int own : {input, outputStream, errorStream}) {
-            close(own);
-        }
-        throw std::system_error(result, std::generic_category(), settings.command.front());
+    input = in.writeEnd;
+    errorStream = error.readEnd;
+    if (settings.closeOutput) {
+        close(out.readEnd);
+    } else {
+        outputStream = out.readEnd;
     }
-    collector = std::thread([this, closes = settings.closeOutputAfterLine] { collect(closes); });
-}
-
-int ChildProcess::spawn(const ChildProcessSettings& settings, int in, int out, int error) {
-    std::vector<std::string> command = settings.command;
-    std::vector<std::string> environment = environmentWith(settings.environment);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, in, STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, out, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, error, STDERR_FILENO);
-    if (!settings.workingFolder.empty()) {
-        posix_spawn_file_actions_addchdir_np(&actions, settings.workingFolder.c_str());
-    }
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    restoreBrokenPipes(attributes);
-    const int result = posix_spawn(&process, command.front().c_str(), &actions, &attributes, pointersTo(command).data(),
-                                   pointersTo(environment).data());
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&actions);
-    return result;
+    collector = std::thread([this] { collect(); });
 }
 
 ChildProcess::~ChildProcess() {
-    if (running()) {
-        kill(process, SIGKILL);
-        waitForExit();
-    }
+    sendSignal(SIGKILL);
+    waitForExit();
     closeInput();
     collector.join();
     close(outputStream);
     close(errorStream);
 }
 
-void ChildProcess::writeLine(std::string_view line) {
+void ChildProcess::writeLine(std::string_view line) const {
     const std::string text = std::string(line) + "\n";
     if (write(input, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
         throw std::system_error(errno, std::generic_category(), "write to a program's input");
@@ -144,27 +110,20 @@ void ChildProcess::sendSignal(int number) {
     }
 }
 
-std::optional<int> ChildProcess::waitForExit(std::chrono::milliseconds limit) {
+std::optional<int> ChildProcess::waitForExit() {
     // With its end all that it wrote is here, too.
-    if (waitUntil([this] { return !running(); }, limit)) {
+    if (waitUntil([this] { return !running(); }, defaultLimit)) {
         waitUntil([this] { return collected.load(); });
     }
     return exitCode;
 }
 
 bool ChildProcess::running() {
-    if (!exitCode) {
-        reap();
+    int status = 0;
+    if (!exitCode && waitpid(process, &status, WNOHANG) == process) {
+        exitCode = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
     }
     return !exitCode;
-}
-
-void ChildProcess::reap() {
-    int status = 0;
-    if (waitpid(process, &status, WNOHANG) != process) {
-        return;
-    }
-    exitCode = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
 std::string ChildProcess::output() {
@@ -177,25 +136,20 @@ std::string ChildProcess::errorOutput() {
     return errorText;
 }
 
-bool ChildProcess::waitForOutput(const std::function<bool(const std::string& output)>& condition,
-                                 std::chrono::milliseconds limit) {
+bool ChildProcess::waitForOutput(const std::function<bool(const std::string& output)>& condition) {
     std::unique_lock lock(mutex);
-    return grown.wait_for(lock, limit, [&] { return condition(outputText); });
+    return grown.wait_for(lock, defaultLimit, [&] { return condition(outputText); });
 }
 
-void ChildProcess::collect(bool closeOutputAfterLine) {
-    std::array<pollfd, 2> waits{pollfd{outputStream, POLLIN, 0}, pollfd{errorStream, POLLIN, 0}};
+void ChildProcess::collect() {
     // A negative descriptor is one that poll passes over.
+    std::array<pollfd, 2> waits{pollfd{outputStream, POLLIN, 0}, pollfd{errorStream, POLLIN, 0}};
     while (waits[0].fd >= 0 || waits[1].fd >= 0) {
         if (poll(waits.data(), waits.size(), -1) < 0) {
             continue;
         }
         if (waits[0].revents != 0 && !collectFrom(outputStream, outputText)) {
             waits[0].fd = -1;
-        }
-        if (closeOutputAfterLine && waits[0].fd >= 0 && outputText.find('\n') != std::string::npos) {
-            close(outputStream);
-            outputStream = waits[0].fd = -1;
         }
         if (waits[1].revents != 0 && !collectFrom(errorStream, errorText)) {
             waits[1].fd = -1;

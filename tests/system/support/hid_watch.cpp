@@ -9,9 +9,8 @@ HidWatch& HidWatch::ofThisRun() {
 }
 
 HidWatch::HidWatch() {
-    ChildProcessSettings settings;
-    settings.command = TestedSystem::command(WINDOWS_BUILD_FOLDER "/tests/system/hid-watch.exe", {});
-    program = std::make_unique<ChildProcess>(settings);
+    program = std::make_unique<ChildProcess>(
+        ChildProcessSettings{TestedSystem::command(WINDOWS_BUILD_FOLDER "/tests/system/hid-watch.exe", {})});
 }
 
 bool HidWatch::waitForDevices(std::size_t count) {

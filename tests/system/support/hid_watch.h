@@ -6,14 +6,14 @@
 #include <memory>
 #include <string>
 
-/// Which boards the HID stack of Wine knows: a program beside the bridge that lists them at each change. It also keeps
-/// Wine's desktop alive between the tests, whose making takes longer than most tests.
+/// Which boards Wine's HID stack knows: a program beside the bridge lists them after each change. It also keeps Wine's
+/// desktop alive between the tests, since making one takes longer than most tests.
 class HidWatch {
 public:
     /// Started at the first use.
     static HidWatch& ofThisRun();
 
-    /// Waits until exactly that many boards are there; false at the limit.
+    /// Waits until exactly that many boards are there; false after the limit.
     bool waitForDevices(std::size_t count);
 
     /// The paths last listed.

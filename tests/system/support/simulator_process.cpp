@@ -8,23 +8,21 @@
 #include <csignal>
 #include <sstream>
 #include <stdexcept>
-#include <utility>
 
 namespace {
 
-/// What stands on the whole lines of the output.
+/// The whole lines of the output.
 std::vector<SimulatorLine> linesOf(const std::string& output) {
     std::vector<SimulatorLine> result;
     std::istringstream stream(output);
     for (std::string text; std::getline(stream, text) && !stream.eof();) {
         const JsonParseResult object = JsonParser::parse(text);
         if (!object.ok) {
-            throw std::runtime_error("the simulator printed what is no JSON: " + text);
+            throw std::runtime_error("the simulator printed no JSON: " + text);
         }
         SimulatorLine& line = result.emplace_back();
         getString(object.value, "kind", line.kind);
         getString(object.value, "text", line.text);
-        getInt(object.value, "value", line.value);
         getInt(object.value, "port", line.port);
     }
     return result;
@@ -42,19 +40,18 @@ std::vector<std::string> textsOf(SimulatorRecordKind kind, const std::string& ou
 
 } // namespace
 
-SimulatorProcess::SimulatorProcess(std::vector<std::string> givenOptions) : options(std::move(givenOptions)) {
+SimulatorProcess::SimulatorProcess() {
     installProgram(TestedSystem::simulator(), folder.path("FlightSimulator.exe"));
     start();
 }
 
 void SimulatorProcess::start() {
     commandsGiven = 0;
-    std::vector<std::string> arguments =
+    const std::vector<std::string> arguments =
         TestedSystem::overPipe() ? std::vector<std::string>{"--pipe"}
                                  : std::vector<std::string>{"--port", std::to_string(listeningPort.value_or(0))};
-    arguments.insert(arguments.end(), options.begin(), options.end());
     child = std::make_unique<ChildProcess>(
-        ChildProcessSettings{TestedSystem::command(folder.path("FlightSimulator.exe"), arguments), folder.path(), {}});
+        ChildProcessSettings{TestedSystem::command(folder.path("FlightSimulator.exe"), arguments)});
     child->waitForOutput([](const std::string& output) { return countOf(output, "\n") > 0; });
     const std::vector<SimulatorLine> first = lines();
     if (first.empty() || first[0].kind != "listening") {
@@ -86,10 +83,6 @@ void SimulatorProcess::kill() {
     child->waitForExit();
 }
 
-void SimulatorProcess::startAgain() {
-    start();
-}
-
 std::vector<SimulatorLine> SimulatorProcess::lines() const {
     return linesOf(child->output());
 }
@@ -98,12 +91,9 @@ std::vector<std::string> SimulatorProcess::texts(SimulatorRecordKind kind) const
     return textsOf(kind, child->output());
 }
 
-bool SimulatorProcess::waitFor(SimulatorRecordKind kind, std::string_view text, std::size_t count,
-                               std::chrono::milliseconds limit) const {
-    return child->waitForOutput(
-        [&](const std::string& output) {
-            const std::vector<std::string> all = textsOf(kind, output);
-            return std::count(all.begin(), all.end(), text) >= static_cast<std::ptrdiff_t>(count);
-        },
-        limit);
+bool SimulatorProcess::waitFor(SimulatorRecordKind kind, std::string_view text, std::size_t count) const {
+    return child->waitForOutput([&](const std::string& output) {
+        const std::vector<std::string> all = textsOf(kind, output);
+        return std::count(all.begin(), all.end(), text) >= static_cast<std::ptrdiff_t>(count);
+    });
 }

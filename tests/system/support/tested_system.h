@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-/// Which build of the bridge the tests run, and by which road it reaches the simulator. The environment variable
+/// Which build of the bridge the tests run, and how it reaches the simulator. The environment variable
 /// BRIDGE_TEST_SYSTEM chooses: "linux" (the default); or the Windows build under Wine, whose own HID stack then carries
 /// the same boards: "windows-dll" with a SimConnect.dll beside it, "windows-tcp" and "windows-pipe" with none.
 namespace TestedSystem {
@@ -16,8 +16,6 @@ bool overPipe();
 std::string bridge();
 std::string simulator();
 std::string simConnectDll();
-/// One that lacks an operation, and its name.
-std::string incompleteDll();
 
 /// What runs a program of the tested build: its path and arguments, behind Wine's loader where it needs that.
 std::vector<std::string> command(const std::string& program, const std::vector<std::string>& arguments);
@@ -25,7 +23,7 @@ std::vector<std::string> command(const std::string& program, const std::vector<s
 /// The per-machine folder, as a path of this machine.
 std::string machineDataFolder();
 
-/// A path of this machine as a program of the tested build calls it.
+/// A path of this machine as a program of the tested build sees it.
 std::string pathSeenByBridge(const std::string& path);
 
 } // namespace TestedSystem

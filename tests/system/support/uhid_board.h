@@ -6,9 +6,8 @@
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <string>
 
-/// A virtual board that the kernel's HID stack carries, in place of a VirtualHidBus. Plugged in from its construction.
+/// A virtual board on the kernel's HID stack instead of a VirtualHidBus. Plugged in from its construction.
 class UhidBoard {
 public:
     explicit UhidBoard(const VirtualBoardModel& model = {});
@@ -21,34 +20,25 @@ public:
     void unplug();
     bool pluggedIn() const { return uhid != nullptr; }
 
-    /// Starts its firmware anew, as it was made, without the host's noticing.
+    /// Restarts its firmware without the host's noticing.
     void reboot();
 
     /// Valid while the board is plugged in.
     const UhidDevice& device() const { return *uhid; }
 
-    /// The path by which the bridge's transport knows it.
-    const std::string& path() const { return uhid->sysfsFolder(); }
-
-    /// What its input reports are sent through, for a host that doesn't take them as fast as they come. Set before the
-    /// board's user does anything.
+    /// Sends its input reports, for a host that doesn't take them as fast as they come; null sends them at once. Set
+    /// before the board's user does anything.
     using Pace = std::function<void(const std::function<void()>& send)>;
     void setPace(Pace newPace) { pace = std::move(newPace); }
-    void setNoPace() { pace = atOnce; }
 
-    /// How many feature reports it was asked for, since it was made.
-    int featureRequests() const { return asked; }
-
-    /// The firmware: what its user does, what it was told.
+    /// The firmware: what its user does, what it received.
     VirtualBoard panel;
 
 private:
     std::unique_ptr<UhidDevice> uhid;
-    std::atomic<int> asked{0};
-    static void atOnce(const std::function<void()>& send) { send(); }
-    Pace pace = atOnce;
+    Pace pace;
     /// Null while the host doesn't know the board.
-    std::atomic<UhidDevice*> link{nullptr};
+    std::atomic<const UhidDevice*> link{nullptr};
 
     void bootFirmware();
 };

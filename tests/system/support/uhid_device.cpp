@@ -10,13 +10,31 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
+#include <vector>
 
 namespace {
+
+// Six reports of 31 bytes behind their ids, as the boards' own descriptor has them.
+const std::vector<std::uint8_t> reportDescriptor = {
+    0x06, 0x00, 0xFF,                   // usage page: vendor
+    0x09, 0x01,                         // usage 1
+    0xA1, 0x01,                         // application collection
+    0x15, 0x00,                         // values from 0
+    0x26, 0xFF, 0x00,                   // to 255
+    0x75, 0x08,                         // of 8 bits
+    0x95, 0x1F,                         // 31 of them in each report
+    0x85, 0x01, 0x09, 0x01, 0x81, 0x02, // input event
+    0x85, 0x10, 0x09, 0x10, 0x91, 0x02, // LED control
+    0x85, 0x11, 0x09, 0x11, 0x91, 0x02, // sim status
+    0x85, 0x12, 0x09, 0x12, 0x91, 0x02, // device control
+    0x85, 0x20, 0x09, 0x20, 0xB1, 0x02, // device info
+    0x85, 0x21, 0x09, 0x21, 0xB1, 0x02, // protocol info
+    0xC0,
+};
 
 std::string nextLocation() {
     static std::atomic<int> counter{0};
@@ -27,22 +45,30 @@ std::runtime_error failure(const std::string& what) {
     return std::runtime_error("uhid: " + what + ": " + std::generic_category().message(errno));
 }
 
-void copyText(std::span<__u8> target, const std::string& text) {
-    std::copy_n(text.begin(), std::min(text.size(), target.size() - 1), target.begin());
+uhid_event eventOf(std::uint32_t type) {
+    uhid_event event{};
+    event.type = type;
+    return event;
 }
 
-uhid_event createEvent(const UhidIdentity& identity, const std::string& location) {
-    uhid_event event{};
-    event.type = UHID_CREATE2;
+/// Fills the beginning of a field of `room` bytes, as far as they go; returns their number.
+template <typename Bytes>
+std::uint16_t fill(__u8* field, std::size_t room, const Bytes& bytes) {
+    const std::size_t size = std::min(bytes.size(), room);
+    std::copy_n(bytes.begin(), size, field);
+    return static_cast<std::uint16_t>(size);
+}
+
+uhid_event createEvent(const VirtualBoardModel& model, const std::string& location) {
+    uhid_event event = eventOf(UHID_CREATE2);
     uhid_create2_req& request = event.u.create2;
-    copyText(request.name, identity.name);
-    copyText(request.phys, location);
-    copyText(request.uniq, identity.serial);
+    fill(request.name, sizeof request.name, std::string("Cockpit panel"));
+    fill(request.phys, sizeof request.phys, location);
+    fill(request.uniq, sizeof request.uniq, model.serial.value_or(""));
     request.bus = BUS_USB;
-    request.vendor = identity.vendorId;
-    request.product = identity.productId;
-    request.rd_size = static_cast<__u16>(std::min(identity.descriptor.size(), sizeof request.rd_data));
-    std::copy_n(identity.descriptor.begin(), request.rd_size, request.rd_data);
+    request.vendor = model.vendorId;
+    request.product = model.productId;
+    request.rd_size = fill(request.rd_data, sizeof request.rd_data, reportDescriptor);
     return event;
 }
 
@@ -50,7 +76,7 @@ bool writeEvent(int device, const uhid_event& event) {
     return write(device, &event, sizeof event) == static_cast<ssize_t>(sizeof event);
 }
 
-bool standsAt(const std::filesystem::path& hidrawFolder, const std::string& location) {
+bool isAt(const std::filesystem::path& hidrawFolder, const std::string& location) {
     std::ifstream properties(hidrawFolder / "device" / "uevent");
     for (std::string line; std::getline(properties, line);) {
         if (line == "HID_PHYS=" + location) {
@@ -62,15 +88,14 @@ bool standsAt(const std::filesystem::path& hidrawFolder, const std::string& loca
 
 } // namespace
 
-UhidDevice::UhidDevice(const UhidIdentity& identity, UhidHandlers newHandlers)
-    : handlers(std::move(newHandlers)), location(nextLocation()), device(open("/dev/uhid", O_RDWR | O_CLOEXEC)) {
-    if (device < 0) {
-        throw failure("/dev/uhid can't be opened");
-    }
-    wakeUp = eventfd(0, EFD_CLOEXEC);
+UhidDevice::UhidDevice(VirtualBoard& pluggedBoard)
+    : board(pluggedBoard),
+      location(nextLocation()),
+      device(open("/dev/uhid", O_RDWR | O_CLOEXEC)),
+      wakeUp(eventfd(0, EFD_CLOEXEC)) {
     // The kernel asks nothing before it has the device, and may ask before the write returns.
     server = std::thread([this] { serve(); });
-    const bool created = writeEvent(device, createEvent(identity, location));
+    const bool created = writeEvent(device, createEvent(board.model(), location));
     if (created && waitUntil([this] { return findNode(), !nodePath.empty(); }, std::chrono::seconds(60))) {
         return;
     }
@@ -80,26 +105,21 @@ UhidDevice::UhidDevice(const UhidIdentity& identity, UhidHandlers newHandlers)
 }
 
 UhidDevice::~UhidDevice() {
-    uhid_event event{};
-    event.type = UHID_DESTROY;
     // The server still answers here: destroying waits for a request under way.
-    writeEvent(device, event);
+    writeEvent(device, eventOf(UHID_DESTROY));
     endServing();
 }
 
 void UhidDevice::endServing() {
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t woken = write(wakeUp, &one, sizeof one);
+    eventfd_write(wakeUp, 1);
     server.join();
     close(device);
     close(wakeUp);
 }
 
-void UhidDevice::sendInput(std::span<const std::uint8_t> report) {
-    uhid_event event{};
-    event.type = UHID_INPUT2;
-    event.u.input2.size = static_cast<__u16>(std::min(report.size(), sizeof event.u.input2.data));
-    std::copy_n(report.begin(), event.u.input2.size, event.u.input2.data);
+void UhidDevice::sendInput(std::span<const std::uint8_t> report) const {
+    uhid_event event = eventOf(UHID_INPUT2);
+    event.u.input2.size = fill(event.u.input2.data, sizeof event.u.input2.data, report);
     if (!writeEvent(device, event)) {
         throw failure("an input report was refused");
     }
@@ -108,13 +128,12 @@ void UhidDevice::sendInput(std::span<const std::uint8_t> report) {
 void UhidDevice::findNode() {
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator("/sys/class/hidraw", error)) {
-        const std::filesystem::path node = std::filesystem::path("/dev") / entry.path().filename();
-        if (!standsAt(entry.path(), location) || access(node.c_str(), F_OK) != 0) {
-            continue;
+        const std::filesystem::path node = "/dev" / entry.path().filename();
+        if (isAt(entry.path(), location) && access(node.c_str(), F_OK) == 0) {
+            sysfsPath = std::filesystem::canonical(entry.path(), error).string();
+            nodePath = node.string();
+            return;
         }
-        sysfsPath = std::filesystem::canonical(entry.path(), error).string();
-        nodePath = node.string();
-        return;
     }
 }
 
@@ -134,43 +153,23 @@ void UhidDevice::handleEvent() {
     if (read(device, &event, sizeof event) <= 0) {
         return;
     }
-    switch (event.type) {
-    case UHID_OPEN:
-        ++openCount;
-        break;
-    case UHID_OUTPUT:
-        handlers.output({event.u.output.data, event.u.output.size}, UhidOutputRoute::Interrupt);
-        break;
-    case UHID_SET_REPORT:
-        handlers.output({event.u.set_report.data, event.u.set_report.size}, UhidOutputRoute::Control);
-        acknowledgeSet(event.u.set_report.id);
-        break;
-    case UHID_GET_REPORT:
+    if (event.type == UHID_OUTPUT) {
+        // The kernel sends output reports this way for each of a program's calls.
+        board.receiveOutput(OutputCall::Write, {event.u.output.data, event.u.output.size});
+    } else if (event.type == UHID_GET_REPORT) {
         answerFeature(event.u.get_report.id, event.u.get_report.rnum);
-        break;
-    default:
-        break;
     }
 }
 
 void UhidDevice::answerFeature(std::uint32_t requestId, std::uint8_t reportId) {
-    uhid_event event{};
-    event.type = UHID_GET_REPORT_REPLY;
+    ++featureRequestCount;
+    uhid_event event = eventOf(UHID_GET_REPORT_REPLY);
     uhid_get_report_reply_req& reply = event.u.get_report_reply;
     reply.id = requestId;
-    const auto answer = handlers.feature(reportId);
-    if (answer) {
-        reply.size = static_cast<__u16>(std::min(answer->size(), sizeof reply.data));
-        std::copy_n(answer->begin(), reply.size, reply.data);
+    if (const auto answer = board.featureReply(reportId)) {
+        reply.size = fill(reply.data, sizeof reply.data, *answer);
     } else {
         reply.err = EIO;
     }
-    writeEvent(device, event);
-}
-
-void UhidDevice::acknowledgeSet(std::uint32_t requestId) {
-    uhid_event event{};
-    event.type = UHID_SET_REPORT_REPLY;
-    event.u.set_report_reply.id = requestId;
     writeEvent(device, event);
 }

@@ -1,40 +1,20 @@
 #pragma once
 
+#include "simulation/boards/virtual_board.h"
+
 #include <atomic>
 #include <cstdint>
-#include <functional>
-#include <optional>
 #include <span>
 #include <string>
 #include <thread>
-#include <vector>
 
-/// What the kernel is told of a device at its creation.
-struct UhidIdentity {
-    std::uint16_t vendorId = 0;
-    std::uint16_t productId = 0;
-    /// Empty for a device without a serial number.
-    std::string serial;
-    std::string name;
-    std::vector<std::uint8_t> descriptor;
-};
-
-enum class UhidOutputRoute { Interrupt, Control };
-
-/// The device's side of its reports, report id first. Called on the device's own thread, except that nothing is called
-/// after the destructor has returned.
-struct UhidHandlers {
-    /// The answer to a feature request; none refuses it with an I/O error.
-    std::function<std::optional<std::vector<std::uint8_t>>(std::uint8_t reportId)> feature;
-    std::function<void(std::span<const std::uint8_t> report, UhidOutputRoute route)> output;
-};
-
-/// One HID device that lives in this process and that the kernel takes for real: it exists from the constructor, which
-/// returns once its hidraw node can be opened, to the destructor, which is an unplug.
+/// One plugging of a board: a device of the kernel's HID stack from the constructor, which returns once its hidraw node
+/// can be opened, to the destructor.
 class UhidDevice {
 public:
-    /// Throws std::runtime_error when the kernel doesn't make the device.
-    UhidDevice(const UhidIdentity& identity, UhidHandlers newHandlers);
+    /// The board is called on the device's own thread, and no longer once the destructor has returned. Throws
+    /// std::runtime_error when the kernel doesn't make the device.
+    explicit UhidDevice(VirtualBoard& pluggedBoard);
     ~UhidDevice();
     UhidDevice(const UhidDevice&) = delete;
     UhidDevice& operator=(const UhidDevice&) = delete;
@@ -45,11 +25,10 @@ public:
     /// The resolved sysfs folder of the node.
     const std::string& sysfsFolder() const { return sysfsPath; }
 
-    /// Sends an input report, report id first. Any thread.
-    void sendInput(std::span<const std::uint8_t> report);
+    int featureRequests() const { return featureRequestCount; }
 
-    /// How often the kernel has opened the device for a first reader; while others hold it open none is counted.
-    int opens() const { return openCount; }
+    /// Sends an input report, report id first. Any thread.
+    void sendInput(std::span<const std::uint8_t> report) const;
 
 private:
     void findNode();
@@ -57,14 +36,13 @@ private:
     void endServing();
     void handleEvent();
     void answerFeature(std::uint32_t requestId, std::uint8_t reportId);
-    void acknowledgeSet(std::uint32_t requestId);
 
-    const UhidHandlers handlers;
-    /// The device's physical location, which no other device has: by it its node is found.
+    VirtualBoard& board;
+    /// The device's physical location, which no other device has: it identifies its node.
     const std::string location;
-    int device = -1;
-    int wakeUp = -1;
-    std::atomic<int> openCount{0};
+    const int device;
+    const int wakeUp;
+    std::atomic<int> featureRequestCount{0};
     std::string nodePath;
     std::string sysfsPath;
     std::thread server;

@@ -5,66 +5,42 @@
 
 #include <cstdlib>
 #include <iostream>
-#include <mutex>
 #include <string>
 #include <thread>
 
 namespace {
 
-class Watch {
-public:
-    explicit Watch(const Platform& watched) : platform(watched) {}
+/// Of all devices, those with the vendor of the tests' boards: Wine has a keyboard and a mouse of its own.
+std::string devices(const Platform& platform) {
+    std::string paths = "devices:";
+    for (const std::string& path : platform.hid.enumerate()) {
+        if (path.find("vid_1234") != std::string::npos) {
+            paths.append(" ").append(path);
+        }
+    }
+    return paths;
+}
 
-    /// Prints the list when it differs from the last one printed.
-    void look() {
-        const std::lock_guard lock(mutex);
-        const std::string now = list();
-        if (now == last) {
-            return;
+void watch(const Platform& platform) {
+    for (std::string last;; platform.host.sleepFor(std::chrono::milliseconds(500))) {
+        const std::string now = devices(platform);
+        if (now != last) {
+            std::cout << now << std::endl;
         }
         last = now;
-        std::cout << now << std::endl;
     }
-
-private:
-    const Platform& platform;
-
-    // Guards the last list, and keeps the lines in their order.
-    std::mutex mutex;
-    std::string last;
-
-    std::string list() const {
-        std::string paths = "devices:";
-        for (const std::string& path : platform.hid.enumerate()) {
-            if (isOfTests(path)) {
-                paths.append(" ").append(path);
-            }
-        }
-        return paths;
-    }
-
-    /// The vendors of the tests' boards. Wine has a keyboard and a mouse of its own, and so may the machine.
-    static bool isOfTests(const std::string& path) {
-        return path.find("vid_1234") != std::string::npos || path.find("vid_1235") != std::string::npos;
-    }
-};
+}
 
 } // namespace
 
 int main() {
     const Platform platform = systemPlatform();
-    Watch watch(platform);
-    // News may come before the device shows up in the list.
-    std::thread looking = platform.host.startThread([&] {
-        for (;;) {
-            watch.look();
-            platform.host.sleepFor(std::chrono::milliseconds(500));
-        }
-    });
+    const std::thread watching = platform.host.startThread([&] { watch(platform); });
+    // Its window keeps the desktop alive.
     std::string error;
     if (!platform.deviceNotifications.setUp(error)) {
         std::cerr << error << '\n';
         std::_Exit(1);
     }
-    platform.deviceNotifications.run([&] { watch.look(); });
+    platform.deviceNotifications.run([] {});
 }
