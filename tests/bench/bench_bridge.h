@@ -8,13 +8,10 @@
 #include "platform/platform.h"
 #include "sim/simconnect_client.h"
 
-#include <algorithm>
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
-#include <fstream>
-#include <mutex>
 #include <string>
+#include <thread>
 
 /// A simulator that confirms the registration at once, counts what it is sent and costs nothing else.
 class CountingSimulator {
@@ -45,8 +42,7 @@ public:
     std::atomic<std::uint64_t> writes{0};
 };
 
-/// The part of the bridge behind the boards, connected and registered, with a command for each action of the controls
-/// "KNOB" (21) and "BUTTON" (22).
+/// The part of the bridge behind the boards, connected and registered, with a command for a press of control 22.
 class BenchBridge {
 public:
     BenchBridge()
@@ -104,13 +100,9 @@ private:
     }
 
     void loadTables() {
-        eventMap.eventTypes = {{1, "BUTTON"}, {2, "ENCODER"}};
-        eventMap.controlIds = {{21, "KNOB"}, {22, "BUTTON"}};
-        const std::string path = "bench-buttons.json";
-        std::ofstream(path) << R"json({"knobs":[{"name":"KNOB","commands":{"CW":{"DEFAULT":"1 (>K:HEADING_BUG_INC)"}}}],
-"buttons":[{"name":"BUTTON","commands":{"PRESS":{"DEFAULT":"1 (>K:AP_MASTER)"}}}]})json";
+        eventMap.eventTypes = {{1, "BUTTON"}};
+        eventMap.controlIds = {{22, "BUTTON"}};
         std::string error;
-        buttons.load(path, error);
-        std::remove(path.c_str());
+        buttons.parse(R"json({"buttons":[{"name":"BUTTON","commands":{"PRESS":{"":"1 (>K:AP_MASTER)"}}}]})json", error);
     }
 };

@@ -2,38 +2,18 @@
 
 #include "config/json.h"
 
+#include "tests/support/numbered_controls.h"
+
 #include <benchmark/benchmark.h>
 #include <nlohmann/json.hpp>
 
-#include <string>
-
 namespace {
 
-/// A command file of the shape that users have, with that many controls.
-std::string commandFile(int controls) {
-    std::string text = "{\n  \"buttons\": [\n";
-    for (int i = 0; i < controls; ++i) {
-        const std::string number = std::to_string(i);
-        text += R"json(    {"name": "SOFTKEY_)json" + number +
-                R"json(", "commands": {"PRESS": {"PFD": "(>H:AS1000_PFD_SOFTKEYS_)json" + number +
-                R"json()", "MFD": "(>H:AS1000_MFD_SOFTKEYS_)json" + number +
-                R"json()"}, "RELEASE": {"DEFAULT": ""}}})json" + (i + 1 < controls ? ",\n" : "\n");
-    }
-    return text + "  ],\n  \"knobs\": []\n}\n";
-}
-
-/// An event map of that many numbers.
-std::string eventMap(int controls) {
-    std::string text = R"({"event_types": {"BUTTON": 1, "ENCODER": 2}, "control_ids": {)";
-    for (int i = 0; i < controls; ++i) {
-        text += (i == 0 ? "\"CONTROL_" : ", \"CONTROL_") + std::to_string(i) + "\": " + std::to_string(i);
-    }
-    return text + "}}";
-}
+constexpr const char* fileNames[] = {"buttons.json", "hid_event_map.json"};
 
 std::string textOf(const benchmark::State& state) {
-    const int controls = static_cast<int>(state.range(1));
-    return state.range(0) == 0 ? commandFile(controls) : eventMap(controls);
+    return numberedControls(static_cast<std::uint32_t>(state.range(1)), "(>H:AS1000_PFD_SOFTKEYS)")
+        .at(fileNames[state.range(0)]);
 }
 
 void countBytes(benchmark::State& state, const std::string& text) {

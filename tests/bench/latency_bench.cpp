@@ -1,12 +1,14 @@
-// The latency of a report through the whole bridge, against a program that only reads and sends.
+// The latency of a report through the whole bridge, against a program that only reads and sends:
+//   latency-bench [REPORTS-OF-THE-FLOOD]
+// Exit code 1 when a goal is missed by far, or a command is lost.
 
 #include "tests/bench/latency_measure.h"
+#include "tests/bench/latency_subjects.h"
+#include "tests/bench/percentile.h"
 #include "tests/support/numbered_controls.h"
+#include "tests/support/temp_folder.h"
 
 #include <cstdio>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <stdexcept>
 
 namespace {
@@ -17,28 +19,13 @@ constexpr std::size_t reportsPerRound = 4000;
 /// Floor and bridge take turns, so that a busy moment of the machine hits both.
 constexpr int rounds = 3;
 
-constexpr const char* help = R"(latency-bench: a report's way to the simulator, floor against bridge
-
-  --reports N   reports of the flood (1000000)
-  --check       exit code 1 when a goal is missed by far, or a command is lost
-  --help        this text
-)";
-
-struct Options {
-    std::size_t flood = 1000000;
-    bool check = false;
-};
-
-/// A folder with the configuration of `controls` buttons, one command each.
-std::string writeConfiguration() {
-    const std::string folder = programFolder() + "latency-config";
-    std::filesystem::create_directories(folder);
-    std::ofstream(folder + "/config.json")
-        << R"({"hid":{"vid":"1234","pid":"ABCD"},"mappings":{"buttonConfigPath":"buttons.json"}})";
+/// Writes the configuration of `controls` buttons, one command each, and returns its path.
+std::string writeConfiguration(const TempFolder& folder) {
     for (const auto& [name, text] : numberedControls(controls, "(>K:BENCH)")) {
-        std::ofstream(folder + '/' + name) << text;
+        folder.write(name, text);
     }
-    return folder + "/config.json";
+    return folder.write("config.json",
+                        R"({"hid":{"vid":"1234","pid":"ABCD"},"mappings":{"buttonConfigPath":"buttons.json"}})");
 }
 
 void append(std::vector<double>& to, const std::vector<double>& from) {
@@ -52,7 +39,7 @@ void printLatency(const char* name, const std::vector<double>& samples) {
 
 int failures = 0;
 
-/// Says whether a goal is reached; on a shared machine a missed one is no failure as long as it is within its bound.
+/// Prints whether a goal is reached; on a shared machine a missed one is no failure as long as it is within its bound.
 void goal(bool reached, bool withinBound, const char* text) {
     std::printf("%s: %s%s\n", reached ? "reached" : "MISSED ", text, withinBound ? "" : " (far off)");
     failures += withinBound ? 0 : 1;
@@ -63,14 +50,14 @@ void mustHold(bool holds, const char* text) {
 }
 
 bool isWhole(const LatencyResult& result) {
-    return result.complete && result.received == result.sent && result.misplaced == 0;
+    return result.received == result.sent && result.misplaced == 0;
 }
 
 void compareLatency(const LatencySubject& floor, const LatencySubject& bridge) {
     std::vector<double> floorUs;
     std::vector<double> bridgeUs;
     bool whole = true;
-    const LatencyLoad load{reportsPerRound, rate, controls, 0};
+    const LatencyLoad load{reportsPerRound, rate, controls};
     for (int round = 0; round < rounds; ++round) {
         append(floorUs, measureLatency(floor, load).latencyUs);
         const LatencyResult result = measureLatency(bridge, load);
@@ -88,7 +75,7 @@ void compareLatency(const LatencySubject& floor, const LatencySubject& bridge) {
 }
 
 void flood(const LatencySubject& bridge, std::size_t reports) {
-    const LatencyResult result = measureLatency(bridge, {reports, 0, controls, 0});
+    const LatencyResult result = measureLatency(bridge, {reports, 0, controls});
     std::printf("flood: %zu reports, %zu commands, %zu out of place, %.0f/s, %.1f MiB resident afterwards\n",
                 result.sent, result.received, result.misplaced, result.reportsPerSecond, result.residentMiB);
     mustHold(isWhole(result), "no command of the flood is lost, doubled or out of order");
@@ -107,39 +94,28 @@ void idle(const LatencySubject& bridge) {
     mustHold(result.residentMiB > 0 && result.residentMiB < 8, "resident memory stays under 8 MiB");
 }
 
-bool readOptions(int argc, char** argv, Options& options) {
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--check") == 0) {
-            options.check = true;
-        } else if (std::strcmp(argv[i], "--reports") == 0 && i + 1 < argc) {
-            options.flood = std::stoul(argv[++i]);
-        } else {
-            return false;
-        }
-    }
-    return true;
+int measure(std::size_t reports) {
+    const TempFolder folder;
+    const LatencySubject bridge{"bridge", writeConfiguration(folder)};
+    compareLatency({"floor", ""}, bridge);
+    flood(bridge, reports);
+    idle(bridge);
+    return failures > 0 ? 1 : 0;
 }
 
-int run(const Options& options) {
-    const std::string folder = programFolder();
-    const LatencySubject floor{"floor", folder + "latency-floor", {}, false};
-    const LatencySubject bridge{"bridge", folder + "latency-bridge", {writeConfiguration()}, true};
-    compareLatency(floor, bridge);
-    flood(bridge, options.flood);
-    idle(bridge);
-    return options.check && failures > 0 ? 1 : 0;
+/// The process of a subject: its mode, the report socket, the port and the configuration.
+int runSubject(char** arguments) {
+    const int reportSocket = std::stoi(arguments[1]);
+    const auto port = static_cast<std::uint16_t>(std::stoi(arguments[2]));
+    return std::string(arguments[0]) == "floor" ? runFloor(reportSocket, port)
+                                                : runBridge(reportSocket, port, arguments[3]);
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    Options options;
-    if (!readOptions(argc, argv, options)) {
-        std::fputs(help, stdout);
-        return argc == 2 && std::strcmp(argv[1], "--help") == 0 ? 0 : 2;
-    }
     try {
-        return run(options);
+        return argc == 5 ? runSubject(argv + 1) : measure(argc > 1 ? std::stoul(argv[1]) : 1000000);
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "latency-bench: %s\n", failure.what());
         return 1;

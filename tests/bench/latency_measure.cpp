@@ -1,5 +1,6 @@
 #include "tests/bench/latency_measure.h"
 
+#include "tests/bench/latency_simulator.h"
 #include "tests/support/process_memory.h"
 
 #include <fcntl.h>
@@ -28,16 +29,12 @@ public:
         }
         reports = ends[0];
         fcntl(reports, F_SETFD, FD_CLOEXEC);
-        std::vector<std::string> words{subject.program, std::to_string(ends[1]), std::to_string(port)};
-        words.insert(words.end(), subject.arguments.begin(), subject.arguments.end());
-        std::vector<char*> argv;
-        for (std::string& word : words) {
-            argv.push_back(word.data());
-        }
-        argv.push_back(nullptr);
+        const std::string socketText = std::to_string(ends[1]);
+        const std::string portText = std::to_string(port);
         pid = fork();
         if (pid == 0) {
-            execv(subject.program.c_str(), argv.data());
+            execl("/proc/self/exe", "latency-bench", subject.mode.c_str(), socketText.c_str(), portText.c_str(),
+                  subject.configPath.c_str(), nullptr);
             _exit(127);
         }
         close(ends[1]);
@@ -76,7 +73,7 @@ double cpuSeconds(int pid) {
     return nanoseconds / 1e9;
 }
 
-/// Presses in turn; gives when each report left.
+/// Presses in turn; returns when each report left.
 std::vector<Clock::time_point> feed(const SubjectProcess& process, const LatencyLoad& load) {
     std::vector<Clock::time_point> sent(load.reports);
     const std::chrono::duration<double> pause(load.reportsPerSecond > 0 ? 1 / load.reportsPerSecond : 0);
@@ -103,31 +100,26 @@ double watchIdle(int pid, double seconds) {
 LatencyResult measureLatency(const LatencySubject& subject, const LatencyLoad& load) {
     LatencySimulator simulator(load.reports, load.controls);
     const SubjectProcess process(subject, simulator.port());
-    if (!simulator.waitUntilReady(subject.registers)) {
-        throw std::runtime_error(subject.name + " doesn't connect");
+    if (!simulator.waitUntilReady(!subject.configPath.empty())) {
+        throw std::runtime_error("the " + subject.mode + " doesn't connect");
     }
     // The registration's own writes settle.
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
 
     const std::vector<Clock::time_point> sent = feed(process, load);
+    simulator.waitForAll();
     LatencyResult result;
-    result.complete = simulator.waitForAll();
     result.residentMiB = residentMiB(std::to_string(process.pid));
-    if (load.idleSeconds > 0) {
-        result.idleCpu = watchIdle(process.pid, load.idleSeconds);
-    }
+    result.idleCpu = load.idleSeconds > 0 ? watchIdle(process.pid, load.idleSeconds) : 0;
     result.sent = load.reports;
     result.received = simulator.received();
     result.misplaced = simulator.misplaced();
-    const std::size_t whole = std::min(result.sent, result.received);
-    for (std::size_t i = 0; i < whole; ++i) {
-        result.latencyUs.push_back(
-            std::chrono::duration<double, std::micro>(simulator.arrivals()[i] - sent[i]).count());
+    const std::vector<Clock::time_point>& arrivals = simulator.arrivals();
+    for (std::size_t i = 0; i < std::min(result.sent, result.received); ++i) {
+        result.latencyUs.push_back(std::chrono::duration<double, std::micro>(arrivals[i] - sent[i]).count());
     }
-    if (whole > 0) {
-        result.reportsPerSecond = static_cast<double>(whole) /
-                                  std::chrono::duration<double>(simulator.arrivals()[whole - 1] - sent.front()).count();
-    }
+    const std::chrono::duration<double> duration = arrivals.back() - sent.front();
+    result.reportsPerSecond = static_cast<double>(result.sent) / duration.count();
     return result;
 }
 
@@ -136,21 +128,4 @@ double idleWithoutSimulator(const LatencySubject& subject, double seconds) {
     // Its start is over by then.
     std::this_thread::sleep_for(std::chrono::seconds(2));
     return watchIdle(process.pid, seconds);
-}
-
-double percentile(std::vector<double> samples, double share) {
-    if (samples.empty()) {
-        return 0;
-    }
-    const auto rank = static_cast<std::size_t>(share * static_cast<double>(samples.size() - 1));
-    const auto place = samples.begin() + static_cast<std::ptrdiff_t>(rank);
-    std::nth_element(samples.begin(), place, samples.end());
-    return *place;
-}
-
-std::string programFolder() {
-    std::array<char, 4096> path{};
-    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
-    const std::string whole(path.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
-    return whole.substr(0, whole.rfind('/') + 1);
 }

@@ -1,23 +1,26 @@
 #pragma once
 
-#include "tests/bench/latency_simulator.h"
-
 #include <cstdint>
 #include <string>
 #include <vector>
 
-/// A program under measure, fed with reports through a socket: "floor" or "bridge".
+/// A mode of latency-bench that runs as a process of its own: the floor, or the bridge with a configuration.
 struct LatencySubject {
-    std::string name;
-    std::string program;
-    /// Behind the report socket and the port.
-    std::vector<std::string> arguments;
-    /// It registers before it takes reports.
-    bool registers = false;
+    std::string mode;
+    /// Empty: it doesn't register before it takes reports.
+    std::string configPath;
+};
+
+struct LatencyLoad {
+    std::size_t reports = 0;
+    /// 0: as fast as they go.
+    double reportsPerSecond = 0;
+    std::uint32_t controls = 1000;
+    /// How long the idle process is watched after the load.
+    double idleSeconds = 0;
 };
 
 struct LatencyResult {
-    bool complete = false;
     std::size_t sent = 0;
     std::size_t received = 0;
     std::size_t misplaced = 0;
@@ -30,23 +33,8 @@ struct LatencyResult {
     double idleCpu = 0;
 };
 
-struct LatencyLoad {
-    std::size_t reports = 0;
-    /// 0: as fast as they go.
-    double reportsPerSecond = 0;
-    std::uint32_t controls = 1000;
-    /// How long the idle process is watched after the load.
-    double idleSeconds = 0;
-};
-
 /// Starts the subject, feeds it, and ends it.
 LatencyResult measureLatency(const LatencySubject& subject, const LatencyLoad& load);
 
-/// The share of one core that the subject takes with its board attached and no simulator to be seen.
+/// The share of one core that the subject takes with its board attached and no simulator.
 double idleWithoutSimulator(const LatencySubject& subject, double seconds);
-
-/// The value below which that share of the samples lies.
-double percentile(std::vector<double> samples, double share);
-
-/// The folder of this program, with a slash behind it.
-std::string programFolder();

@@ -1,12 +1,14 @@
 #include "tests/bench/latency_simulator.h"
 
+#include "tests/support/wait_until.h"
+#include "wire/message_reader.h"
+
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 #include <stdexcept>
@@ -19,12 +21,6 @@ constexpr std::string_view executePrefix = "MF.SimVars.Set.1 ";
 constexpr std::string_view registerPrefix = "MF.Clients.Add.";
 constexpr std::string_view subscribePrefix = "MF.SimVars.Add.";
 
-std::uint32_t wordAt(const std::uint8_t* bytes) {
-    std::uint32_t word = 0;
-    std::memcpy(&word, bytes, sizeof word);
-    return word;
-}
-
 /// A block of the response area with this text.
 std::vector<std::uint8_t> responseMessage(const std::string& text) {
     std::vector<std::uint8_t> message(40 + 256);
@@ -32,18 +28,6 @@ std::vector<std::uint8_t> responseMessage(const std::string& text) {
     std::memcpy(message.data(), head.data(), sizeof head);
     std::memcpy(message.data() + 40, text.data(), text.size());
     return message;
-}
-
-template <typename Condition>
-bool waitFor(Condition condition, std::chrono::seconds limit) {
-    const auto end = LatencySimulator::Clock::now() + limit;
-    while (!condition()) {
-        if (LatencySimulator::Clock::now() > end) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
 }
 
 } // namespace
@@ -64,79 +48,48 @@ LatencySimulator::LatencySimulator(std::size_t expectedCommands, std::uint32_t c
 
 LatencySimulator::~LatencySimulator() {
     shutdown(listener, SHUT_RDWR);
-    if (const int link = openLink.load(); link >= 0) {
-        shutdown(link, SHUT_RDWR);
-    }
+    shutdown(link, SHUT_RDWR);
     thread.join();
     close(listener);
-}
-
-bool LatencySimulator::waitUntilReady(bool needsRegistration) const {
-    return waitFor([&] { return needsRegistration ? registered.load() : connected.load(); }, std::chrono::seconds(20));
-}
-
-bool LatencySimulator::waitForAll() const {
-    std::size_t last = 0;
-    auto lastChange = Clock::now();
-    while (count.load() < times.size()) {
-        if (count.load() != last) {
-            last = count.load();
-            lastChange = Clock::now();
-        }
-        if (Clock::now() - lastChange > std::chrono::seconds(10)) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
-}
-
-void LatencySimulator::serve() {
-    const int link = accept(listener, nullptr, nullptr);
-    if (link < 0) {
-        return;
-    }
-    const int on = 1;
-    setsockopt(link, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    openLink = link;
-    connected = true;
-    readLink(link);
-    openLink = -1;
     close(link);
 }
 
-void LatencySimulator::readLink(int link) {
-    std::vector<std::uint8_t> buffer(1 << 18);
-    std::size_t filled = 0;
+bool LatencySimulator::waitUntilReady(bool needsRegistration) const {
+    return waitUntil([&] { return needsRegistration ? registered.load() : link >= 0; });
+}
+
+void LatencySimulator::waitForAll() const {
+    waitUntil([&] { return count.load() >= times.size(); }, std::chrono::minutes(2), std::chrono::milliseconds(5));
+}
+
+void LatencySimulator::serve() {
+    link = accept(listener, nullptr, nullptr);
+    const int on = 1;
+    setsockopt(link, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    MessageReader reader(16);
     while (true) {
-        const ssize_t got = recv(link, buffer.data() + filled, buffer.size() - filled, 0);
+        const std::span<std::uint8_t> room = reader.prepare(1 << 18);
+        const ssize_t got = recv(link, room.data(), room.size(), 0);
         if (got <= 0) {
             return;
         }
-        filled += static_cast<std::size_t>(got);
-        std::size_t taken = 0;
-        while (filled - taken >= 16) {
-            const std::size_t size = wordAt(buffer.data() + taken);
-            if (size < 16 || filled - taken < size) {
-                break;
-            }
-            handle(link, buffer.data() + taken, size);
-            taken += size;
+        reader.commit(static_cast<std::size_t>(got));
+        while (const auto packet = reader.next()) {
+            handle(*packet);
         }
-        std::memmove(buffer.data(), buffer.data() + taken, filled - taken);
-        filled -= taken;
     }
 }
 
-void LatencySimulator::handle(int link, const std::uint8_t* packet, std::size_t size) {
-    if (wordAt(packet + 8) != setClientData || size <= 36) {
-        return;
+void LatencySimulator::handle(std::span<const std::uint8_t> packet) {
+    std::uint32_t id = 0;
+    std::memcpy(&id, packet.data() + 8, sizeof id);
+    if (id == setClientData && packet.size() > 36) {
+        const char* const text = reinterpret_cast<const char*>(packet.data() + 36);
+        handleCommand({text, strnlen(text, packet.size() - 36)});
     }
-    const char* text = reinterpret_cast<const char*>(packet + 36);
-    handleCommand(link, {text, strnlen(text, size - 36)});
 }
 
-void LatencySimulator::handleCommand(int link, std::string_view text) {
+void LatencySimulator::handleCommand(std::string_view text) {
     if (text.starts_with(executePrefix)) {
         const std::size_t number = count.load();
         const auto control = static_cast<std::uint32_t>(std::atoi(text.data() + executePrefix.size()));

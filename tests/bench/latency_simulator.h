@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <thread>
 #include <vector>
@@ -13,17 +14,17 @@ class LatencySimulator {
 public:
     using Clock = std::chrono::steady_clock;
 
-    /// `expected` commands will come, numbered from 0 modulo `controls`.
+    /// `expectedCommands` will come, numbered from 0 modulo `controlCount`.
     LatencySimulator(std::size_t expectedCommands, std::uint32_t controlCount);
     ~LatencySimulator();
     LatencySimulator(const LatencySimulator&) = delete;
     LatencySimulator& operator=(const LatencySimulator&) = delete;
 
     std::uint16_t port() const { return listeningPort; }
-    /// The subject takes reports from now on. Valid for the floor once it is connected.
+    /// The subject is connected, and registered if it does that: it takes reports from now on.
     bool waitUntilReady(bool needsRegistration) const;
-    /// Waits until all commands came, or none has for a while.
-    bool waitForAll() const;
+    /// Waits until all commands came, or for as long as that could take.
+    void waitForAll() const;
 
     // Once all came:
     const std::vector<Clock::time_point>& arrivals() const { return times; }
@@ -33,18 +34,17 @@ public:
 
 private:
     void serve();
-    void readLink(int link);
-    void handle(int link, const std::uint8_t* packet, std::size_t size);
-    void handleCommand(int link, std::string_view text);
+    void handle(std::span<const std::uint8_t> packet);
+    void handleCommand(std::string_view text);
 
     const std::uint32_t controls;
     std::vector<Clock::time_point> times;
     std::atomic<std::size_t> count{0};
     std::atomic<std::size_t> wrong{0};
-    std::atomic<bool> connected{false};
     std::atomic<bool> registered{false};
-    int listener = -1;
+    const int listener;
     std::uint16_t listeningPort = 0;
-    std::atomic<int> openLink{-1};
+    /// Negative while nobody is connected.
+    std::atomic<int> link{-1};
     std::thread thread;
 };

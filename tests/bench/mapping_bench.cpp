@@ -1,5 +1,6 @@
 // The hot path behind the decoder.
 
+#include "mapping/hid_event_queue.h"
 #include "tests/bench/bench_bridge.h"
 
 #include <benchmark/benchmark.h>
@@ -18,78 +19,37 @@ HidProtocol::HidEvent buttonEvent(std::uint16_t controlId, std::int8_t value) {
     return event;
 }
 
-/// The engine with its event worker kept busy, so that what is submitted stays queued.
-class StalledEngine {
-public:
-    StalledEngine() : host(systemPlatform().host), engine(stallingHost()) {
-        std::string error;
-        engine.start(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, error);
-    }
-    ~StalledEngine() {
-        released = true;
-        engine.stop();
-    }
-    StalledEngine(const StalledEngine&) = delete;
-    StalledEngine& operator=(const StalledEngine&) = delete;
-
-    const Host host;
-    std::atomic<bool> released{false};
-    std::atomic<int> threads{0};
-    MappingEngine engine;
-
-private:
-    /// Holds back the first thread, which is the event worker.
-    Host stallingHost() {
-        Host result = host;
-        result.startThread = [this](std::function<void()> body) {
-            const bool isEventWorker = threads++ == 0;
-            return std::thread([this, isEventWorker, work = std::move(body)] {
-                while (isEventWorker && !released) {
-                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-                }
-                work();
-            });
-        };
-        return result;
-    }
-};
-
-/// A press and a release of one button, with that many other events queued; both stay queued, so each iteration is
-/// timed on a queue that has grown by little.
-void submitEvent(benchmark::State& state) {
-    const auto queued = static_cast<int>(state.range(0));
+/// A press and a release of one button, with that many other events queued. Both are queued too, so a new queue comes
+/// before it has grown by much.
+void queueEvent(benchmark::State& state) {
     constexpr int pairsPerRound = 50;
-    std::unique_ptr<StalledEngine> stalled;
+    HidEventQueue filled;
+    for (int i = 0; i < state.range(0); ++i) {
+        filled.push({buttonEvent(static_cast<std::uint16_t>(100 + i % 50), 1), deviceName, 0});
+    }
+    HidEventQueue queue;
     int pairs = pairsPerRound;
     for (auto _ : state) {
         if (pairs == pairsPerRound) {
             state.PauseTiming();
-            stalled = std::make_unique<StalledEngine>();
-            for (int i = 0; i < queued; ++i) {
-                stalled->engine.submitEvent(buttonEvent(static_cast<std::uint16_t>(100 + i % 50), 1), deviceName, 0);
-            }
+            queue = filled;
             pairs = 0;
             state.ResumeTiming();
         }
-        stalled->engine.submitEvent(buttonEvent(21, 1), deviceName, 0);
-        stalled->engine.submitEvent(buttonEvent(21, 0), deviceName, 0);
+        queue.push({buttonEvent(21, 1), deviceName, 0});
+        queue.push({buttonEvent(21, 0), deviceName, 0});
         ++pairs;
     }
     state.SetItemsProcessed(state.iterations() * 2);
 }
-BENCHMARK(submitEvent)->Arg(0)->Arg(100)->Arg(10000)->Iterations(2000);
+BENCHMARK(queueEvent)->Arg(0)->Arg(100)->Arg(10000)->Iterations(2000);
 
-/// The floor of the first: a queue of the same elements, and its lock.
+/// The floor of the first: a queue of the same elements.
 void queueAlone(benchmark::State& state) {
-    std::mutex mutex;
     std::deque<QueuedHidEvent> queue;
     for (auto _ : state) {
-        for (const std::int8_t value : {std::int8_t{1}, std::int8_t{0}}) {
-            QueuedHidEvent entry{buttonEvent(21, value), deviceName, 0};
-            const std::lock_guard lock(mutex);
-            queue.push_back(std::move(entry));
-        }
-        const std::lock_guard lock(mutex);
+        queue.push_back({buttonEvent(21, 1), deviceName, 0});
+        queue.push_back({buttonEvent(21, 0), deviceName, 0});
         queue.clear();
     }
     state.SetItemsProcessed(state.iterations() * 2);
@@ -115,5 +75,26 @@ void resolveEvents(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(burst));
 }
 BENCHMARK(resolveEvents)->UseRealTime();
+
+/// Queueing a command: what the event worker pays for it.
+void queueRpn(benchmark::State& state) {
+    BenchBridge bridge;
+    const auto kind = static_cast<RpnKind>(state.range(0));
+    const std::string command = "1 (>K:HEADING_BUG_INC)";
+    std::string error;
+    std::uint64_t queued = 0;
+    for (auto _ : state) {
+        if (!bridge.mobiflight.queueRpn(command, kind, 1, error)) {
+            state.SkipWithError(error.c_str());
+        }
+        // Keeps the queue from growing without end.
+        if (++queued % 4096 == 0) {
+            state.PauseTiming();
+            bridge.mobiflight.cancelRpn(command);
+            state.ResumeTiming();
+        }
+    }
+}
+BENCHMARK(queueRpn)->ArgName("kind")->Arg(0)->Arg(1)->Arg(2);
 
 } // namespace

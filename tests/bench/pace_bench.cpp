@@ -2,7 +2,7 @@
 // simulator, at its real pace.
 
 #include "simulation/rig/bridge_rig.h"
-#include "tests/bench/latency_measure.h"
+#include "tests/bench/percentile.h"
 
 #include <cmath>
 #include <condition_variable>
@@ -39,17 +39,17 @@ public:
     /// Milliseconds from a battery switch to the light report at the board.
     double switchBattery(bool on) {
         std::mutex mutex;
-        std::condition_variable arrived;
+        std::condition_variable sent;
         bool reported = false;
         board.setOutputCallback([&](const BoardOutput& output) {
             const std::lock_guard lock(mutex);
             reported = reported || output.bytes[0] == HidProtocol::ledCtlReportId;
-            arrived.notify_one();
+            sent.notify_one();
         });
         const auto start = Clock::now();
         simulator.setBattery(on);
         std::unique_lock lock(mutex);
-        if (!arrived.wait_for(lock, std::chrono::seconds(5), [&] { return reported; })) {
+        if (!sent.wait_for(lock, std::chrono::seconds(5), [&] { return reported; })) {
             throw std::runtime_error("no light report");
         }
         const auto end = Clock::now();
