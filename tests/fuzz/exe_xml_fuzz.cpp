@@ -26,7 +26,7 @@ Range find(std::string_view text) {
 }
 
 void checkBlock(std::string_view text, const Range& block) {
-    require(block.start < block.end && block.end <= text.size(), "a block lies in the text");
+    require(block.start < block.end && block.end <= text.size(), "a block is in the text");
     require(block.start == 0 || text[block.start - 1] == '\n', "a block begins a line");
     require(block.end == text.size() || text[block.end - 1] == '\n', "a block ends a line");
 }

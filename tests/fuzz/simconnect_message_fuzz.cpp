@@ -31,7 +31,7 @@ void lookAt(SimConnectRecv* message, std::uint32_t size, void* context) {
 
 } // namespace
 
-// The first byte tells how long the pieces are, in which the rest arrives.
+// The first byte is the length of the pieces in which the rest arrives.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) {
         return 0;

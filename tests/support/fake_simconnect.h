@@ -43,10 +43,25 @@ public:
     FakeSimConnect& operator=(const FakeSimConnect&) = delete;
 
     SimConnectLibrary library() {
+        const auto recorded = [this](SimCall call, const char* name) {
+            return [this, call, name](SimConnectHandle handle, auto... arguments) {
+                return callOn(call, name, handle, arguments...);
+            };
+        };
         SimConnectLibrary result;
-        addSessionCalls(result);
-        addEventCalls(result);
-        addClientDataCalls(result);
+        result.open = [this](SimConnectHandle* handle, const char* name, auto... arguments) {
+            return openSession(handle, fields(field(name), arguments...));
+        };
+        result.close = [this](SimConnectHandle handle) { return closeSession(handle); };
+        result.callDispatch = [this](auto... arguments) { return dispatch(arguments...); };
+        result.addToDataDefinition = recorded(SimCall::AddToDataDefinition, "AddToDataDefinition");
+        result.requestDataOnSimObject = recorded(SimCall::RequestDataOnSimObject, "RequestDataOnSimObject");
+        result.mapClientEventToSimEvent = recorded(SimCall::MapClientEventToSimEvent, "MapClientEventToSimEvent");
+        result.transmitClientEvent = recorded(SimCall::TransmitClientEvent, "TransmitClientEvent");
+        result.mapClientDataNameToId = recorded(SimCall::MapClientDataNameToId, "MapClientDataNameToID");
+        result.addToClientDataDefinition = recorded(SimCall::AddToClientDataDefinition, "AddToClientDataDefinition");
+        result.requestClientData = recorded(SimCall::RequestClientData, "RequestClientData");
+        result.setClientData = [this](auto... arguments) { return setClientData(arguments...); };
         return result;
     }
 
@@ -77,15 +92,11 @@ public:
         messages.push_back(std::move(message));
     }
 
-    void deliverOpen() { deliver(message(simConnectRecvOpen, Bytes(296))); }
     void deliverQuit() { deliver(message(simConnectRecvQuit, {})); }
-    void deliverSimobjectData(std::uint32_t requestId, const Bytes& data) {
-        deliver(dataMessage(simConnectRecvSimobjectData, requestId, data));
-    }
     void deliverBattery(std::int32_t value) {
         Bytes data(sizeof value);
         std::memcpy(data.data(), &value, sizeof value);
-        deliverSimobjectData(1, data);
+        deliver(dataMessage(simConnectRecvSimobjectData, 1, data));
     }
     void deliverClientData(std::uint32_t requestId, const Bytes& data) {
         deliver(dataMessage(simConnectRecvClientData, requestId, data));
@@ -282,52 +293,15 @@ private:
         return std::string(first, zero) + (padded ? "" : "<not padded with zeros>");
     }
 
-    void addSessionCalls(SimConnectLibrary& to) {
-        to.open = [this](SimConnectHandle* handle, const char* name, void* window, std::uint32_t userEvent,
-                         void* eventHandle, std::uint32_t configIndex) {
-            return openSession(handle, fields(field(name), window, userEvent, eventHandle, configIndex));
-        };
-        to.close = [this](SimConnectHandle handle) { return closeSession(handle); };
-        to.callDispatch = [this](SimConnectHandle handle, SimConnectDispatchProc proc, void* context) {
-            return dispatch(handle, proc, context);
-        };
-        to.addToDataDefinition = [this](SimConnectHandle handle, auto... arguments) {
-            return callOn(SimCall::AddToDataDefinition, "AddToDataDefinition", handle, arguments...);
-        };
-        to.requestDataOnSimObject = [this](SimConnectHandle handle, auto... arguments) {
-            return callOn(SimCall::RequestDataOnSimObject, "RequestDataOnSimObject", handle, arguments...);
-        };
-    }
-
-    void addEventCalls(SimConnectLibrary& to) {
-        to.mapClientEventToSimEvent = [this](SimConnectHandle handle, auto... arguments) {
-            return callOn(SimCall::MapClientEventToSimEvent, "MapClientEventToSimEvent", handle, arguments...);
-        };
-        to.transmitClientEvent = [this](SimConnectHandle handle, auto... arguments) {
-            return callOn(SimCall::TransmitClientEvent, "TransmitClientEvent", handle, arguments...);
-        };
-    }
-
-    void addClientDataCalls(SimConnectLibrary& to) {
-        to.mapClientDataNameToId = [this](SimConnectHandle handle, auto... arguments) {
-            return callOn(SimCall::MapClientDataNameToId, "MapClientDataNameToID", handle, arguments...);
-        };
-        to.addToClientDataDefinition = [this](SimConnectHandle handle, auto... arguments) {
-            return callOn(SimCall::AddToClientDataDefinition, "AddToClientDataDefinition", handle, arguments...);
-        };
-        to.requestClientData = [this](SimConnectHandle handle, auto... arguments) {
-            return callOn(SimCall::RequestClientData, "RequestClientData", handle, arguments...);
-        };
-        to.setClientData = [this](SimConnectHandle handle, std::uint32_t clientDataId, std::uint32_t definitionId,
-                                  std::uint32_t flags, std::uint32_t reserved, std::uint32_t unitSize, void* data) {
-            const std::string text = blockText(data, unitSize);
-            {
-                const std::lock_guard lock(mutex);
-                written.push_back(text);
-            }
-            return callOn(SimCall::SetClientData, "SetClientData", handle, clientDataId, definitionId, flags, reserved,
-                          unitSize, text.c_str());
-        };
+    SimConnectResult setClientData(SimConnectHandle handle, std::uint32_t clientDataId, std::uint32_t definitionId,
+                                   std::uint32_t flags, std::uint32_t reserved, std::uint32_t unitSize, void* data) {
+        const std::string text = blockText(data, unitSize);
+        {
+            const std::lock_guard lock(mutex);
+            written.push_back(text);
+        }
+        return callOn(SimCall::SetClientData, "SetClientData", handle, clientDataId, definitionId, flags, reserved,
+                      unitSize, text.c_str());
     }
 
     std::mutex mutex;

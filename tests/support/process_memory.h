@@ -3,7 +3,7 @@
 #include <fstream>
 #include <string>
 
-/// Resident memory in MiB of a process, by its number or as "self"; 0 when it can't be told. Linux alone.
+/// Resident memory in MiB of a process, by its number or as "self"; 0 when it is unknown. Linux only.
 inline double residentMiB(const std::string& process) {
     std::ifstream file("/proc/" + process + "/status");
     for (std::string line; std::getline(file, line);) {

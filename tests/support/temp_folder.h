@@ -9,7 +9,7 @@
 #include <string_view>
 #include <system_error>
 
-/// A folder of its own for a test, removed with all it holds when the test is over.
+/// A test's own folder, removed with its content when the test is over.
 class TempFolder {
 public:
     TempFolder() {
@@ -30,7 +30,7 @@ public:
     /// The path of something in the folder.
     std::string path(const std::string& name) const { return FileSystem::toBytes(folder / name); }
 
-    /// Writes a file, making the folders it lies in, and gives its path.
+    /// Writes a file, making its folders, and returns its path.
     std::string write(const std::string& name, std::string_view content) const {
         const std::filesystem::path target = folder / name;
         std::filesystem::create_directories(target.parent_path());
