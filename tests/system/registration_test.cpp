@@ -73,7 +73,8 @@ TEST_F(LinuxRegistration, IsReadBackAsItWasGivenAndLeavesNothingBehind) {
         folder.write("Local/Packages/Microsoft.Limitless_8wekyb3d8bbwe/LocalCache/EXE.xml", "");
     const std::string boxed = folder.write("Roaming/Microsoft Flight Simulator/EXE.xml", others);
     const std::string boxed2024 = folder.makeFolder("Roaming/Microsoft Flight Simulator 2024") + "/EXE.xml";
-    const std::string configuration = "my <own> & only/config.json";
+    // The parser takes a bare ampersand as it is, but not one that begins an entity.
+    const std::string configuration = "my <own> &amp; only/config.json";
     const Addon weather{"Weather & Wind", "True", "C:\\Weather\\wind.exe", ""};
     const Addon bridge{"VantrelBridgeHID", "False", executable, "--config \"" + configuration + "\""};
 
