@@ -82,8 +82,10 @@ ChildProcess::ChildProcess(const ChildProcessSettings& settings) {
 
 ChildProcess::~ChildProcess() {
     sendSignal(SIGKILL);
-    waitForExit();
+    waitUntil([this] { return !running(); }, defaultLimit);
     closeInput();
+    // Programs that it has started itself, such as Wine's desktop, may hold its pipes open for as long as they like.
+    abandoned = true;
     collector.join();
     close(outputStream);
     close(errorStream);
@@ -144,8 +146,9 @@ bool ChildProcess::waitForOutput(const std::function<bool(const std::string& out
 void ChildProcess::collect() {
     // A negative descriptor is one that poll passes over.
     std::array<pollfd, 2> waits{pollfd{outputStream, POLLIN, 0}, pollfd{errorStream, POLLIN, 0}};
-    while (waits[0].fd >= 0 || waits[1].fd >= 0) {
-        if (poll(waits.data(), waits.size(), -1) < 0) {
+    while (!abandoned && (waits[0].fd >= 0 || waits[1].fd >= 0)) {
+        constexpr int pauseMs = 100;
+        if (poll(waits.data(), waits.size(), pauseMs) <= 0) {
             continue;
         }
         if (waits[0].revents != 0 && !collectFrom(outputStream, outputText)) {

@@ -62,6 +62,7 @@ private:
     std::optional<int> exitCode;
     std::thread collector;
     std::atomic<bool> collected{false};
+    std::atomic<bool> abandoned{false};
     // Guards the two texts.
     std::mutex mutex;
     std::condition_variable grown;
