@@ -5,9 +5,11 @@
 #include "tests/support/transport.h"
 #include "tests/support/wait_until.h"
 #include "wire/simconnect_cfg.h"
+#include "wire/simconnect_open.h"
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -16,6 +18,9 @@
 #include <vector>
 
 using PeerBytes = std::vector<std::uint8_t>;
+
+/// For peers that never answer an open.
+constexpr SimConnectOpenLimits noWait{std::chrono::milliseconds(0)};
 
 /// A listener on loopback or a pipe that knows no protocol: the test sends and reads every byte itself.
 class LoopbackPeer {

@@ -11,7 +11,7 @@
 
 namespace {
 
-ButtonConfig parsed(std::string_view text) {
+ButtonConfig parsedButtons(std::string_view text) {
     ButtonConfig config;
     std::string error = "kept";
     EXPECT_TRUE(config.parse(text, error)) << error;
@@ -21,15 +21,15 @@ ButtonConfig parsed(std::string_view text) {
 
 /// The table of one control "A" with these commands.
 ButtonConfig withCommands(const std::string& commands) {
-    return parsed(R"({"buttons":[{"name":"A","commands":)" + commands + "}]}");
+    return parsedButtons(R"({"buttons":[{"name":"A","commands":)" + commands + "}]}");
 }
 
 TEST(ButtonConfigParse, ReadsButtonsAndKnobs) {
-    const ButtonConfig config = parsed(R"({"buttons":[{"name":"AP","commands":{"PRESS":{"DEFAULT":"b"}}}],
+    const ButtonConfig config = parsedButtons(R"({"buttons":[{"name":"AP","commands":{"PRESS":{"DEFAULT":"b"}}}],
         "knobs":[{"name":"HDG","commands":{"CW":{"DEFAULT":"up"}}}]})");
     EXPECT_EQ(config.lookup("AP", "PRESS", ""), "b");
     EXPECT_EQ(config.lookup("HDG", "CW", ""), "up");
-    EXPECT_FALSE(parsed("{}").contains(""));
+    EXPECT_FALSE(parsedButtons("{}").contains(""));
 }
 
 TEST(ButtonConfigParse, RefusesADocumentByItsFirstFault) {
@@ -66,7 +66,7 @@ TEST(ButtonConfigParse, KeepsWhatItReadBeforeAFailure) {
 }
 
 TEST(ButtonConfigParse, KeepsTheOldTableUntilTheRootIsAnObject) {
-    ButtonConfig config = parsed(ConfigSamples::buttons("OLD", "PRESS", "DEFAULT", "x"));
+    ButtonConfig config = parsedButtons(ConfigSamples::buttons("OLD", "PRESS", "DEFAULT", "x"));
     std::string error;
     EXPECT_FALSE(config.parse("{", error));
     EXPECT_FALSE(config.parse("[]", error));
@@ -76,7 +76,7 @@ TEST(ButtonConfigParse, KeepsTheOldTableUntilTheRootIsAnObject) {
 }
 
 TEST(ButtonConfigParse, SkipsCommandsOfAnotherType) {
-    const ButtonConfig config = parsed(R"({"buttons":[{"name":"B","commands":"x"},{"name":"C"},
+    const ButtonConfig config = parsedButtons(R"({"buttons":[{"name":"B","commands":"x"},{"name":"C"},
         {"name":"D","commands":[]},{"name":"E","commands":{}},
         {"name":"A","commands":{"PRESS":"x","HOLD":null,"RELEASE":{"PFD":5,"MFD":["x"],"DEFAULT":"kept"}}}]})");
     for (const char* name : {"B", "C", "D"}) {
@@ -90,14 +90,14 @@ TEST(ButtonConfigParse, SkipsCommandsOfAnotherType) {
 
 TEST(ButtonConfigParse, NormalisesKeysAtEveryLevelAndKeepsTheirZeroBytes) {
     const ButtonConfig config =
-        parsed(R"({"buttons":[{"name":" nav\u0000 swap ","commands":{" pr ess\t":{" p f d ":"x"}}}]})");
+        parsedButtons(R"({"buttons":[{"name":" nav\u0000 swap ","commands":{" pr ess\t":{" p f d ":"x"}}}]})");
     EXPECT_TRUE(config.contains(std::string("NAV\0SWAP", 8)));
     EXPECT_FALSE(config.contains("NAV"));
     EXPECT_EQ(config.lookup(std::string_view(" nav\0swap", 9), "pre ss", "pfd\n"), "x");
 }
 
 TEST(ButtonConfigParse, MergesElementsOfOneName) {
-    const ButtonConfig config = parsed(R"({"buttons":[{"name":"a","commands":{"PRESS":{"PFD":"1","MFD":"2"}}},
+    const ButtonConfig config = parsedButtons(R"({"buttons":[{"name":"a","commands":{"PRESS":{"PFD":"1","MFD":"2"}}},
         {"name":"A ","commands":{"press":{"PFD":"3"},"HOLD":{"DEFAULT":"4"}}}],
         "knobs":[{"name":"A","commands":{"PRESS":{"MFD":"5"}}}]})");
     EXPECT_EQ(config.lookup("A", "PRESS", "PFD"), "3");
@@ -148,7 +148,7 @@ TEST(ButtonConfigLookup, FallsBackToTheDefaultRoleOnly) {
 TEST(ButtonConfigLookup, FindsNothingForAnEmptyNameOrAction) {
     EXPECT_EQ(withCommands(R"({"":{"DEFAULT":"x"}})").lookup("A", "", ""), "");
     for (const char* name : {"", "  "}) {
-        const ButtonConfig config = parsed(ConfigSamples::buttons(name, "PRESS", "DEFAULT", "x"));
+        const ButtonConfig config = parsedButtons(ConfigSamples::buttons(name, "PRESS", "DEFAULT", "x"));
         EXPECT_EQ(config.lookup("", "PRESS", ""), "");
         EXPECT_EQ(config.lookup(" \t", "PRESS", ""), "");
     }

@@ -10,7 +10,7 @@
 namespace {
 
 /// Path texts as the system joins them.
-std::string joined(const std::string& folder, const std::string& name) {
+std::string inFolder(const std::string& folder, const std::string& name) {
     return FileSystem::toBytes(FileSystem::fromBytes(folder) / FileSystem::fromBytes(name));
 }
 
@@ -35,13 +35,13 @@ TEST(ResolveConfigPath, StartsARelativePathFromTheFolderOfTheConfiguration) {
         std::string value;
         std::string resolved;
     } cases[] = {
-        {"folder/config.json", "b.json", joined("folder", "b.json")},
-        {"/etc/bridge/config.json", "sub/b.json", joined("/etc/bridge", "sub/b.json")},
-        {"/config.json", "b.json", joined("/", "b.json")},
-        {highBytes + "/config.json", "b.json", joined(highBytes, "b.json")},
+        {"folder/config.json", "b.json", inFolder("folder", "b.json")},
+        {"/etc/bridge/config.json", "sub/b.json", inFolder("/etc/bridge", "sub/b.json")},
+        {"/config.json", "b.json", inFolder("/", "b.json")},
+        {highBytes + "/config.json", "b.json", inFolder(highBytes, "b.json")},
         // Dots stay.
-        {"folder/config.json", "../x/./b.json", joined("folder", "../x/./b.json")},
-        {"./config.json", "b.json", joined(".", "b.json")},
+        {"folder/config.json", "../x/./b.json", inFolder("folder", "../x/./b.json")},
+        {"./config.json", "b.json", inFolder(".", "b.json")},
         {"config.json", "sub/b.json", "sub/b.json"},
         {"", "b.json", "b.json"},
         {"folder/config.json", "", ""},
@@ -67,9 +67,9 @@ TEST(AppConfigPaths, StartFromTheFolderOfTheConfiguration) {
     const TempFolder folder;
     const std::string found = folder.write("hid_event_map.json", ConfigSamples::eventMap());
     const MappingsConfig mappings = mappingsOf(folder, "\"missing.json\"");
-    EXPECT_EQ(mappings.buttonConfigPath, joined(folder.path(), "sub/b.json"));
+    EXPECT_EQ(mappings.buttonConfigPath, inFolder(folder.path(), "sub/b.json"));
     // A path of the file is never replaced by the search.
-    EXPECT_EQ(mappings.hidEventMapPath, joined(folder.path(), "missing.json"));
+    EXPECT_EQ(mappings.hidEventMapPath, inFolder(folder.path(), "missing.json"));
     for (const char* notGiven : {"\"\"", "null"}) {
         EXPECT_EQ(mappingsOf(folder, notGiven).hidEventMapPath, found) << notGiven;
     }

@@ -14,7 +14,7 @@ namespace {
 
 using Names = std::map<std::int32_t, std::string>;
 
-HidEventMap parsed(std::string_view text) {
+HidEventMap parsedMap(std::string_view text) {
     HidEventMap map;
     std::string error = "kept";
     EXPECT_TRUE(map.parse(text, error)) << error;
@@ -24,12 +24,12 @@ HidEventMap parsed(std::string_view text) {
 
 /// The control names of a map whose `control_ids` is this.
 Names controls(const std::string& controlIds) {
-    return parsed(R"({"event_types":{"button":1},"version":2,"control_ids":)" + controlIds + "}").controlIds;
+    return parsedMap(R"({"event_types":{"button":1},"version":2,"control_ids":)" + controlIds + "}").controlIds;
 }
 
 TEST(HidEventMap, MapsNumbersToNames) {
     const HidEventMap map =
-        parsed(R"({"event_types":{"button":1,"encoder":2},"control_ids":{"AP_MASTER":5,"HDG":300}})");
+        parsedMap(R"({"event_types":{"button":1,"encoder":2},"control_ids":{"AP_MASTER":5,"HDG":300}})");
     EXPECT_EQ(map.eventTypes, (Names{{1, "button"}, {2, "encoder"}}));
     EXPECT_EQ(map.controlIds, (Names{{5, "AP_MASTER"}, {300, "HDG"}}));
 }
@@ -57,7 +57,7 @@ TEST(HidEventMap, RefusesADocumentByItsFirstFault) {
 }
 
 TEST(HidEventMap, KeepsTheOldMapsUntilTheRootIsAnObject) {
-    HidEventMap map = parsed(ConfigSamples::eventMap());
+    HidEventMap map = parsedMap(ConfigSamples::eventMap());
     std::string error;
     EXPECT_FALSE(map.parse("{", error));
     EXPECT_FALSE(map.parse("[]", error));

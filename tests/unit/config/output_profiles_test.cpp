@@ -11,7 +11,7 @@
 
 namespace {
 
-JsonValue valueOf(const std::string& text) {
+JsonValue jsonOf(const std::string& text) {
     JsonParseResult result = JsonParser::parse(text);
     EXPECT_TRUE(result.ok) << result.error;
     return result.value;
@@ -36,7 +36,7 @@ TEST(BacklightParse, ReadsEveryKeyAndKeepsTheBaseForTheRest) {
         {R"({"mode":"  "})", "|1|2|3|4|5.5|"},
     };
     for (const auto& [text, expected] : cases) {
-        EXPECT_EQ(textOf(parseBacklightProfile(valueOf(text), {"BASE", 1, 2, 3, 4, 5.5})), expected) << text;
+        EXPECT_EQ(textOf(parseBacklightProfile(jsonOf(text), {"BASE", 1, 2, 3, 4, 5.5})), expected) << text;
     }
 }
 
@@ -50,7 +50,7 @@ TEST(LedEffectParse, ReadsEveryKeyAndKeepsTheBaseForTheRest) {
         {R"({"param0":3,"count":"7"})", "base|9|3|7|6|"},
     };
     for (const auto& [text, expected] : cases) {
-        EXPECT_EQ(textOf(parseLedEffect(valueOf(text), {"base", 9, 8, 7, 6})), expected) << text;
+        EXPECT_EQ(textOf(parseLedEffect(jsonOf(text), {"base", 9, 8, 7, 6})), expected) << text;
     }
 }
 
@@ -65,14 +65,14 @@ TEST(EffectName, KnowsFourNamesInAnyCaseAndSpacing) {
 
 TEST(OutputsParse, StartsFromItsDefaultsAndIgnoresWhatIsOfAnotherType) {
     for (const char* section : {"{}", R"({"profiles":[{}],"roleProfiles":"x","debounceMs":"5","defaultProfile":5})"}) {
-        const OutputsConfig outputs = parseOutputs(valueOf(section));
+        const OutputsConfig outputs = parseOutputs(jsonOf(section));
         EXPECT_EQ(outputs.debounceMs, 50);
         EXPECT_EQ(outputs.defaultProfile, "default");
         EXPECT_TRUE(outputs.profiles.empty());
         EXPECT_TRUE(outputs.roleProfiles.empty());
         EXPECT_TRUE(outputs.devices.empty());
     }
-    EXPECT_EQ(parseOutputs(valueOf(R"({"debounceMs":7})")).debounceMs, 7);
+    EXPECT_EQ(parseOutputs(jsonOf(R"({"debounceMs":7})")).debounceMs, 7);
 }
 
 TEST(OutputsParse, NormalisesRolesAndTheirProfiles) {
@@ -86,12 +86,12 @@ TEST(OutputsParse, NormalisesRolesAndTheirProfiles) {
     };
     for (const auto& [section, profiles] : cases) {
         const std::string text = std::string(R"({"roleProfiles":)") + section + "}";
-        EXPECT_EQ(parseOutputs(valueOf(text)).roleProfiles, profiles) << section;
+        EXPECT_EQ(parseOutputs(jsonOf(text)).roleProfiles, profiles) << section;
     }
 }
 
 TEST(OutputsParse, EachProfileStartsFromTheDefaults) {
-    const OutputsConfig outputs = parseOutputs(valueOf(R"({"profiles":{"a":{"backlight":{"min":5}},
+    const OutputsConfig outputs = parseOutputs(jsonOf(R"({"profiles":{"a":{"backlight":{"min":5}},
         "b":{"batteryOff":{"effect":"off"},"simDisconnected":{"count":9}},
         "c":{"backlight":5,"simDisconnected":"off","batteryOff":[]},"d":[],"e":null,"":{},"  ":{},
         "night":{"backlight":{"min":6}},"NIGHT":{"backlight":{"min":1,"max":50}}}})"));

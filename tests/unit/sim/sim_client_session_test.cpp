@@ -1,3 +1,4 @@
+#include "tests/unit/sim/session_log_lines.h"
 #include "tests/unit/sim/sim_client_session_fixture.h"
 
 namespace {
@@ -5,9 +6,6 @@ namespace {
 const std::string openCall = R"(Open("bridge", null, 0, null, 0))";
 const std::string defineCall = R"(AddToDataDefinition(h1, 1, "ELECTRICAL MASTER BATTERY:2", "Bool", 1, 0, 0xFFFFFFFF))";
 const std::string requestCall = "RequestDataOnSimObject(h1, 1, 1, 0, 3, 1, 0, 0, 0)";
-const std::string announced = "[INFO] announced up";
-const std::string announcedDown = "[INFO] announced down";
-const std::string connectedLine = "[INFO] SimConnect connected";
 
 } // namespace
 
@@ -16,7 +14,7 @@ class OpenSession : public SessionFixture {};
 TEST_F(OpenSession, AsksForTheBatteryThenAnnouncesAndLogsTheConnection) {
     EXPECT_TRUE(open());
     EXPECT_EQ(sim.calls(), (Lines{openCall, defineCall, requestCall}));
-    EXPECT_EQ(log.lines(), (Lines{announced, connectedLine}));
+    EXPECT_EQ(log.lines(), (Lines{announcedUp, connectedLine}));
     EXPECT_TRUE(session.isConnected() && session.wasEverConnected());
 }
 

@@ -3,6 +3,7 @@
 #include "tests/support/fake_host.h"
 #include "tests/support/fake_simconnect.h"
 #include "tests/support/log_capture.h"
+#include "tests/unit/sim/session_log_lines.h"
 
 #include <gtest/gtest.h>
 
@@ -13,9 +14,6 @@ namespace {
 using Lines = std::vector<std::string>;
 using Sleeps = std::vector<std::int64_t>;
 
-const std::string announcedUp = "[INFO] announced up";
-const std::string announcedDown = "[INFO] announced down";
-const std::string connectedLine = "[INFO] SimConnect connected";
 const std::string shutdownLine = "[INFO] Simulator closed; requesting application shutdown";
 const std::string quitLine = "[INFO] asked to quit";
 const std::string waitingForBoard = "[INFO] Waiting for HID device to connect";

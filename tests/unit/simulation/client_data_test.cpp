@@ -1,4 +1,5 @@
 #include "simulation/simulator/client_data_areas.h"
+#include "simulation/simulator/data_requests.h"
 #include "tests/unit/simulation/simulator_client.h"
 
 namespace {
@@ -12,11 +13,9 @@ constexpr std::uint32_t definition = 32;
 constexpr std::uint32_t request = 33;
 
 // Periods and a flag of requests.
-constexpr std::uint32_t never = 0;
-constexpr std::uint32_t once = 1;
 constexpr std::uint32_t eachFrame = 2;
 constexpr std::uint32_t onSet = 3;
-constexpr std::uint32_t changed = 1;
+constexpr std::uint32_t onlyChanges = 1;
 
 /// A client with a 4-byte definition at an offset of an area.
 class AreaClient : public SimulatorClient {
@@ -28,7 +27,7 @@ public:
         SimConnect_AddToClientDataDefinition(get(), definition, offset, 4, 0, simConnectUnused);
     }
 
-    void subscribe(std::uint32_t period = onSet, std::uint32_t flags = changed) {
+    void subscribe(std::uint32_t period = onSet, std::uint32_t flags = onlyChanges) {
         SimConnect_RequestClientData(get(), area, request, definition, period, flags, 0, 0, 0);
     }
     void set(std::uint32_t value) {
@@ -88,11 +87,11 @@ TEST_F(ClientDataTest, PeriodDecidesWhatIsDelivered) {
         Words delivered;
     };
     // The area holds 5 at the time of the request; then come 5 and 6.
-    for (const Case& one : {Case{onSet, {5, 6}}, Case{once, {5}}, Case{eachFrame, {5, 6}}}) {
+    for (const Case& one : {Case{onSet, {5, 6}}, Case{periodOnce, {5}}, Case{eachFrame, {5, 6}}}) {
         SCOPED_TRACE(one.period);
         AreaClient reader(simulator);
         reader.set(5);
-        reader.subscribe(one.period, one.period == eachFrame ? changed : 0);
+        reader.subscribe(one.period, one.period == eachFrame ? onlyChanges : 0);
         reader.set(5);
         reader.set(6);
         EXPECT_EQ(reader.received(), one.delivered);
@@ -103,7 +102,7 @@ TEST_F(ClientDataTest, NeverEndsARequestAndAnotherOfItsIdReplacesIt) {
     client.subscribe();
     client.subscribe();
     client.set(1);
-    client.subscribe(never);
+    client.subscribe(periodNever);
     client.set(2);
     EXPECT_EQ(client.received(), Words{1});
 }
@@ -177,7 +176,7 @@ TEST_F(ClientDataTest, RequestsAreRefusedWithTheirSendIdAndArgument) {
 TEST_F(ClientDataTest, DeadRequestEndsTheOneWhoseIdItTakes) {
     client.subscribe();
     SimConnect_MapClientDataNameToID(client.get(), "Nobody", area + 10);
-    SimConnect_RequestClientData(client.get(), area + 10, request, definition, onSet, changed, 0, 0, 0);
+    SimConnect_RequestClientData(client.get(), area + 10, request, definition, onSet, onlyChanges, 0, 0, 0);
     client.set(1);
     EXPECT_EQ(client.received(), Words());
 }
@@ -185,7 +184,7 @@ TEST_F(ClientDataTest, DeadRequestEndsTheOneWhoseIdItTakes) {
 TEST(ClientDataWithoutTheModule, RequestBeforeTheAreaIsMadeStaysDead) {
     RunningSimulator simulator(Transport::Tcp, {.moduleInstalled = false});
     AreaClient client(simulator);
-    for (const std::uint32_t period : {once, eachFrame, onSet}) {
+    for (const std::uint32_t period : {periodOnce, eachFrame, onSet}) {
         SimConnect_RequestClientData(client.get(), area, request + period, definition, period, 0, 0, 0, 0);
     }
     ASSERT_TRUE(client.settle());

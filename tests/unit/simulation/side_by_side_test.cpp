@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::size_t anyNumber = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t unlimited = std::numeric_limits<std::size_t>::max();
 
 ScenarioExpectation of(const std::string& text, std::size_t least = 1, std::size_t most = 1) {
     return {0, "sim", text, least, most};
@@ -52,8 +52,8 @@ TEST(Meets, NeedsAllInOrderWithinTheirCounts) {
         {{of("a", 3, 3)}, {"a", "a", "a"}, true},
         {{of("a", 3, 3)}, {"a", "a"}, false},
         {{of("a", 3, 3)}, {"a", "a", "a", "a"}, false},
-        {{of("a", 2, anyNumber), of("b")}, {"a", "a", "a", "b"}, true},
-        {{of("a", 2, anyNumber)}, {"a"}, false},
+        {{of("a", 2, unlimited), of("b")}, {"a", "a", "a", "b"}, true},
+        {{of("a", 2, unlimited)}, {"a"}, false},
         {{of("a", 0, 1), of("b")}, {"b"}, true},
         {{of("a", 0, 1), of("b")}, {"a", "b"}, true},
         {{of("a", 0, 1), of("b")}, {"a", "a", "b"}, false},
@@ -69,7 +69,7 @@ TEST(Meets, NeedsAllInOrderWithinTheirCounts) {
 TEST(ExpectationText, ShowsTheCount) {
     EXPECT_EQ(expectationText(of("a")), "a");
     EXPECT_EQ(expectationText(of("a", 3, 3)), "a x3");
-    EXPECT_EQ(expectationText(of("a", 2, anyNumber)), "a x2+");
+    EXPECT_EQ(expectationText(of("a", 2, unlimited)), "a x2+");
     EXPECT_EQ(expectationText(of("a", 0, 1)), "a x0..1");
 }
 

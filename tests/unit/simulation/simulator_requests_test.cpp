@@ -7,7 +7,7 @@
 namespace {
 
 using namespace SimConnectWire;
-namespace Exceptions = SimulatorExceptions;
+namespace ExceptionCodes = SimulatorExceptions;
 
 constexpr std::uint32_t eventEx1 = 27;
 constexpr std::uint32_t simobjectDataByType = 9;
@@ -50,7 +50,7 @@ using SystemState = SimulatorRequests;
 using SimulatorVariables = SimulatorRequests;
 
 TEST_F(SimulatorEvents, UnknownNameIsRefusedUnlessItIsCustomOrANumber) {
-    client.expectRefusalByName(mapClientEventToSimEventRequest, 1, "AP_MASTR", Exceptions::nameUnrecognized, 2);
+    client.expectRefusalByName(mapClientEventToSimEventRequest, 1, "AP_MASTR", ExceptionCodes::nameUnrecognized, 2);
     client.requestByName(mapClientEventToSimEventRequest, 1, "MobiFlight.AP_MASTR");
     client.requestByName(mapClientEventToSimEventRequest, 2, "#65752");
     client.requestByName(mapClientEventToSimEventRequest, 3, "");
@@ -95,18 +95,19 @@ TEST_F(SimulatorEvents, PrivateOnesReachNobody) {
 }
 
 TEST_F(SimulatorEvents, GroupRequestsAreRefusedWithTheirArgument) {
-    client.expectRefusal(addClientEventToNotificationGroupRequest, {group, event, 0}, Exceptions::unrecognizedId, 2);
+    client.expectRefusal(addClientEventToNotificationGroupRequest, {group, event, 0}, ExceptionCodes::unrecognizedId,
+                         2);
     for (const std::uint32_t type : {removeClientEventRequest, setNotificationGroupPriorityRequest,
                                      clearNotificationGroupRequest, requestNotificationGroupRequest}) {
-        client.expectRefusal(type, {group, event, 0}, Exceptions::unrecognizedId, 1);
+        client.expectRefusal(type, {group, event, 0}, ExceptionCodes::unrecognizedId, 1);
     }
     listen(client, "AP_MASTER");
     client.request(requestNotificationGroupRequest, {group, 0, 0});
-    client.expectRefusal(removeClientEventRequest, {group, 99}, Exceptions::unrecognizedId, 2);
+    client.expectRefusal(removeClientEventRequest, {group, 99}, ExceptionCodes::unrecognizedId, 2);
     for (std::uint32_t number = 100; number < 119; ++number) {
         client.request(addClientEventToNotificationGroupRequest, {number, event, 0});
     }
-    client.expectRefusal(addClientEventToNotificationGroupRequest, {200, event, 0}, Exceptions::tooManyGroups, 1);
+    client.expectRefusal(addClientEventToNotificationGroupRequest, {200, event, 0}, ExceptionCodes::tooManyGroups, 1);
 }
 
 TEST_F(SystemEvents, StateIsSentAtOnce) {
@@ -122,14 +123,14 @@ TEST_F(SystemEvents, StateIsSentAtOnce) {
 }
 
 TEST_F(SystemEvents, RequestsAreRefusedWithTheirArgument) {
-    client.expectRefusalByName(subscribeToSystemEventRequest, 1, "NoSuchEvent", Exceptions::nameUnrecognized, 2);
+    client.expectRefusalByName(subscribeToSystemEventRequest, 1, "NoSuchEvent", ExceptionCodes::nameUnrecognized, 2);
     // There are no frames here.
-    client.expectRefusalByName(subscribeToSystemEventRequest, 1, "Frame", Exceptions::error, 2);
-    client.expectRefusal(unsubscribeFromSystemEventRequest, {1}, Exceptions::unrecognizedId, 1);
-    client.expectRefusal(setSystemEventStateRequest, {1, 0}, Exceptions::unrecognizedId, 1);
+    client.expectRefusalByName(subscribeToSystemEventRequest, 1, "Frame", ExceptionCodes::error, 2);
+    client.expectRefusal(unsubscribeFromSystemEventRequest, {1}, ExceptionCodes::unrecognizedId, 1);
+    client.expectRefusal(setSystemEventStateRequest, {1, 0}, ExceptionCodes::unrecognizedId, 1);
     client.requestByName(subscribeToSystemEventRequest, 1, "SimStop");
-    client.expectRefusal(setSystemEventStateRequest, {1, 2}, Exceptions::invalidEnum, 2);
-    client.expectRefusalByName(mapClientEventToSimEventRequest, 1, "AP_MASTER", Exceptions::eventIdDuplicate, 1);
+    client.expectRefusal(setSystemEventStateRequest, {1, 2}, ExceptionCodes::invalidEnum, 2);
+    client.expectRefusalByName(mapClientEventToSimEventRequest, 1, "AP_MASTER", ExceptionCodes::eventIdDuplicate, 1);
 }
 
 TEST_F(SystemState, IsAnswered) {
@@ -140,7 +141,7 @@ TEST_F(SystemState, IsAnswered) {
     client.requestByName(requestSystemStateRequest, 8, "FlightLoaded");
     const PeerBytes answer = client.next();
     EXPECT_EQ(std::string(reinterpret_cast<const char*>(&answer.at(24))), "Virtual.flt");
-    client.expectRefusalByName(requestSystemStateRequest, 9, "NoSuchState", Exceptions::nameUnrecognized, 2);
+    client.expectRefusalByName(requestSystemStateRequest, 9, "NoSuchState", ExceptionCodes::nameUnrecognized, 2);
 }
 
 TEST_F(SimulatorVariables, AreTaggedOnRequest) {
@@ -156,10 +157,10 @@ TEST_F(SimulatorVariables, CanBeRequestedByTheKindOfObject) {
     defineBattery(client, 1, 0);
     client.request(requestDataOnSimObjectTypeRequest, {2, 1, 0, 0});
     client.expect(simobjectDataByType, {2, 1, 1, 0, 1, 1, 1, 0});
-    client.expectRefusal(requestDataOnSimObjectTypeRequest, {2, 9, 0, 0}, Exceptions::unrecognizedId, 2);
+    client.expectRefusal(requestDataOnSimObjectTypeRequest, {2, 9, 0, 0}, ExceptionCodes::unrecognizedId, 2);
     // No boats here.
-    client.expectRefusal(requestDataOnSimObjectTypeRequest, {2, 1, 0, 4}, Exceptions::error, 4);
-    client.expectRefusal(requestDataOnSimObjectTypeRequest, {2, 1, 0, 6}, Exceptions::invalidEnum, 4);
+    client.expectRefusal(requestDataOnSimObjectTypeRequest, {2, 1, 0, 4}, ExceptionCodes::error, 4);
+    client.expectRefusal(requestDataOnSimObjectTypeRequest, {2, 1, 0, 6}, ExceptionCodes::invalidEnum, 4);
 }
 
 TEST_F(SimulatorVariables, CanBeSet) {
@@ -171,23 +172,23 @@ TEST_F(SimulatorVariables, CanBeSet) {
     // Tagged.
     client.request(setDataOnSimObjectRequest, {1, 0, 1, 1, 8, 70, 0});
     client.expect(simConnectRecvSimobjectData, {2, 0, 1, 1, 1, 1, 1, 0});
-    client.expectRefusal(setDataOnSimObjectRequest, {9, 0, 0, 0, 4, 1}, Exceptions::unrecognizedId, 1);
-    client.expectRefusal(setDataOnSimObjectRequest, {1, 9, 0, 0, 4, 1}, Exceptions::unrecognizedId, 2);
-    client.expectRefusal(setDataOnSimObjectRequest, {1, 0, 0, 2, 4, 1, 1}, Exceptions::invalidArray, 4);
-    client.expectRefusal(setDataOnSimObjectRequest, {1, 0, 0, 0, 5, 1}, Exceptions::sizeMismatch, 5);
-    client.expectRefusal(setDataOnSimObjectRequest, {1, 0, 1, 0, 8, 71, 1}, Exceptions::datumId, 6);
+    client.expectRefusal(setDataOnSimObjectRequest, {9, 0, 0, 0, 4, 1}, ExceptionCodes::unrecognizedId, 1);
+    client.expectRefusal(setDataOnSimObjectRequest, {1, 9, 0, 0, 4, 1}, ExceptionCodes::unrecognizedId, 2);
+    client.expectRefusal(setDataOnSimObjectRequest, {1, 0, 0, 2, 4, 1, 1}, ExceptionCodes::invalidArray, 4);
+    client.expectRefusal(setDataOnSimObjectRequest, {1, 0, 0, 0, 5, 1}, ExceptionCodes::sizeMismatch, 5);
+    client.expectRefusal(setDataOnSimObjectRequest, {1, 0, 1, 0, 8, 71, 1}, ExceptionCodes::datumId, 6);
 }
 
 TEST_F(SimulatorRequests, AreaIsCreatedOnceByTheNameOfAnId) {
-    client.expectRefusal(createClientDataRequest, {7, 4, 0}, Exceptions::unrecognizedId, 1);
+    client.expectRefusal(createClientDataRequest, {7, 4, 0}, ExceptionCodes::unrecognizedId, 1);
     PeerBytes named(nameFieldSize);
     std::ranges::copy(std::string_view("Own"), named.begin());
     const PeerBytes id = wireWords({7});
     named.insert(named.end(), id.begin(), id.end());
     client.request(mapClientDataNameToIdRequest, named);
-    client.expectRefusal(createClientDataRequest, {7, 0, 0}, Exceptions::invalidDataSize, 2);
+    client.expectRefusal(createClientDataRequest, {7, 0, 0}, ExceptionCodes::invalidDataSize, 2);
     client.request(createClientDataRequest, {7, 4, 0});
-    client.expectRefusal(createClientDataRequest, {7, 4, 0}, Exceptions::alreadyCreated, 1);
+    client.expectRefusal(createClientDataRequest, {7, 4, 0}, ExceptionCodes::alreadyCreated, 1);
 }
 
 } // namespace

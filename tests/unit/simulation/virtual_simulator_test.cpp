@@ -1,5 +1,6 @@
 #include "simulation/simulator/virtual_simulator.h"
 
+#include "simulation/simulator/data_requests.h"
 #include "tests/support/loopback_peer.h"
 #include "tests/unit/simulation/simulator_client.h"
 
@@ -13,8 +14,6 @@ using Words = std::vector<std::uint32_t>;
 
 constexpr const char* battery = "Electrical Master Battery:2";
 constexpr std::uint32_t everyFrame = 3;
-constexpr std::uint32_t once = 1;
-constexpr std::uint32_t never = 0;
 
 class VirtualSimulatorTest : public testing::Test {
 protected:
@@ -120,7 +119,7 @@ TEST_F(VirtualSimulatorTest, BatteryIsSentInTheRequestedType) {
     for (std::uint32_t type = 1; type <= 4; ++type) {
         SimulatorClient reader(simulator);
         defineBattery(reader, type);
-        requestBattery(reader, 1, once);
+        requestBattery(reader, 1, periodOnce);
         ASSERT_TRUE(reader.waitFor(simConnectRecvSimobjectData));
         const auto message = reader.messagesOf(simConnectRecvSimobjectData).front();
         EXPECT_EQ(PeerBytes(message.begin() + 40, message.end()), payloads[type - 1]) << type;
@@ -130,8 +129,8 @@ TEST_F(VirtualSimulatorTest, BatteryIsSentInTheRequestedType) {
 TEST_F(VirtualSimulatorTest, PeriodOnceSendsOnceAndNeverEndsARequest) {
     defineBattery(client);
     requestBattery(client, 1, everyFrame);
-    requestBattery(client, 2, once);
-    requestBattery(client, 1, never);
+    requestBattery(client, 2, periodOnce);
+    requestBattery(client, 1, periodNever);
     ASSERT_TRUE(client.settle());
     simulator.setBattery(true);
     ASSERT_TRUE(client.settle());

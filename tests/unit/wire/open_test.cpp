@@ -23,7 +23,6 @@ using SimConnectWire::Bytes;
 
 /// A wait that the peer must end: a test whose peer doesn't hangs until it is killed.
 constexpr std::chrono::milliseconds endless = std::chrono::hours(1);
-constexpr SimConnectOpenLimits noWait{std::chrono::milliseconds(0)};
 constexpr SimConnectOpenLimits longWait{endless};
 
 constexpr std::size_t openSize = 296;

@@ -15,9 +15,6 @@
 
 namespace {
 
-// Of peers that never answer.
-constexpr SimConnectOpenLimits noWait{std::chrono::milliseconds(0)};
-
 class SimConnectApi : public testing::TestWithParam<Transport> {
 protected:
     void SetUp() override {

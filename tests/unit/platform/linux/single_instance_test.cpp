@@ -9,7 +9,7 @@
 
 namespace {
 
-std::string uniqueName() {
+std::string uniqueLockName() {
     std::random_device random;
     return "bridge-test-" + std::to_string(random()) + "-" + std::to_string(random());
 }
@@ -27,20 +27,20 @@ SingleInstance takeElsewhere(const std::string& name) {
 }
 
 TEST(SingleInstanceOnLinux, IsTakenForOtherProcessesToo) {
-    const std::string name = uniqueName();
+    const std::string name = uniqueLockName();
     EXPECT_EQ(takeSingleInstance(name), SingleInstance::Acquired);
     EXPECT_EQ(takeElsewhere(name), SingleInstance::AlreadyRunning);
 }
 
 TEST(SingleInstanceOnLinux, GoesWithTheProcessThatTookIt) {
-    const std::string name = uniqueName();
+    const std::string name = uniqueLockName();
     EXPECT_EQ(takeElsewhere(name), SingleInstance::Acquired);
     EXPECT_EQ(takeSingleInstance(name), SingleInstance::Acquired);
 }
 
 TEST(SingleInstanceOnLinux, LongestNameThatFitsIsTakenAsAWhole) {
     const std::string user = "." + std::to_string(getuid());
-    std::string name = uniqueName();
+    std::string name = uniqueLockName();
     name.resize(107 - user.size(), 'x');
     EXPECT_EQ(takeSingleInstance(name), SingleInstance::Acquired);
     EXPECT_EQ(takeSingleInstance(name.substr(1)), SingleInstance::Acquired);
