@@ -3,6 +3,9 @@
 #include "platform/windows/hid_api.h"
 #include "platform/windows/wide_text.h"
 
+#include <cstddef>
+#include <deque>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -10,13 +13,27 @@ namespace {
 /// The driver's maximum. By default it keeps 32, which a fast knob can fill while the reader writes trace lines.
 constexpr ULONG mostKeptReports = 512;
 
+/// Keeps the memory of the latest readers. Nothing reports the end of the last of several reads on one record, so age
+/// decides: by the time that this many readers have come and gone, the system has let go.
+void retire(std::shared_ptr<HidReadMemory> memory) {
+    constexpr std::size_t mostRetired = 64;
+    static std::mutex mutex;
+    static std::deque<std::shared_ptr<HidReadMemory>> retired;
+    const std::lock_guard lock(mutex);
+    retired.push_back(std::move(memory));
+    if (retired.size() > mostRetired) {
+        retired.pop_front();
+    }
+}
+
 } // namespace
 
 HidRead::HidRead() : event(CreateEventA(nullptr, TRUE, FALSE, nullptr)) {
-    overlapped.hEvent = event;
+    memory->overlapped.hEvent = event;
 }
 
 HidRead::~HidRead() {
+    retire(std::move(memory));
     if (event != nullptr) {
         CloseHandle(event);
     }
@@ -66,7 +83,8 @@ HidDevice::Issue HidDevice::issueRead(HidRead& read, DWORD& count) {
         return Issue::Failure;
     }
     ResetEvent(read.event);
-    if (ReadFile(handle, read.buffer.data(), static_cast<DWORD>(read.buffer.size()), &count, &read.overlapped)) {
+    HidReadMemory& memory = *read.memory;
+    if (ReadFile(handle, memory.buffer.data(), static_cast<DWORD>(memory.buffer.size()), &count, &memory.overlapped)) {
         return Issue::Complete;
     }
     return GetLastError() == ERROR_IO_PENDING ? Issue::Pending : Issue::Failure;
@@ -78,17 +96,17 @@ HidReadResult HidDevice::waitForRead(HidRead& read, std::chrono::milliseconds li
         return {HidReadStatus::Timeout, {}};
     }
     DWORD count = 0;
-    if (wait != WAIT_OBJECT_0 || !GetOverlappedResult(handle, &read.overlapped, &count, FALSE)) {
+    if (wait != WAIT_OBJECT_0 || !GetOverlappedResult(handle, &read.memory->overlapped, &count, FALSE)) {
         return {};
     }
-    return {HidReadStatus::Data, std::span(read.buffer).first(count)};
+    return {HidReadStatus::Data, std::span(read.memory->buffer).first(count)};
 }
 
 HidReadResult HidDevice::read(HidRead& read, std::chrono::milliseconds limit) {
     DWORD count = 0;
     switch (issueRead(read, count)) {
     case Issue::Complete:
-        return {HidReadStatus::Data, std::span(read.buffer).first(count)};
+        return {HidReadStatus::Data, std::span(read.memory->buffer).first(count)};
     case Issue::Pending:
         return waitForRead(read, limit);
     case Issue::Failure:

@@ -10,7 +10,15 @@
 #include <mutex>
 #include <string>
 
-/// What a reader's pending reads write to.
+/// What the system writes to when a pending read ends.
+struct HidReadMemory {
+    OVERLAPPED overlapped{};
+    /// The longest report of a board.
+    std::array<std::uint8_t, hidReportSize> buffer{};
+};
+
+/// A reader's reads. All that are pending share one record of memory. It outlives this object by many others of its
+/// kind: under Wine the end of a cancelled read may be written by another thread, after the handle was closed.
 struct HidRead {
     HidRead();
     ~HidRead();
@@ -18,9 +26,7 @@ struct HidRead {
     HidRead& operator=(const HidRead&) = delete;
 
     HANDLE event = nullptr;
-    OVERLAPPED overlapped{};
-    /// The longest report of a board.
-    std::array<std::uint8_t, hidReportSize> buffer{};
+    std::shared_ptr<HidReadMemory> memory = std::make_shared<HidReadMemory>();
     /// `readSinglePending` has left a read pending.
     bool isPending = false;
 };

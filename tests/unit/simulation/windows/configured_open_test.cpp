@@ -37,8 +37,8 @@ public:
         address.sin6_family = AF_INET6;
         address.sin6_port = htons(port);
         address.sin6_addr = in6addr_loopback;
-        EXPECT_EQ(bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-        EXPECT_EQ(listen(listener, 1), 0);
+        EXPECT_EQ(::bind(listener, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        EXPECT_EQ(::listen(listener, 1), 0);
     }
     ~Ipv6Listener() { closesocket(listener); }
     Ipv6Listener(const Ipv6Listener&) = delete;
