@@ -200,8 +200,7 @@ int runReplay(const CockpitOptions& options, std::ostream& screen) {
     const HidLog log = parseHidLog(text);
     printProblems(options.replayLog, log, screen);
     if (log.reports.empty()) {
-        screen << options.replayLog
-               << ": no report of a board stands in it; the log of a run with --hid-trace has some\n";
+        screen << options.replayLog << ": it has no report of a board; the log of a run with --hid-trace has some\n";
         return 1;
     }
     screen << options.replayLog << ": " << log.reports.size() << " reports of " << log.devices.size()

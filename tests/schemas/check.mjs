@@ -118,7 +118,7 @@ function resolved(node) {
 function checkDefaults() {
   const said = new Map(execFileSync(verdictProgram, ['defaults'], {encoding: 'utf8'}).replace(/\n$/, '').split('\n').map(
       (line) => [line.slice(0, line.indexOf(' ')), line.slice(line.indexOf(' ') + 1)]));
-  check('config: the program tells its defaults', said.size > 30 ? '' : `only ${said.size}`);
+  check('config: the program prints its defaults', said.size > 30 ? '' : `only ${said.size}`);
   const defs = schemas.config.$defs;
   for (const [path, value] of said) {
     const [section, key] = path.split('.');

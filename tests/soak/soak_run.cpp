@@ -152,7 +152,7 @@ void SoakRun::playFaults() {
 
 void SoakRun::loseSession(std::size_t count) {
     simulator.dropSessions();
-    // No client hears an answer that equals the last one, such as a confirmation. In a cockpit with other clients,
+    // No client gets an answer that equals the last one, such as a confirmation. In a cockpit with other clients,
     // their answers come between.
     simulator.respond("MF.Pong");
     require(simulator.waitForText(SimulatorRecordKind::Command, lastHandshakeCommand, count, patience),

@@ -12,7 +12,7 @@
 #include <system_error>
 
 /// A process and its surroundings in memory: sleeps that a test can hold and let go, a clock that it can set, a process
-/// list, threads that can be refused. Usable from any thread. It must outlive whoever got its record.
+/// list, threads that can be refused. Usable from any thread. It must outlive the users of its record.
 ///
 /// Sleeps return after at most one millisecond at first. After `holdSleeps` each of them lasts until the test ends it,
 /// so that a worker can be walked from sleep to sleep: `waitForSleep` says that it has come to one, and `endSleep`

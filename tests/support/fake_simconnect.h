@@ -33,7 +33,7 @@ enum class SimCall {
 /// The simulator's client library in memory. It writes down every call with all its arguments, gives the results that
 /// the test has scripted (success otherwise), and delivers the test's messages from the next dispatch. Sessions are h1,
 /// h2, … in the order of their opens; a call on a closed one fails as with the real library. Usable from any thread. It
-/// must outlive whoever got its record.
+/// must outlive the users of its record.
 class FakeSimConnect {
 public:
     using Bytes = std::vector<std::uint8_t>;
@@ -80,9 +80,9 @@ public:
     }
 
     /// Called in every call, on the caller's thread, once the call is written down; may throw or wait.
-    void setHook(std::function<void(SimCall)> newHook) {
+    void setHook(std::function<void(SimCall)> hook) {
         const std::lock_guard lock(mutex);
-        hook = std::move(newHook);
+        this->hook = std::move(hook);
     }
 
     // Messages, whole or by kind. The next dispatch on an open session hands them over in order; they go with it.

@@ -4,7 +4,7 @@
 
 #include <atomic>
 
-/// Holds up whoever comes to it until it is opened.
+/// Blocks each thread that comes to it until it is opened.
 class Gate {
 public:
     void pass() {

@@ -36,14 +36,14 @@ protected:
     }
 
     /// Listens as a page does, until `text` comes; false after the limit.
-    bool hears(const std::string& text) {
+    bool receives(const std::string& text) {
         const auto end = std::chrono::steady_clock::now() + ChildProcess::defaultLimit;
-        std::string heard;
+        std::string received;
         page->Get("/api/events", token, [&](const char* piece, std::size_t length) {
-            heard.append(piece, length);
-            return heard.find(text) == std::string::npos && std::chrono::steady_clock::now() < end;
+            received.append(piece, length);
+            return received.find(text) == std::string::npos && std::chrono::steady_clock::now() < end;
         });
-        return heard.find(text) != std::string::npos;
+        return received.find(text) != std::string::npos;
     }
 
     bool act(const std::string& action) {
@@ -61,10 +61,10 @@ protected:
 TEST_F(LinuxCockpit, TakesThisMachinesBoardsToItsOwnSimulator) {
     UhidBoard& board = plugBoard(model());
     ASSERT_NO_FATAL_FAILURE(startCockpit("--real-boards"));
-    ASSERT_TRUE(hears("MobiFlight client registered"));
+    ASSERT_TRUE(receives("MobiFlight client registered"));
     EXPECT_TRUE(waitForReport(board, reportOf({0x11, 1})));
     board.panel.press(commandButton);
-    EXPECT_TRUE(hears("rpn (>H:BUTTON_PRESS)"));
+    EXPECT_TRUE(receives("rpn (>H:BUTTON_PRESS)"));
     ASSERT_TRUE(act(R"({"do": "sim", "command": "battery off"})"));
     EXPECT_TRUE(waitForReport(board, reportOf({0x10, 2, 0, 5, 0xE8, 0x03, 50})));
 }
@@ -72,8 +72,8 @@ TEST_F(LinuxCockpit, TakesThisMachinesBoardsToItsOwnSimulator) {
 TEST_F(LinuxCockpit, TakesItsOwnBoardsToThisMachinesSimulator) {
     startSimulator();
     ASSERT_NO_FATAL_FAILURE(startCockpit("--real-simulator"));
-    ASSERT_TRUE(hears("MobiFlight client registered"));
-    EXPECT_TRUE(hears("\"connected\": true"));
+    ASSERT_TRUE(receives("MobiFlight client registered"));
+    EXPECT_TRUE(receives("\"connected\": true"));
     ASSERT_TRUE(act(R"({"do": "press", "board": "PFD", "control": 20})"));
     EXPECT_TRUE(simulator->waitFor(SimulatorRecordKind::Executed, buttonCommand));
 }

@@ -69,7 +69,7 @@ TEST_F(Session, ThatIsDroppedIsOpenedAnew) {
     EXPECT_EQ(bridge->countInLog("built-in SimConnect client"), onItsOwn ? 1U : 0U);
 }
 
-TEST_F(Session, EndsInOrderWhileTheSimulatorStandsStill) {
+TEST_F(Session, EndsInOrderWhileTheSimulatorHangs) {
     ASSERT_NO_FATAL_FAILURE(startSession());
     simulator->command("stall on");
     boards[0]->panel.press(commandButton);

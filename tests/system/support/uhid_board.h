@@ -29,7 +29,7 @@ public:
     /// Sends its input reports, for a host that doesn't take them as fast as they come; null sends them at once. Set
     /// before the board's user does anything.
     using Pace = std::function<void(const std::function<void()>& send)>;
-    void setPace(Pace newPace) { pace = std::move(newPace); }
+    void setPace(Pace pace) { this->pace = std::move(pace); }
 
     /// The firmware: what its user does, what it received.
     VirtualBoard panel;

@@ -17,7 +17,7 @@ protected:
         ASSERT_TRUE(controller->start(error)) << error;
         // The first light and the registration reach the feed in either order.
         ASSERT_TRUE(cameUp("MF.SimVars.Add.") && cameUp(R"("text": "steady 80"})"));
-        heard.clear();
+        received.clear();
     }
 
     bool act(const std::string& action) {
@@ -31,7 +31,7 @@ protected:
     bool comes(const std::string& text) {
         const bool came = cameUp(text);
         if (came) {
-            heard.erase(0, heard.find(text) + text.size());
+            received.erase(0, received.find(text) + text.size());
         }
         return came;
     }
@@ -41,8 +41,8 @@ protected:
         const auto found = [&] {
             std::string events;
             controller->feed().next(cursor, std::chrono::milliseconds(0), events);
-            heard += events;
-            return heard.find(text) != std::string::npos;
+            received += events;
+            return received.find(text) != std::string::npos;
         };
         return waitUntil(found, std::chrono::seconds(60));
     }
@@ -50,7 +50,7 @@ protected:
     CockpitConfiguration configuration;
     std::optional<CockpitController> controller;
     EventFeed::Cursor cursor;
-    std::string heard;
+    std::string received;
     std::string failure;
 };
 

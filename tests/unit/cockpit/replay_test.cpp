@@ -92,7 +92,7 @@ TEST_F(ReplayTest, PlaysMoreReportsThanABoardKeeps) {
 
 TEST_F(ReplayTest, RefusesALogWithoutReportsAndFilesThatCannotBeRead) {
     EXPECT_EQ(replay("2026-01-31 12:00:00 [INFO] Application run loop started\n"), 1);
-    expectOutput({"no report of a board stands in it"});
+    expectOutput({"it has no report of a board"});
     EXPECT_EQ(replay(pressLine(0), folder.path("absent.json")), 1);
     expectOutput({"absent.json: "});
     CockpitOptions options;

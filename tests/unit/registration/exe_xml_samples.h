@@ -6,7 +6,7 @@
 
 namespace Samples {
 
-/// What stands in front of the entries.
+/// What comes before the entries.
 inline const std::string head = "<?xml version=\"1.0\" encoding=\"Windows-1252\"?>\r\n"
                                 "<SimBase.Document Type=\"SimConnect\" version=\"1,0\">\r\n"
                                 "    <Descr>SimConnect</Descr>\r\n"
@@ -16,7 +16,7 @@ inline const std::string head = "<?xml version=\"1.0\" encoding=\"Windows-1252\"
 
 inline const std::string tail = "</SimBase.Document>\r\n";
 
-/// An entry of another program, of that name as it stands in the file.
+/// An entry of another program, with that name as the file writes it.
 inline std::string entryOf(const std::string& name) {
     return std::string("    <Launch.Addon>\r\n        <Name>")
         .append(name)

@@ -25,7 +25,7 @@ protected:
         module.start();
     }
 
-    /// What is heard while `client` writes a command through a definition of 256 bytes.
+    /// What arrives while `client` writes a command through a definition of 256 bytes.
     Texts command(std::string_view text, const std::string& client = "MobiFlight") {
         areas.write(
             client + ".Command",
@@ -34,13 +34,13 @@ protected:
                 std::copy(text.begin(), text.end(), bytes.begin());
             },
             1);
-        return std::exchange(heard, {});
+        return std::exchange(received, {});
     }
-    /// What is heard while a local variable is set.
+    /// What arrives while a local variable is set.
     Texts set(std::string_view name, double value) {
         variables.setLocal(name, value);
         module.variablesChanged();
-        return std::exchange(heard, {});
+        return std::exchange(received, {});
     }
     Texts recorded(Kind kind) const {
         Texts texts;
@@ -56,21 +56,21 @@ protected:
     VariableValues variables;
     SimulatorRecords records;
     MobiFlightModule module{areas, variables, records};
-    Texts heard;
+    Texts received;
     int valueWrites = 0;
 
 private:
-    /// An answer is heard as its text, a value as its place and number; those of other clients with the area's name.
+    /// An answer is noted as its text, a value as its place and number; those of other clients with the area's name.
     void note(const ClientDataArea& area, std::span<const std::uint8_t> before) {
         const std::string sender = area.name.starts_with("MobiFlight.") ? "" : area.name + ": ";
         if (area.name.ends_with(".Response") && !std::ranges::equal(area.bytes, before)) {
-            heard.push_back(sender + reinterpret_cast<const char*>(area.bytes.data()));
+            received.push_back(sender + reinterpret_cast<const char*>(area.bytes.data()));
         }
         valueWrites += area.name.ends_with(".LVars") ? 1 : 0;
         for (std::size_t place = 0; area.name.ends_with(".LVars") && place < area.bytes.size(); place += 4) {
             if (!std::ranges::equal(before.subspan(place, 4), std::span(area.bytes).subspan(place, 4))) {
                 const auto value = std::bit_cast<float>(MessageLog::wordOf(area.bytes, place));
-                heard.push_back(sender + std::to_string(place / 4) + "=" + std::to_string(value).substr(0, 3));
+                received.push_back(sender + std::to_string(place / 4) + "=" + std::to_string(value).substr(0, 3));
             }
         }
     }
@@ -94,10 +94,10 @@ TEST_F(MobiFlightModuleTest, IdenticalCommandIsNotSeenWithoutADummyBetween) {
     EXPECT_EQ(recorded(Kind::Unchanged), Texts{set});
 }
 
-TEST_F(MobiFlightModuleTest, AnswersSettingDecidesWhichRegistrationsAreHeard) {
+TEST_F(MobiFlightModuleTest, AnswersSettingDecidesWhichRegistrationsArrive) {
     struct Case {
         ModuleAnswers answers;
-        std::array<bool, 3> heard;
+        std::array<bool, 3> received;
     };
     // The first registration of a client creates it.
     for (const auto& [answers, heardInTurn] :
@@ -114,7 +114,7 @@ TEST_F(MobiFlightModuleTest, AnswersSettingDecidesWhichRegistrationsAreHeard) {
     }
 }
 
-TEST_F(MobiFlightModuleTest, DifferentAnswersAreAllHeard) {
+TEST_F(MobiFlightModuleTest, DifferentAnswersAllArrive) {
     module.setAnswers(ModuleAnswers::Different);
     // More than a byte can count.
     for (int i = 0; i < 300; ++i) {
@@ -236,10 +236,10 @@ TEST_F(MobiFlightModuleTest, StoppedModuleLeavesItsAreasAndForgetsItsClients) {
 TEST_F(MobiFlightModuleTest, StartWritesTheVariablesNamesOnce) {
     set("A", 1);
     module.start();
-    EXPECT_TRUE(heard.empty()) << "it runs already";
+    EXPECT_TRUE(received.empty()) << "it runs already";
     module.stop();
     module.start();
-    EXPECT_EQ(heard, Texts{"A"});
+    EXPECT_EQ(received, Texts{"A"});
 }
 
 TEST_F(MobiFlightModuleTest, TakesAnAreaAsItIsThatAClientMadeBefore) {

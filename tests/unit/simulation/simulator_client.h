@@ -65,7 +65,7 @@ public:
             return messagesOf(messageId).size() >= count;
         });
     }
-    /// Dispatches until the link's end is told.
+    /// Dispatches until the link's end is reported.
     bool waitForLoss() {
         return waitUntil([&] { return dispatch() == simConnectRemoteDisconnect; });
     }

@@ -73,7 +73,7 @@ TEST_F(SimulatorEvents, ReachNoClientThatHasStoppedListening) {
     client.requestByName(mapClientEventToSimEventRequest, event, "AP_MASTER");
     fire(client);
     client.request(addClientEventToNotificationGroupRequest, {group, event, 0});
-    // Without a priority the group hears nothing.
+    // Without a priority the group gets nothing.
     fire(client);
     client.expectNothing();
     client.request(setNotificationGroupPriorityRequest, {group, 1});

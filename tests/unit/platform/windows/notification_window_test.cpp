@@ -58,7 +58,7 @@ TEST_F(NotificationWindow, EverythingElseIsNoChange) {
     EXPECT_EQ(changes, 0);
 }
 
-TEST_F(NotificationWindow, WindowOfTheClassWithoutAnOwnerHearsNothing) {
+TEST_F(NotificationWindow, WindowOfTheClassWithoutAnOwnerGetsNothing) {
     const HWND other = CreateWindowExA(0, className, "other", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
                                        GetModuleHandleA(nullptr), nullptr);
     ASSERT_NE(other, nullptr);
