@@ -5,7 +5,8 @@ usage: check-layers.py
 
 A layer is a folder with a line such as `bridge_layer(hid ON platform logging)` in CMakeLists.txt, or
 `simulation_layer(rig ON boards bridge-app)` in simulation/CMakeLists.txt. Its sources must include all of the layers
-after ON, and no others. Prints each difference; without any, succeeds silently.
+after ON, and no others; the table of folders in docs/architecture.md names the same ones. Prints each difference;
+without any, succeeds silently.
 """
 
 import pathlib
@@ -14,6 +15,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 LINE = re.compile(r"^(?:bridge|simulation)_layer\(([^)]*)\)", re.MULTILINE)
+ROW = re.compile(r"^\| `(?:src|simulation)/(\w+)` \|.*\| ([^|]*)\|$", re.MULTILINE)
 INCLUDE = re.compile(r'^\s*#\s*include "([^"]+)"', re.MULTILINE)
 
 # A header that others may include without the rest of its layer: the C functions that src/wire defines.
@@ -71,10 +73,18 @@ def differences(layer, names):
         yield f"CMake links {layer.name} to {name}, but {layer.folder.relative_to(ROOT)} includes nothing of it"
 
 
+def page_differences(found):
+    page = (ROOT / "docs/architecture.md").read_text()
+    stated = {name: set(filter(None, words.strip().split(", "))) for name, words in ROW.findall(page)}
+    for layer in found:
+        if stated.get(layer.name, set()) != layer.linked:
+            yield f"docs/architecture.md should say that {layer.name} depends on: {', '.join(sorted(layer.linked))}"
+
+
 def main():
     found = layers()
     names = {layer.name for layer in found}
-    lines = [line for layer in found for line in differences(layer, names)]
+    lines = [line for layer in found for line in differences(layer, names)] + list(page_differences(found))
     print("\n".join(lines), end="\n" if lines else "")
     return 1 if lines or not found else 0
 

@@ -1,6 +1,6 @@
-"""Holds the documents against the sources: every message a user can meet is explained, and nothing is explained that
-isn't said any more; every key of the schemas is told; the report descriptor is the tested one; links lead somewhere;
-examples are JSON.
+"""Compares the pages with the sources: every message a user can meet is explained, and no message that is gone; every
+key of the schemas is described; the report descriptor is the tested one; members that architecture.md names exist; links
+lead somewhere; examples are JSON.
 
 Usage: check_docs.py ROOT
 """
@@ -10,12 +10,12 @@ import pathlib
 import re
 import sys
 
-# Fewer than this found means that the search is broken, and not that the program has fallen silent.
+# Fewer than this found means that the search is broken, not that the program logs nothing.
 FEWEST_LOG_CALLS = 40
 FEWEST_TEXTS = 90
 FEWEST_KEYS = 40
 
-# Texts in the sources that aren't messages: where they stand, and why.
+# Texts in the sources that aren't messages: where they are, and why.
 NOT_MESSAGES = [
     (r"app/registration_commands\.cpp", r'^--config "$', "an option that is written into a file"),
     (r"registration/exe_xml_", r"[<>]", "lines of a file that the program writes"),
@@ -23,7 +23,7 @@ NOT_MESSAGES = [
     (r"platform/windows/device_notifications\.cpp", r"^Vantrel HID Notify$", "the name of a hidden window"),
     (r"sim/sim_client_session\.cpp", r"^ELECTRICAL MASTER", "a variable of the simulator"),
     (r"wire/", r"^Microsoft Flight Simulator", "the name of the simulator's pipe"),
-    (r"hid/hid_log_lines\.cpp", r"^(the line's end is missing|its bytes aren't)", "said by the tools that read a log"),
+    (r"hid/hid_log_lines\.cpp", r"^(the line's end is missing|its bytes aren't)", "from the tools that read a log"),
     (r"registration/exe_xml_registrar\.cpp", r"\\EXE\.xml", "a path"),
     (r"mobiflight/mobiflight_client_commands\.cpp", r"^MF\.SimVars\.Set\.1 $", "the beginning of each command to the module"),
 ]
@@ -209,11 +209,22 @@ def check_descriptor(root, report):
     document = (root / "docs/hid-protocol.md").read_text(encoding="utf-8")
     block = re.search(r"^```\n(06 00 FF .*?)^```", document, flags=re.S | re.M)
     report.check(block is not None, "docs/hid-protocol.md has no report descriptor")
-    told = [byte for line in block[1].splitlines() for byte in re.match(r"(?:[0-9A-F]{2} ?)+", line)[0].split()]
+    stated = [byte for line in block[1].splitlines() for byte in re.match(r"(?:[0-9A-F]{2} ?)+", line)[0].split()]
     source = (root / "tests/system/support/uhid_device.cpp").read_text(encoding="utf-8")
     code = source[source.index("reportDescriptor = {"):]
     tested = re.findall(r"0x([0-9A-F]{2})\b", re.sub(r"//[^\n]*", "", code[:code.index("};")]))
-    report.check(told == tested, f"docs/hid-protocol.md: the descriptor {told} isn't the tested one {tested}")
+    report.check(stated == tested, f"docs/hid-protocol.md: the descriptor {stated} isn't the tested one {tested}")
+
+
+def check_members(root, report):
+    """Each `Class::member` is declared in the source of that class."""
+    code = [path.read_text() for folder in ("src", "simulation") for path in (root / folder).rglob("*.h")]
+    named = set(re.findall(r"`([A-Z]\w+)::(\w+)`", (root / "docs/architecture.md").read_text()))
+    report.check(len(named) > 30, f"architecture.md names members ({len(named)} found)")
+    for name, member in sorted(named):
+        owner, use = re.compile(rf"\b(class|struct|namespace) {name}\b"), re.compile(rf"\b{member}\b")
+        declared = any(owner.search(text) and use.search(text) for text in code)
+        report.check(declared, f"architecture.md: {name} has no member {member}")
 
 
 def anchors_of(document):
@@ -247,6 +258,7 @@ def main():
     check_messages(root, report)
     check_configuration(root, report)
     check_descriptor(root, report)
+    check_members(root, report)
     check_links_and_examples(root, report)
     print(f"check: {report.passed} passed, {report.failed} failed")
     return 0 if report.failed == 0 else 1
