@@ -149,7 +149,8 @@ TEST_F(LoggerFile, EchoGoesToStandardOutputToo) {
     EXPECT_EQ(echoOf("quiet"), "");
     std::filesystem::resize_file(path, 0);
     configure(true);
-    EXPECT_EQ(echoOf("m"), content(path));
+    const std::string echo = echoOf("m");
+    EXPECT_EQ(echo, content(path));
     EXPECT_EQ(linesIn(path), Lines{"[ERROR] m"});
 }
 
