@@ -45,7 +45,9 @@ bool convertNumber(const char* begin, const char* end, double& number) {
 /// first message is the one reported. The value is then half built; `parse` drops it.
 class JsonCursor {
 public:
-    explicit JsonCursor(std::string_view text) : at(text.data()), end(text.data() + text.size()) {}
+    /// `places` may be null.
+    JsonCursor(std::string_view text, std::vector<JsonPlace>* places)
+        : start(text.data()), at(text.data()), end(text.data() + text.size()), places(places) {}
 
     bool readDocument(JsonValue& value) {
         skipByteOrderMark();
@@ -57,10 +59,15 @@ public:
     }
 
     const char* error() const { return message; }
+    std::size_t offset() const { return static_cast<std::size_t>(at - start); }
 
 private:
+    const char* start;
     const char* at;
     const char* end;
+    std::vector<JsonPlace>* places;
+    /// What the next value to be read lies in, and its key.
+    JsonPlace next;
     const char* message = "";
     int depth = 0;
 
@@ -92,6 +99,22 @@ private:
 
     bool readValue(JsonValue& value) {
         skipSpace();
+        return places == nullptr ? readToken(value) : readPlacedToken(value);
+    }
+
+    bool readPlacedToken(JsonValue& value) {
+        const std::size_t number = places->size();
+        const std::size_t parent = next.parent;
+        next.begin = offset();
+        places->push_back(next);
+        next = {.parent = number};
+        const bool read = readToken(value);
+        (*places)[number].end = offset();
+        next = {.parent = parent};
+        return read;
+    }
+
+    bool readToken(JsonValue& value) {
         if (at == end) {
             return fail("Unexpected end of input");
         }
@@ -177,9 +200,11 @@ private:
         if (at == end || *at != '"') {
             return fail("Expected string key");
         }
+        next.keyBegin = offset();
         if (!readString(key)) {
             return false;
         }
+        next.keyEnd = offset();
         skipSpace();
         if (at == end || *at != ':') {
             return fail("Expected ':' after key");
@@ -280,6 +305,18 @@ private:
     }
 };
 
+JsonParseResult parseDocument(std::string_view text, std::vector<JsonPlace>* places) {
+    JsonParseResult result;
+    JsonCursor cursor(text, places);
+    result.ok = cursor.readDocument(result.value);
+    if (!result.ok) {
+        result.value = JsonValue();
+        result.error = cursor.error();
+        result.errorOffset = cursor.offset();
+    }
+    return result;
+}
+
 const JsonValue* findOfType(const JsonValue& object, std::string_view key, JsonType type) {
     const JsonValue* member = find(object, key);
     return member != nullptr && member->type == type ? member : nullptr;
@@ -298,14 +335,12 @@ std::int32_t truncateToInt(double number) {
 namespace JsonParser {
 
 JsonParseResult parse(std::string_view text) {
-    JsonParseResult result;
-    JsonCursor cursor(text);
-    result.ok = cursor.readDocument(result.value);
-    if (!result.ok) {
-        result.value = JsonValue();
-        result.error = cursor.error();
-    }
-    return result;
+    return parseDocument(text, nullptr);
+}
+
+JsonParseResult parse(std::string_view text, std::vector<JsonPlace>& places) {
+    places.clear();
+    return parseDocument(text, &places);
 }
 
 } // namespace JsonParser

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -25,12 +26,32 @@ struct JsonParseResult {
     /// Empty on success; otherwise a fixed message, with no position.
     std::string error;
     bool ok = false;
+    /// After a failure: the offset in the text at which it was noticed.
+    std::size_t errorOffset = 0;
+};
+
+/// Where a value is in the text, for programs that show it to the user. Offsets are in bytes; an end is behind the last
+/// byte.
+struct JsonPlace {
+    static constexpr std::size_t none = static_cast<std::size_t>(-1);
+
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    /// An object's member: its key, with the quotes. Otherwise both are zero.
+    std::size_t keyBegin = 0;
+    std::size_t keyEnd = 0;
+    /// The position of the object or array in the list of places; `none` for the root.
+    std::size_t parent = none;
 };
 
 namespace JsonParser {
 
 /// Reads one JSON document. After a failure `value` is Null. Nesting deeper than 1,000 levels is an error.
 JsonParseResult parse(std::string_view text);
+
+/// The same, and lists the places of all values in the order of the text, the second of two equal keys included. After
+/// a failure `places` is unspecified.
+JsonParseResult parse(std::string_view text, std::vector<JsonPlace>& places);
 
 } // namespace JsonParser
 

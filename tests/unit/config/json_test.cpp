@@ -200,3 +200,23 @@ TEST(Json, KeepsTheFirstOfADuplicateKey) {
 }
 
 } // namespace
+
+TEST(JsonPlaces, AreThoseOfEveryValueInTheOrderOfTheText) {
+    std::vector<JsonPlace> places;
+    const std::string text = R"( {"a": [1, "x"], "b" : {}, "a": null} )";
+    ASSERT_TRUE(JsonParser::parse(text, places).ok);
+    std::vector<std::string> found;
+    for (const JsonPlace& place : places) {
+        found.push_back(text.substr(place.keyBegin, place.keyEnd - place.keyBegin) + '=' +
+                        text.substr(place.begin, place.end - place.begin) + " in " +
+                        std::to_string(static_cast<int>(place.parent)));
+    }
+    EXPECT_EQ(found, (std::vector<std::string>{R"(={"a": [1, "x"], "b" : {}, "a": null} in -1)", R"("a"=[1, "x"] in 0)",
+                                               "=1 in 1", R"(="x" in 1)", R"("b"={} in 0)", R"("a"=null in 0)"}));
+}
+
+TEST(JsonPlaces, OfAnErrorIsWhereItWasNoticed) {
+    std::vector<JsonPlace> places;
+    EXPECT_EQ(JsonParser::parse(R"({"a": 1 "b": 2})", places).errorOffset, 8U);
+    EXPECT_EQ(JsonParser::parse("", places).errorOffset, 0U);
+}
