@@ -2,14 +2,13 @@
 
 #include "config/names.h"
 #include "hid/hex_text.h"
+#include "hid/usb_ids.h"
 #include "platform/file_system.h"
 #include "simulation/cockpit/embedded_files.h"
 #include "simulation/scenarios/json_text.h"
 #include "simulation/scenarios/scenario_line.h"
 
 #include <algorithm>
-#include <charconv>
-#include <system_error>
 #include <utility>
 
 namespace {
@@ -88,10 +87,9 @@ bool loadSample(CockpitConfiguration& configuration, std::string& error) {
 
 /// Zero for a text that the bridge rejects.
 std::uint16_t usbId(const std::string& text) {
-    const std::string digits = normalizeBoardId(text);
-    std::uint16_t id = 0;
-    std::from_chars(digits.data(), digits.data() + digits.size(), id, 16);
-    return id;
+    std::uint32_t id = 0;
+    parseUsbId(text, id);
+    return static_cast<std::uint16_t>(id);
 }
 
 bool isIdentity(const std::string& text) {

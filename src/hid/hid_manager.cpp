@@ -1,30 +1,17 @@
 #include "hid/hid_manager.h"
 
+#include "hid/usb_ids.h"
+
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <iterator>
 #include <utility>
 
 namespace {
 
-/// Ids of USB devices have 16 bits.
-constexpr unsigned idLimit = 0x10000;
-
-/// As lenient as sscanf: a leading 0x and stray characters after the digits are accepted, so that files that users
-/// already have keep working.
-bool parseId(const std::string& text, std::uint32_t& id) {
-    unsigned value = 0;
-    if (text.empty() || std::sscanf(text.c_str(), "%x", &value) != 1 || value >= idLimit) {
-        return false;
-    }
-    id = value;
-    return true;
-}
-
 bool parseIds(const std::string& vendorText, const std::string& productText, std::uint32_t& vendorId,
               std::uint32_t& productId) {
-    return parseId(vendorText, vendorId) && parseId(productText, productId);
+    return parseUsbId(vendorText, vendorId) && parseUsbId(productText, productId);
 }
 
 } // namespace
@@ -44,7 +31,7 @@ bool HidManager::start(const HidManagerSettings& settings, HidEventCallback call
     std::uint32_t vendorId = 0;
     std::uint32_t productId = 0;
     if (!parseIds(settings.vendorIdText, settings.productIdText, vendorId, productId)) {
-        error = "Invalid VID/PID";
+        error = invalidUsbIds;
         return false;
     }
     vendorIdText = settings.vendorIdText;

@@ -5,22 +5,20 @@
 #include "config/app_config.h"
 #include "config/button_config.h"
 #include "config/hid_event_map.h"
-#include "hid/hid_manager.h"
-#include "platform/platform.h"
+#include "hid/usb_ids.h"
 
+#include <cstdint>
 #include <iostream>
 #include <string>
 #include <string_view>
 
 namespace {
 
-/// The boards' ids are text to the configuration; what reads them is the start of their manager.
+/// To the configuration, the boards' ids are text; what reads them is the start of the boards' manager.
 bool acceptIds(const HidConfig& hid, std::string& error) {
-    Platform platform = systemPlatform();
-    platform.hid.enumerate = [] { return std::vector<std::string>(); };
-    HidManager manager(platform.hid, platform.host);
-    constexpr std::int32_t shortestScanMs = 1;
-    return manager.start({hid.vid, hid.pid, hid.readIntervalMs, shortestScanMs}, {}, error);
+    std::uint32_t id = 0;
+    error = invalidUsbIds;
+    return parseUsbId(hid.vid, id) && parseUsbId(hid.pid, id);
 }
 
 bool accept(std::string_view kind, const std::string& path, std::string& error) {
