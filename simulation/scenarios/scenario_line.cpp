@@ -1,5 +1,7 @@
 #include "simulation/scenarios/scenario_line.h"
 
+#include "simulation/scenarios/nearest_word.h"
+
 #include "hid/hex_text.h"
 
 #include <algorithm>
@@ -7,26 +9,10 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
-#include <numeric>
 
 namespace {
 
 constexpr std::string_view blanks = " \t";
-
-/// How many letters must change to turn one word into the other.
-std::size_t distance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        std::size_t diagonal = row[0]++;
-        for (std::size_t j = 0; j < b.size(); ++j) {
-            const std::size_t replaced = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
-        }
-    }
-    return row.back();
-}
 
 std::string inQuotes(std::string_view text) {
     return '"' + std::string(text) + '"';
@@ -190,11 +176,7 @@ void ScenarioLine::skipBlanks() {
 
 std::string unknownWord(std::string_view what, std::string_view word, std::span<const std::string_view> known) {
     std::string message = "unknown " + std::string(what) + ' ' + inQuotes(word);
-    const auto nearest = std::min_element(known.begin(), known.end(), [word](auto left, auto right) {
-        return distance(word, left) < distance(word, right);
-    });
-    // With a larger distance, a word isn't a misspelling.
-    if (nearest != known.end() && distance(word, *nearest) <= std::max<std::size_t>(1, nearest->size() / 3)) {
+    if (const std::optional<std::string_view> nearest = nearestWord(word, known)) {
         return message + "; did you mean " + inQuotes(*nearest) + '?';
     }
     std::string list;

@@ -163,8 +163,8 @@ TEST(ScenarioFile, ErrorsGiveThePlaceAndWhatWasExpected) {
         {"< log WARNING x\n", "1:7: unknown log level \"WARNING\"; known: WARN, ERROR, INFO, DEBUG"},
         {"> plug PFD1\n", "1:8: no board is declared: write \"board PFD1\" above"},
         {"board PFD1\n> plug PFD2\n", "2:8: unknown board \"PFD2\"; did you mean \"PFD1\"?"},
-        {"board PFD1\ncontrol 21 = HDG\n> PFD1 press HGD\n", "3:14: unknown control \"HGD\"; known: HDG"},
-        {"board PFD1\n< PDF1 bootsel\n", "2:3: unknown stream \"PDF1\"; known: sim, log, exit, nothing, PFD1"},
+        {"board PFD1\ncontrol 21 = HDG\n> PFD1 press HGD\n", "3:14: unknown control \"HGD\"; did you mean \"HDG\"?"},
+        {"board PFD1\n< PDF1 bootsel\n", "2:3: unknown stream \"PDF1\"; did you mean \"PFD1\"?"},
         {"hotplug of\n", "1:9: unknown on or off \"of\"; did you mean \"off\"?"},
         // Missing words and extra ones.
         {">\n", "1:2: expected a step"},

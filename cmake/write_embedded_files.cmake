@@ -1,4 +1,5 @@
-# Writes a C++ source with the bytes of files: cmake -DOUTPUT=… -DFUNCTION=… "-DFILES=a;b" -P embed_files.cmake
+# Writes a C++ source with the bytes of files, for a function that HEADER declares:
+# cmake -DOUTPUT=… -DFUNCTION=… -DHEADER=… "-DFILES=a;b" -P write_embedded_files.cmake
 set(arrays "")
 set(entries "")
 set(number 0)
@@ -14,5 +15,6 @@ foreach(file IN LISTS FILES)
   math(EXPR number "${number} + 1")
 endforeach()
 file(WRITE ${OUTPUT}
-     "#include \"simulation/cockpit/embedded_files.h\"\n\nnamespace {\n\n${arrays}\n} // namespace\n\n"
-     "const EmbeddedFiles& ${FUNCTION}() {\n    static const EmbeddedFiles files{\n${entries}    };\n    return files;\n}\n")
+     "#include \"${HEADER}\"\n\nnamespace {\n\n${arrays}\n} // namespace\n\n"
+     "const std::map<std::string, std::string_view>& ${FUNCTION}() {\n"
+     "    static const std::map<std::string, std::string_view> files{\n${entries}    };\n    return files;\n}\n")
