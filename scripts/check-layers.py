@@ -4,9 +4,9 @@
 usage: check-layers.py
 
 A layer is a folder with a line such as `bridge_layer(hid ON platform logging)` in CMakeLists.txt, or
-`simulation_layer(rig ON boards bridge-app)` in simulation/CMakeLists.txt. Its sources must include all of the layers
-after ON, and no others; the table of folders in docs/architecture.md names the same ones. Prints each difference;
-without any, succeeds silently.
+`simulation_layer(rig ON boards bridge-app)` in simulation/CMakeLists.txt, or the same in companion/. Its sources must
+include all of the layers after ON, and no others; the table of folders in docs/architecture.md names the same ones.
+Prints each difference; without any, succeeds silently.
 """
 
 import pathlib
@@ -14,8 +14,8 @@ import re
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-LINE = re.compile(r"^(?:bridge|simulation)_layer\(([^)]*)\)", re.MULTILINE)
-ROW = re.compile(r"^\| `(?:src|simulation)/(\w+)` \|.*\| ([^|]*)\|$", re.MULTILINE)
+LINE = re.compile(r"^(?:bridge|simulation|companion)_layer\(([^)]*)\)", re.MULTILINE)
+ROW = re.compile(r"^\| `(?:src|simulation|companion)/(\w+)` \|.*\| ([^|]*)\|$", re.MULTILINE)
 INCLUDE = re.compile(r'^\s*#\s*include "([^"]+)"', re.MULTILINE)
 
 # A header that others may include without the rest of its layer: the C functions that src/wire defines.
@@ -35,7 +35,7 @@ class Layer:
                 lists[current].append(word)
         self.name = lists[""][0]
         self.folder = folder / self.name
-        self.linked = {word.removeprefix("bridge-") for word in lists["ON"]}
+        self.linked = {word.removeprefix("bridge-").removeprefix("companion-") for word in lists["ON"]}
         self.programs = {"main", *lists["EXCEPT"]}
 
     def sources(self):
@@ -45,14 +45,15 @@ class Layer:
 
 def layers():
     found = []
-    for cmake, folder in (("CMakeLists.txt", "src"), ("simulation/CMakeLists.txt", "simulation")):
+    for cmake, folder in (("CMakeLists.txt", "src"), ("simulation/CMakeLists.txt", "simulation"),
+                          ("companion/CMakeLists.txt", "companion")):
         found += [Layer(ROOT / folder, line) for line in LINE.findall((ROOT / cmake).read_text())]
     return found
 
 
 def owner(include):
     """The folder that an include names. A header of one system is found by its name alone."""
-    parts = include.removeprefix("simulation/").split("/")
+    parts = include.removeprefix("simulation/").removeprefix("companion/").split("/")
     if len(parts) > 1:
         return PUBLIC_HEADERS.get(parts[0], parts[0])
     return next((header.parent.parent.name for header in (ROOT / "src").glob(f"*/*/{include}")), include)

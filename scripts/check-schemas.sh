@@ -1,12 +1,16 @@
 #!/usr/bin/env bash
-# Checks schemas/, config/ and tests/schemas/gallery with an independent validator and with the program's own verdict.
-#   check-schemas.sh [CONFIG-VERDICT]   the program that gives it, build/linux/tests/schemas/config-verdict by default
+# Checks schemas/, config/ and tests/schemas/gallery with an independent validator and with the program's own verdict,
+# and vantrel check with both.
+#   check-schemas.sh [PRESET]   with the programs of this preset, linux by default
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 at_most 1 "$@"
 
-verdict=build/linux/tests/schemas/config-verdict
-[ $# -eq 0 ] || verdict=$(callers_path "$1")
-[ -x "$verdict" ] || die "$verdict isn't built"
+build=build/${1:-linux}
+verdict=$build/tests/schemas/config-verdict
+companion=$build/vantrel
+for program in "$verdict" "$companion"; do
+  [ -x "$program" ] || die "$program isn't built"
+done
 install_node_modules tests/schemas
-node tests/schemas/check.mjs "$verdict"
+node tests/schemas/check.mjs "$verdict" "$companion"

@@ -28,7 +28,7 @@ formatting() { sources '*.cpp' '*.h' | xargs clang-format --dry-run -Werror; }
 # Most of clang-tidy's time goes into the standard headers, once for each file that it is given. So it is given all
 # sources of a folder as one, and fewer where their names clash.
 tidy_files() {
-  local flags=(-std=c++20 -Isrc -Isrc/wire/linux -I.) whole=build/tidy/${1//\//-}
+  local flags=(-std=c++20 -Isrc -Isrc/wire/linux -I. '-DVANTREL_VERSION="0"') whole=build/tidy/${1//\//-}
   if [ $# -eq 1 ]; then
     clang-tidy --quiet "$1" -- "${flags[@]}"
     return
@@ -45,7 +45,7 @@ tidy_files() {
 tidy() {
   local lines
   mkdir -p build/tidy
-  lines=$(sources 'src/*.cpp' 'simulation/*.cpp' | grep -v '/windows/' |
+  lines=$(sources 'src/*.cpp' 'simulation/*.cpp' 'companion/*.cpp' | grep -v '/windows/' |
     awk -F/ '{ folder = $0; sub(/[^\/]*$/, "", folder); files[folder] = files[folder] " " $0 }
       END { for (folder in files) print files[folder] }')
   export -f tidy_files
@@ -57,7 +57,8 @@ tidy() {
 shell_scripts() { sources '*.sh' '.ci/run' 'scripts/vm/guest-init' | xargs shellcheck; }
 
 no_system_ifdefs() {
-  sources 'src/*' 'simulation/*' | grep -vE '^(src/(platform|wire)|simulation/simulator)/(linux|windows)/' |
+  sources 'src/*' 'simulation/*' 'companion/*' |
+    grep -vE '^(src/(platform|wire)|simulation/simulator|companion/cli)/(linux|windows)/' |
     search '#\s*(el)?if.*(_WIN32|__linux__|WIN32|__unix__)'
 }
 

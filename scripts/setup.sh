@@ -6,7 +6,7 @@
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 
-build_packages=(cmake ninja-build g++ clang googletest libgtest-dev libbenchmark-dev nlohmann-json3-dev libcpp-httplib-dev libpugixml-dev
+build_packages=(cmake ninja-build g++ clang googletest libgtest-dev libbenchmark-dev nlohmann-json3-dev libcli11-dev libcpp-httplib-dev libpugixml-dev
   pkgconf)
 test_packages=(clang-format clang-tidy shellcheck libclang-rt-14-dev chromium g++-mingw-w64-x86-64-posix wine wine64
   qemu-system-x86 busybox-static cpio python3 udev)

@@ -10,7 +10,7 @@ run_lane=(docs unit schemas scenarios soak system wine system_wine browser)
 alone=(bench)
 
 # The longest first, so that none runs alone at the end.
-unit_programs=(cockpit mapping registration app hid simulation wire platform logging config sim mobiflight text)
+unit_programs=(cockpit mapping registration app hid simulation wire platform logging config sim mobiflight companion text)
 
 is_in() { # word, list...
   local word=$1
@@ -123,7 +123,7 @@ step_quick() { test_units quick; }
 step_unit() { test_units linux; }
 
 step_schemas() {
-  build_preset linux config-verdict
+  build_preset linux config-verdict vantrel
   scripts/check-schemas.sh
 }
 

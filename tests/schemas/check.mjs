@@ -1,17 +1,19 @@
 // Holds the schemas, the samples and the gallery against an independent validator and against the program's own verdict.
-//   node check.mjs CONFIG-VERDICT
+//   node check.mjs CONFIG-VERDICT VANTREL
 // gallery/good: both take the file. gallery/bad: both refuse it, the program with the words of bad/messages.json.
 // gallery/tolerated: the program takes it, and the schema reports what the program would pass over in silence.
+// Of each of them, `vantrel check` reports an error exactly if the program refuses it, and its output has its schema's form.
 
 import Ajv from 'ajv/dist/2020.js';
-import {execFileSync} from 'node:child_process';
-import {existsSync, readdirSync, readFileSync} from 'node:fs';
+import {execFileSync, spawnSync} from 'node:child_process';
+import {cpSync, existsSync, mkdtempSync, readdirSync, readFileSync, rmSync} from 'node:fs';
+import {tmpdir} from 'node:os';
 import {dirname, join, resolve} from 'node:path';
 import {fileURLToPath} from 'node:url';
 
 const here = dirname(fileURLToPath(import.meta.url));
 const root = resolve(here, '../..');
-const verdictProgram = process.argv[2];
+const [verdictProgram, companion] = process.argv.slice(2);
 const kinds = ['config', 'buttons', 'hid_event_map'];
 
 let passed = 0;
@@ -97,6 +99,36 @@ function checkGallery() {
   check('gallery/bad/messages.json: each entry has its file', [...unused].join(', '));
 }
 
+/// What `vantrel check` finds in the sample set with one file replaced.
+function companionFindings(kind, path, folder) {
+  cpSync(join(root, 'config'), folder, {recursive: true});
+  cpSync(path, join(folder, `${kind}.json`));
+  const run = spawnSync(companion, ['check', '--json', '--config', join(folder, 'config.json')], {encoding: 'utf8'});
+  return {code: run.status, findings: JSON.parse(run.stdout)};
+}
+
+function checkCompanion() {
+  const ajv = new Ajv({strict: true});
+  const isOutput = ajv.compile(JSON.parse(readFileSync(join(root, 'companion/schemas/check.schema.json'), 'utf8')));
+  const folder = mkdtempSync(join(tmpdir(), 'vantrel-check-'));
+  for (const kind of kinds) {
+    for (const group of ['good', 'bad', 'tolerated']) {
+      for (const path of galleryFiles(group, kind)) {
+        const {code, findings} = companionFindings(kind, path, folder);
+        const title = `vantrel check, gallery/${group}/${kind}/${path.slice(path.lastIndexOf('/') + 1)}`;
+        check(`${title}: form`, isOutput(findings) ? '' : ajv.errorsText(isOutput.errors));
+        // A file of another name that this one asks for isn't there.
+        const errors = findings.filter((finding) => finding.severity === 'error' && finding.code !== 'missing-file' &&
+                                                    finding.file.endsWith(`${kind}.json`));
+        check(`${title}: error`, (errors.length > 0) === (group === 'bad') ? '' : JSON.stringify(findings));
+        const clean = findings.every((finding) => finding.severity === 'hint');
+        check(`${title}: exit code`, code === (clean ? 0 : 1) ? '' : `${code}`);
+      }
+    }
+  }
+  rmSync(folder, {recursive: true});
+}
+
 function checkMinAgainstMax() {
   const document = {hid: {vid: '1', pid: '1'}, mappings: {buttonConfigPath: 'b'}, outputs: {profiles: {day: {}}}};
   const wrong = [];
@@ -157,6 +189,7 @@ function checkDescriptions() {
 
 checkSamples();
 checkGallery();
+checkCompanion();
 checkMinAgainstMax();
 checkDefaults();
 checkDescriptions();

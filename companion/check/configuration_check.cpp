@@ -1,0 +1,212 @@
+#include "companion/check/configuration_check.h"
+
+#include "companion/check/bridge_errors.h"
+#include "companion/check/button_check.h"
+#include "companion/check/config_check.h"
+#include "companion/check/event_map_check.h"
+#include "companion/check/json_document.h"
+#include "config/app_config.h"
+#include "config/button_config.h"
+#include "config/hid_event_map.h"
+#include "config/names.h"
+#include "hid/usb_ids.h"
+#include "platform/file_system.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string_view>
+
+namespace {
+
+/// The numbers for which the bridge has an autopilot event of the simulator, so that a control without a command works.
+constexpr std::array<std::int32_t, 9> numbersWithEvents{5, 6, 7, 8, 9, 11, 12, 13, 16};
+
+bool readIds(const HidConfig& hid, std::string& error) {
+    std::uint32_t id = 0;
+    if (parseUsbId(hid.vid, id) && parseUsbId(hid.pid, id)) {
+        return true;
+    }
+    error = invalidUsbIds;
+    return false;
+}
+
+/// One look at the files.
+class ConfigurationCheck {
+public:
+    explicit ConfigurationCheck(std::string path) : path(std::move(path)) {}
+
+    ConfigurationVerdict run() {
+        checkMainFile();
+        if (!config.mappings.buttonConfigPath.empty()) {
+            checkOtherFiles();
+        }
+        verdict.bridgeStarts = verdict.refusal.empty();
+        mergeIntoErrors(verdict.findings);
+        sortFindings(verdict.findings, verdict.files);
+        return std::move(verdict);
+    }
+
+private:
+    std::string path;
+    ConfigurationVerdict verdict;
+    AppConfig config;
+    CommandContext context;
+    ButtonConfig buttons;
+    bool buttonsAreRead = false;
+    HidEventMap eventMap;
+    std::unique_ptr<JsonDocument> mainFile;
+
+    void refuse(const std::string& message) {
+        if (verdict.refusal.empty()) {
+            verdict.refusal = message;
+        }
+    }
+
+    /// A finding about a file that can't be read, at the setting that names it.
+    void addUnreadable(std::string_view key, Severity severity, const std::string& message) {
+        Finding place;
+        place.file = path;
+        place.severity = severity;
+        place.code = "missing-file";
+        if (mainFile != nullptr) {
+            const JsonNode* const mappings = mainFile->root()->member("mappings");
+            const JsonNode* const setting = mappings == nullptr ? nullptr : mappings->member(key);
+            if (setting != nullptr) {
+                place = mainFile->atValue(*setting, severity, "missing-file");
+            }
+        }
+        addFinding(verdict.findings, std::move(place), message, "Correct the path, or put the file there");
+    }
+
+    /// The file with the bridge's own errors reported; null when it isn't a JSON object.
+    std::unique_ptr<JsonDocument> readDocument(const std::string& file, std::string text, const BridgeReader& reader) {
+        verdict.files.push_back(file);
+        auto document = std::make_unique<JsonDocument>(file, std::move(text));
+        for (Finding& finding : bridgeErrors(*document, reader)) {
+            verdict.findings.push_back(std::move(finding));
+        }
+        const bool isObject = document->root() != nullptr && document->root()->isObject();
+        return isObject ? std::move(document) : nullptr;
+    }
+
+    void checkMainFile() {
+        std::string text;
+        std::string error;
+        if (!loadAppConfig(path, config, error) || !readIds(config.hid, error)) {
+            refuse(error);
+        }
+        if (!FileSystem::existsOrFalse(path) || !FileSystem::readFile(path, text)) {
+            addUnreadable("", Severity::Error, verdict.refusal);
+            return;
+        }
+        mainFile = readDocument(path, std::move(text), [this](const std::string& changed, std::string& message) {
+            AppConfig ignored;
+            return parseAppConfig(changed, path, ignored, message);
+        });
+        if (mainFile != nullptr) {
+            checkIds(*mainFile->root());
+            checkConfig(*mainFile, verdict.findings);
+            noteRoles();
+        }
+    }
+
+    void checkOtherFiles() {
+        const std::unique_ptr<JsonDocument> map = checkMapFile();
+        checkButtonFile();
+        if (map != nullptr && buttonsAreRead) {
+            checkControlsHaveCommands(*map);
+        }
+    }
+
+    void checkIds(const JsonNode& root) {
+        const JsonNode* const hid = root.member("hid");
+        for (const std::string_view key : {"vid", "pid"}) {
+            const JsonNode* const id = hid == nullptr ? nullptr : hid->member(key);
+            std::uint32_t number = 0;
+            if (id != nullptr && id->type() == JsonType::String && !id->value.string.empty() &&
+                !parseUsbId(id->value.string, number)) {
+                addFinding(verdict.findings, mainFile->atValue(*id, Severity::Error, "refused"), invalidUsbIds,
+                           "Write up to four hexadecimal digits, such as \"16C0\"");
+            }
+        }
+    }
+
+    void noteRoles() {
+        for (const DeviceEntry& device : config.outputs.devices) {
+            context.roles.insert(normalizeName(device.role));
+        }
+        for (const auto& [role, profile] : config.outputs.roleProfiles) {
+            context.roles.insert(role);
+        }
+        context.roles.erase("");
+    }
+
+    std::unique_ptr<JsonDocument> checkMapFile() {
+        const std::string& file = config.mappings.hidEventMapPath;
+        std::string text;
+        if (file.empty()) {
+            addUnreadable("hidEventMapPath", Severity::Warning,
+                          "there is no event map, so controls have no names and no commands");
+            return nullptr;
+        }
+        if (!FileSystem::existsOrFalse(file) || !FileSystem::readFile(file, text)) {
+            addUnreadable("hidEventMapPath", Severity::Warning, "the event map can't be read: " + file);
+            return nullptr;
+        }
+        std::string ignored;
+        eventMap.parse(text, ignored);
+        std::unique_ptr<JsonDocument> document =
+            readDocument(file, std::move(text), [](const std::string& changed, std::string& message) {
+                return HidEventMap().parse(changed, message);
+            });
+        if (document != nullptr) {
+            checkEventMap(*document, verdict.findings);
+        }
+        for (const auto& [number, name] : eventMap.controlIds) {
+            context.controls.insert(normalizeName(name));
+        }
+        return document;
+    }
+
+    void checkButtonFile() {
+        const std::string& file = config.mappings.buttonConfigPath;
+        std::string text;
+        std::string error;
+        buttonsAreRead = buttons.load(file, error);
+        if (!buttonsAreRead) {
+            refuse(error);
+        }
+        if (!FileSystem::existsOrFalse(file) || !FileSystem::readFile(file, text)) {
+            addUnreadable("buttonConfigPath", Severity::Error, error);
+            return;
+        }
+        const std::unique_ptr<JsonDocument> document =
+            readDocument(file, std::move(text), [](const std::string& changed, std::string& message) {
+                return ButtonConfig().parse(changed, message);
+            });
+        if (document != nullptr) {
+            checkButtons(*document, context, verdict.findings);
+        }
+    }
+
+    void checkControlsHaveCommands(const JsonDocument& document) {
+        const JsonNode* const controls = document.root()->member("control_ids");
+        for (const auto& [number, name] : eventMap.controlIds) {
+            const bool works = std::ranges::find(numbersWithEvents, number) != numbersWithEvents.end();
+            const JsonNode* const node = controls == nullptr ? nullptr : controls->member(name);
+            if (!works && node != nullptr && !buttons.contains(normalizeName(name))) {
+                addFinding(verdict.findings, document.atKey(*node, Severity::Hint, "control-without-command"),
+                           "\"" + name + "\" has no command", "Add it to the command file");
+            }
+        }
+    }
+};
+
+} // namespace
+
+ConfigurationVerdict checkConfiguration(const std::string& path) {
+    return ConfigurationCheck(path).run();
+}

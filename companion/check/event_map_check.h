@@ -1,0 +1,7 @@
+#pragma once
+
+#include "companion/check/finding.h"
+#include "companion/check/json_document.h"
+
+/// Adds what the bridge accepts in `hid_event_map.json` but ignores, or hardly does as meant. The root is an object.
+void checkEventMap(const JsonDocument& document, Findings& findings);

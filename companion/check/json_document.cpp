@@ -1,0 +1,81 @@
+#include "companion/check/json_document.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+/// Continuation bytes of UTF-8 belong to the character before them.
+bool beginsCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+}
+
+bool isContainer(char first) {
+    return first == '{' || first == '[';
+}
+
+} // namespace
+
+const JsonNode* JsonNode::member(std::string_view name) const {
+    if (!isObject()) {
+        return nullptr;
+    }
+    const auto found = std::ranges::find(children, name, &JsonNode::key);
+    return found == children.end() ? nullptr : *found;
+}
+
+JsonDocument::JsonDocument(std::string path, std::string text) : filePath(std::move(path)), fileText(std::move(text)) {
+    std::vector<JsonPlace> places;
+    const JsonParseResult result = JsonParser::parse(fileText, places);
+    if (result.ok) {
+        readNodes(places);
+    } else {
+        error = result.error;
+        offsetOfError = result.errorOffset;
+    }
+}
+
+void JsonDocument::readNodes(const std::vector<JsonPlace>& places) {
+    nodes.resize(places.size());
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const JsonPlace& place = places[i];
+        JsonNode& node = nodes[i];
+        node.place = place;
+        node.key = JsonParser::parse(textOf(place.keyBegin, place.keyEnd)).value.string;
+        if (!isContainer(fileText[place.begin])) {
+            node.value = JsonParser::parse(textOf(place.begin, place.end)).value;
+        } else {
+            node.value.type = fileText[place.begin] == '{' ? JsonType::Object : JsonType::Array;
+        }
+        if (place.parent != JsonPlace::none) {
+            nodes[place.parent].children.push_back(&node);
+        }
+    }
+}
+
+std::string_view JsonDocument::textOf(std::size_t begin, std::size_t end) const {
+    return std::string_view(fileText).substr(begin, end - begin);
+}
+
+Finding JsonDocument::at(std::size_t offset, Severity severity, std::string code) const {
+    const std::string_view before = textOf(0, offset);
+    // npos + 1 is 0: the first line begins with the text.
+    const std::size_t lineBegin = before.rfind('\n') + 1;
+    const std::size_t lineEnd = std::min(fileText.find_first_of("\r\n", lineBegin), fileText.size());
+    Finding finding;
+    finding.file = filePath;
+    finding.line = static_cast<std::size_t>(std::ranges::count(before, '\n')) + 1;
+    finding.column = static_cast<std::size_t>(std::ranges::count_if(before.substr(lineBegin), beginsCharacter)) + 1;
+    finding.severity = severity;
+    finding.code = std::move(code);
+    finding.lineText = textOf(lineBegin, std::max(lineBegin, lineEnd));
+    return finding;
+}
+
+Finding JsonDocument::atValue(const JsonNode& node, Severity severity, std::string code) const {
+    return at(node.place.begin, severity, std::move(code));
+}
+
+Finding JsonDocument::atKey(const JsonNode& node, Severity severity, std::string code) const {
+    return at(node.place.keyEnd == 0 ? node.place.begin : node.place.keyBegin, severity, std::move(code));
+}

@@ -1,0 +1,40 @@
+#include "companion/cli/check_command.h"
+#include "companion/cli/exit_code.h"
+#include "companion/cli/terminal.h"
+#include "platform/platform.h"
+
+#include <CLI/CLI.hpp>
+
+#include <exception>
+#include <iostream>
+
+namespace {
+
+int runCommand(int argc, char** argv) {
+    const Host host = systemPlatform().host;
+    CLI::App program("Sets up, checks and tries VantrelBridgeHID", "vantrel");
+    program.set_version_flag("--version", "vantrel " VANTREL_VERSION);
+    program.require_subcommand(1);
+    program.footer("\"vantrel check --help\" explains that command.\n"
+                   "Exit code: 0 all is well, 1 something was found, 2 wrong usage, 3 nothing to look at.\n"
+                   "Example:\n"
+                   "  vantrel check");
+    const CheckCommand check(program, host);
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return program.exit(error, std::cout, std::cerr) == 0 ? ExitCode::good : ExitCode::wrongUsage;
+    }
+    return check.run(std::cout, std::cerr, wantsColour(host));
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return runCommand(argc, argv);
+    } catch (const std::exception& error) {
+        std::cerr << "vantrel: " << error.what() << '\n';
+        return ExitCode::couldNotLook;
+    }
+}
