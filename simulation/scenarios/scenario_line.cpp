@@ -1,8 +1,7 @@
 #include "simulation/scenarios/scenario_line.h"
 
-#include "simulation/scenarios/nearest_word.h"
-
 #include "hid/hex_text.h"
+#include "simulation/scenarios/nearest_word.h"
 
 #include <algorithm>
 #include <array>

@@ -6,8 +6,8 @@
 #include <condition_variable>
 #include <mutex>
 
-/// Blocks each thread that comes to it until it is opened. Not by waiting on an atomic: the standard library for Windows
-/// sometimes loses the wake-up.
+/// Blocks each thread that comes to it until it is opened. Not by waiting on an atomic: the standard library for
+/// Windows sometimes loses the wake-up.
 class Gate {
 public:
     void pass() {
