@@ -1,3 +1,4 @@
+#include "companion/cli/boards_command.h"
 #include "companion/cli/check_command.h"
 #include "companion/cli/exit_code.h"
 #include "companion/cli/terminal.h"
@@ -11,21 +12,24 @@
 namespace {
 
 int runCommand(int argc, char** argv) {
-    const Host host = systemPlatform().host;
+    const Platform platform = systemPlatform();
     CLI::App program("Sets up, checks and tries VantrelBridgeHID", "vantrel");
     program.set_version_flag("--version", "vantrel " VANTREL_VERSION);
     program.require_subcommand(1);
-    program.footer("\"vantrel check --help\" explains that command.\n"
+    program.footer("\"vantrel check --help\" explains a command.\n"
                    "Exit code: 0 all is well, 1 something was found, 2 wrong usage, 3 nothing to look at.\n"
-                   "Example:\n"
-                   "  vantrel check");
-    const CheckCommand check(program, host);
+                   "Examples:\n"
+                   "  vantrel check\n"
+                   "  vantrel boards --all");
+    const CheckCommand check(program, platform.host);
+    const BoardsCommand boards(program, platform);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return program.exit(error, std::cout, std::cerr) == 0 ? ExitCode::good : ExitCode::wrongUsage;
     }
-    return check.run(std::cout, std::cerr, wantsColour(host));
+    return check.isChosen() ? check.run(std::cout, std::cerr, wantsColour(platform.host))
+                            : boards.run(std::cout, std::cerr);
 }
 
 } // namespace

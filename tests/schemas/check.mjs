@@ -129,6 +129,18 @@ function checkCompanion() {
   rmSync(folder, {recursive: true});
 }
 
+function checkBoardList() {
+  const ajv = new Ajv({strict: true});
+  const isOutput = ajv.compile(JSON.parse(readFileSync(join(root, 'companion/schemas/boards.schema.json'), 'utf8')));
+  const config = join(root, 'config/config.json');
+  const listed = spawnSync(companion, ['boards', '--all', '--json', '--config', config], {encoding: 'utf8'});
+  check('vantrel boards: form', isOutput(JSON.parse(listed.stdout)) ? '' : ajv.errorsText(isOutput.errors));
+  const board = {path: 'x', opens: true, writable: true, vendorId: '16C0', productId: '27DB', serial: '', matches: true,
+                 boardId: '00000000000000A1', protocolVersion: '1.2', role: 'PFD'};
+  check('boards.schema.json: takes a board', isOutput([board]) ? '' : ajv.errorsText(isOutput.errors));
+  check('boards.schema.json: refuses other ids', isOutput([{...board, vendorId: '16c0'}]) ? 'taken' : '');
+}
+
 function checkMinAgainstMax() {
   const document = {hid: {vid: '1', pid: '1'}, mappings: {buttonConfigPath: 'b'}, outputs: {profiles: {day: {}}}};
   const wrong = [];
@@ -190,6 +202,7 @@ function checkDescriptions() {
 checkSamples();
 checkGallery();
 checkCompanion();
+checkBoardList();
 checkMinAgainstMax();
 checkDefaults();
 checkDescriptions();

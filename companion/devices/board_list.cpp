@@ -1,0 +1,76 @@
+#include "companion/devices/board_list.h"
+
+#include "hid/hid_handle_owner.h"
+#include "hid/usb_ids.h"
+
+namespace {
+
+bool readFeature(const HidTransport& transport, HidHandle handle, std::uint8_t reportId, HidProtocol::Report& report) {
+    report = {};
+    report[0] = reportId;
+    return transport.getFeature(handle, report);
+}
+
+bool hasConfiguredIds(const ListedBoard& board, const AppConfig* config) {
+    std::uint32_t vendorId = 0;
+    std::uint32_t productId = 0;
+    return config != nullptr && parseUsbId(config->hid.vid, vendorId) && parseUsbId(config->hid.pid, productId) &&
+           board.vendorId == vendorId && board.productId == productId;
+}
+
+void readIdentity(const HidTransport& transport, HidHandle handle, ListedBoard& board) {
+    HidProtocol::Report report{};
+    HidProtocol::DeviceInfo info;
+    HidProtocol::ProtocolInfo protocol;
+    std::string ignored;
+    if (readFeature(transport, handle, HidProtocol::deviceInfoReportId, report) &&
+        HidProtocol::decodeDeviceInfo(report, info, ignored)) {
+        board.boardId = HidProtocol::boardIdText(info);
+    }
+    if (readFeature(transport, handle, HidProtocol::protocolInfoReportId, report) &&
+        HidProtocol::decodeProtocolInfo(report, protocol, ignored)) {
+        board.protocol = protocol;
+    }
+}
+
+ListedBoard lookAt(const HidTransport& transport, const std::string& path, const AppConfig* config) {
+    ListedBoard board;
+    board.path = path;
+    HidHandleOwner handle(transport, transport.open(path, HidAccess::ReadWrite, HidMode::Synchronous));
+    board.writable = handle.isOpen();
+    if (!board.writable) {
+        handle = {transport, transport.open(path, HidAccess::ReadOnly, HidMode::Synchronous)};
+    }
+    HidAttributes attributes;
+    board.opens = handle.isOpen() && transport.attributes(handle, attributes);
+    if (!board.opens) {
+        return board;
+    }
+    board.vendorId = attributes.vendorId;
+    board.productId = attributes.productId;
+    transport.serialNumber(handle, board.serial);
+    board.matches = hasConfiguredIds(board, config);
+    if (board.matches) {
+        readIdentity(transport, handle, board);
+        const DeviceEntry* const entry = findDeviceEntry(*config, boardName(board), -1);
+        board.role = entry == nullptr ? "" : entry->role;
+    }
+    return board;
+}
+
+} // namespace
+
+std::vector<ListedBoard> listBoards(const HidTransport& transport, const AppConfig* config) {
+    std::vector<ListedBoard> boards;
+    for (const std::string& path : transport.enumerate()) {
+        boards.push_back(lookAt(transport, path, config));
+    }
+    return boards;
+}
+
+std::string boardName(const ListedBoard& board) {
+    if (!board.boardId.empty()) {
+        return board.boardId;
+    }
+    return board.serial.empty() ? board.path : board.serial;
+}

@@ -1,0 +1,66 @@
+#include "companion/devices/board_list.h"
+#include "hid/hex_text.h"
+
+#include <nlohmann/json.hpp>
+
+#include <array>
+
+namespace {
+
+/// "16C0:27DB".
+std::string idsText(const ListedBoard& board) {
+    const auto word = [](std::uint16_t id) {
+        const std::array bytes{static_cast<std::uint8_t>(id >> 8U), static_cast<std::uint8_t>(id)};
+        return hexText(bytes);
+    };
+    return word(board.vendorId) + ':' + word(board.productId);
+}
+
+std::string protocolText(const HidProtocol::ProtocolInfo& info) {
+    return std::to_string(info.protocolMajor) + '.' + std::to_string(info.protocolMinor);
+}
+
+std::string matchText(const ListedBoard& board) {
+    std::string text = board.boardId.empty() ? "doesn't report an identity; its name is " + boardName(board) + '\n'
+                                             : "board " + board.boardId + '\n';
+    text += board.protocol ? "  protocol version " + protocolText(*board.protocol) + '\n' : "";
+    text += board.role.empty() ? "  no entry in \"devices\" by this name\n" : "  role " + board.role + '\n';
+    text += board.writable ? "" : "  can't be written to: its lights stay as they are\n";
+    return text;
+}
+
+} // namespace
+
+std::string boardsText(const std::vector<ListedBoard>& boards) {
+    std::string text;
+    for (const ListedBoard& board : boards) {
+        if (!board.opens) {
+            text += "????:????  can't be opened: no permission, or another program has it for itself\n";
+        } else {
+            text += idsText(board) + "  " + (board.matches ? matchText(board) : "not of this configuration\n");
+            text += board.serial.empty() ? "" : "  serial number " + board.serial + '\n';
+        }
+        text += "  " + board.path + "\n\n";
+    }
+    return text;
+}
+
+std::string boardsJson(const std::vector<ListedBoard>& boards) {
+    nlohmann::ordered_json array = nlohmann::ordered_json::array();
+    for (const ListedBoard& board : boards) {
+        nlohmann::ordered_json entry{{"path", board.path}, {"opens", board.opens}, {"writable", board.writable}};
+        if (board.opens) {
+            entry["vendorId"] = idsText(board).substr(0, 4);
+            entry["productId"] = idsText(board).substr(5);
+            entry["serial"] = board.serial;
+            entry["matches"] = board.matches;
+        }
+        if (board.matches) {
+            entry["boardId"] = board.boardId;
+            entry["protocolVersion"] = board.protocol ? protocolText(*board.protocol) : "";
+            entry["role"] = board.role;
+        }
+        array.push_back(std::move(entry));
+    }
+    return array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
+}
