@@ -5,8 +5,8 @@
 all_steps=(style docs linux unit schemas scenarios asan tsan browser windows wine fuzz soak system system_wine bench)
 # Two lanes run side by side: one mostly compiles, the other mostly runs what the first has built and often only waits.
 # The benchmarks measure, so they come last and have the machine to themselves.
-build_lane=(quick linux windows asan tsan style fuzz)
-run_lane=(docs unit schemas scenarios soak system wine system_wine browser)
+build_lane=(quick linux windows asan tsan style)
+run_lane=(docs unit schemas scenarios soak system wine system_wine browser fuzz)
 alone=(bench)
 
 # The longest first, so that none runs alone at the end.

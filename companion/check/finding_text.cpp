@@ -13,6 +13,13 @@ bool continuesCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
+/// A file may contain bytes that would control the terminal.
+std::string printable(std::string text) {
+    std::ranges::replace_if(
+        text, [](char byte) { return (byte >= 0 && byte < ' ' && byte != '\t') || byte == '\x7F'; }, '?');
+    return text;
+}
+
 /// The byte at which the column begins.
 std::size_t byteOfColumn(const std::string& line, std::size_t column) {
     std::size_t byte = 0;
@@ -44,7 +51,7 @@ std::string blanksLike(std::string_view text) {
 }
 
 std::string excerpt(const Finding& finding) {
-    const std::string& line = finding.lineText;
+    const std::string line = printable(finding.lineText);
     const std::size_t caret = byteOfColumn(line, finding.column);
     const std::size_t begin = caret <= longestExcerpt / 2 ? 0 : characterAt(line, caret - longestExcerpt / 2);
     const std::size_t end = characterAt(line, begin + longestExcerpt);
@@ -76,12 +83,12 @@ std::string counted(std::size_t count, const std::string& noun) {
 std::string findingText(const Finding& finding, bool colour) {
     std::string text = finding.file + ':' + std::to_string(finding.line) + ':' + std::to_string(finding.column) + ": " +
                        coloured(std::string(severityName(finding.severity)) + ':', finding.severity, colour) + ' ' +
-                       finding.message + '\n';
+                       printable(finding.message) + '\n';
     if (!finding.lineText.empty()) {
         text += excerpt(finding);
     }
     if (!finding.hint.empty()) {
-        text += "  " + finding.hint + '\n';
+        text += "  " + printable(finding.hint) + '\n';
     }
     return text;
 }

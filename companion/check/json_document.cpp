@@ -61,14 +61,15 @@ Finding JsonDocument::at(std::size_t offset, Severity severity, std::string code
     const std::string_view before = textOf(0, offset);
     // npos + 1 is 0: the first line begins with the text.
     const std::size_t lineBegin = before.rfind('\n') + 1;
-    const std::size_t lineEnd = std::min(fileText.find_first_of("\r\n", lineBegin), fileText.size());
+    const std::string_view line = textOf(lineBegin, std::min(fileText.find('\n', lineBegin), fileText.size()));
     Finding finding;
     finding.file = filePath;
     finding.line = static_cast<std::size_t>(std::ranges::count(before, '\n')) + 1;
     finding.column = static_cast<std::size_t>(std::ranges::count_if(before.substr(lineBegin), beginsCharacter)) + 1;
     finding.severity = severity;
     finding.code = std::move(code);
-    finding.lineText = textOf(lineBegin, std::max(lineBegin, lineEnd));
+    finding.lineText =
+        line.ends_with('\r') && lineBegin + line.size() > offset ? line.substr(0, line.size() - 1) : line;
     return finding;
 }
 

@@ -29,6 +29,11 @@ TEST(FindingText, ShowsOnlyAPartOfALongLine) {
                                                               "\n  " + std::string(50, ' ') + "^\n");
 }
 
+TEST(FindingText, PrintsNothingThatControlsTheTerminal) {
+    EXPECT_EQ(findingText(finding("a\rb\x1B[2J", 3, "say \x1B\x7F"), false),
+              "f.json:3:3: warning: what is wrong\n  a?b?[2J\n    ^\n  say ??\n");
+}
+
 TEST(FindingText, ColoursOnlyTheSeverity) {
     EXPECT_EQ(findingText(finding("", 1, ""), true), "f.json:3:1: \033[1;33mwarning:\033[0m what is wrong\n");
 }

@@ -331,3 +331,13 @@ TEST(ConfigurationVerdict, ListsAllErrorsOfAFileAtOnce) {
     }
     EXPECT_EQ(found, places);
 }
+
+TEST(PlantedMistakes, LinesMayEndInAnyWay) {
+    expectFindings({
+        {withConfig("{\"hid\": {\"vid\": \"1\", \"pid\": \"1\"},\r\n \"mappings\": {\"buttonConfigPath\": "
+                    "\"buttons.json\"},\r\n @\"x\": 1}"),
+         {"warning unknown-key: Known here: $schema, hid, mappings, mobiflight, cdc, logging, extensions, outputs, "
+          "devices"}},
+        {withMembers("\"logging\": {\r@\"verbose\": 1}"), {"warning unknown-key: Known here: debug"}},
+    });
+}
