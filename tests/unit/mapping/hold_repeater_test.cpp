@@ -130,3 +130,17 @@ TEST_F(HoldRepeaterTest, StopOfTheEngineForgetsTheHolds) {
     letHoldsPoll(4);
     EXPECT_EQ(rpnSent(), vector<string>{"LEFT_HELD"});
 }
+
+TEST_F(HoldRepeaterTest, FailedSendsAreWarningsAndTheHoldGoesOn) {
+    connectSimulator();
+    ASSERT_TRUE(startEngine());
+    handle(button(31, 1));
+    handle(button(30, 2));
+    for (std::size_t period = 1; period <= 2; ++period) {
+        advance(10 * msNs);
+        ASSERT_TRUE(waitUntil([&] { return warnings().size() == 1 + period; }));
+    }
+    EXPECT_EQ(warnings(), (vector<string>{"[WARN] Managed map press send failed for MAP_UP: MobiFlight not ready",
+                                          "[WARN] Managed map hold send failed: MobiFlight not ready",
+                                          "[WARN] Managed map hold send failed: MobiFlight not ready"}));
+}
