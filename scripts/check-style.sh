@@ -25,8 +25,8 @@ search() { # pattern; the files' names come on standard input
 
 formatting() { sources '*.cpp' '*.h' | xargs clang-format --dry-run -Werror; }
 
-# Most of clang-tidy's time goes into the standard headers, once for each file that it is given. So it is given all
-# sources of a folder as one, and fewer where their names clash.
+# Most of clang-tidy's time goes into the headers of libraries, once for each file that it is given. So it is given many
+# sources as one, and fewer where their names clash.
 tidy_files() {
   local flags=(-std=c++20 -Isrc -Isrc/wire/linux -I. '-DVANTREL_VERSION="0"') whole=build/tidy/${1//\//-}
   if [ $# -eq 1 ]; then
@@ -46,8 +46,10 @@ tidy() {
   local lines
   mkdir -p build/tidy
   lines=$(sources 'src/*.cpp' 'simulation/*.cpp' 'companion/*.cpp' | grep -v '/windows/' |
-    awk -F/ '{ folder = $0; sub(/[^\/]*$/, "", folder); files[folder] = files[folder] " " $0 }
-      END { for (folder in files) print files[folder] }')
+    awk -F/ '{ group = $1 == "simulation" ? $2 : $1 }
+      $1 == "simulation" && $NF ~ /^(main|page_mode_absent)\.cpp$/ { group = $0 }
+      { files[group] = files[group] " " $0 }
+      END { for (group in files) print files[group] }')
   export -f tidy_files
   # shellcheck disable=SC2016
   xargs -P2 -I{} bash -c 'tidy_files {}' <<<"$lines" 2>&1 | grep -E 'warning:|error:'

@@ -8,7 +8,7 @@
 namespace {
 
 /// Blanks part words; a reference in round brackets is one word with its blanks.
-std::vector<std::string> wordsOf(std::string_view command) {
+std::vector<std::string> commandWords(std::string_view command) {
     std::vector<std::string> words;
     std::size_t begin = 0;
     while ((begin = command.find_first_not_of(' ', begin)) != std::string_view::npos) {
@@ -133,5 +133,5 @@ private:
 } // namespace
 
 std::string faultInCommand(std::string_view command) {
-    return CommandCheck().run(wordsOf(command));
+    return CommandCheck().run(commandWords(command));
 }

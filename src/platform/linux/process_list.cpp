@@ -20,7 +20,7 @@ std::string firstArgument(const std::string& processFolder) {
 
 } // namespace
 
-std::string_view programName(std::string_view firstArgument) {
+std::string_view programNameIn(std::string_view firstArgument) {
     const std::size_t separator = firstArgument.find_last_of("/\\");
     return separator == std::string_view::npos ? firstArgument : firstArgument.substr(separator + 1);
 }
@@ -31,7 +31,7 @@ bool findProcessIn(const std::string& procFolder, const std::function<bool(std::
             continue;
         }
         const std::string argument = firstArgument(FileSystem::join(procFolder, folderName));
-        const std::string_view name = programName(argument);
+        const std::string_view name = programNameIn(argument);
         if (!name.empty() && visit(name)) {
             return true;
         }

@@ -6,7 +6,7 @@
 
 /// The last component of a program's path, as a process shows it in its first argument. Under Wine and Proton that is a
 /// Windows path.
-std::string_view programName(std::string_view firstArgument);
+std::string_view programNameIn(std::string_view firstArgument);
 
 /// Calls `visit` with the program name of each process that `procFolder` lists, until it returns true. Returns whether
 /// it did. Kernel threads and ended processes have no name and are passed over.

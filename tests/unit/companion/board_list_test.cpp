@@ -64,14 +64,19 @@ TEST_F(BoardList, HasIdentityProtocolAndRoleOfAConfiguredBoard) {
 }
 
 TEST_F(BoardList, AsksOtherDevicesForNothingButTheirIdsAndSerial) {
-    plug({.vendorId = 0x1234, .productId = 0x0001, .serial = "S2"});
+    VirtualBoardModel model;
+    model.productId = 1;
+    model.serial = "S2";
+    plug(model);
     EXPECT_EQ(boardsText({only()}), "1234:0001  not of this configuration\n  serial number S2\n  " + path + "\n\n");
     EXPECT_FALSE(only(false).matches);
     EXPECT_FALSE(wasAskedForFeatures());
 }
 
 TEST_F(BoardList, NamesABoardWithoutAnIdentityByItsSerialOrPath) {
-    plug({.boardId = std::nullopt});
+    VirtualBoardModel model;
+    model.boardId.reset();
+    plug(model);
     EXPECT_EQ(boardName(only()), path);
     EXPECT_EQ(boardsText({only()}), "1234:ABCD  doesn't report an identity; its name is " + path +
                                         "\n  no entry in \"devices\" by this name\n  " + path + "\n\n");

@@ -35,7 +35,7 @@ TEST(ProgramName, IsTheLastComponentBehindEitherSeparator) {
         {"", ""},
     };
     for (const auto& [argument, name] : cases) {
-        EXPECT_EQ(programName(argument), name) << argument;
+        EXPECT_EQ(programNameIn(argument), name) << argument;
     }
 }
 
