@@ -12,6 +12,8 @@ namespace {
 
 /// More errors than anyone reads at once.
 constexpr std::size_t mostErrors = 200;
+/// Each repair reads the whole file again.
+constexpr std::size_t mostBytes = 1'000'000;
 
 /// A value that the bridge accepts where something is required.
 struct Replacement {
@@ -121,11 +123,16 @@ std::optional<std::string> repairedText(const std::string& text, const std::stri
 
 } // namespace
 
-Findings bridgeErrors(const JsonDocument& document, const BridgeReader& reader) {
+Findings bridgeErrors(const JsonDocument& document, const BridgeReader& reader, std::string& accepted) {
     Findings findings;
     std::optional<std::string> text = document.text();
     std::string error;
-    for (std::size_t attempt = 0; text && attempt < mostErrors && !reader(*text, error); ++attempt) {
+    const std::size_t attempts = std::clamp(mostBytes / (document.text().size() + 1), std::size_t{1}, mostErrors);
+    for (std::size_t attempt = 0; text && attempt < attempts; ++attempt) {
+        if (reader(*text, error)) {
+            accepted = *text;
+            break;
+        }
         if (std::ranges::find(findings, error, &Finding::message) == findings.end()) {
             findings.push_back(errorAt(document, error));
         }

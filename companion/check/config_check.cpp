@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <map>
 #include <set>
 #include <span>
@@ -160,10 +161,10 @@ private:
         if (const JsonNode* const profiles = memberOf(outputs, "profiles", JsonType::Object)) {
             checkProfiles(*profiles);
         }
+        checkDefaultProfile(memberOf(outputs, "defaultProfile", JsonType::String));
         if (const JsonNode* const roles = memberOf(outputs, "roleProfiles", JsonType::Object)) {
             checkRoleProfiles(*roles);
         }
-        checkDefaultProfile(memberOf(outputs, "defaultProfile", JsonType::String));
     }
 
     void checkProfiles(const JsonNode& profiles) {
@@ -251,13 +252,15 @@ private:
                    known.empty() ? "Add it to outputs.profiles" : suggestion(name, known));
     }
 
-    void checkDefaultProfile(const JsonNode* name) {
-        if (name != nullptr && !profileNames.contains(normalizeName(name->value.string))) {
-            addFinding(findings, document.atValue(*name, Severity::Hint, "unknown-profile"),
-                       "there is no profile " + inQuotes(name->value.string) + "; it has the default lights",
+    /// The bridge makes the default profile if there is none, so other settings may name it.
+    void checkDefaultProfile(const JsonNode* setting) {
+        const std::string written = setting == nullptr ? "" : normalizeName(setting->value.string);
+        if (!written.empty() && !profileNames.contains(written)) {
+            addFinding(findings, document.atValue(*setting, Severity::Hint, "unknown-profile"),
+                       "there is no profile " + inQuotes(setting->value.string) + "; it has the default lights",
                        "Add it to outputs.profiles, or name one that is there");
         }
-        profileNames.insert(name == nullptr ? "DEFAULT" : normalizeName(name->value.string));
+        profileNames.insert(written.empty() ? "DEFAULT" : written);
     }
 
     void checkDevices() {
@@ -275,27 +278,25 @@ private:
             if (const JsonNode* const profile = memberOf(device, "ledProfile", JsonType::String)) {
                 checkProfileExists(*profile);
             }
-            checkFirst(memberOf(device, "boardId", JsonType::String), boards);
-            checkFirst(memberOf(device, "index", JsonType::Number), indexes);
+            checkBoard(*device, boards, indexes);
         }
     }
 
-    void checkFirst(const JsonNode* boardId, std::set<std::string>& seen) {
+    /// The bridge looks for a board's name in all entries before it looks for its index.
+    void checkBoard(const JsonNode& device, std::set<std::string>& boards, std::set<double>& indexes) {
+        const JsonNode* const boardId = memberOf(&device, "boardId", JsonType::String);
+        const JsonNode* const index = memberOf(&device, "index", JsonType::Number);
         const std::string name = boardId == nullptr ? "" : normalizeBoardId(boardId->value.string);
-        if (!name.empty() && !seen.insert(name).second) {
-            addRepeatedBoard(*boardId);
+        if (!name.empty() && !boards.insert(name).second) {
+            addFinding(findings, document.atValue(*boardId, Severity::Warning, "repeated-board"),
+                       "an entry above is for the same board; the bridge ignores this one", "Remove one of the two");
+        } else if (index != nullptr && index->value.number >= 0 &&
+                   !indexes.insert(std::trunc(index->value.number)).second) {
+            addFinding(findings, document.atValue(*index, Severity::Warning, "repeated-board"),
+                       name.empty() ? "an entry above has the same index; the bridge ignores this one"
+                                    : "an entry above has the same index; this one only counts by its boardId",
+                       name.empty() ? "Remove one of the two" : "Remove the index here");
         }
-    }
-
-    void checkFirst(const JsonNode* index, std::set<double>& seen) {
-        if (index != nullptr && index->value.number >= 0 && !seen.insert(index->value.number).second) {
-            addRepeatedBoard(*index);
-        }
-    }
-
-    void addRepeatedBoard(const JsonNode& node) {
-        addFinding(findings, document.atValue(node, Severity::Warning, "repeated-board"),
-                   "an entry above is for the same board; the bridge ignores this one", "Remove one of the two");
     }
 };
 

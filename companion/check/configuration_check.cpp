@@ -40,7 +40,7 @@ public:
 
     ConfigurationVerdict run() {
         checkMainFile();
-        if (!config.mappings.buttonConfigPath.empty()) {
+        if (namesOtherFiles()) {
             checkOtherFiles();
         }
         verdict.bridgeStarts = verdict.refusal.empty();
@@ -78,14 +78,17 @@ private:
                 place = mainFile->atValue(*setting, severity, "missing-file");
             }
         }
-        addFinding(verdict.findings, std::move(place), message, "Correct the path, or put the file there");
+        addFinding(verdict.findings, std::move(place), message,
+                   "Correct the path, put the file there, or check its permissions");
     }
 
     /// The file with the bridge's own errors reported; null when it isn't a JSON object.
-    std::unique_ptr<JsonDocument> readDocument(const std::string& file, std::string text, const BridgeReader& reader) {
+    /// `accepted` gets the text with the errors repaired.
+    std::unique_ptr<JsonDocument> readDocument(const std::string& file, std::string text, const BridgeReader& reader,
+                                               std::string& accepted) {
         verdict.files.push_back(file);
         auto document = std::make_unique<JsonDocument>(file, std::move(text));
-        for (Finding& finding : bridgeErrors(*document, reader)) {
+        for (Finding& finding : bridgeErrors(*document, reader, accepted)) {
             verdict.findings.push_back(std::move(finding));
         }
         const bool isObject = document->root() != nullptr && document->root()->isObject();
@@ -95,22 +98,34 @@ private:
     void checkMainFile() {
         std::string text;
         std::string error;
-        if (!loadAppConfig(path, config, error) || !readIds(config.hid, error)) {
+        AppConfig asWritten;
+        if (!loadAppConfig(path, asWritten, error) || !readIds(asWritten.hid, error)) {
             refuse(error);
         }
         if (!FileSystem::existsOrFalse(path) || !FileSystem::readFile(path, text)) {
             addUnreadable("", Severity::Error, verdict.refusal);
             return;
         }
-        mainFile = readDocument(path, std::move(text), [this](const std::string& changed, std::string& message) {
+        std::string accepted;
+        const BridgeReader reader = [this](const std::string& changed, std::string& message) {
             AppConfig ignored;
             return parseAppConfig(changed, path, ignored, message);
-        });
+        };
+        mainFile = readDocument(path, std::move(text), reader, accepted);
         if (mainFile != nullptr) {
+            parseAppConfig(accepted, path, config, error);
             checkIds(*mainFile->root());
             checkConfig(*mainFile, verdict.findings);
             noteRoles();
         }
+    }
+
+    /// Whether the user names the command file. A repair of `config.json` may have made a name up.
+    bool namesOtherFiles() const {
+        const JsonNode* const mappings = mainFile == nullptr ? nullptr : mainFile->root()->member("mappings");
+        const JsonNode* const setting = mappings == nullptr ? nullptr : mappings->member("buttonConfigPath");
+        return setting != nullptr && setting->type() == JsonType::String && !setting->value.string.empty() &&
+               !config.mappings.buttonConfigPath.empty();
     }
 
     void checkOtherFiles() {
@@ -125,21 +140,26 @@ private:
         const JsonNode* const hid = root.member("hid");
         for (const std::string_view key : {"vid", "pid"}) {
             const JsonNode* const id = hid == nullptr ? nullptr : hid->member(key);
-            std::uint32_t number = 0;
-            if (id != nullptr && id->type() == JsonType::String && !id->value.string.empty() &&
-                !parseUsbId(id->value.string, number)) {
-                addFinding(verdict.findings, mainFile->atValue(*id, Severity::Error, "refused"), invalidUsbIds,
-                           "Write up to four hexadecimal digits, such as \"16C0\"");
+            if (id != nullptr && id->type() == JsonType::String && !id->value.string.empty()) {
+                checkId(*id);
             }
+        }
+    }
+
+    void checkId(const JsonNode& id) {
+        const std::string hint = "Write up to four hexadecimal digits, such as \"16C0\"";
+        std::uint32_t number = 0;
+        if (!parseUsbId(id.value.string, number)) {
+            addFinding(verdict.findings, mainFile->atValue(id, Severity::Error, "refused"), invalidUsbIds, hint);
+        } else if (normalizeBoardId(id.value.string).find_first_not_of("0123456789ABCDEF") != std::string::npos) {
+            addFinding(verdict.findings, mainFile->atValue(id, Severity::Warning, "odd-id"),
+                       "the bridge only reads the digits up to the first other letter", hint);
         }
     }
 
     void noteRoles() {
         for (const DeviceEntry& device : config.outputs.devices) {
             context.roles.insert(normalizeName(device.role));
-        }
-        for (const auto& [role, profile] : config.outputs.roleProfiles) {
-            context.roles.insert(role);
         }
         context.roles.erase("");
     }
@@ -149,19 +169,20 @@ private:
         std::string text;
         if (file.empty()) {
             addUnreadable("hidEventMapPath", Severity::Warning,
-                          "there is no event map, so controls have no names and no commands");
+                          "the bridge finds no event map, so controls have no names and no commands");
             return nullptr;
         }
         if (!FileSystem::existsOrFalse(file) || !FileSystem::readFile(file, text)) {
             addUnreadable("hidEventMapPath", Severity::Warning, "the event map can't be read: " + file);
             return nullptr;
         }
+        const BridgeReader reader = [](const std::string& changed, std::string& message) {
+            return HidEventMap().parse(changed, message);
+        };
+        std::string accepted;
         std::string ignored;
         eventMap.parse(text, ignored);
-        std::unique_ptr<JsonDocument> document =
-            readDocument(file, std::move(text), [](const std::string& changed, std::string& message) {
-                return HidEventMap().parse(changed, message);
-            });
+        std::unique_ptr<JsonDocument> document = readDocument(file, std::move(text), reader, accepted);
         if (document != nullptr) {
             checkEventMap(*document, verdict.findings);
         }
@@ -175,18 +196,20 @@ private:
         const std::string& file = config.mappings.buttonConfigPath;
         std::string text;
         std::string error;
-        buttonsAreRead = buttons.load(file, error);
+        if (!FileSystem::existsOrFalse(file) || !FileSystem::readFile(file, text)) {
+            refuse("Button config can't be read: " + file);
+            addUnreadable("buttonConfigPath", Severity::Error, "the command file can't be read: " + file);
+            return;
+        }
+        buttonsAreRead = buttons.parse(text, error);
         if (!buttonsAreRead) {
             refuse(error);
         }
-        if (!FileSystem::existsOrFalse(file) || !FileSystem::readFile(file, text)) {
-            addUnreadable("buttonConfigPath", Severity::Error, error);
-            return;
-        }
-        const std::unique_ptr<JsonDocument> document =
-            readDocument(file, std::move(text), [](const std::string& changed, std::string& message) {
-                return ButtonConfig().parse(changed, message);
-            });
+        const BridgeReader reader = [](const std::string& changed, std::string& message) {
+            return ButtonConfig().parse(changed, message);
+        };
+        std::string accepted;
+        const std::unique_ptr<JsonDocument> document = readDocument(file, std::move(text), reader, accepted);
         if (document != nullptr) {
             checkButtons(*document, context, verdict.findings);
         }

@@ -3,10 +3,13 @@
 #include "companion/check/known_keys.h"
 #include "config/names.h"
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <set>
+#include <span>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -41,8 +44,11 @@ public:
             if (member->type() == JsonType::Number) {
                 checkRange(*member);
                 checkName(*member);
-                checkNumber(*member);
+                numbers[member->value.number].push_back(member);
             }
+        }
+        for (const auto& [number, members] : numbers) {
+            checkNumber(members);
         }
     }
 
@@ -51,7 +57,7 @@ private:
     const NumberSection& section;
     Findings& findings;
     std::set<std::string> names;
-    std::map<double, const JsonNode*> numbers;
+    std::map<double, std::vector<const JsonNode*>> numbers;
 
     void checkRange(const JsonNode& member) {
         if (member.value.number < 0 || member.value.number > section.largest) {
@@ -70,16 +76,15 @@ private:
         }
     }
 
-    /// Of two names for a number, the bridge keeps the one that sorts last.
-    void checkNumber(const JsonNode& member) {
-        const auto [other, isNew] = numbers.try_emplace(member.value.number, &member);
-        if (isNew) {
-            return;
+    /// Of several names for a number, the bridge keeps the one that sorts last.
+    void checkNumber(const std::vector<const JsonNode*>& members) {
+        const JsonNode* const kept = *std::ranges::max_element(members, {}, &JsonNode::key);
+        for (const JsonNode* member : std::span(members).subspan(1)) {
+            addFinding(findings, document.atValue(*member, Severity::Warning, "number-twice"),
+                       "the number of " + inQuotes(members.front()->key) + " too; the bridge only knows the name " +
+                           inQuotes(kept->key),
+                       "Give each " + std::string(section.what) + " its own number");
         }
-        const std::string& kept = std::max(member.key, other->second->key);
-        addFinding(findings, document.atValue(member, Severity::Warning, "number-twice"),
-                   "the number of \"" + other->second->key + "\"; the bridge only knows the name \"" + kept + '"',
-                   "Give each " + std::string(section.what) + " its own number");
     }
 };
 

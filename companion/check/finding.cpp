@@ -18,6 +18,9 @@ const char* severityName(Severity severity) {
 }
 
 void addFinding(Findings& findings, Finding place, std::string message, std::string hint) {
+    if (findings.size() >= mostFindings) {
+        return;
+    }
     place.message = std::move(message);
     place.hint = std::move(hint);
     findings.push_back(std::move(place));
@@ -47,7 +50,8 @@ void mergeIntoErrors(Findings& findings) {
         }
         if (error == errors.end()) {
             merged.push_back(finding);
-        } else {
+        } else if (merged[error->second].hint.empty() || finding.code == "wrong-type" ||
+                   finding.code == "boolean-switch") {
             merged[error->second].hint = finding.hint;
         }
     }

@@ -24,16 +24,22 @@ struct Finding {
     std::string message;
     /// What to do about it; may be empty.
     std::string hint;
-    /// The text of the line; empty when there is no such line.
+    /// The line around the place; empty when there is no such line.
     std::string lineText;
+    /// The byte of `lineText` that it is about.
+    std::size_t caret = 0;
 };
 
 using Findings = std::vector<Finding>;
 
-/// Completes a place with its texts and adds it.
+/// More than anyone reads; a broken file could have millions.
+constexpr std::size_t mostFindings = 1000;
+
+/// Completes a place with its texts and adds it, unless there are too many already.
 void addFinding(Findings& findings, Finding place, std::string message, std::string hint);
 
-/// Leaves one finding at the place of an error: what was said about the same place too becomes its hint.
+/// Leaves one finding at the place of an error. What was said about the type of the value there becomes its hint, and
+/// anything else if it has none.
 void mergeIntoErrors(Findings& findings);
 
 /// By file in the given order, then by line and column.

@@ -20,17 +20,6 @@ std::string printable(std::string text) {
     return text;
 }
 
-/// The byte at which the column begins.
-std::size_t byteOfColumn(const std::string& line, std::size_t column) {
-    std::size_t byte = 0;
-    for (std::size_t i = 1; i < column && byte < line.size(); ++i) {
-        do {
-            ++byte;
-        } while (byte < line.size() && continuesCharacter(line[byte]));
-    }
-    return byte;
-}
-
 /// Moves back to where a character begins.
 std::size_t characterAt(const std::string& line, std::size_t byte) {
     while (byte > 0 && byte < line.size() && continuesCharacter(line[byte])) {
@@ -52,7 +41,7 @@ std::string blanksLike(std::string_view text) {
 
 std::string excerpt(const Finding& finding) {
     const std::string line = printable(finding.lineText);
-    const std::size_t caret = byteOfColumn(line, finding.column);
+    const std::size_t caret = std::min(finding.caret, line.size());
     const std::size_t begin = caret <= longestExcerpt / 2 ? 0 : characterAt(line, caret - longestExcerpt / 2);
     const std::size_t end = characterAt(line, begin + longestExcerpt);
     return "  " + line.substr(begin, end - begin) + "\n  " + blanksLike(line.substr(begin, caret - begin)) + "^\n";

@@ -1,6 +1,8 @@
 #include "companion/check/json_document.h"
 
 #include <algorithm>
+#include <iterator>
+#include <set>
 #include <utility>
 
 namespace {
@@ -25,6 +27,9 @@ const JsonNode* JsonNode::member(std::string_view name) const {
 }
 
 JsonDocument::JsonDocument(std::string path, std::string text) : filePath(std::move(path)), fileText(std::move(text)) {
+    for (std::size_t end = fileText.find('\n'); end != std::string::npos; end = fileText.find('\n', end + 1)) {
+        lineBegins.push_back(end + 1);
+    }
     std::vector<JsonPlace> places;
     const JsonParseResult result = JsonParser::parse(fileText, places);
     if (result.ok) {
@@ -37,6 +42,7 @@ JsonDocument::JsonDocument(std::string path, std::string text) : filePath(std::m
 
 void JsonDocument::readNodes(const std::vector<JsonPlace>& places) {
     nodes.resize(places.size());
+    std::set<std::pair<std::size_t, std::string>> keys;
     for (std::size_t i = 0; i < places.size(); ++i) {
         const JsonPlace& place = places[i];
         JsonNode& node = nodes[i];
@@ -48,7 +54,9 @@ void JsonDocument::readNodes(const std::vector<JsonPlace>& places) {
             node.value.type = fileText[place.begin] == '{' ? JsonType::Object : JsonType::Array;
         }
         if (place.parent != JsonPlace::none) {
-            nodes[place.parent].children.push_back(&node);
+            JsonNode& parent = nodes[place.parent];
+            const bool isRepeated = place.keyEnd != 0 && !keys.emplace(place.parent, node.key).second;
+            (isRepeated ? parent.repeated : parent.children).push_back(&node);
         }
     }
 }
@@ -58,18 +66,21 @@ std::string_view JsonDocument::textOf(std::size_t begin, std::size_t end) const 
 }
 
 Finding JsonDocument::at(std::size_t offset, Severity severity, std::string code) const {
-    const std::string_view before = textOf(0, offset);
-    // npos + 1 is 0: the first line begins with the text.
-    const std::size_t lineBegin = before.rfind('\n') + 1;
-    const std::string_view line = textOf(lineBegin, std::min(fileText.find('\n', lineBegin), fileText.size()));
+    const auto nextLine = std::ranges::upper_bound(lineBegins, offset);
+    const std::size_t lineBegin = *std::prev(nextLine);
     Finding finding;
     finding.file = filePath;
-    finding.line = static_cast<std::size_t>(std::ranges::count(before, '\n')) + 1;
-    finding.column = static_cast<std::size_t>(std::ranges::count_if(before.substr(lineBegin), beginsCharacter)) + 1;
+    finding.line = static_cast<std::size_t>(nextLine - lineBegins.begin());
+    finding.column = static_cast<std::size_t>(std::ranges::count_if(textOf(lineBegin, offset), beginsCharacter)) + 1;
     finding.severity = severity;
     finding.code = std::move(code);
-    finding.lineText =
-        line.ends_with('\r') && lineBegin + line.size() > offset ? line.substr(0, line.size() - 1) : line;
+    // A file may be one long line, of which only the surroundings are ever shown.
+    constexpr std::size_t surroundings = 400;
+    const std::size_t begin = offset - lineBegin > surroundings ? offset - surroundings : lineBegin;
+    std::string_view line = std::string_view(fileText).substr(begin, offset - begin + surroundings);
+    line = line.substr(0, line.find('\n', offset - begin));
+    finding.lineText = line.ends_with('\r') && begin + line.size() > offset ? line.substr(0, line.size() - 1) : line;
+    finding.caret = offset - begin;
     return finding;
 }
 

@@ -15,13 +15,15 @@ struct JsonNode {
     /// An object's member: its name.
     std::string key;
     JsonPlace place;
-    /// The members or elements, in the order of the text. Containers only.
+    /// The members or elements that count, in the order of the text. Containers only.
     std::vector<const JsonNode*> children;
+    /// The members whose key is there before: the bridge ignores them.
+    std::vector<const JsonNode*> repeated;
 
     JsonType type() const { return value.type; }
     bool isObject() const { return value.type == JsonType::Object; }
 
-    /// The member that counts for the bridge: the first of that name. Null if there is none.
+    /// Null if there is none.
     const JsonNode* member(std::string_view name) const;
 };
 
@@ -53,6 +55,8 @@ private:
     std::string error;
     std::size_t offsetOfError = 0;
     std::vector<JsonNode> nodes;
+    /// Offsets of the lines' first bytes.
+    std::vector<std::size_t> lineBegins{0};
 
     void readNodes(const std::vector<JsonPlace>& places);
     std::string_view textOf(std::size_t begin, std::size_t end) const;

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <limits>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -83,13 +82,10 @@ std::string suggestion(std::string_view word, std::span<const std::string_view> 
 }
 
 void checkRepeatedKeys(const JsonDocument& document, const JsonNode& object, Findings& findings) {
-    std::set<std::string_view> seen;
-    for (const JsonNode* member : object.children) {
-        if (!seen.insert(member->key).second) {
-            addFinding(findings, document.atKey(*member, Severity::Warning, "repeated-key"),
-                       inQuotes(member->key) + " is here a second time; the bridge ignores this one",
-                       "Remove one of the two");
-        }
+    for (const JsonNode* member : object.repeated) {
+        addFinding(findings, document.atKey(*member, Severity::Warning, "repeated-key"),
+                   inQuotes(member->key) + " is here a second time; the bridge ignores this one",
+                   "Remove one of the two");
     }
 }
 

@@ -58,7 +58,9 @@ std::vector<PathStep> stepsOf(std::string_view path) {
     while (!path.empty()) {
         if (path.front() == '[') {
             const std::size_t close = std::min(path.rfind("]."), path.size() - 1);
-            steps.push_back(bracketStep(path.substr(1, close - 1)));
+            const bool isProfile = !steps.empty() && steps.back().key == "profiles";
+            steps.push_back(isProfile ? PathStep{std::string(path.substr(1, close - 1)), std::nullopt, true}
+                                      : bracketStep(path.substr(1, close - 1)));
             path.remove_prefix(std::min(close + 1, path.size()));
         } else {
             const std::size_t size = std::min(path.find_first_not_of(keyLetters), path.size());
@@ -103,6 +105,11 @@ const JsonNode* memberOfName(const JsonNode& object, const std::string& name) {
     return found;
 }
 
+/// Of "min" and "max", the one that is out of range is to blame.
+bool isPercentage(const JsonNode& node) {
+    return node.type() == JsonType::Number && node.value.number >= 0 && node.value.number <= 100;
+}
+
 const JsonNode* follow(const JsonNode& node, const PathStep& step) {
     if (step.index) {
         const bool present = node.type() == JsonType::Array && *step.index < node.children.size();
@@ -132,11 +139,13 @@ NodeOnPath followPath(const JsonNode& root, const std::vector<PathStep>& path) {
 
 const JsonNode& nodeAt(const JsonNode& root, const MessagePlace& place) {
     const JsonNode& node = *followPath(root, place.path).node;
+    const JsonNode* first = nullptr;
     for (const std::string& name : place.members) {
         const JsonNode* const member = node.member(name);
-        if (member != nullptr) {
+        if (member != nullptr && !isPercentage(*member)) {
             return *member;
         }
+        first = first == nullptr ? member : first;
     }
-    return node;
+    return first == nullptr ? node : *first;
 }

@@ -73,16 +73,19 @@ public:
     explicit CommandReader(std::string_view command) : command(command) {}
 
     std::vector<CommandRemark> run() {
-        while (at < command.size()) {
+        while (at < command.size() && remarks.size() < mostRemarks) {
             readNext();
         }
-        for (const std::size_t brace : openBraces) {
-            warn(brace, "unbalanced-brace", "this { is never closed", "Add a }");
+        if (!openBraces.empty() && at == command.size()) {
+            warn(openBraces.back(), "unbalanced-brace", "this { is never closed", "Add a }");
         }
         return std::move(remarks);
     }
 
 private:
+    /// More than anyone reads about one command.
+    static constexpr std::size_t mostRemarks = 20;
+
     std::string_view command;
     std::size_t at = 0;
     std::vector<std::size_t> openBraces;

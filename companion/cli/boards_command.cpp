@@ -4,11 +4,23 @@
 #include "companion/cli/exit_code.h"
 #include "companion/devices/board_list.h"
 #include "config/app_config.h"
+#include "hid/usb_ids.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cstdint>
 #include <ostream>
+
+namespace {
+
+bool hasUsbIds(const HidConfig& hid, std::string& error) {
+    std::uint32_t id = 0;
+    error = invalidUsbIds;
+    return parseUsbId(hid.vid, id) && parseUsbId(hid.pid, id);
+}
+
+} // namespace
 
 BoardsCommand::BoardsCommand(CLI::App& program, const Platform& platform)
     : platform(platform), command(program.add_subcommand("boards", "List the boards")) {
@@ -28,8 +40,8 @@ BoardsCommand::BoardsCommand(CLI::App& program, const Platform& platform)
 int BoardsCommand::run(std::ostream& out, std::ostream& err) const {
     AppConfig config;
     std::string error;
-    const bool isConfigured =
-        loadAppConfig(configPath.empty() ? defaultConfigPath(platform.host) : configPath, config, error);
+    const std::string path = configPath.empty() ? defaultConfigPath(platform.host) : configPath;
+    const bool isConfigured = loadAppConfig(path, config, error) && hasUsbIds(config.hid, error);
     if (!isConfigured) {
         err << "vantrel: " << error << '\n';
         if (!all) {

@@ -53,6 +53,7 @@ ListedBoard lookAt(const HidTransport& transport, const std::string& path, const
     if (board.matches) {
         readIdentity(transport, handle, board);
         const DeviceEntry* const entry = findDeviceEntry(*config, boardName(board), -1);
+        board.isListed = entry != nullptr;
         board.role = entry == nullptr ? "" : entry->role;
     }
     return board;

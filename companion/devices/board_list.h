@@ -24,7 +24,9 @@ struct ListedBoard {
     std::optional<HidProtocol::ProtocolInfo> protocol;
     /// The bridge would use it: it has the ids of the configuration.
     bool matches = false;
-    /// Of its entry in `devices`; empty when an entry by index may still apply.
+    /// `devices` has an entry by its name; an entry by index may apply otherwise.
+    bool isListed = false;
+    /// Of that entry.
     std::string role;
 };
 

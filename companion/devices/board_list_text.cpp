@@ -24,7 +24,8 @@ std::string matchText(const ListedBoard& board) {
     std::string text = board.boardId.empty() ? "doesn't report an identity; its name is " + boardName(board) + '\n'
                                              : "board " + board.boardId + '\n';
     text += board.protocol ? "  protocol version " + protocolText(*board.protocol) + '\n' : "";
-    text += board.role.empty() ? "  no entry in \"devices\" by this name\n" : "  role " + board.role + '\n';
+    text += board.isListed ? "" : "  no entry in \"devices\" by this name\n";
+    text += board.role.empty() ? "" : "  role " + board.role + '\n';
     text += board.writable ? "" : "  can't be written to: its lights stay as they are\n";
     return text;
 }

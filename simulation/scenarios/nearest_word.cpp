@@ -34,11 +34,20 @@ std::size_t distance(std::string_view a, std::string_view b) {
 } // namespace
 
 std::optional<std::string_view> nearestWord(std::string_view word, std::span<const std::string_view> known) {
-    const auto nearest = std::min_element(known.begin(), known.end(), [word](auto left, auto right) {
-        return distance(word, left) < distance(word, right);
-    });
-    if (nearest == known.end() || distance(word, *nearest) > std::max<std::size_t>(1, nearest->size() / 3)) {
-        return std::nullopt;
+    std::optional<std::string_view> nearest;
+    std::size_t least = 0;
+    for (const std::string_view candidate : known) {
+        const std::size_t limit = std::max<std::size_t>(1, candidate.size() / 3);
+        const std::size_t lengths = std::max(word.size(), candidate.size()) - std::min(word.size(), candidate.size());
+        // A word that is so much longer or shorter can't be near.
+        if (lengths > limit) {
+            continue;
+        }
+        const std::size_t letters = distance(word, candidate);
+        if (letters <= limit && (!nearest || letters < least)) {
+            nearest = candidate;
+            least = letters;
+        }
     }
-    return *nearest;
+    return nearest;
 }

@@ -47,7 +47,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const char kind = input.empty() ? 'b' : input.front();
     const JsonDocument document("file", std::string(input.substr(input.empty() ? 0 : 1)));
     const BridgeReader reader = readerOf(kind);
-    Findings findings = bridgeErrors(document, reader);
+    std::string accepted;
+    Findings findings = bridgeErrors(document, reader, accepted);
     std::string error;
     require(findings.empty() == reader(document.text(), error),
             "an error is found exactly if the bridge refuses the file");
@@ -56,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         findMore(kind, document, findings);
     }
     for (const Finding& finding : findings) {
-        require(finding.column <= finding.lineText.size() + 1, "a place is in its line");
+        require(finding.caret <= finding.lineText.size(), "a place is in its line");
         require(!finding.message.empty() && !finding.code.empty(), "a finding says what it is");
     }
     return 0;

@@ -4,8 +4,17 @@
 
 namespace {
 
-Finding finding(const std::string& line, std::size_t column, const std::string& hint = "Do it") {
-    return {"f.json", 3, column, Severity::Warning, "some-code", "what is wrong", hint, line};
+/// About the byte `caret` of the line, which is the character `column`.
+Finding finding(const std::string& line, std::size_t column, const std::string& hint = "Do it", std::size_t caret = 0) {
+    return {"f.json",
+            3,
+            column,
+            Severity::Warning,
+            "some-code",
+            "what is wrong",
+            hint,
+            line,
+            caret == 0 ? column - 1 : caret};
 }
 
 } // namespace
@@ -17,7 +26,7 @@ TEST(FindingText, ShowsThePlaceAsEditorsReadItWithTheLineACaretAndTheHint) {
 }
 
 TEST(FindingText, PutsTheCaretBelowTheCharacter) {
-    EXPECT_EQ(findingText(finding("\t\"é\": x", 6, ""), false),
+    EXPECT_EQ(findingText(finding("\t\"é\": x", 6, "", 6), false),
               "f.json:3:6: warning: what is wrong\n  \t\"é\": x\n  \t    ^\n");
     EXPECT_EQ(findingText(finding("ab", 3, ""), false), "f.json:3:3: warning: what is wrong\n  ab\n    ^\n");
 }

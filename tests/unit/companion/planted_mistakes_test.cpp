@@ -212,7 +212,7 @@ TEST(PlantedMistakes, ProfilesThatDoNotExist) {
 }
 
 TEST(PlantedMistakes, FilesThatAreNotThere) {
-    const std::string place = "Correct the path, or put the file there";
+    const std::string place = "Correct the path, put the file there, or check its permissions";
     PlantedConfiguration noButtons =
         withConfig(R"({"hid": {"vid": "1", "pid": "1"}, "mappings": {"buttonConfigPath": @"button.json"}})");
     PlantedConfiguration noMap = withConfig(
@@ -340,4 +340,54 @@ TEST(PlantedMistakes, LinesMayEndInAnyWay) {
           "devices"}},
         {withMembers("\"logging\": {\r@\"verbose\": 1}"), {"warning unknown-key: Known here: debug"}},
     });
+}
+
+TEST(PlantedMistakes, AreLookedForBehindAnError) {
+    PlantedConfiguration planted = withMembers(R"("devices": [@{"role": "PFD"}, {"index": 1, "role": "AUDIO"}])");
+    planted.buttons = R"~({"buttons": [{"name": "AP", "commands": {"PRESS": {"AUDIO": "(>K:HEADING_BUG_INC) @)"}}},
+                                       {"name": "HDG", "commands": {}}]})~";
+    expectFindings(
+        {{planted, {"error refused: The element identifies no board", "warning unbalanced-bracket: Remove it"}}});
+}
+
+TEST(PlantedMistakes, AreFoundInProfilesOfAnyName) {
+    const auto row = [](const std::string& profiles, const std::vector<std::string>& findings) {
+        return Planted{withMembers(R"("outputs": {"defaultProfile": "1", "profiles": {)" + profiles + "}}"), findings};
+    };
+    expectFindings({
+        row(R"("1": {"backlight": {"min": @-1}}, "dim": {"backlight": {"default": @500}})",
+            {"error refused: Out of range, or min is above max", "error refused: "}),
+        row(R"("1": {"backlight": {"min": 0, "max": @150}})", {"error refused: Out of range, or min is above max"}),
+        row(R"("1": {}, "a]. b": {"backlight": {"value": @101}})", {"error refused: "}),
+    });
+}
+
+TEST(PlantedMistakes, NoneInUsesOfTheDefaultProfile) {
+    expectFindings({
+        {withMembers(R"("outputs": {"roleProfiles": {"PFD": "default"}})"), {}},
+        {withMembers(R"("outputs": {"defaultProfile": "", "profiles": {"a": {}}}, "devices": [{"index": 0,
+                        "ledProfile": "Default"}])"),
+         {}},
+    });
+}
+
+TEST(PlantedMistakes, BoardsWithOneIndexStillCountByTheirNames) {
+    expectFindings({{withMembers(R"("devices": [{"boardId": "A1", "index": 0}, {"boardId": "B2", "index": @0}])"),
+                     {"warning repeated-board: Remove the index here"}}});
+}
+
+TEST(PlantedMistakes, LettersBehindAnId) {
+    expectFindings({{withConfig(R"({"hid": {"vid": @"16CO", "pid": "0x27db"},
+                                    "mappings": {"buttonConfigPath": "buttons.json"}})"),
+                     {"warning odd-id: Write up to four hexadecimal digits, such as \"16C0\""}}});
+}
+
+TEST(PlantedMistakes, AreLimitedInNumber) {
+    EXPECT_EQ(WrittenConfiguration(withCommand(std::string(20000, ')'))).findings().size(), 21U);
+    EXPECT_EQ(WrittenConfiguration(withCommand("(>K:" + std::string(100000, 'A') + ")")).findings().size(), 2U);
+    std::string numbers = "1";
+    for (int i = 0; i < 100000; ++i) {
+        numbers += ",1";
+    }
+    EXPECT_LE(WrittenConfiguration(withButtons(R"({"buttons": [)" + numbers + "]}")).findings().size(), 200U);
 }
