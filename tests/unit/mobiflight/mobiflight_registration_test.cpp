@@ -75,8 +75,10 @@ TEST_F(MobiFlightRegistration, IsNotMadeAfterAFailedAttachment) {
 
 TEST_F(MobiFlightRegistration, ConfirmationClearsAndSubscribesOnceWithoutDummies) {
     registering();
+    takeMappedAreas();
     registerClient();
     confirm();
+    EXPECT_EQ(takeMappedAreas(), Lines()) << "no channels of its own";
     EXPECT_EQ(written(), Lines());
     EXPECT_EQ(log.linesWith("registered"), (Lines{"[INFO] MobiFlight client registered"}));
 }
