@@ -73,7 +73,7 @@ run_step() {
 
 show_failure() { # log
   echo "--- the end of $1"
-  grep -aE '^\[  FAILED  \]|error:|warning:|FAILED' "$1" | head -n 20
+  grep -aE -A 8 ': Failure$|^\[  FAILED  \]|error:|warning:|FAILED' "$1" | head -n 80
   tail -n 40 "$1"
 }
 

@@ -32,6 +32,16 @@ protected:
         EXPECT_EQ(watch.lastDevices(), before);
         bridge->process().sendSignal(SIGCONT);
     }
+
+    /// Presses again and again: the bridge may lose a report that comes just when its read times out.
+    bool pressIsHeard(UhidBoard& board) const {
+        board.setPace(nullptr);
+        const auto heard = [&] {
+            board.panel.press(commandButton);
+            return bridge->countInLog("HID event from " + nameOf(board)) > 0;
+        };
+        return waitUntil(heard, ChildProcess::defaultLimit, std::chrono::milliseconds(100));
+    }
 };
 
 /// Under Wine each board has a serial number.
@@ -66,7 +76,9 @@ TEST_F(LinuxBoards, WithoutAnyIdentityGoByTheirPath) {
     EXPECT_EQ(bridge->countInLog("HID device connected: " + board.device().sysfsFolder() + " index=0\n"), 1U);
 }
 
+// Without any extension.
 TEST_F(WindowsBoards, PutBackUnderTheirOldPathUnseenHaveADeadSession) {
+    extensions.clear();
     UhidBoard& board = plugBoard(model());
     startAlone();
     ASSERT_NO_FATAL_FAILURE(replugUnseen(board));
@@ -75,14 +87,13 @@ TEST_F(WindowsBoards, PutBackUnderTheirOldPathUnseenHaveADeadSession) {
     // Once another board is connected and its press logged, scans have passed and the first press has had its time.
     UhidBoard& other = plugBoard(model(2));
     ASSERT_TRUE(waitForConnection(other, 1));
-    other.panel.press(commandButton);
-    ASSERT_TRUE(bridge->waitForLog("HID event from " + nameOf(other)));
+    ASSERT_TRUE(pressIsHeard(other));
     EXPECT_EQ(bridge->countInLog("HID event from " + nameOf(board)), 0U);
     EXPECT_EQ(bridge->countInLog("HID device disconnected: "), 0U);
 }
 
 TEST_F(WindowsBoards, PutBackUnderTheirOldPathUnseenAreReopenedOnRequest) {
-    extensions = R"("reopenStoppedReaders": 1)";
+    extensions += R"(, "reopenStoppedReaders": 1)";
     UhidBoard& board = plugBoard(model());
     startAlone();
     ASSERT_NO_FATAL_FAILURE(replugUnseen(board));

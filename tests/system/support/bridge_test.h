@@ -33,8 +33,9 @@ protected:
     /// A whole configuration, which the two members below change.
     BridgeFiles files() const;
     int scanIntervalMs = 100;
-    /// Members of "extensions".
-    std::string extensions;
+    /// Members of "extensions". By default, a report that comes just when a read times out, once a second, is lost on
+    /// Windows, and a busy machine makes that moment long.
+    std::string extensions = R"("singlePendingRead": 1)";
 
     /// Under Wine, the board sends its next report only when the bridge has logged an event of the last one: a board
     /// that the bridge doesn't hear needs another pace.
