@@ -86,6 +86,14 @@ constexpr std::array deviceKeys{
     KnownKey{"ledProfile", ValueKind::Text},
 };
 
+/// Of two keys for one number, the readable one counts.
+struct Alias {
+    std::string_view key;
+    std::string_view winner;
+};
+
+constexpr std::array aliases{Alias{"param0", "count"}, Alias{"param1", "periodMs"}, Alias{"param2", "level"}};
+
 struct Section {
     std::string_view key;
     std::span<const KnownKey> keys;
@@ -174,20 +182,21 @@ private:
             if (!profile->isObject()) {
                 continue;
             }
-            checkNewName(*profile);
+            checkNewName(*profile, "profile", profileNames);
             checkMembers(document, *profile, profileKeys, findings);
             checkProfileParts(*profile);
         }
     }
 
-    void checkNewName(const JsonNode& profile) {
-        const std::string name = normalizeName(profile.key);
+    /// `names` are those before it, normalised.
+    void checkNewName(const JsonNode& member, const std::string& kind, std::set<std::string>& names) {
+        const std::string name = normalizeName(member.key);
         if (name.empty()) {
-            addFinding(findings, document.atKey(profile, Severity::Warning, "empty-name"),
-                       "the bridge ignores a profile without a name", "Name it");
-        } else if (!profileNames.insert(name).second) {
-            addFinding(findings, document.atKey(profile, Severity::Warning, "same-name"),
-                       "case and spaces don't count, so there is another profile of this name",
+            addFinding(findings, document.atKey(member, Severity::Warning, "empty-name"),
+                       "the bridge ignores a " + kind + " without a name", "Name it");
+        } else if (!names.insert(name).second) {
+            addFinding(findings, document.atKey(member, Severity::Warning, "same-name"),
+                       "case and spaces don't count, so there is another " + kind + " of this name",
                        "Rename one of the two");
         }
     }
@@ -201,6 +210,7 @@ private:
             if (const JsonNode* const effect = memberOf(&profile, part, JsonType::Object)) {
                 checkMembers(document, *effect, effectKeys, findings);
                 checkSentNumbers(*effect);
+                checkAliases(*effect);
             }
         }
     }
@@ -230,14 +240,53 @@ private:
         }
     }
 
+    void checkAliases(const JsonNode& effect) {
+        for (const Alias& alias : aliases) {
+            const JsonNode* const hidden = memberOf(&effect, alias.key, JsonType::Number);
+            if (hidden != nullptr && memberOf(&effect, alias.winner, JsonType::Number) != nullptr) {
+                addFinding(findings, document.atKey(*hidden, Severity::Warning, "no-effect"),
+                           inQuotes(alias.winner) + " sets the same number, so the bridge ignores this one",
+                           "Remove one of the two");
+            }
+        }
+    }
+
     void checkRoleProfiles(const JsonNode& roles) {
         checkRepeatedKeys(document, roles, findings);
+        const std::set<std::string> boardRoles = rolesOfDevices();
+        std::set<std::string> names;
         for (const JsonNode* role : roles.children) {
             checkKind(document, *role, ValueKind::Text, findings);
             if (role->type() == JsonType::String) {
+                checkNewName(*role, "role", names);
+                checkRoleIsUsed(*role, boardRoles);
                 checkProfileExists(*role);
             }
         }
+    }
+
+    /// Normalised.
+    std::set<std::string> rolesOfDevices() const {
+        std::set<std::string> roles;
+        if (const JsonNode* const devices = memberOf(&root, "devices", JsonType::Array)) {
+            for (const JsonNode* device : devices->children) {
+                const JsonNode* const role = device->isObject() ? memberOf(device, "role", JsonType::String) : nullptr;
+                roles.insert(role == nullptr ? "" : normalizeName(role->value.string));
+            }
+        }
+        roles.erase("");
+        return roles;
+    }
+
+    void checkRoleIsUsed(const JsonNode& member, const std::set<std::string>& boardRoles) {
+        const std::string role = normalizeName(member.key);
+        if (role.empty() || boardRoles.contains(role)) {
+            return;
+        }
+        const std::vector<std::string_view> known(boardRoles.begin(), boardRoles.end());
+        addFinding(findings, document.atKey(member, Severity::Hint, "unused-role"),
+                   "no board has the role " + inQuotes(member.key) + ", so the bridge doesn't use this",
+                   known.empty() ? "Give a board this role in \"devices\"" : suggestion(role, known));
     }
 
     void checkProfileExists(const JsonNode& reference) {

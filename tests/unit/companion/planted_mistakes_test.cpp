@@ -160,6 +160,8 @@ TEST(PlantedMistakes, SettingsAndModesWithoutEffect) {
          {"hint no-effect: " + leaveOut}},
         {withMembers(R"("cdc": {@"enabled": 1, "comPort": "COM3"})"), {"warning no-effect: Write 0"}},
         {withProfile(R"("backlight": {"mode": @"fix"})"), {"warning unknown-mode: Known here: fixed, off, lvar"}},
+        {withProfile(R"("batteryOff": {"count": 5, "periodMs": 1, "level": 9, @"param0": 4})"),
+         {"warning no-effect: " + removeOne}},
     });
 }
 
@@ -168,6 +170,9 @@ TEST(PlantedMistakes, ThingsThatAreThereTwice) {
         {withMembers(R"("logging": {}, @"logging": {"debug": 1})"), {"warning repeated-key: " + removeOne}},
         {withMembers(R"("logging": {"debug": 0, @"debug": 1})"), {"warning repeated-key: " + removeOne}},
         {withMembers(R"("outputs": {"profiles": {"default": {}, @"De fault": {}}})"),
+         {"warning same-name: Rename one of the two"}},
+        {withMembers(R"("outputs": {"roleProfiles": {"PFD": "default", @"pfd": "default"}},
+                        "devices": [{"index": 0, "role": "PFD"}])"),
          {"warning same-name: Rename one of the two"}},
         {withMembers(R"("devices": [{"index": 0}, {"index": @0, "role": "MFD"}])"),
          {"warning repeated-board: " + removeOne}},
@@ -201,13 +206,22 @@ TEST(PlantedMistakes, MisspeltCommandsLeaveAControlWithoutAny) {
 TEST(PlantedMistakes, ProfilesThatDoNotExist) {
     expectFindings({
         {withMembers(R"("outputs": {"profiles": {"bright": {}}, "defaultProfile": "bright",
-                         "roleProfiles": {"PFD": @"brihgt"}})"),
+                         "roleProfiles": {"PFD": @"brihgt"}}, "devices": [{"index": 0, "role": "PFD"}])"),
          {"warning unknown-profile: Did you mean \"BRIGHT\"?"}},
         {withMembers(R"("outputs": {"profiles": {"bright": {}}, "defaultProfile": "bright"},
                         "devices": [{"index": 0, "ledProfile": @"dim"}])"),
          {"warning unknown-profile: Known here: BRIGHT"}},
         {withMembers(R"("outputs": {"defaultProfile": @"dim"})"),
          {"hint unknown-profile: Add it to outputs.profiles, or name one that is there"}},
+    });
+}
+
+TEST(PlantedMistakes, RolesThatNoBoardHas) {
+    expectFindings({
+        {withMembers(R"("outputs": {"roleProfiles": {@"PDF": "default"}}, "devices": [{"index": 0, "role": "pfd"}])"),
+         {"hint unused-role: Did you mean \"PFD\"?"}},
+        {withMembers(R"("outputs": {"roleProfiles": {@"PFD": "default", @" ": "default"}}, "devices": [{"index": 0}])"),
+         {"hint unused-role: Give a board this role in \"devices\"", "warning empty-name: Name it"}},
     });
 }
 
@@ -364,7 +378,8 @@ TEST(PlantedMistakes, AreFoundInProfilesOfAnyName) {
 
 TEST(PlantedMistakes, NoneInUsesOfTheDefaultProfile) {
     expectFindings({
-        {withMembers(R"("outputs": {"roleProfiles": {"PFD": "default"}})"), {}},
+        {withMembers(R"("outputs": {"roleProfiles": {"PFD": "default"}}, "devices": [{"index": 0, "role": "PFD"}])"),
+         {}},
         {withMembers(R"("outputs": {"defaultProfile": "", "profiles": {"a": {}}}, "devices": [{"index": 0,
                         "ledProfile": "Default"}])"),
          {}},
