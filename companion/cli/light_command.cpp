@@ -1,6 +1,7 @@
 #include "companion/cli/light_command.h"
 
 #include "app/app_paths.h"
+#include "companion/cli/chosen_configuration.h"
 #include "companion/cli/exit_code.h"
 #include "companion/trial/board_light.h"
 #include "mapping/output_state.h"
@@ -18,8 +19,7 @@ LightCommand::LightCommand(CLI::App& program, const Platform& platform)
         ->check(CLI::IsMember({"steady", "breathe", "flash", "off"}, CLI::ignore_case));
     command->add_option("PERCENT", percent, "Brightness (default: that of the default profile)")
         ->check(CLI::Range(0, 100));
-    command->add_option("--config", configPath, "The config.json with the boards' ids (default: as the bridge)")
-        ->type_name("PATH");
+    addConfigOption(*command, configPath);
     command->footer("Writes the report that the bridge would write. A bridge that runs shows its own light again with\n"
                     "its next change.\n"
                     "Exit code: 0 written, 2 wrong usage, 3 no such board, or it can't be written to.\n"

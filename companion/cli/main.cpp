@@ -31,8 +31,8 @@ int runCommand(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return program.exit(error, std::cout, std::cerr) == 0 ? ExitCode::good : ExitCode::wrongUsage;
     }
-    if (live.isChosen()) {
-        return live.run(std::cout, std::cerr);
+    if (const auto code = live.run(std::cout, std::cerr)) {
+        return *code;
     }
     return check.isChosen() ? check.run(std::cout, std::cerr, wantsColour(platform.host))
                             : boards.run(std::cout, std::cerr);

@@ -3,6 +3,7 @@
 #include "app/app_paths.h"
 #include "companion/check/finding_text.h"
 #include "companion/check/rpn_check.h"
+#include "companion/cli/chosen_configuration.h"
 #include "companion/cli/interrupt.h"
 #include "config/app_config.h"
 
@@ -52,12 +53,14 @@ std::string failureText(const ModuleLink& link, LinkState state) {
 } // namespace
 
 ModuleSession::ModuleSession(CLI::App& command, const Platform& platform) : platform(platform) {
-    command.add_option("--config", configPath, "The config.json with the module's channels (default: as the bridge)")
-        ->type_name("PATH");
+    addConfigOption(command, configPath);
     command.add_option("--timeout", timeoutSeconds, "How long to wait for the simulator and the module")
         ->type_name("SECONDS")
         ->check(CLI::Range(1, 600))
         ->capture_default_str();
+}
+
+void ModuleSession::addForceOption(CLI::App& command) {
     command.add_flag("--force", force, "Send a text also if something is wrong with it");
 }
 

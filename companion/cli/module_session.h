@@ -12,8 +12,11 @@
 /// The common part of the commands that need the simulator and its module: their options, and the way there.
 class ModuleSession {
 public:
-    /// Adds the options --config, --timeout and --force to a command.
+    /// Adds the options --config and --timeout to a command.
     ModuleSession(CLI::App& command, const Platform& platform);
+
+    /// Adds --force, which concerns `accepts`.
+    void addForceOption(CLI::App& command);
 
     /// Prints what `vantrel check` says about an RPN text. True if it is worth sending, or must be sent all the same.
     bool accepts(const std::string& rpn, std::ostream& err) const;
@@ -22,6 +25,7 @@ public:
     /// ends in vain, by Ctrl+C too.
     bool connect(ModuleLink& link, std::ostream& err) const;
 
+    const std::string& config() const { return configPath; }
     std::chrono::milliseconds limit() const { return std::chrono::seconds(timeoutSeconds); }
 
 private:

@@ -11,6 +11,7 @@ SendCommand::SendCommand(CLI::App& program, const Platform& platform)
       command(program.add_subcommand("send", "Send a command to the simulator")),
       session(*command, platform) {
     command->add_option("RPN", rpn, "The command, as in buttons.json")->required();
+    session.addForceOption(*command);
     command->footer(
         "Goes through the MobiFlight module, as a client of its own beside the bridge, which may run.\n"
         "Exit code: 0 sent, 1 not sent because something is wrong with the text, or sent but not confirmed,\n"

@@ -27,6 +27,7 @@ ValueCommand::ValueCommand(CLI::App& program, const Platform& platform)
       session(*command, platform) {
     command->add_option("RPN", expression, "A variable with its unit, or any RPN expression that gives a number")
         ->required();
+    session.addForceOption(*command);
     command->footer(
         "Goes through the MobiFlight module, as a client of its own beside the bridge, which may run.\n"
         "The module delivers seven digits. A variable that doesn't exist reads 0.\n"

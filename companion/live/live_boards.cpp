@@ -111,7 +111,7 @@ LiveBoard LiveBoards::describe(const std::string& name, int index) {
 
 /// On the board's reader thread.
 void LiveBoards::receive(std::span<const std::uint8_t> bytes, const std::string& board, int index) {
-    LiveReport report{host.now(), board, index, {bytes.begin(), bytes.end()}, std::nullopt, ""};
+    LiveReport report{host.now(), board, index, {bytes.begin(), bytes.end()}, {}, ""};
     const std::lock_guard lock(mutex);
     received.push_back(std::move(report));
     changed.notify_all();
@@ -157,7 +157,7 @@ void LiveBoards::deliverReports() {
     for (LiveReport& report : reports) {
         // A board that came after the list was taken.
         announce(report.board, report.index);
-        decode(report);
+        decodeReport(report, *currentConfiguration());
         if (observer.reported) {
             observer.reported(report);
         }
@@ -190,12 +190,5 @@ void LiveBoards::announceGone(const std::vector<LiveBoard>& candidates, const st
         if (observer.left) {
             observer.left(board);
         }
-    }
-}
-
-void LiveBoards::decode(LiveReport& report) {
-    HidProtocol::HidEvent event;
-    if (HidProtocol::decodeInputReport(report.bytes.data(), report.bytes.size(), event, report.problem)) {
-        report.event = decodeEvent(*currentConfiguration(), event, report.board, report.index);
     }
 }

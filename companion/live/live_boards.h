@@ -1,6 +1,6 @@
 #pragma once
 
-#include "companion/live/decoded_event.h"
+#include "companion/live/live_report.h"
 #include "hid/hid_manager.h"
 #include "platform/platform.h"
 #include "platform/worker.h"
@@ -10,7 +10,6 @@
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -23,18 +22,6 @@ struct LiveBoard {
     int index = -1;
     /// Its role in the configuration; empty if it has none there.
     std::string configuredRole;
-};
-
-/// A report that a board has sent.
-struct LiveReport {
-    /// When it was read, by the host's monotonic clock in nanoseconds.
-    std::int64_t time = 0;
-    std::string board;
-    int index = -1;
-    std::vector<std::uint8_t> bytes;
-    /// None: the bridge ignores the report; `problem` says why.
-    std::optional<DecodedEvent> event;
-    std::string problem;
 };
 
 /// Called on one thread, the worker of LiveBoards, one call at a time and with no lock held. Any may be empty. They may
@@ -109,5 +96,4 @@ private:
     void deliverReports();
     void announce(const std::string& name, int index);
     void announceGone(const std::vector<LiveBoard>& candidates, const std::vector<HidDeviceSummary>& present);
-    void decode(LiveReport& report);
 };

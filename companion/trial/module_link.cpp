@@ -31,7 +31,9 @@ std::uint32_t markerAt(std::int64_t now) {
 } // namespace
 
 ModuleLink::ModuleLink(const SimConnectLibrary& library, const Host& host)
-    : host(observedHost(host)), module(library, this->host), simulator(observedLibrary(library), this->host) {}
+    : host(observedHost(host)),
+      module(observedLibrary(library), this->host),
+      simulator(observedLibrary(library), this->host) {}
 
 ModuleLink::~ModuleLink() {
     stop();
@@ -54,6 +56,10 @@ SimConnectLibrary ModuleLink::observedLibrary(SimConnectLibrary library) {
         lastResult = result;
         return result;
     };
+    library.setClientData = [this, write = library.setClientData](auto... arguments) {
+        writtenAt = host.now();
+        return write(arguments...);
+    };
     return library;
 }
 
@@ -70,7 +76,6 @@ bool ModuleLink::start(const MobiFlightConfig& shared, std::string& error) {
     MobiFlightConfig config = shared;
     config.enabled = true;
     config.clientName = toolName;
-    config.rpnRateLimitMs = 0;
     ExtensionsConfig extensions;
     extensions.renewRegistration = true;
     extensions.ownChannels = true;

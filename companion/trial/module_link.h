@@ -61,6 +61,13 @@ public:
     /// for their turn. Everything sent before has been carried out by then.
     std::optional<float> read(const std::string& expression, std::chrono::milliseconds limit, std::string& error);
 
+    /// When something was last written to the module, by the host's clock.
+    std::int64_t lastWrite() const { return writtenAt; }
+
+    // For the bridge's mapping, which sends over this link.
+    MobiFlightClient& moduleClient() { return module; }
+    SimConnectClient& simulatorClient() { return simulator; }
+
 private:
     /// The first values of our area: a marker, the expression's value, and a second marker.
     using Values = std::array<float, 3>;
@@ -68,6 +75,7 @@ private:
     // Set by the simulator client's worker, through the records that it is given.
     std::atomic<bool> looked{false};
     std::atomic<bool> simulatorRuns{false};
+    std::atomic<std::int64_t> writtenAt{0};
 
     // Guards `values`, `lastResult` and `ending`. Nothing is called under it.
     mutable std::mutex mutex;
