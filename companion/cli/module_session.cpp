@@ -17,6 +17,8 @@ namespace {
 constexpr std::chrono::milliseconds sessionLook{20};
 /// What takes longer than this is worth a line.
 constexpr std::chrono::milliseconds silentWait{1000};
+/// Of one of several attempts to read a value. A healthy module needs a few frames.
+constexpr std::chrono::milliseconds readPatience{1000};
 
 Finding findingOf(const CommandRemark& remark, const std::string& text) {
     Finding finding;
@@ -104,6 +106,15 @@ bool ModuleSession::connect(ModuleLink& link, std::ostream& err) const {
         return false;
     }
     return wait(link, err);
+}
+
+std::optional<float> ModuleSession::read(ModuleLink& link, const std::string& expression, std::string& error) const {
+    const std::int64_t end = platform.host.now() + std::chrono::nanoseconds(limit()).count();
+    std::optional<float> value;
+    do {
+        value = link.read(expression, readPatience, error);
+    } while (!value && platform.host.now() < end && !Interrupt::requested() && link.state() == LinkState::Ready);
+    return value;
 }
 
 bool ModuleSession::wait(const ModuleLink& link, std::ostream& err) const {

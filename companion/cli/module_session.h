@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <iosfwd>
+#include <optional>
 #include <string>
 
 /// The common part of the commands that need the simulator and its module: their options, and the way there.
@@ -24,6 +25,9 @@ public:
     /// Starts the link and waits until the module knows us. Says in `err` what it waits for, and what is wrong if it
     /// ends in vain, by Ctrl+C too.
     bool connect(ModuleLink& link, std::ostream& err) const;
+
+    /// Reads a value, as `ModuleLink::read` does, but tries again within the limit. Ctrl+C ends it.
+    std::optional<float> read(ModuleLink& link, const std::string& expression, std::string& error) const;
 
     const std::string& config() const { return configPath; }
     std::chrono::milliseconds limit() const { return std::chrono::seconds(timeoutSeconds); }

@@ -35,7 +35,7 @@ int SendCommand::run(std::ostream& out, std::ostream& err) const {
         return ExitCode::couldNotLook;
     }
     // The module works through its commands in order, so the answer to this one comes behind ours.
-    if (!link.read("0", session.limit(), error)) {
+    if (!session.read(link, "0", error)) {
         err << "vantrel: sent, but " << error << ": the command may be lost\n";
         return ExitCode::findings;
     }

@@ -47,7 +47,7 @@ int ValueCommand::run(std::ostream& out, std::ostream& err) const {
     if (!session.connect(link, err)) {
         return ExitCode::couldNotLook;
     }
-    const std::optional<float> value = link.read(expression, session.limit(), error);
+    const std::optional<float> value = session.read(link, expression, error);
     if (!value) {
         err << "vantrel: " << error << '\n';
         return ExitCode::couldNotLook;

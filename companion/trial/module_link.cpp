@@ -13,9 +13,6 @@ constexpr const char* toolName = "VantrelTool";
 
 /// A person waits, so no pause of the clients may last longer.
 constexpr std::chrono::milliseconds longestSleep{1000};
-/// Another program of the same name may have cleared our variables meanwhile; then they are added again.
-constexpr std::chrono::milliseconds readPatience{2000};
-
 constexpr const char* clearVariables = "MF.SimVars.Clear";
 
 std::string addText(const std::string& expression) {
@@ -152,17 +149,11 @@ void ModuleLink::onClientData(std::uint32_t requestId, const std::uint8_t* data,
 std::optional<float> ModuleLink::read(const std::string& expression, std::chrono::milliseconds limit,
                                       std::string& error) {
     const std::lock_guard turn(readMutex);
-    std::optional<float> value;
-    const std::int64_t end = host.now() + std::chrono::nanoseconds(limit).count();
-    do {
-        const std::uint32_t marker = markerAt(host.now());
-        if (!request(expression, marker, error)) {
-            return std::nullopt;
-        }
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            std::chrono::nanoseconds(std::max<std::int64_t>(end - host.now(), 0)));
-        value = waitForValue(marker, std::min(left, readPatience));
-    } while (!value && host.now() < end);
+    const std::uint32_t marker = markerAt(host.now());
+    if (!request(expression, marker, error)) {
+        return std::nullopt;
+    }
+    const std::optional<float> value = waitForValue(marker, limit);
     std::string ignored;
     // The module would go on evaluating it in each frame.
     sendText(clearVariables, ignored);

@@ -57,8 +57,9 @@ public:
     bool send(const std::string& rpn, std::string& error);
 
     /// The value of an RPN expression, which must be a number; a 4-byte one, as the module gives it. None with `error`
-    /// set when the module hasn't delivered it within the limit. One caller at a time waits for its answer; others wait
-    /// for their turn. Everything sent before has been carried out by then.
+    /// set when the module hasn't delivered it within the limit, as when another program of our name has just read a
+    /// value; then it is worth another try. One caller at a time waits for its answer; others wait for their turn.
+    /// Everything sent before has been carried out by then.
     std::optional<float> read(const std::string& expression, std::chrono::milliseconds limit, std::string& error);
 
     /// When something was last written to the module, by the host's clock.
