@@ -52,7 +52,7 @@ cmake --build --preset linux --target system-tests
 if [ "$runner" = run_on_wine ]; then
   [ -e build/windows/build.ninja ] || cmake --preset windows >/dev/null
   cmake --build --preset windows --target \
-    VantrelBridgeHID virtual-simulator simconnect-dll hid-watch
+    VantrelBridgeHID virtual-simulator simconnect-dll hid-watch vantrel
   scripts/vm/make-wine-prefix.sh "$prefix"
 fi
 

@@ -1,6 +1,7 @@
 #include "companion/cli/boards_command.h"
 #include "companion/cli/check_command.h"
 #include "companion/cli/exit_code.h"
+#include "companion/cli/live_commands.h"
 #include "companion/cli/terminal.h"
 #include "platform/platform.h"
 
@@ -20,13 +21,18 @@ int runCommand(int argc, char** argv) {
                    "Exit code: 0 all is well, 1 something was found, 2 wrong usage, 3 nothing to look at.\n"
                    "Examples:\n"
                    "  vantrel check\n"
-                   "  vantrel boards --all");
+                   "  vantrel boards --all\n"
+                   "  vantrel watch");
     const CheckCommand check(program, platform.host);
     const BoardsCommand boards(program, platform);
+    const LiveCommands live(program, platform);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return program.exit(error, std::cout, std::cerr) == 0 ? ExitCode::good : ExitCode::wrongUsage;
+    }
+    if (const auto code = live.run(std::cout, std::cerr)) {
+        return *code;
     }
     return check.isChosen() ? check.run(std::cout, std::cerr, wantsColour(platform.host))
                             : boards.run(std::cout, std::cerr);

@@ -20,9 +20,10 @@ std::string protocolText(const HidProtocol::ProtocolInfo& info) {
     return std::to_string(info.protocolMajor) + '.' + std::to_string(info.protocolMinor);
 }
 
-std::string matchText(const ListedBoard& board) {
+std::string matchText(const ListedBoard& board, std::size_t number) {
     std::string text = board.boardId.empty() ? "doesn't report an identity; its name is " + boardName(board) + '\n'
                                              : "board " + board.boardId + '\n';
+    text += "  number " + std::to_string(number) + '\n';
     text += board.protocol ? "  protocol version " + protocolText(*board.protocol) + '\n' : "";
     text += board.isListed ? "" : "  no entry in \"devices\" by this name\n";
     text += board.role.empty() ? "" : "  role " + board.role + '\n';
@@ -34,11 +35,13 @@ std::string matchText(const ListedBoard& board) {
 
 std::string boardsText(const std::vector<ListedBoard>& boards) {
     std::string text;
+    std::size_t matching = 0;
     for (const ListedBoard& board : boards) {
         if (!board.opens) {
             text += "????:????  can't be opened: no permission, or another program has it for itself\n";
         } else {
-            text += idsText(board) + "  " + (board.matches ? matchText(board) : "not of this configuration\n");
+            text +=
+                idsText(board) + "  " + (board.matches ? matchText(board, matching++) : "not of this configuration\n");
             text += board.serial.empty() ? "" : "  serial number " + board.serial + '\n';
         }
         text += "  " + board.path + "\n\n";

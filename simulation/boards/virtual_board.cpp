@@ -17,21 +17,6 @@ std::uint16_t wordAt(std::span<const std::uint8_t> bytes, std::size_t offset) {
     return static_cast<std::uint16_t>(bytes[offset] | bytes[offset + 1] << 8);
 }
 
-HidProtocol::Report inputReport(const HidProtocol::HidEvent& event) {
-    HidProtocol::Report report{};
-    report[0] = HidProtocol::inputEventReportId;
-    report[1] = event.headerByte;
-    report[2] = event.type;
-    report[4] = lowByte(event.controlId);
-    report[5] = highByte(event.controlId);
-    report[6] = static_cast<std::uint8_t>(event.value);
-    report[7] = event.speed;
-    report[8] = event.mode;
-    report[9] = lowByte(event.trailerWord);
-    report[10] = highByte(event.trailerWord);
-    return report;
-}
-
 HidProtocol::Report deviceInfoReply(const VirtualBoardModel& model) {
     HidProtocol::Report report{};
     report[0] = HidProtocol::deviceInfoReportId;
@@ -63,6 +48,21 @@ HidProtocol::HidEvent inputEvent(std::uint8_t type, std::uint16_t controlId, std
 }
 
 } // namespace
+
+HidProtocol::Report inputReport(const HidProtocol::HidEvent& event) {
+    HidProtocol::Report report{};
+    report[0] = HidProtocol::inputEventReportId;
+    report[1] = event.headerByte;
+    report[2] = event.type;
+    report[4] = lowByte(event.controlId);
+    report[5] = highByte(event.controlId);
+    report[6] = static_cast<std::uint8_t>(event.value);
+    report[7] = event.speed;
+    report[8] = event.mode;
+    report[9] = lowByte(event.trailerWord);
+    report[10] = highByte(event.trailerWord);
+    return report;
+}
 
 VirtualBoard::VirtualBoard(const VirtualBoardModel& model) : made(model) {}
 

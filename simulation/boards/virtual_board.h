@@ -39,6 +39,9 @@ struct VirtualBoardModel {
     bool operator==(const VirtualBoardModel&) const = default;
 };
 
+/// The report of an event, as a board sends it.
+HidProtocol::Report inputReport(const HidProtocol::HidEvent& event);
+
 /// The firmware side of one board: answers feature reports, keeps the output reports that it received, and sends input
 /// reports. A bus (see VirtualHidBus) carries it; reports of a board that isn't plugged in are lost. All operations may
 /// be called from any thread.

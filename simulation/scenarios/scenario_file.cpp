@@ -87,16 +87,18 @@ private:
 
     void readDeclaration(ScenarioLine& line) {
         using Reader = void (ScenarioReader::*)(ScenarioLine&);
-        static constexpr std::array<std::string_view, 12> words{"board",   "control", "command", "list",
-                                                                "config",  "file",    "folder",  "without",
-                                                                "console", "hotplug", "module",  "watch"};
-        static constexpr std::array<Reader, 12> readers{
-            &ScenarioReader::readBoard,   &ScenarioReader::readControl, &ScenarioReader::readCommand,
-            &ScenarioReader::readListed,  &ScenarioReader::readConfig,  &ScenarioReader::readFile,
-            &ScenarioReader::readFolder,  &ScenarioReader::readWithout, &ScenarioReader::readConsole,
-            &ScenarioReader::readHotPlug, &ScenarioReader::readModule,  &ScenarioReader::readWatch};
+        static constexpr std::array<std::string_view, 13> words{"board",  "control", "command",  "list",    "config",
+                                                                "file",   "folder",  "without",  "console", "hotplug",
+                                                                "module", "watch",   "unchecked"};
+        static constexpr std::array<Reader, 13> readers{
+            &ScenarioReader::readBoard,    &ScenarioReader::readControl, &ScenarioReader::readCommand,
+            &ScenarioReader::readListed,   &ScenarioReader::readConfig,  &ScenarioReader::readFile,
+            &ScenarioReader::readFolder,   &ScenarioReader::readWithout, &ScenarioReader::readConsole,
+            &ScenarioReader::readHotPlug,  &ScenarioReader::readModule,  &ScenarioReader::readWatch,
+            &ScenarioReader::readUnchecked};
         const std::size_t chosen = line.choice("declaration", words);
-        if (!scenario.steps.empty()) {
+        // A board may come later: a record is written while it is seen.
+        if (!scenario.steps.empty() && words.at(chosen) != "board") {
             line.fail("declarations stand before the first step; a step begins with > or <");
         }
         (this->*readers[chosen])(line);
@@ -223,6 +225,11 @@ private:
         const bool info = line.choice("level to watch", levels) == 0;
         auto& texts = info ? scenario.watch.infoTexts : scenario.watch.debugTexts;
         texts.push_back(line.atEnd() ? "" : line.rest("a text"));
+    }
+
+    void readUnchecked(ScenarioLine& line) {
+        line.end();
+        scenario.unchecked = true;
     }
 
     static void needEquals(ScenarioLine& line) {

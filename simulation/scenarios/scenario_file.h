@@ -6,6 +6,7 @@
 #include "config/json.h"
 #include "simulation/rig/rig_settings.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -41,6 +42,16 @@ struct ScenarioWatch {
     std::vector<std::string> debugTexts;
 };
 
+/// What a board sends in one step.
+struct ScenarioReports {
+    /// Empty: the step isn't about that.
+    std::string board;
+    std::vector<std::uint8_t> bytes;
+    /// The same report so often, with these pauses between.
+    long times = 1;
+    std::chrono::milliseconds pause{0};
+};
+
 /// An action on the boards, the simulator or the bridge.
 struct ScenarioInput {
     std::size_t line = 0;
@@ -49,6 +60,10 @@ struct ScenarioInput {
     /// Text for people who watch; empty except for "say".
     std::string remark;
     std::function<void(ScenarioPlayer& player)> apply;
+    // The same as data, for those who use the boards' input without the player.
+    ScenarioReports reports;
+    /// Of "wait" and "pause".
+    std::chrono::milliseconds duration{0};
 };
 
 /// One line that is expected in a stream: "sim", "log", "exit" or a board's name.
@@ -88,6 +103,8 @@ struct Scenario {
     /// False: the module doesn't run until a step starts it.
     bool moduleInstalled = true;
     ScenarioWatch watch;
+    /// Nothing is compared: it only shows what happens.
+    bool unchecked = false;
     std::vector<ScenarioStep> steps;
 };
 

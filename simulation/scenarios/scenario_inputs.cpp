@@ -14,7 +14,12 @@
 
 namespace {
 
-using Action = std::function<void(ScenarioPlayer&)>;
+/// What a step does, and what of it others than the player can use.
+struct Action {
+    std::function<void(ScenarioPlayer&)> apply;
+    ScenarioReports reports{};
+    std::chrono::milliseconds duration{0};
+};
 
 /// A step's first word and the reader of what follows it.
 struct Verb {
@@ -40,19 +45,19 @@ std::vector<std::string_view> wordsOf(const Verbs& verbs) {
 Action parsePlug(ScenarioLine& line, const Scenario& scenario) {
     const std::string name = needBoard(line, scenario, line.word("a board")).name;
     line.end();
-    return [name](ScenarioPlayer& player) { player.rig().plug(name); };
+    return {[name](ScenarioPlayer& player) { player.rig().plug(name); }};
 }
 
 Action parseUnplug(ScenarioLine& line, const Scenario& scenario) {
     const std::string name = needBoard(line, scenario, line.word("a board")).name;
     line.end();
-    return [name](ScenarioPlayer& player) { player.rig().unplug(name); };
+    return {[name](ScenarioPlayer& player) { player.rig().unplug(name); }};
 }
 
 Action parseReplug(ScenarioLine& line, const Scenario& scenario) {
     const std::string name = needBoard(line, scenario, line.word("a board")).name;
     line.end();
-    return [name](ScenarioPlayer& player) { player.rig().replug(name); };
+    return {[name](ScenarioPlayer& player) { player.rig().replug(name); }};
 }
 
 /// A control's number, or its name as a "control" line gives it.
@@ -72,7 +77,7 @@ std::uint16_t parseControl(ScenarioLine& line, const Scenario& scenario) {
 }
 
 Action sendTimes(const std::string& board, const HidProtocol::HidEvent& event, long times, long everyMs) {
-    return [=](ScenarioPlayer& player) {
+    const auto apply = [=](ScenarioPlayer& player) {
         for (long i = 0; i < times; ++i) {
             if (i > 0 && everyMs > 0) {
                 player.wait(std::chrono::milliseconds(everyMs));
@@ -80,6 +85,8 @@ Action sendTimes(const std::string& board, const HidProtocol::HidEvent& event, l
             player.sendEvent(board, event);
         }
     };
+    const HidProtocol::Report report = inputReport(event);
+    return {apply, {board, {report.begin(), report.end()}, times, std::chrono::milliseconds(everyMs)}};
 }
 
 /// The options that every event of a control has after its own ones.
@@ -138,7 +145,9 @@ Action parseNotice(ScenarioLine& line, const Scenario&, const std::string& board
 }
 
 Action parseRaw(ScenarioLine& line, const Scenario&, const std::string& board) {
-    return [board, bytes = line.hexBytes()](ScenarioPlayer& player) { player.rig().board(board).sendRaw(bytes); };
+    const std::vector<std::uint8_t> bytes = line.hexBytes();
+    return {[board, bytes](ScenarioPlayer& player) { player.rig().board(board).sendRaw(bytes); },
+            {board, bytes, 1, {}}};
 }
 
 /// The faults between board and bridge from now on. They replace earlier ones.
@@ -174,7 +183,7 @@ Action parseFault(ScenarioLine& line, const Scenario&, const std::string& board)
             break;
         }
     } while (!line.atEnd());
-    return [board, faults](ScenarioPlayer& player) { player.rig().setFaults(board, faults); };
+    return {[board, faults](ScenarioPlayer& player) { player.rig().setFaults(board, faults); }};
 }
 
 constexpr std::array<BoardVerb, 8> boardVerbs{{{"press", parsePress},
@@ -190,22 +199,22 @@ constexpr std::array<BoardVerb, 8> boardVerbs{{{"press", parsePress},
 
 Action parseStart(ScenarioLine& line, const Scenario&) {
     line.end();
-    return [](ScenarioPlayer& player) { player.rig().startBridge(); };
+    return {[](ScenarioPlayer& player) { player.rig().startBridge(); }};
 }
 
 Action parseStop(ScenarioLine& line, const Scenario&) {
     line.end();
-    return [](ScenarioPlayer& player) { player.rig().bridge().requestStop(); };
+    return {[](ScenarioPlayer& player) { player.rig().bridge().requestStop(); }};
 }
 
 Action parseConnect(ScenarioLine& line, const Scenario&) {
     line.end();
-    return [](ScenarioPlayer& player) { player.connect(true); };
+    return {[](ScenarioPlayer& player) { player.connect(true); }};
 }
 
 Action parseSession(ScenarioLine& line, const Scenario&) {
     line.end();
-    return [](ScenarioPlayer& player) { player.connect(false); };
+    return {[](ScenarioPlayer& player) { player.connect(false); }};
 }
 
 Action parseConsole(ScenarioLine& line, const Scenario& scenario) {
@@ -213,7 +222,7 @@ Action parseConsole(ScenarioLine& line, const Scenario& scenario) {
     if (!scenario.consoleMode) {
         line.fail("the bridge has no console here: write \"console\" above the first step");
     }
-    return [text](ScenarioPlayer& player) { player.rig().bridge().typeLine(text); };
+    return {[text](ScenarioPlayer& player) { player.rig().bridge().typeLine(text); }};
 }
 
 // The simulator.
@@ -238,7 +247,7 @@ Action parseSim(ScenarioLine& line, const Scenario&) {
     if (!request) {
         line.fail("expected \"sim " + control->usage() + '"');
     }
-    return [request = *request](ScenarioPlayer& player) { applyControl(player.rig(), request); };
+    return {[request = *request](ScenarioPlayer& player) { applyControl(player.rig(), request); }};
 }
 
 // Time and words.
@@ -246,19 +255,19 @@ Action parseSim(ScenarioLine& line, const Scenario&) {
 Action parseWait(ScenarioLine& line, const Scenario&) {
     const auto time = line.duration();
     line.end();
-    return [time](ScenarioPlayer& player) { player.wait(time); };
+    return {[time](ScenarioPlayer& player) { player.wait(time); }, {}, time};
 }
 
 Action parsePause(ScenarioLine& line, const Scenario&) {
     const auto time = line.duration();
     line.end();
-    return [time](ScenarioPlayer& player) { player.pause(time); };
+    return {[time](ScenarioPlayer& player) { player.pause(time); }, {}, time};
 }
 
 /// The words themselves are taken from the whole line; see `parseInput`.
 Action parseSay(ScenarioLine& line, const Scenario&) {
     line.rest("some words");
-    return [](ScenarioPlayer&) {};
+    return {[](ScenarioPlayer&) {}};
 }
 
 constexpr std::string_view sayWord = "say ";
@@ -315,6 +324,9 @@ ScenarioInput parseInput(ScenarioLine& line, const Scenario& scenario, std::size
     if (input.text.starts_with(sayWord)) {
         input.remark = input.text.substr(sayWord.size());
     }
-    input.apply = parseAction(line, scenario);
+    Action action = parseAction(line, scenario);
+    input.apply = std::move(action.apply);
+    input.reports = std::move(action.reports);
+    input.duration = action.duration;
     return input;
 }

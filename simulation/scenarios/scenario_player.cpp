@@ -266,6 +266,10 @@ bool ScenarioPlayer::compare(const ScenarioBlock& block) {
         streams.insert(stream);
     }
     columns.flush();
+    if (scenario.unchecked) {
+        pending.clear();
+        return true;
+    }
     bool same = true;
     for (const std::string& stream : streams) {
         const std::vector<ScenarioExpectation> expected = ofStream(block, stream);

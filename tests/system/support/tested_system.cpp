@@ -45,6 +45,10 @@ std::string TestedSystem::simulator() {
     return isWindows() ? windowsBuild("simulation/virtual-simulator.exe") : SIMULATOR_BUILT_EXECUTABLE;
 }
 
+std::string TestedSystem::vantrel() {
+    return isWindows() ? windowsBuild("vantrel.exe") : VANTREL_BUILT_EXECUTABLE;
+}
+
 std::string TestedSystem::simConnectDll() {
     return windowsBuild("simconnect-dll/SimConnect.dll");
 }

@@ -15,6 +15,7 @@ bool overPipe();
 /// The programs of the tested build, as paths of this machine.
 std::string bridge();
 std::string simulator();
+std::string vantrel();
 std::string simConnectDll();
 
 /// What runs a program of the tested build: its path and arguments, behind Wine's loader where it needs that.

@@ -57,7 +57,7 @@ TEST_F(BoardList, HasIdentityProtocolAndRoleOfAConfiguredBoard) {
     EXPECT_EQ(board.serial, "S1");
     EXPECT_EQ(board.protocol, model.protocolInfo);
     EXPECT_EQ(board.role, "PFD");
-    EXPECT_EQ(boardsText({board}), "1234:ABCD  board 0000000000000001\n  protocol version 1.2\n  role PFD\n"
+    EXPECT_EQ(boardsText({board}), "1234:ABCD  board 0000000000000001\n  number 0\n  protocol version 1.2\n  role PFD\n"
                                    "  serial number S1\n  " +
                                        path + "\n\n");
     EXPECT_EQ(bus.openHandleCount(), 0U);
@@ -79,7 +79,7 @@ TEST_F(BoardList, NamesABoardWithoutAnIdentityByItsSerialOrPath) {
     plug(model);
     EXPECT_EQ(boardName(only()), path);
     EXPECT_EQ(boardsText({only()}), "1234:ABCD  doesn't report an identity; its name is " + path +
-                                        "\n  no entry in \"devices\" by this name\n  " + path + "\n\n");
+                                        "\n  number 0\n  no entry in \"devices\" by this name\n  " + path + "\n\n");
 }
 
 TEST_F(BoardList, SaysWhatCannotBeDone) {

@@ -301,3 +301,14 @@ TEST_F(MobiFlightRegistration, OwnChannelsCarryAllButTheRegistration) {
     ASSERT_TRUE(waitUntil([&] { return sim.count(SimCall::SetClientData) == before + 2; }));
     EXPECT_EQ(takeWrites(), (Lines{R"(0x1000 "MF.Clients.Add.bridge")", R"(0x1000 "MF.DummyCmd")"}));
 }
+
+TEST_F(MobiFlightRegistration, ClientWithoutALightVariableSendsOnlyWhatItIsAskedTo) {
+    startWith({.lightVariable = ""});
+    ASSERT_TRUE(waitForCommands({registration}));
+    EXPECT_FALSE(client.sendTextNow("MF.SimVars.Clear", error));
+    EXPECT_EQ(error, "MobiFlight not ready");
+    confirm();
+    ASSERT_TRUE(client.sendTextNow("MF.SimVars.Add.1", error)) << error;
+    ASSERT_TRUE(queue("a"));
+    EXPECT_TRUE(waitForCommands({registration, "MF.SimVars.Add.1", dummy, "MF.SimVars.Set.1 a", dummy}));
+}

@@ -204,7 +204,7 @@ TEST(ScenarioFile, ErrorsGiveThePlaceAndWhatWasExpected) {
         // Duplicates, order and what isn't watched.
         {"board P\nboard P\n", "2:7: a board of the name \"P\" stands above"},
         {"control 5 = A\ncontrol 5 = B\n", "2:9: control 5 has a name above"},
-        {"> start\nboard P\n", "2:1: declarations stand before the first step; a step begins with > or <"},
+        {"> start\nconsole\n", "2:1: declarations stand before the first step; a step begins with > or <"},
         {"< sim dummy\n", "1:7: dummies aren't shown here: write \"watch dummies\" above the first step"},
         {"< log INFO x\n", "1:7: INFO lines aren't shown here: write \"watch log info\" above the first step"},
         {"> console quit\n", "1:11: the bridge has no console here: write \"console\" above the first step"},
