@@ -1,4 +1,4 @@
-#include "companion/setup/configuration_draft.h"
+#include "companion/draft/configuration_draft.h"
 
 #include <gtest/gtest.h>
 

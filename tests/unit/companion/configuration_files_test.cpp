@@ -1,4 +1,4 @@
-#include "companion/setup/configuration_files.h"
+#include "companion/draft/configuration_files.h"
 
 #include "tests/support/temp_folder.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "companion/setup/configuration_draft.h"
+#include "companion/draft/configuration_draft.h"
 
 #include <string>
 

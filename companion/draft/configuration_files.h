@@ -1,7 +1,7 @@
 #pragma once
 
-#include "companion/setup/configuration_texts.h"
-#include "companion/setup/file_replacement.h"
+#include "companion/draft/configuration_texts.h"
+#include "companion/draft/file_replacement.h"
 
 #include <optional>
 #include <string>

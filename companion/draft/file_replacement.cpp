@@ -1,4 +1,4 @@
-#include "companion/setup/file_replacement.h"
+#include "companion/draft/file_replacement.h"
 
 #include "platform/file_system.h"
 

@@ -1,6 +1,6 @@
-#include "companion/setup/command_edit.h"
+#include "companion/draft/command_edit.h"
 
-#include "companion/setup/json_edit.h"
+#include "companion/draft/json_edit.h"
 #include "config/names.h"
 
 #include <algorithm>

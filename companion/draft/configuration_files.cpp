@@ -1,4 +1,4 @@
-#include "companion/setup/configuration_files.h"
+#include "companion/draft/configuration_files.h"
 
 #include "companion/check/json_document.h"
 #include "config/app_config.h"

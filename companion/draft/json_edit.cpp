@@ -1,4 +1,4 @@
-#include "companion/setup/json_edit.h"
+#include "companion/draft/json_edit.h"
 
 #include "companion/check/json_document.h"
 #include "text/ascii.h"

@@ -1,4 +1,4 @@
-#include "companion/setup/line_diff.h"
+#include "companion/draft/line_diff.h"
 
 #include <algorithm>
 #include <span>

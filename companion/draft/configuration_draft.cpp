@@ -1,7 +1,7 @@
-#include "companion/setup/configuration_draft.h"
+#include "companion/draft/configuration_draft.h"
 
-#include "companion/setup/command_edit.h"
-#include "companion/setup/json_edit.h"
+#include "companion/draft/command_edit.h"
+#include "companion/draft/json_edit.h"
 #include "config/hid_event_map.h"
 #include "config/names.h"
 

@@ -2,7 +2,7 @@
 
 #include "companion/check/configuration_check.h"
 #include "companion/check/message_place.h"
-#include "companion/setup/configuration_texts.h"
+#include "companion/draft/configuration_texts.h"
 
 #include <cstdint>
 #include <functional>
