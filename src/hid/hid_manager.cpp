@@ -63,6 +63,10 @@ void HidManager::setTraceEnabled(bool traceEnabled) {
     this->traceEnabled = traceEnabled;
 }
 
+void HidManager::setReportCallback(HidReportCallback callback) {
+    reportCallback = std::move(callback);
+}
+
 void HidManager::scanLoop() {
     while (running) {
         scanDevices();

@@ -35,6 +35,11 @@ struct HidManagerSettings {
 using HidEventCallback =
     std::function<void(const HidProtocol::HidEvent& event, const std::string& deviceName, int index)>;
 
+/// Receives one report exactly as the board sent it, whether it can be decoded or not, as HidEventCallback receives
+/// events. The bytes are valid during the call only.
+using HidReportCallback =
+    std::function<void(std::span<const std::uint8_t> bytes, const std::string& deviceName, int index)>;
+
 /// One connected board. Made and destroyed under the manager's mutex. Its destruction closes the read handle, then the
 /// write handle, then frees the reader.
 struct HidDeviceSession {
@@ -90,6 +95,9 @@ public:
 
     /// Before `start` only.
     void setTraceEnabled(bool traceEnabled);
+
+    /// Before `start` only.
+    void setReportCallback(HidReportCallback callback);
 
     /// One pass: disconnects the boards that have gone, connects those that have come. With `reopenStoppedReaders`, it
     /// also disconnects and reconnects a board whose reader has ended. Blocks as long as their feature reports and
@@ -147,6 +155,7 @@ private:
 
     // Written before `start`, read by every thread.
     bool traceEnabled = false;
+    HidReportCallback reportCallback;
 
     void scanLoop();
     void readLoop(HidDeviceSession& session);

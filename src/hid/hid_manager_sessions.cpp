@@ -136,6 +136,9 @@ void HidManager::handleReport(const HidDeviceSession& session, std::span<const s
     if (traceEnabled) {
         Logger::instance().debug(hidReportLine(session.deviceName, bytes));
     }
+    if (reportCallback) {
+        reportCallback(bytes, session.deviceName, session.index);
+    }
     HidProtocol::HidEvent event;
     std::string ignoredError;
     if (HidProtocol::decodeInputReport(bytes.data(), bytes.size(), event, ignoredError) && callback) {

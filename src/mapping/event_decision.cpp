@@ -43,25 +43,6 @@ std::string roleOf(const HidEvent& event, const DeviceEntry* device) {
     return device != nullptr ? device->role : std::string();
 }
 
-/// The action's key in the command file; empty for no action.
-std::string_view actionKey(HidEventAction action) {
-    switch (action) {
-    case HidEventAction::ButtonPress:
-        return "PRESS";
-    case HidEventAction::ButtonRelease:
-        return "RELEASE";
-    case HidEventAction::Hold:
-        return "HOLD";
-    case HidEventAction::EncCw:
-        return "CW";
-    case HidEventAction::EncCcw:
-        return "CCW";
-    case HidEventAction::None:
-        break;
-    }
-    return {};
-}
-
 bool isEncoder(HidEventAction action) {
     return action == HidEventAction::EncCw || action == HidEventAction::EncCcw;
 }
@@ -137,6 +118,24 @@ void chooseCommands(EventDecision& decision, const HidEvent& event, const Contro
 
 } // namespace
 
+std::string_view actionKey(HidEventAction action) {
+    switch (action) {
+    case HidEventAction::ButtonPress:
+        return "PRESS";
+    case HidEventAction::ButtonRelease:
+        return "RELEASE";
+    case HidEventAction::Hold:
+        return "HOLD";
+    case HidEventAction::EncCw:
+        return "CW";
+    case HidEventAction::EncCcw:
+        return "CCW";
+    case HidEventAction::None:
+        break;
+    }
+    return {};
+}
+
 EventDecision decideEvent(const AppConfig& config, const ButtonConfig& buttons, const HidEventMap& eventMap,
                           const HidEvent& event, const std::string& deviceName, int index) {
     EventDecision decision;
@@ -146,13 +145,13 @@ EventDecision decideEvent(const AppConfig& config, const ButtonConfig& buttons, 
     decision.controlName = nameOf(eventMap.controlIds, event.controlId);
     decision.action = HidProtocol::classify(event);
     const ControlCommands commands{buttons, normalizeName(decision.controlName), decision.role};
-    const bool isListed = !decision.controlName.empty() && buttons.contains(commands.normalizedName);
+    decision.isListed = !decision.controlName.empty() && buttons.contains(commands.normalizedName);
     decision.pausesLights =
         event.type == HidProtocol::eventTypeBoardNotice ||
-        (isListed && decision.action == HidEventAction::Hold && commands.normalizedName == "NAV_SWAP");
-    if (isListed && config.mobiflight.enabled) {
+        (decision.isListed && decision.action == HidEventAction::Hold && commands.normalizedName == "NAV_SWAP");
+    if (decision.isListed && config.mobiflight.enabled) {
         chooseCommands(decision, event, commands);
-    } else if (!isListed && decision.action == HidEventAction::ButtonPress) {
+    } else if (!decision.isListed && decision.action == HidEventAction::ButtonPress) {
         decision.simEvent = builtInEvent(event.controlId);
     }
     return decision;

@@ -25,6 +25,8 @@ struct EventDecision {
     std::string_view typeName;
     std::string_view controlName;
     HidProtocol::HidEventAction action = HidProtocol::HidEventAction::None;
+    /// The control has a name, and the command file lists it.
+    bool isListed = false;
 
     // What to do about it.
 
@@ -45,6 +47,9 @@ struct EventDecision {
     /// has this or a command, never both.
     std::string_view simEvent;
 };
+
+/// The action's key in the command file; empty for no action.
+std::string_view actionKey(HidProtocol::HidEventAction action);
 
 /// Decides what an event means. Pure.
 EventDecision decideEvent(const AppConfig& config, const ButtonConfig& buttons, const HidEventMap& eventMap,
