@@ -1,5 +1,6 @@
 #include "companion/cli/boards_command.h"
 #include "companion/cli/check_command.h"
+#include "companion/cli/demo_command.h"
 #include "companion/cli/exit_code.h"
 #include "companion/cli/terminal.h"
 #include "platform/platform.h"
@@ -20,13 +21,20 @@ int runCommand(int argc, char** argv) {
                    "Exit code: 0 all is well, 1 something was found, 2 wrong usage, 3 nothing to look at.\n"
                    "Examples:\n"
                    "  vantrel check\n"
-                   "  vantrel boards --all");
+                   "  vantrel boards --all\n"
+                   "  vantrel demo");
     const CheckCommand check(program, platform.host);
     const BoardsCommand boards(program, platform);
+    const DemoCommand demo(program);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return program.exit(error, std::cout, std::cerr) == 0 ? ExitCode::good : ExitCode::wrongUsage;
+    }
+    if (demo.isChosen()) {
+        // The program's own stream to the screen: the bridge uses std::cout while it runs in console mode.
+        std::ostream screen(std::cout.rdbuf());
+        return demo.run(screen, std::cerr);
     }
     return check.isChosen() ? check.run(std::cout, std::cerr, wantsColour(platform.host))
                             : boards.run(std::cout, std::cerr);
