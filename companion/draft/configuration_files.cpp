@@ -82,7 +82,7 @@ bool ConfigurationFiles::areUnchanged(std::string& error) const {
         std::string text;
         const bool isThere = FileSystem::readFile(filePaths[part], text);
         if (isThere != onDisk[part].has_value() || (isThere && text != onDisk[part])) {
-            error = filePaths[part] + " was changed by someone else since it was read here. Nothing was written";
+            error = filePaths[part] + " was changed by another program since it was read here";
             return false;
         }
     }
@@ -91,6 +91,7 @@ bool ConfigurationFiles::areUnchanged(std::string& error) const {
 
 bool ConfigurationFiles::save(const ConfigurationTexts& texts, std::string& error) {
     if (!areUnchanged(error)) {
+        error += ". Nothing was written";
         return false;
     }
     std::vector<FileReplacement> replacements;

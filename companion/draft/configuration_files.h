@@ -22,10 +22,16 @@ public:
     /// The files as read; what a new configuration begins with for those that aren't there.
     ConfigurationTexts texts() const;
 
+    /// A file as read; empty for one that isn't there.
+    std::string textOnDisk(ConfigurationPart part) const { return onDisk[part].value_or(""); }
+
     /// Whether saving would write that file.
     bool wouldWrite(ConfigurationPart part, const ConfigurationTexts& texts) const {
         return onDisk[part] != texts[part];
     }
+
+    /// Whether the files are still as they were read; otherwise `error` names the first that isn't.
+    bool areUnchanged(std::string& error) const;
 
     /// Writes the files that differ, each with the old one kept beside it as NAME.bak. Refuses if one of the three is
     /// no longer as it was read. False with the reason in `error`; the files are then as they were.
@@ -39,5 +45,4 @@ private:
 
     bool readPart(ConfigurationPart part, std::string& error);
     bool findOtherFiles(std::string& error);
-    bool areUnchanged(std::string& error) const;
 };

@@ -135,7 +135,7 @@ TEST(ConfigurationFiles, ThatChangedMeanwhileAreNotOverwritten) {
         written.folder.write(name, "someone else's");
         const auto before = written.all();
         EXPECT_FALSE(files.save(changedTexts(), error));
-        EXPECT_NE(error.find(name + " was changed by someone else"), std::string::npos) << error;
+        EXPECT_NE(error.find(name + " was changed by another program"), std::string::npos) << error;
         EXPECT_EQ(written.all(), before);
     }
 }
