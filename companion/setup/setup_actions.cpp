@@ -1,7 +1,6 @@
-#include "companion/setup/setup_controller.h"
-
 #include "companion/draft/configuration_texts.h"
 #include "companion/draft/json_edit.h"
+#include "companion/setup/setup_controller.h"
 #include "platform/file_system.h"
 #include "platform/network_simconnect.h"
 #include "wire/simconnect_open.h"
@@ -30,7 +29,8 @@ bool memberFlag(const JsonValue& json, std::string_view key) {
 }
 
 CommandPlace placeOf(const JsonValue& json) {
-    return {memberText(json, "control"), memberFlag(json, "knob"), memberText(json, "action"), memberText(json, "role")};
+    return {memberText(json, "control"), memberFlag(json, "knob"), memberText(json, "action"),
+            memberText(json, "role")};
 }
 
 bool complete(const CommandPlace& place, std::string& error) {
@@ -155,12 +155,11 @@ bool SetupController::nameControl(const JsonValue& json, std::string& error) {
 
 bool SetupController::assign(const JsonValue& json, std::string& error) {
     const CommandPlace place = placeOf(json);
-    const bool done = complete(place, error) && change(
-                                                    [&](ConfigurationDraft& draft, std::string& reason) {
-                                                        return draft.setCommand(place, memberText(json, "command"),
-                                                                                reason);
-                                                    },
-                                                    error);
+    const bool done =
+        complete(place, error) &&
+        change([&](ConfigurationDraft& draft,
+                   std::string& reason) { return draft.setCommand(place, memberText(json, "command"), reason); },
+               error);
     state.progress.assigned = state.progress.assigned || done;
     return done;
 }
@@ -178,8 +177,8 @@ bool SetupController::setProfileValue(const JsonValue& json, std::string& error)
     const std::string written = isText ? quotedJson(value->string) : std::to_string(memberNumber(json, "value"));
     return change(
         [&](ConfigurationDraft& draft, std::string& reason) {
-            return draft.setProfileValue(memberText(json, "profile"), memberText(json, "part"),
-                                         memberText(json, "key"), written, reason);
+            return draft.setProfileValue(memberText(json, "profile"), memberText(json, "part"), memberText(json, "key"),
+                                         written, reason);
         },
         error);
 }
@@ -203,7 +202,8 @@ bool SetupController::undo(const JsonValue&, std::string& error) {
 }
 
 bool SetupController::save(const JsonValue& json, std::string& error) {
-    if (configuration.problem().empty() && !configuration.verdict().bridgeStarts && !memberFlag(json, "despiteErrors")) {
+    if (configuration.problem().empty() && !configuration.verdict().bridgeStarts &&
+        !memberFlag(json, "despiteErrors")) {
         error = "The bridge wouldn't start with this: " + configuration.verdict().refusal;
         return false;
     }
@@ -261,7 +261,8 @@ bool SetupController::registerProgram(const JsonValue&, std::string& error) {
         return false;
     }
     const std::string& path = configuration.files().paths()[ConfigurationPart::Settings];
-    const auto changes = registerBridge(platform.host, bridge.programPath(), FileSystem::resolved(path).value_or(path), error);
+    const auto changes =
+        registerBridge(platform.host, bridge.programPath(), FileSystem::resolved(path).value_or(path), error);
     events.publish("registration", changesJson(changes));
     look();
     return error.empty();

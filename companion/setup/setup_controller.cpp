@@ -147,9 +147,8 @@ void SetupController::onArrival(const LiveBoard& board, bool isVirtual) {
 
 void SetupController::onDeparture(const LiveBoard& board, bool isVirtual) {
     const std::lock_guard lock(mutex);
-    std::erase_if(state.boards, [&](const ShownBoard& shown) {
-        return shown.index == board.index && shown.isVirtual == isVirtual;
-    });
+    std::erase_if(state.boards,
+                  [&](const ShownBoard& shown) { return shown.index == board.index && shown.isVirtual == isVirtual; });
     publishState();
 }
 

@@ -25,8 +25,8 @@ struct SetupOptions {
     int virtualBoards = 0;
 };
 
-/// Everything behind the setup page: carries out its actions, and publishes the state and what the boards and the bridge
-/// do. Any thread may call any operation except `start` and `stop`.
+/// Everything behind the setup page: carries out its actions, and publishes the state and what the boards and the
+/// bridge do. Any thread may call any operation except `start` and `stop`.
 class SetupController {
 public:
     SetupController(const Platform& platform, const SetupOptions& options);

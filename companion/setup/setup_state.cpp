@@ -92,8 +92,8 @@ Json configurationOf(const SetupState& state, const EditedConfiguration& configu
 }
 
 Json progressOf(const SetupProgress& progress) {
-    return {{"first", progress.isFirst},   {"pressed", progress.pressed}, {"assigned", progress.assigned},
-            {"tried", progress.tried},     {"saved", progress.saved},     {"registered", progress.registered}};
+    return {{"first", progress.isFirst}, {"pressed", progress.pressed}, {"assigned", progress.assigned},
+            {"tried", progress.tried},   {"saved", progress.saved},     {"registered", progress.registered}};
 }
 
 Json bridgeOf(const SetupState& state) {
@@ -112,7 +112,8 @@ Json diffLinesOf(const std::vector<DiffLine>& lines) {
     constexpr std::array<const char*, 3> kinds{"kept", "removed", "added"};
     Json array = Json::array();
     for (const DiffLine& line : lines) {
-        array.push_back({{"kind", kinds[static_cast<std::size_t>(line.kind)]}, {"line", line.number}, {"text", line.text}});
+        array.push_back(
+            {{"kind", kinds[static_cast<std::size_t>(line.kind)]}, {"line", line.number}, {"text", line.text}});
     }
     return array;
 }

@@ -8,7 +8,7 @@ const retryMs = 1000;
 
 export const hasToken = token !== '';
 
-function request(path, options = {}) {
+export function request(path, options = {}) {
   return fetch(path, {...options, headers: {...options.headers, 'X-Page-Token': token, 'X-Page-Tab': tab}});
 }
 

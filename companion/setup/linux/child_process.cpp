@@ -34,9 +34,10 @@ struct PipeEnds {
 class LinuxChild : public ChildProcess {
 public:
     LinuxChild(pid_t process, int input, int output, LineCallback onLine)
-        : process(process), input(input), output(output), reader([this, lines = LineSplitter(std::move(onLine))] {
-              readOutput(lines);
-          }) {}
+        : process(process),
+          input(input),
+          output(output),
+          reader([this, lines = LineSplitter(std::move(onLine))] { readOutput(lines); }) {}
 
     ~LinuxChild() override {
         close(input);

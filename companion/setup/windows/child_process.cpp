@@ -27,9 +27,10 @@ struct PipeEnds {
 class WindowsChild : public ChildProcess {
 public:
     WindowsChild(HANDLE process, HANDLE input, HANDLE output, LineCallback onLine)
-        : process(process), input(input), output(output), reader([this, lines = LineSplitter(std::move(onLine))] {
-              readOutput(lines);
-          }) {}
+        : process(process),
+          input(input),
+          output(output),
+          reader([this, lines = LineSplitter(std::move(onLine))] { readOutput(lines); }) {}
 
     ~WindowsChild() override {
         CloseHandle(input);
