@@ -152,11 +152,6 @@ private:
             addAt(node, command.size(), Severity::Warning, "zero-byte",
                   "the command ends here: the bridge sends nothing after a zero byte", "Remove it");
         }
-        if (command.size() > longestCommand) {
-            addAt(node, longestCommand, Severity::Warning, "command-too-long",
-                  "the command has " + std::to_string(command.size()) + " bytes; it is cut here",
-                  "Shorten it to " + std::to_string(longestCommand));
-        }
         for (CommandRemark& remark : checkCommand(command)) {
             addAt(node, remark.offset, remark.severity, std::move(remark.code), std::move(remark.message),
                   std::move(remark.hint));

@@ -209,5 +209,11 @@ private:
 } // namespace
 
 std::vector<CommandRemark> checkCommand(std::string_view command) {
-    return CommandReader(command).run();
+    std::vector<CommandRemark> remarks = CommandReader(command).run();
+    if (command.size() > longestCommand) {
+        remarks.push_back({longestCommand, Severity::Warning, "command-too-long",
+                           "the command has " + std::to_string(command.size()) + " bytes; it is cut here",
+                           "Shorten it to " + std::to_string(longestCommand)});
+    }
+    return remarks;
 }

@@ -2,6 +2,7 @@
 #include "companion/cli/check_command.h"
 #include "companion/cli/demo_command.h"
 #include "companion/cli/exit_code.h"
+#include "companion/cli/live_commands.h"
 #include "companion/cli/setup_command.h"
 #include "companion/cli/terminal.h"
 #include "platform/platform.h"
@@ -24,15 +25,20 @@ int runCommand(int argc, char** argv) {
                    "  vantrel setup\n"
                    "  vantrel check\n"
                    "  vantrel boards --all\n"
+                   "  vantrel watch\n"
                    "  vantrel demo");
     const CheckCommand check(program, platform.host);
     const BoardsCommand boards(program, platform);
+    const LiveCommands live(program, platform);
     const DemoCommand demo(program);
     const SetupCommand setup(program, platform);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return program.exit(error, std::cout, std::cerr) == 0 ? ExitCode::good : ExitCode::wrongUsage;
+    }
+    if (live.isChosen()) {
+        return live.run(std::cout, std::cerr);
     }
     if (demo.isChosen()) {
         // The program's own stream to the screen: the bridge uses std::cout while it runs in console mode.

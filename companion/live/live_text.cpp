@@ -116,6 +116,11 @@ std::string answerText(const DecodedEvent& decoded) {
     }
 }
 
+std::string arrivalText(const LiveBoard& board) {
+    return "board " + board.name + " is there" +
+           (board.configuredRole.empty() ? ", no role in the configuration" : ", role " + board.configuredRole) + '\n';
+}
+
 std::string reportText(const LiveReport& report, std::int64_t begin, bool raw) {
     std::string text = secondsText(report.time - begin) + "  " + report.board + "  ";
     text += report.event ? eventText(*report.event) : "sends nothing: the report can't be read: " + report.problem;

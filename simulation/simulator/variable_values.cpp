@@ -2,6 +2,8 @@
 
 #include "text/ascii.h"
 
+#include <charconv>
+
 void VariableValues::setLocal(std::string_view name, double value) {
     locals[lowerCased(name)] = {std::string(name), value};
 }
@@ -27,6 +29,11 @@ std::vector<std::string> VariableValues::localNames() const {
 double VariableValues::evaluate(std::string_view code) const {
     constexpr std::size_t nameBegin = 3;
     const std::string lower = lowerCased(code);
+    double number = 0;
+    const auto [end, error] = std::from_chars(lower.data(), lower.data() + lower.size(), number);
+    if (error == std::errc() && end == lower.data() + lower.size()) {
+        return number;
+    }
     if (lower.find(')') != lower.size() - 1) {
         return 0;
     }

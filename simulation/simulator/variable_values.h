@@ -17,8 +17,9 @@ public:
     /// As they were set, sorted ignoring case.
     std::vector<std::string> localNames() const;
 
-    /// The value that code in the simulator's language reads. Only a variable by itself is known, with a unit or
-    /// without, as in "(L:NAME)" and "(A:NAME:3, percent over 100)"; units aren't converted. Any other code reads 0.
+    /// The value that code in the simulator's language reads. Only a number or a variable by itself is known,
+    /// the latter with a unit or without, as in "(L:NAME)" and "(A:NAME:3, percent over 100)"; units aren't converted.
+    /// Any other code reads 0.
     double evaluate(std::string_view code) const;
 
 private:

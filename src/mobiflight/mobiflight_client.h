@@ -32,7 +32,7 @@ public:
     /// Receives each LVar text on the SimConnect worker, inside the dispatch: it must not block.
     void setLVarHandler(LVarHandler handler);
 
-    /// Before `start` only.
+    /// Before `start` only. A client with an empty `lightVariable` adds no variable and clears none.
     void setExtensions(const ExtensionsConfig& config);
 
     /// True also when the configuration disables the client; nothing runs then. False with `error` set when it already
@@ -60,6 +60,9 @@ public:
     /// Writes a command on the caller's thread, bypassing the queue and the rate limit. False with `error` set, or with
     /// an empty `error` when the write failed: the log then already has the cause.
     bool sendRpnNow(const std::string& rpn, std::string& error);
+
+    /// The same for any text that the module understands, followed by a dummy like an RPN command.
+    bool sendTextNow(const std::string& text, std::string& error);
 
     /// Removes the command from the queue. One that is in flight isn't stopped.
     void cancelRpn(const std::string& rpn);
@@ -136,6 +139,7 @@ private:
 
     // The callers' side of the queue, the worker that serves it, and the send path (mobiflight_client_commands.cpp).
     bool checkRunning(std::string& error) const;
+    bool checkReady(std::string& error) const;
     MobiFlightCommand rpnCommand(const std::string& rpn, RpnKind kind) const;
     void workerLoop();
     /// False when there is none: the client stops, or a registration is due.

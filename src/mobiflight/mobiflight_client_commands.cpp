@@ -42,6 +42,21 @@ bool MobiFlightClient::checkRunning(std::string& error) const {
     return true;
 }
 
+bool MobiFlightClient::checkReady(std::string& error) const {
+    if (!checkRunning(error)) {
+        return false;
+    }
+    if (!simConnected) {
+        error = "SimConnect is not connected";
+        return false;
+    }
+    if (!ready) {
+        error = "MobiFlight not ready";
+        return false;
+    }
+    return true;
+}
+
 bool MobiFlightClient::queueRpn(const std::string& rpn, RpnKind kind, std::uint32_t amount, std::string& error) {
     if (!checkRunning(error)) {
         return false;
@@ -59,15 +74,7 @@ bool MobiFlightClient::queueRpn(const std::string& rpn, RpnKind kind, std::uint3
 }
 
 bool MobiFlightClient::sendRpnNow(const std::string& rpn, std::string& error) {
-    if (!checkRunning(error)) {
-        return false;
-    }
-    if (!simConnected) {
-        error = "SimConnect is not connected";
-        return false;
-    }
-    if (!ready) {
-        error = "MobiFlight not ready";
+    if (!checkReady(error)) {
         return false;
     }
     if (rpn.empty()) {
@@ -76,6 +83,10 @@ bool MobiFlightClient::sendRpnNow(const std::string& rpn, std::string& error) {
     }
     // Any kind except Encoder: sending one would take the detents that wait in the queue.
     return sendCommand(rpnCommand(rpn, RpnKind::Hold));
+}
+
+bool MobiFlightClient::sendTextNow(const std::string& text, std::string& error) {
+    return checkReady(error) && sendCommand({.text = text, .needsReady = true, .sendDummy = true});
 }
 
 void MobiFlightClient::cancelRpn(const std::string& rpn) {

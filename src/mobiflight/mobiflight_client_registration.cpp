@@ -114,6 +114,9 @@ void MobiFlightClient::becomeReady(std::optional<std::uint32_t> ownAttachment) {
         }
     }
     logInfo("MobiFlight client registered");
+    if (extensions.lightVariable.empty()) {
+        return;
+    }
     const std::lock_guard lock(queueMutex);
     queueHandshake(clearVariables);
     queueHandshake(std::string(addVariable) + extensions.lightVariable);

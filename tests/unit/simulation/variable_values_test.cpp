@@ -14,7 +14,8 @@ TEST(VariableValues, CodeReadsOneVariableByItsKindNameAndIndex) {
     for (const Case& one :
          {Case{"(L:LIGHT)", 0.5}, Case{"(l:light, Number)", 0.5}, Case{"(A:Light Potentiometer:3)", 0.4},
           Case{"(A:LIGHT POTENTIOMETER:3, percent over 100)", 0.4}, Case{"(A:LIGHT POTENTIOMETER:33)", 0},
-          Case{"(A:LIGHT POTENTIOMETER)", 0}, Case{"(A:LIGHT)", 0}, Case{"(L:LIGHT POTENTIOMETER:3)", 0}}) {
+          Case{"(A:LIGHT POTENTIOMETER)", 0}, Case{"(A:LIGHT)", 0}, Case{"(L:LIGHT POTENTIOMETER:3)", 0},
+          Case{"4711", 4711}}) {
         EXPECT_EQ(values.evaluate(one.code), one.value) << one.code;
     }
     for (const char* code : {"", ")", "(", "(L", "(L:LIGHT", "L:LIGHT)", "(L:LIGHT) 2 *", "(L:LIGHT) (L:LIGHT)",
