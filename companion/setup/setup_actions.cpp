@@ -220,10 +220,10 @@ bool SetupController::reload(const JsonValue&, std::string& error) {
 
 bool SetupController::chooseSimulator(const JsonValue& json, std::string& error) {
     state.simulatorIsVirtual = memberFlag(json, "virtual");
-    return startTrial(error);
+    return startLink(error);
 }
 
-Platform SetupController::trialPlatform() const {
+Platform SetupController::linkPlatform() const {
     Platform chosen = platform;
     if (state.simulatorIsVirtual) {
         chosen.simConnect = networkSimConnectLibrary();
@@ -236,19 +236,21 @@ Platform SetupController::trialPlatform() const {
     return chosen;
 }
 
-bool SetupController::startTrial(std::string& error) {
-    trial.reset();
-    const Platform chosen = trialPlatform();
-    trial = std::make_unique<CommandTrial>(chosen.simConnect, chosen.host);
-    return trial->start(error);
+bool SetupController::startLink(std::string& error) {
+    link.reset();
+    const Platform chosen = linkPlatform();
+    link = std::make_unique<ModuleLink>(chosen.simConnect, chosen.host);
+    return link->start(configuration.forBridge()->settings.mobiflight, error);
 }
 
 bool SetupController::tryCommand(const JsonValue& json, std::string& error) {
-    if (!trial->send(memberText(json, "command"), error)) {
+    if (link->state() != LinkState::Ready) {
+        error = std::string("The simulator isn't ready: it ") + linkStateText(link->state());
         return false;
     }
-    state.progress.tried = true;
-    return true;
+    const bool sent = link->send(memberText(json, "command"), error);
+    state.progress.tried = state.progress.tried || sent;
+    return sent;
 }
 
 bool SetupController::registerProgram(const JsonValue&, std::string& error) {

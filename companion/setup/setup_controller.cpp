@@ -18,6 +18,8 @@ namespace {
 using EventJson = nlohmann::ordered_json;
 
 constexpr std::chrono::milliseconds lookPeriod{500};
+/// Looking at a virtual bus costs nothing.
+constexpr std::int32_t virtualScanMs = 100;
 /// Lines of an earlier run that are still shown.
 constexpr std::size_t oldLines = 50;
 
@@ -72,7 +74,7 @@ SetupController::~SetupController() {
 
 bool SetupController::start(std::string& error) {
     virtualSimulator.setRecordCallback([this](const SimulatorRecord& record) { onReceived(record); });
-    if (!virtualSimulator.start(0, error) || !startTrial(error) || !startBoards(virtualLive, true, error)) {
+    if (!virtualSimulator.start(0, error) || !startLink(error) || !startBoards(virtualLive, true, error)) {
         return false;
     }
     for (int i = 0; i < options.virtualBoards; ++i) {
@@ -96,7 +98,7 @@ void SetupController::stop() {
     }
     realLive.stop();
     virtualLive.stop();
-    trial.reset();
+    link.reset();
     virtualSimulator.setRecordCallback(nullptr);
     virtualSimulator.stop();
 }
@@ -110,6 +112,7 @@ std::shared_ptr<const BridgeConfiguration> SetupController::configurationFor(boo
     auto changed = std::make_shared<BridgeConfiguration>(*read);
     changed->settings.hid.vid = VirtualBoards::vendorId;
     changed->settings.hid.pid = VirtualBoards::productId;
+    changed->settings.hid.scanIntervalMs = virtualScanMs;
     return changed;
 }
 
@@ -193,7 +196,7 @@ void SetupController::look() {
     state.bridgeExists = bridge.programExists();
     state.bridgeRuns = bridge.isRunning();
     state.bridgeIsOurs = bridge.wasStartedHere();
-    state.simulatorIsReady = trial != nullptr && trial->isReady();
+    state.simulatorState = link->state();
     state.progress.registered =
         std::ranges::any_of(state.places, [](const RegistrationPlace& place) { return place.isRegistered; });
     state.changedOnDisk.clear();

@@ -3,10 +3,10 @@
 #include "companion/live/live_boards.h"
 #include "companion/page/event_feed.h"
 #include "companion/setup/bridge_control.h"
-#include "companion/setup/command_trial.h"
 #include "companion/setup/edited_configuration.h"
 #include "companion/setup/setup_state.h"
 #include "companion/setup/virtual_boards.h"
+#include "companion/trial/module_link.h"
 #include "config/json.h"
 #include "simulation/rig/log_follower.h"
 #include "simulation/simulator/virtual_simulator.h"
@@ -65,7 +65,8 @@ private:
     /// Of a bridge that somebody else has started.
     LogFollower bridgeLog;
     VirtualSimulator virtualSimulator;
-    std::unique_ptr<CommandTrial> trial;
+    /// To the simulator for trying commands.
+    std::unique_ptr<ModuleLink> link;
 
     VirtualBoards virtualBoards;
     LiveBoards realLive;
@@ -116,6 +117,6 @@ private:
     bool startBridge(const JsonValue& json, std::string& error);
     bool endBridge(const JsonValue& json, std::string& error);
 
-    bool startTrial(std::string& error);
-    Platform trialPlatform() const;
+    bool startLink(std::string& error);
+    Platform linkPlatform() const;
 };

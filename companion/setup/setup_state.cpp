@@ -120,14 +120,31 @@ Json diffLinesOf(const std::vector<DiffLine>& lines) {
 
 } // namespace
 
+const char* linkStateText(LinkState link) {
+    switch (link) {
+    case LinkState::Starting:
+        return "is being looked for";
+    case LinkState::NoSimulator:
+        return "doesn't run";
+    case LinkState::Refused:
+        return "refuses the connection";
+    case LinkState::ModuleSilent:
+        return "has a MobiFlight module that doesn't answer, or none";
+    case LinkState::Ready:
+        break;
+    }
+    return "is ready";
+}
+
 std::string stateJson(const SetupState& state, const EditedConfiguration& configuration) {
     const bool isEditable = configuration.problem().empty();
-    return lineOf({{"configuration", configurationOf(state, configuration)},
-                   {"progress", progressOf(state.progress)},
-                   {"boards", boardsOf(state.boards)},
-                   {"controls", isEditable ? controlsOf(state, configuration) : Json::array()},
-                   {"bridge", bridgeOf(state)},
-                   {"simulator", {{"virtual", state.simulatorIsVirtual}, {"ready", state.simulatorIsReady}}}});
+    return lineOf(
+        {{"configuration", configurationOf(state, configuration)},
+         {"progress", progressOf(state.progress)},
+         {"boards", boardsOf(state.boards)},
+         {"controls", isEditable ? controlsOf(state, configuration) : Json::array()},
+         {"bridge", bridgeOf(state)},
+         {"simulator", {{"virtual", state.simulatorIsVirtual}, {"state", linkStateText(state.simulatorState)}}}});
 }
 
 std::string differenceJson(const EditedConfiguration& configuration) {

@@ -3,6 +3,7 @@
 #include "companion/setup/bridge_control.h"
 #include "companion/setup/edited_configuration.h"
 #include "companion/setup/registration.h"
+#include "companion/trial/module_link.h"
 
 #include <cstdint>
 #include <map>
@@ -47,10 +48,13 @@ struct SetupState {
     bool bridgeIsOurs = false;
     /// The simulator for trying commands.
     bool simulatorIsVirtual = true;
-    bool simulatorIsReady = false;
+    LinkState simulatorState = LinkState::Starting;
     /// Why the files can't be saved any more; empty if they can.
     std::string changedOnDisk;
 };
+
+/// What to say of the simulator, such as "is ready" or "doesn't run".
+const char* linkStateText(LinkState link);
 
 /// One line of JSON.
 std::string stateJson(const SetupState& state, const EditedConfiguration& configuration);

@@ -57,7 +57,7 @@ export class AssignDialog {
     const roles = boards.map(({role}) => role).filter(Boolean);
     this.#roles = [...new Set([everyRole, 'PFD', 'MFD', ...roles])];
     document.querySelector(`[name="simulator"][value="${simulator.virtual ? 'virtual' : 'real'}"]`).checked = true;
-    setText(byId('simulator-state'), simulator.ready ? 'ready' : 'not there yet');
+    setText(byId('simulator-state'), `It ${simulator.state}.`);
     this.#control = controls.find(({number}) => number === this.#control?.number) ?? this.#control;
     if (this.#dialog.open) {
       this.#label();

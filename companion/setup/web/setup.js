@@ -9,7 +9,7 @@ import {BridgeView} from './bridge_view.js';
 import {Catalogue} from './catalogue.js';
 import {hasToken, listen} from './connection.js';
 import {ControlsView} from './controls_view.js';
-import {setText} from './dom.js';
+import {element, setText} from './dom.js';
 import {FindingsView} from './findings_view.js';
 import {Guide} from './guide.js';
 import {SaveBar} from './save_bar.js';
@@ -50,6 +50,7 @@ class SetupPage {
     }
     try {
       await this.#catalogue.load();
+      byId('names').append(...Object.values(this.#catalogue.names).map((value) => element('option', {value})));
     } catch (failure) {
       this.#refuse(`The program refuses this page: ${failure.message.trim()}. Open the address that it printed last.`);
       return;

@@ -22,9 +22,12 @@ export class Cockpit {
 
   static start(...options) { return Cockpit.startWith('--no-browser', '--port', '0', ...options); }
 
-  static async startWith(...options) {
+  static startWith(...options) { return Cockpit.launch(['demo', ...options]); }
+
+  // Another command that serves a page, with variables of the environment besides this process's.
+  static async launch(words, environment = {}) {
     const cockpit = new Cockpit();
-    cockpit.process = spawn(program, ['demo', ...options]);
+    cockpit.process = spawn(program, words, {env: {...process.env, ...environment}});
     cockpit.ended = once(cockpit.process, 'close');
     Cockpit.#running.add(cockpit);
     cockpit.ended.then(() => Cockpit.#running.delete(cockpit));
