@@ -40,7 +40,9 @@ export class ControlsView {
   event(data) {
     this.#list(data);
     const row = this.#rows.get(data.control);
-    if (!row || document.querySelector('dialog[open]')) {
+    // A page that is opened late gets the last events, too.
+    const isOld = Date.now() - data.at > freshMs;
+    if (!row || isOld || document.querySelector('dialog[open]')) {
       return;
     }
     row.root.hidden = false;
@@ -119,7 +121,7 @@ class ControlRow {
     } else if (this.#name.querySelector('form') === null) {
       this.#name.replaceChildren(this.#nameForm(control.number));
     }
-    this.#commands.replaceChildren(...control.commands.map((command) => commandItem(command, describe)));
+    this.#commands.replaceChildren(...summaries(control.commands, describe).map(commandItem));
     if (isNamed && control.commands.length === 0) {
       this.#commands.replaceChildren(element('li', {'class': 'note'}, 'no command'));
     }
@@ -148,7 +150,18 @@ class ControlRow {
   }
 }
 
-function commandItem({action, role, command}, describe) {
-  const meaning = command === '' ? 'nothing' : describe(command) || command;
-  return element('li', {title: command}, element('span', {'class': 'note'}, `${actionText(action)}, ${roleText(role)}: `), meaning);
+// One entry for the roles in which an action has the same meaning.
+function summaries(commands, describe) {
+  const found = new Map();
+  for (const {action, role, command} of commands) {
+    const meaning = command === '' ? 'nothing' : describe(command) || command;
+    const key = `${action} ${meaning}`;
+    const roles = found.get(key)?.roles ?? [];
+    found.set(key, {action, meaning, roles: [...roles, roleText(role)]});
+  }
+  return [...found.values()];
+}
+
+function commandItem({action, meaning, roles}) {
+  return element('li', {}, element('span', {'class': 'note'}, `${actionText(action)}, ${roles.join(' and ')}: `), meaning);
 }

@@ -15,6 +15,9 @@ import {Guide} from './guide.js';
 import {SaveBar} from './save_bar.js';
 import {wireThemes} from './theme.js';
 
+/// What is older happened before the page was opened.
+const recentMs = 2000;
+
 function byId(id) { return document.getElementById(id); }
 
 class SetupPage {
@@ -94,7 +97,7 @@ class SetupPage {
     for (const view of this.#views) {
       view[kind]?.(data);
     }
-    if (kind === 'event') {
+    if (kind === 'event' && Date.now() - data.at < recentMs) {
       this.#announcer.say(`${data.name || `Control ${data.control}`}: ${data.text}. ${data.answer}`);
     }
   }

@@ -47,7 +47,7 @@ export class VirtualPanel {
 }
 
 function otherControl(press) {
-  const input = element('input', {type: 'number', min: '0', max: '65535', required: '', 'aria-label': 'Number of another control'});
+  const input = element('input', {type: 'number', min: '0', max: '65535', required: '', placeholder: 'number', 'aria-label': 'Number of another control'});
   const form = element('form', {'class': 'inline-form'}, input, element('button', {}, 'Press number'));
   form.addEventListener('submit', (event) => {
     event.preventDefault();
