@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Tests the virtual cockpit's page in a real browser.
-#   browser-tests.sh [PRESET]        builds virtual-cockpit in that preset (linux by default; asan and tsan check it
-#                                    while the browser drives it)
+# Tests the pages of vantrel in a real browser.
+#   browser-tests.sh [PRESET]        builds vantrel in that preset (linux by default; asan and tsan check it while
+#                                    the browser drives it)
 #   browser-tests.sh --program FILE  tests a program that is already built
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
@@ -14,15 +14,15 @@ case "${1:-linux}" in
   *)
     at_most 1 "$@"
     preset=${1:-linux}
-    cmake --preset "$preset" && cmake --build --preset "$preset" --target=virtual-cockpit
-    program=$PWD/build/$preset/virtual-cockpit
+    cmake --preset "$preset" && cmake --build --preset "$preset" --target=vantrel
+    program=$PWD/build/$preset/vantrel
     ;;
 esac
 
 install_node_modules tests/browser
 cd tests/browser
 
-export VIRTUAL_COCKPIT=$program
+export VANTREL=$program
 export ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
 export TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1
 result=0

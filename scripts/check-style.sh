@@ -28,7 +28,8 @@ formatting() { sources '*.cpp' '*.h' | xargs clang-format --dry-run -Werror; }
 # Most of clang-tidy's time goes into the headers of libraries, once for each file that it is given. So it is given many
 # sources as one, and fewer where their names clash.
 tidy_files() {
-  local flags=(-std=c++20 -Isrc -Isrc/wire/linux -I. '-DVANTREL_VERSION="0"') whole=build/tidy/${1//\//-}
+  local flags=(-std=c++20 -Isrc -Isrc/wire/linux -I. -isystem build/third-party '-DVANTREL_VERSION="0"')
+  local whole=build/tidy/${1//\//-}
   if [ $# -eq 1 ]; then
     clang-tidy --quiet "$1" -- "${flags[@]}"
     return
@@ -47,7 +48,7 @@ tidy() {
   mkdir -p build/tidy
   lines=$(sources 'src/*.cpp' 'simulation/*.cpp' 'companion/*.cpp' | grep -v '/windows/' |
     awk -F/ '{ group = $1 == "simulation" ? $2 : $1 }
-      $1 == "simulation" && $NF ~ /^(main|page_mode_absent)\.cpp$/ { group = $0 }
+      $1 == "simulation" && $NF == "main.cpp" { group = $0 }
       { files[group] = files[group] " " $0 }
       END { for (group in files) print files[group] }')
   export -f tidy_files
@@ -60,7 +61,7 @@ shell_scripts() { sources '*.sh' '.ci/run' 'scripts/vm/guest-init' | xargs shell
 
 no_system_ifdefs() {
   sources 'src/*' 'simulation/*' 'companion/*' |
-    grep -vE '^(src/(platform|wire)|simulation/simulator|companion/cli)/(linux|windows)/' |
+    grep -vE '^(src/(platform|wire)|simulation/simulator|companion/(cli|page))/(linux|windows)/' |
     search '#\s*(el)?if.*(_WIN32|__linux__|WIN32|__unix__)'
 }
 

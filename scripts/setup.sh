@@ -6,8 +6,8 @@
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 
-build_packages=(cmake ninja-build g++ clang googletest libgtest-dev libbenchmark-dev nlohmann-json3-dev libcli11-dev libcpp-httplib-dev libpugixml-dev
-  pkgconf)
+build_packages=(cmake ninja-build g++ clang googletest libgtest-dev libbenchmark-dev nlohmann-json3-dev libcli11-dev
+  libpugixml-dev dpkg-dev)
 test_packages=(clang-format clang-tidy shellcheck libclang-rt-14-dev chromium g++-mingw-w64-x86-64-posix wine wine64
   qemu-system-x86 busybox-static cpio python3 udev)
 
@@ -38,4 +38,5 @@ if [ "${#missing[@]}" -gt 0 ]; then
   fi
 fi
 
+scripts/fetch-http-library.sh
 [ -n "${1:-}" ] || scripts/fetch-vm-kernel.sh

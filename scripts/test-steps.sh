@@ -10,7 +10,7 @@ run_lane=(docs unit schemas scenarios soak system wine system_wine browser fuzz)
 alone=(bench)
 
 # The longest first, so that none runs alone at the end.
-unit_programs=(cockpit mapping registration app hid simulation wire platform logging config sim mobiflight companion text)
+unit_programs=(demo mapping registration app hid simulation wire platform logging config sim mobiflight companion page text)
 
 is_in() { # word, list...
   local word=$1
@@ -130,7 +130,7 @@ step_schemas() {
 step_docs() { scripts/check-docs.sh; }
 
 step_scenarios() {
-  build_preset linux virtual-cockpit
+  build_preset linux vantrel
   ctest --test-dir build/linux -R '^scenario-' -j6 --output-on-failure
 }
 
@@ -143,7 +143,7 @@ step_browser() {
 }
 
 step_asan() {
-  build_preset asan virtual-cockpit
+  build_preset asan vantrel
   test_units asan ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
 }
 
@@ -151,7 +151,7 @@ step_tsan() {
   # The deadlock detector checks the lock order of docs/architecture.md. It knows what one object's mutexes were taken
   # under in that object's life, so the demo's flight is played too: one bridge that uses nearly all of them.
   local options=detect_deadlocks=1:halt_on_error=1:second_deadlock_stack=1
-  build_preset tsan virtual-cockpit
+  build_preset tsan vantrel
   TSAN_OPTIONS=$options ctest --test-dir build/tsan -R '^scenario-demo-flight$' --output-on-failure
   test_units tsan TSAN_OPTIONS="$options"
 }

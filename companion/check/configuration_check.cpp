@@ -36,7 +36,7 @@ bool readIds(const HidConfig& hid, std::string& error) {
 /// One look at the files.
 class ConfigurationCheck {
 public:
-    explicit ConfigurationCheck(std::string path) : path(std::move(path)) {}
+    ConfigurationCheck(std::string path, const FileTextReader& read) : path(std::move(path)), read(read) {}
 
     ConfigurationVerdict run() {
         checkMainFile();
@@ -51,6 +51,7 @@ public:
 
 private:
     std::string path;
+    const FileTextReader& read;
     ConfigurationVerdict verdict;
     AppConfig config;
     CommandContext context;
@@ -96,22 +97,24 @@ private:
     }
 
     void checkMainFile() {
-        std::string text;
+        std::optional<std::string> text = read(path);
         std::string error;
         AppConfig asWritten;
-        if (!loadAppConfig(path, asWritten, error) || !readIds(asWritten.hid, error)) {
+        if (!text) {
+            loadAppConfig(path, asWritten, error);
             refuse(error);
-        }
-        if (!FileSystem::existsOrFalse(path) || !FileSystem::readFile(path, text)) {
             addUnreadable("", Severity::Error, verdict.refusal);
             return;
+        }
+        if (!parseAppConfig(*text, path, asWritten, error) || !readIds(asWritten.hid, error)) {
+            refuse(error);
         }
         std::string accepted;
         const BridgeReader reader = [this](const std::string& changed, std::string& message) {
             AppConfig ignored;
             return parseAppConfig(changed, path, ignored, message);
         };
-        mainFile = readDocument(path, std::move(text), reader, accepted);
+        mainFile = readDocument(path, std::move(*text), reader, accepted);
         if (mainFile != nullptr) {
             parseAppConfig(accepted, path, config, error);
             checkIds(*mainFile->root());
@@ -166,13 +169,13 @@ private:
 
     std::unique_ptr<JsonDocument> checkMapFile() {
         const std::string& file = config.mappings.hidEventMapPath;
-        std::string text;
         if (file.empty()) {
             addUnreadable("hidEventMapPath", Severity::Warning,
                           "the bridge finds no event map, so controls have no names and no commands");
             return nullptr;
         }
-        if (!FileSystem::existsOrFalse(file) || !FileSystem::readFile(file, text)) {
+        std::optional<std::string> text = read(file);
+        if (!text) {
             addUnreadable("hidEventMapPath", Severity::Warning, "the event map can't be read: " + file);
             return nullptr;
         }
@@ -181,8 +184,8 @@ private:
         };
         std::string accepted;
         std::string ignored;
-        eventMap.parse(text, ignored);
-        std::unique_ptr<JsonDocument> document = readDocument(file, std::move(text), reader, accepted);
+        eventMap.parse(*text, ignored);
+        std::unique_ptr<JsonDocument> document = readDocument(file, std::move(*text), reader, accepted);
         if (document != nullptr) {
             checkEventMap(*document, verdict.findings);
         }
@@ -194,14 +197,14 @@ private:
 
     void checkButtonFile() {
         const std::string& file = config.mappings.buttonConfigPath;
-        std::string text;
+        std::optional<std::string> text = read(file);
         std::string error;
-        if (!FileSystem::existsOrFalse(file) || !FileSystem::readFile(file, text)) {
+        if (!text) {
             refuse("Button config can't be read: " + file);
             addUnreadable("buttonConfigPath", Severity::Error, "the command file can't be read: " + file);
             return;
         }
-        buttonsAreRead = buttons.parse(text, error);
+        buttonsAreRead = buttons.parse(*text, error);
         if (!buttonsAreRead) {
             refuse(error);
         }
@@ -209,7 +212,7 @@ private:
             return ButtonConfig().parse(changed, message);
         };
         std::string accepted;
-        const std::unique_ptr<JsonDocument> document = readDocument(file, std::move(text), reader, accepted);
+        const std::unique_ptr<JsonDocument> document = readDocument(file, std::move(*text), reader, accepted);
         if (document != nullptr) {
             checkButtons(*document, context, verdict.findings);
         }
@@ -228,8 +231,18 @@ private:
     }
 };
 
+std::optional<std::string> textOnDisk(const std::string& file) {
+    std::string text;
+    const bool isRead = FileSystem::existsOrFalse(file) && FileSystem::readFile(file, text);
+    return isRead ? std::optional(std::move(text)) : std::nullopt;
+}
+
 } // namespace
 
 ConfigurationVerdict checkConfiguration(const std::string& path) {
-    return ConfigurationCheck(path).run();
+    return checkConfiguration(path, textOnDisk);
+}
+
+ConfigurationVerdict checkConfiguration(const std::string& path, const FileTextReader& read) {
+    return ConfigurationCheck(path, read).run();
 }

@@ -2,6 +2,8 @@
 
 #include "companion/check/finding.h"
 
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,5 +18,11 @@ struct ConfigurationVerdict {
     std::string refusal;
 };
 
+/// Gives the text of a file; none when it can't be read.
+using FileTextReader = std::function<std::optional<std::string>(const std::string& path)>;
+
 /// Judges the configuration whose `config.json` is at `path`. Only reads.
 ConfigurationVerdict checkConfiguration(const std::string& path);
+
+/// The same with files that may be somewhere else than on disk, such as in an editor.
+ConfigurationVerdict checkConfiguration(const std::string& path, const FileTextReader& read);

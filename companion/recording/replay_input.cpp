@@ -2,7 +2,7 @@
 
 #include "hid/hex_text.h"
 #include "hid/hid_log_lines.h"
-#include "simulation/cockpit/hid_log.h"
+#include "companion/demo/hid_log.h"
 #include "simulation/scenarios/scenario_file.h"
 
 #include <algorithm>

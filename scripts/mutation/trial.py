@@ -58,6 +58,7 @@ class ScratchTree:
         linker = "-Wl,--strip-debug" + (" -fuse-ld=gold" if shutil.which("ld.gold") else "")
         settings = {
             "CMAKE_BUILD_TYPE": "Debug",
+            "BRIDGE_COMPANION": "OFF",
             "CMAKE_CXX_FLAGS": "-w",
             "CMAKE_CXX_FLAGS_DEBUG": "-O0",
             "CMAKE_EXE_LINKER_FLAGS": linker,

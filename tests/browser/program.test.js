@@ -36,7 +36,7 @@ test('an interrupt ends the program, also with a page open and a button down', a
 test('a requested port that is taken is reported', async () => {
   const first = await Cockpit.start();
   const refused = await runProgram('--no-browser', '--port', first.port);
-  assert.equal(refused.code, 1);
+  assert.equal(refused.code, 3);
   assert.match(refused.output, new RegExp(`port ${first.port} can't be had: something else uses it`));
   await first.stop();
 });
@@ -77,14 +77,27 @@ test('with this machine’s simulator the page has no switches for it, and takes
 
 test('a configuration that cannot be read is reported', async () => {
   const {code, output} = await runProgram('--no-browser', '--config', 'no-such-config.json');
-  assert.equal(code, 1);
+  assert.equal(code, 3);
   assert.match(output, /no-such-config\.json: /);
 });
 
 test('contradicting options are reported with a hint at the help', async () => {
   const wrong = await runProgram('--no-such-option');
-  assert.equal(wrong.code, 1);
-  assert.match(wrong.output, /unknown option --no-such-option/);
+  assert.equal(wrong.code, 2);
+  assert.match(wrong.output, /not expected: --no-such-option\nRun with --help/);
+  for (const [reason, ...options] of [
+    [/--fast requires --script or --replay/, '--fast'],
+    [/--port: Value 65536 not in range 0 to 65535/, '--port', '65536'],
+    [/--script excludes --replay|--replay excludes --script/, '--script', 'a', '--replay', 'b'],
+    [/--port excludes --script/, '--script', 'a', '--port', '1'],
+    [/--config excludes --script/, '--script', 'a', '--config', 'b'],
+    [/--real-boards excludes --replay/, '--replay', 'a', '--real-boards'],
+    [/--real-boards excludes --real-simulator/, '--real-boards', '--real-simulator'],
+  ]) {
+    const {code, output} = await runProgram('--no-browser', ...options);
+    assert.equal(code, 2, options.join(' '));
+    assert.match(output, reason);
+  }
   const help = await runProgram('--help');
   assert.equal(help.code, 0);
   for (const option of ['--script', '--replay', '--port', '--config', '--no-browser', '--real-boards', '--real-simulator', '--fast']) {

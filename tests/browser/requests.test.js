@@ -44,7 +44,7 @@ for (const [path, method] of [['/api/panel', 'GET'], ['/api/events', 'GET'], ['/
 test('another host’s name is refused, also with the token', async () => {
   for (const host of ['evil.example', `evil.example:${cockpit.port}`, `127.0.0.1.evil.example:${cockpit.port}`, '127.0.0.1']) {
     assert.equal(await rawRequest('/', {Host: host}), 403, host);
-    assert.equal(await rawRequest('/api/panel', {'Host': host, 'X-Cockpit-Token': cockpit.token}), 403, host);
+    assert.equal(await rawRequest('/api/panel', {'Host': host, 'X-Page-Token': cockpit.token}), 403, host);
   }
   assert.equal(await rawRequest('/', {Host: `localhost:${cockpit.port}`}), 200);
 });
@@ -100,7 +100,7 @@ test('a page of another origin can neither press a button nor read anything', as
           return 'blocked';
         }
       };
-      const headers = {'X-Cockpit-Token': token, 'Content-Type': 'application/json'};
+      const headers = {'X-Page-Token': token, 'Content-Type': 'application/json'};
       const body = '{"do":"press","board":"PFD","control":12}';
       return [
         await attempt('/api/panel', {headers}),

@@ -2,6 +2,7 @@
 
 #include "platform/platform.h"
 #include "tests/windows/installed_bridge.h"
+#include "tests/windows/surviving_control_c.h"
 #include "tests/windows/test_console.h"
 
 #include <gtest/gtest.h>
@@ -97,22 +98,10 @@ TEST_F(ConsoleOfTheBridge, EndOfInputLeavesItRunning) {
     EXPECT_FALSE(endsByItself(*process));
 }
 
-/// Ctrl+C goes to every process of the console, so this one lives through it.
 class ControlEvent : public ConsoleOfTheBridge {
 protected:
-    ControlEvent() { SetConsoleCtrlHandler(survive, TRUE); }
-    ~ControlEvent() override { SetConsoleCtrlHandler(survive, FALSE); }
-
-    static bool pressControlC() { return GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0) != 0; }
-
-    static inline std::atomic<int> survived{0};
+    const SurvivingControlC controlC;
     static inline std::atomic<int> lastEvent{-1};
-
-private:
-    static BOOL WINAPI survive(DWORD) {
-        ++survived;
-        return TRUE;
-    }
 };
 
 TEST_F(ControlEvent, ReachesTheHandlerWithTheSystemsNumberAndThenTheNextOneIfNotHandled) {
@@ -120,23 +109,23 @@ TEST_F(ControlEvent, ReachesTheHandlerWithTheSystemsNumberAndThenTheNextOneIfNot
         lastEvent = static_cast<int>(event);
         return false;
     });
-    survived = 0;
-    ASSERT_TRUE(pressControlC());
-    EXPECT_TRUE(waitUntil([] { return lastEvent == CTRL_C_EVENT && survived == 1; }));
+    SurvivingControlC::survived = 0;
+    ASSERT_TRUE(SurvivingControlC::press());
+    EXPECT_TRUE(waitUntil([] { return lastEvent == CTRL_C_EVENT && SurvivingControlC::survived == 1; }));
 }
 
 TEST_F(ControlEvent, EndsItInOrderWhileItsInputIsHeldOpen) {
     const ChildPipe input;
     const auto process = startReady({input.readEnd, console.output, console.output});
-    ASSERT_TRUE(pressControlC());
+    ASSERT_TRUE(SurvivingControlC::press());
     EXPECT_EQ(process->exitCode(), 0U);
     EXPECT_TRUE(bridge.hasLogged(stoppedLine)) << bridge.log();
 }
 
 TEST_F(ControlEvent, GivenTwiceEndsItOnce) {
     const auto process = startReady(console.streams());
-    ASSERT_TRUE(pressControlC());
-    ASSERT_TRUE(pressControlC());
+    ASSERT_TRUE(SurvivingControlC::press());
+    ASSERT_TRUE(SurvivingControlC::press());
     EXPECT_EQ(process->exitCode(), 0U);
     const std::string log = bridge.log();
     EXPECT_EQ(log.find(stoppedLine), log.rfind(stoppedLine)) << log;

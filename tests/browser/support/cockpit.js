@@ -5,7 +5,7 @@ import {spawn} from 'node:child_process';
 import {once} from 'node:events';
 import {chromium} from 'playwright-core';
 
-const program = process.env.VIRTUAL_COCKPIT;
+const program = process.env.VANTREL;
 const chromiumPath = process.env.CHROMIUM ?? '/usr/bin/chromium';
 const addressPattern = /http:\/\/127\.0\.0\.1:(\d+)\/#([0-9A-F]{32})/;
 const sanitizerPattern = /(Address|Thread|Leak|UndefinedBehavior)Sanitizer|runtime error:/;
@@ -22,9 +22,12 @@ export class Cockpit {
 
   static start(...options) { return Cockpit.startWith('--no-browser', '--port', '0', ...options); }
 
-  static async startWith(...options) {
+  static startWith(...options) { return Cockpit.launch(['demo', ...options]); }
+
+  // Another command that serves a page, with variables of the environment besides this process's.
+  static async launch(words, environment = {}) {
     const cockpit = new Cockpit();
-    cockpit.process = spawn(program, options);
+    cockpit.process = spawn(program, words, {env: {...process.env, ...environment}});
     cockpit.ended = once(cockpit.process, 'close');
     Cockpit.#running.add(cockpit);
     cockpit.ended.then(() => Cockpit.#running.delete(cockpit));
@@ -49,7 +52,7 @@ export class Cockpit {
 
   // A request as any program of this machine could send it.
   request(path, {token = this.token, ...options} = {}) {
-    const headers = {...(token ? {'X-Cockpit-Token': token} : {}), ...options.headers};
+    const headers = {...(token ? {'X-Page-Token': token} : {}), ...options.headers};
     return fetch(this.origin + path, {...options, headers});
   }
 
@@ -62,7 +65,7 @@ export class Cockpit {
 
 // A program that is expected to end by itself.
 export async function runProgram(...options) {
-  const child = spawn(program, options);
+  const child = spawn(program, ['demo', ...options]);
   let output = '';
   for (const stream of [child.stdout, child.stderr]) {
     stream.setEncoding('utf8').on('data', (text) => { output += text; });

@@ -1,0 +1,173 @@
+#include "companion/draft/configuration_draft.h"
+
+#include "companion/draft/command_edit.h"
+#include "companion/draft/json_edit.h"
+#include "config/hid_event_map.h"
+#include "config/names.h"
+
+#include <optional>
+#include <utility>
+
+namespace {
+
+constexpr std::size_t mostSteps = 200;
+
+PathStep draftStep(std::string key) {
+    return {std::move(key), std::nullopt, false};
+}
+
+PathStep elementStep(std::size_t index) {
+    return {"", index, false};
+}
+
+HidEventMap readEventMap(const std::string& text) {
+    HidEventMap map;
+    std::string ignored;
+    map.parse(text, ignored);
+    return map;
+}
+
+/// The place of the board's entry in "devices"; behind the last entry if it has none.
+std::size_t deviceIndex(const std::string& settings, const std::string& boardId) {
+    const JsonDocument document("", settings);
+    const JsonNode* const devices = document.root() == nullptr ? nullptr : document.root()->member("devices");
+    std::size_t index = 0;
+    for (; devices != nullptr && index < devices->children.size(); ++index) {
+        const JsonNode* const id = devices->children[index]->member("boardId");
+        if (id != nullptr && normalizeBoardId(id->value.string) == normalizeBoardId(boardId)) {
+            break;
+        }
+    }
+    return index;
+}
+
+} // namespace
+
+ConfigurationDraft::ConfigurationDraft(ConfigurationPaths paths, ConfigurationTexts texts)
+    : paths(std::move(paths)), now(std::move(texts)) {}
+
+void ConfigurationDraft::step(ConfigurationTexts next) {
+    if (next == now) {
+        return;
+    }
+    if (before.size() == mostSteps) {
+        before.erase(before.begin());
+    }
+    before.push_back(std::exchange(now, std::move(next)));
+}
+
+void ConfigurationDraft::replace(const ConfigurationTexts& texts) {
+    step(texts);
+}
+
+void ConfigurationDraft::undo() {
+    if (canUndo()) {
+        now = std::move(before.back());
+        before.pop_back();
+    }
+}
+
+bool ConfigurationDraft::change(ConfigurationPart part, const Change& edit, std::string& error) {
+    ConfigurationTexts next = now;
+    if (!edit(next[part])) {
+        error = paths[part] + " can't take this change: something in it isn't as the bridge expects. "
+                              "Correct what the check finds first";
+        return false;
+    }
+    step(std::move(next));
+    return true;
+}
+
+bool ConfigurationDraft::setUsbIds(const std::string& vendorId, const std::string& productId, std::string& error) {
+    const Change edit = [&](std::string& text) {
+        return setJsonValue(text, {draftStep("hid"), draftStep("vid")}, quotedJson(vendorId)) &&
+               setJsonValue(text, {draftStep("hid"), draftStep("pid")}, quotedJson(productId));
+    };
+    return change(ConfigurationPart::Settings, edit, error);
+}
+
+bool ConfigurationDraft::isNameFree(std::int32_t number, std::string_view name, std::string& error) const {
+    const std::string wanted = normalizeName(name);
+    if (wanted.empty()) {
+        error = "A control's name has at least one letter or digit";
+        return false;
+    }
+    for (const auto& [other, otherName] : readEventMap(now[ConfigurationPart::EventMap]).controlIds) {
+        if (other != number && normalizeName(otherName) == wanted) {
+            error = "Control " + std::to_string(other) + " has this name already";
+            return false;
+        }
+    }
+    return true;
+}
+
+bool ConfigurationDraft::nameControl(std::int32_t number, const std::string& name, std::string& error) {
+    if (!isNameFree(number, name, error)) {
+        return false;
+    }
+    const HidEventMap map = readEventMap(now[ConfigurationPart::EventMap]);
+    const auto old = map.controlIds.find(number);
+    if (old == map.controlIds.end()) {
+        const Change add = [&](std::string& text) {
+            return setJsonValue(text, {draftStep("control_ids"), draftStep(name)}, std::to_string(number));
+        };
+        return change(ConfigurationPart::EventMap, add, error);
+    }
+    ConfigurationTexts next = now;
+    renameJsonKey(next[ConfigurationPart::EventMap], {draftStep("control_ids"), draftStep(old->second)}, name);
+    renameControlInCommands(next[ConfigurationPart::Commands], old->second, name);
+    step(std::move(next));
+    return true;
+}
+
+bool ConfigurationDraft::setCommand(const CommandPlace& place, const std::string& command, std::string& error) {
+    const Change edit = [&](std::string& text) { return setCommandText(text, place, command); };
+    return change(ConfigurationPart::Commands, edit, error);
+}
+
+bool ConfigurationDraft::clearCommand(const CommandPlace& place, std::string& error) {
+    const Change edit = [&](std::string& text) { return removeCommandText(text, place); };
+    return change(ConfigurationPart::Commands, edit, error);
+}
+
+bool ConfigurationDraft::setRole(const std::string& boardId, const std::string& role, std::string& error) {
+    const std::size_t index = deviceIndex(now[ConfigurationPart::Settings], boardId);
+    const std::vector<PathStep> entry{draftStep("devices"), elementStep(index)};
+    const Change edit = [&](std::string& text) {
+        std::vector<PathStep> path = entry;
+        path.push_back(draftStep("role"));
+        if (role.empty()) {
+            removeJsonValue(text, path);
+            return true;
+        }
+        return setJsonValue(text, path, quotedJson(role));
+    };
+    const Change add = [&](std::string& text) {
+        return setJsonValue(text, entry,
+                            "{\"boardId\": " + quotedJson(boardId) + ", \"role\": " + quotedJson(role) + "}");
+    };
+    const JsonDocument document("", now[ConfigurationPart::Settings]);
+    const bool isListed = document.root() != nullptr && followPath(*document.root(), entry).steps == entry.size();
+    return change(ConfigurationPart::Settings, isListed || role.empty() ? edit : add, error);
+}
+
+bool ConfigurationDraft::setProfileValue(const std::string& profile, const std::string& part, const std::string& key,
+                                         const std::string& value, std::string& error) {
+    const PathStep name{normalizeName(profile), std::nullopt, true};
+    const Change edit = [&](std::string& text) {
+        return setJsonValue(text, {draftStep("outputs"), draftStep("profiles"), name, draftStep(part), draftStep(key)},
+                            value);
+    };
+    return change(ConfigurationPart::Settings, edit, error);
+}
+
+ConfigurationVerdict ConfigurationDraft::verdict() const {
+    return checkConfiguration(paths[ConfigurationPart::Settings], [this](const std::string& path) {
+        for (const ConfigurationPart part : configurationParts) {
+            if (path == paths[part]) {
+                return std::optional(now[part]);
+            }
+        }
+        return std::optional<std::string>();
+    });
+}

@@ -1,0 +1,120 @@
+#include "companion/draft/file_replacement.h"
+
+#include "platform/file_system.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <fstream>
+#include <system_error>
+
+namespace {
+
+std::string newPath(const FileReplacement& file) {
+    return file.path + ".new";
+}
+
+std::string backupPath(const FileReplacement& file) {
+    return file.path + ".bak";
+}
+
+std::string lastReason() {
+    return errno == 0 ? "the system gives no reason" : std::generic_category().message(errno);
+}
+
+std::string writeWhole(const std::string& path, const std::string& text) {
+    errno = 0;
+    std::ofstream file = FileSystem::openForWriting(path);
+    file.write(text.data(), static_cast<std::streamsize>(text.size()));
+    file.close();
+    return file ? "" : lastReason();
+}
+
+std::string copyWhole(const std::string& from, const std::string& to) {
+    std::string reason;
+    return FileSystem::copyFile(from, to, reason) ? "" : reason;
+}
+
+std::string renameOver(const std::string& from, const std::string& to) {
+    return FileSystem::renameFile(from, to) ? "" : "it can't be replaced; it may be open in another program";
+}
+
+/// A link stays one: the file behind it is replaced.
+FileReplacement behindLinks(FileReplacement file) {
+    file.path = FileSystem::resolved(file.path).value_or(file.path);
+    return file;
+}
+
+/// One attempt.
+class Replacing {
+public:
+    Replacing(const std::vector<FileReplacement>& wanted, const FileOperations& operations) : operations(operations) {
+        for (const FileReplacement& file : wanted) {
+            files.push_back(behindLinks(file));
+        }
+    }
+
+    bool run(std::string& error) {
+        error = prepare();
+        while (error.empty() && replaced < files.size()) {
+            error = replace(files[replaced]);
+            replaced += error.empty() ? 1 : 0;
+        }
+        if (!error.empty()) {
+            undo();
+            error += ". Nothing was changed";
+        }
+        return error.empty();
+    }
+
+private:
+    const FileOperations& operations;
+    std::vector<FileReplacement> files;
+    std::size_t replaced = 0;
+
+    std::string prepare() const {
+        for (const FileReplacement& file : files) {
+            FileSystem::makeFolders(FileSystem::parentPath(file.path));
+            std::string reason = file.exists ? keepOld(file) : "";
+            reason = reason.empty() ? operations.write(newPath(file), file.text) : reason;
+            if (!reason.empty()) {
+                return file.path + " can't be written: " + reason;
+            }
+        }
+        return "";
+    }
+
+    /// The copy for the new text has the old file's permissions.
+    std::string keepOld(const FileReplacement& file) const {
+        const std::string reason = operations.copy(file.path, backupPath(file));
+        return reason.empty() ? operations.copy(file.path, newPath(file)) : reason;
+    }
+
+    std::string replace(const FileReplacement& file) const {
+        const std::string reason = operations.rename(newPath(file), file.path);
+        return reason.empty() ? "" : file.path + " can't be replaced: " + reason;
+    }
+
+    void undo() {
+        for (const FileReplacement& file : files) {
+            FileSystem::remove(newPath(file));
+        }
+        while (replaced > 0) {
+            const FileReplacement& file = files[--replaced];
+            if (file.exists) {
+                FileSystem::renameFile(backupPath(file), file.path);
+            } else {
+                FileSystem::remove(file.path);
+            }
+        }
+    }
+};
+
+} // namespace
+
+FileOperations systemFileOperations() {
+    return {writeWhole, copyWhole, renameOver};
+}
+
+bool replaceFiles(const std::vector<FileReplacement>& files, const FileOperations& operations, std::string& error) {
+    return Replacing(files, operations).run(error);
+}

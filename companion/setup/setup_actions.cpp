@@ -1,0 +1,292 @@
+#include "companion/draft/configuration_texts.h"
+#include "companion/draft/json_edit.h"
+#include "companion/setup/setup_controller.h"
+#include "platform/file_system.h"
+#include "platform/network_simconnect.h"
+#include "wire/simconnect_open.h"
+
+#include <algorithm>
+#include <map>
+#include <string_view>
+
+namespace {
+
+std::string memberText(const JsonValue& json, std::string_view key) {
+    std::string text;
+    getString(json, key, text);
+    return text;
+}
+
+std::int32_t memberNumber(const JsonValue& json, std::string_view key) {
+    std::int32_t number = 0;
+    getInt(json, key, number);
+    return number;
+}
+
+bool memberFlag(const JsonValue& json, std::string_view key) {
+    const JsonValue* const value = find(json, key);
+    return value != nullptr && value->boolean;
+}
+
+CommandPlace placeOf(const JsonValue& json) {
+    return {memberText(json, "control"), memberFlag(json, "knob"), memberText(json, "action"),
+            memberText(json, "role")};
+}
+
+bool complete(const CommandPlace& place, std::string& error) {
+    if (place.control.empty() || place.action.empty() || place.role.empty()) {
+        error = "A command needs a control with a name, an action and a role";
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+SetupController::Action SetupController::actionOf(const std::string& word) {
+    static const std::map<std::string, Action> actions{
+        {"addBoard", &SetupController::addBoard},
+        {"removeBoard", &SetupController::removeBoard},
+        {"press", &SetupController::operate},
+        {"release", &SetupController::operate},
+        {"turn", &SetupController::operate},
+        {"ids", &SetupController::setIds},
+        {"role", &SetupController::setRole},
+        {"name", &SetupController::nameControl},
+        {"assign", &SetupController::assign},
+        {"clear", &SetupController::clear},
+        {"profile", &SetupController::setProfileValue},
+        {"sample", &SetupController::takeSample},
+        {"undo", &SetupController::undo},
+        {"save", &SetupController::save},
+        {"reload", &SetupController::reload},
+        {"simulator", &SetupController::chooseSimulator},
+        {"try", &SetupController::tryCommand},
+        {"register", &SetupController::registerProgram},
+        {"unregister", &SetupController::unregisterProgram},
+        {"startBridge", &SetupController::startBridge},
+        {"endBridge", &SetupController::endBridge},
+    };
+    const auto found = actions.find(word);
+    return found == actions.end() ? nullptr : found->second;
+}
+
+bool SetupController::act(const JsonValue& json, std::string& error) {
+    const std::string word = memberText(json, "do");
+    const Action action = actionOf(word);
+    if (action == nullptr) {
+        error = "there is no action \"" + word + "\"";
+        return false;
+    }
+    const std::lock_guard actionLock(actionMutex);
+    bool idsChanged = false;
+    bool done = false;
+    {
+        const std::lock_guard lock(mutex);
+        done = (this->*action)(json, error);
+        const std::shared_ptr<const BridgeConfiguration> read = configurationFor(false);
+        idsChanged = watchedIds != read->settings.hid.vid + ':' + read->settings.hid.pid;
+        realLive.setConfiguration(read);
+        virtualLive.setConfiguration(configurationFor(true));
+        publishState();
+    }
+    if (idsChanged) {
+        restartRealBoards();
+    }
+    return done;
+}
+
+bool SetupController::change(const EditedConfiguration::Edit& edit, std::string& error) {
+    return configuration.change(edit, error);
+}
+
+bool SetupController::addBoard(const JsonValue&, std::string&) {
+    virtualBoards.add();
+    return true;
+}
+
+bool SetupController::removeBoard(const JsonValue& json, std::string& error) {
+    error = "there is no such virtual board";
+    return virtualBoards.remove(memberText(json, "board"));
+}
+
+bool SetupController::operate(const JsonValue& json, std::string& error) {
+    const std::string word = memberText(json, "do");
+    const std::string board = memberText(json, "board");
+    const std::int32_t number = memberNumber(json, "control");
+    constexpr std::int32_t mostDetents = 127;
+    const std::int32_t detents = std::clamp(memberNumber(json, "detents"), -mostDetents, mostDetents);
+    if (number < 0 || number > 0xFFFF) {
+        error = "a control's number is 0 to 65535";
+        return false;
+    }
+    const auto control = static_cast<std::uint16_t>(number);
+    error = "there is no such virtual board";
+    if (word == "turn") {
+        const auto speed = static_cast<std::uint8_t>(std::clamp(memberNumber(json, "speed"), 0, 0xFF));
+        return virtualBoards.turn(board, control, static_cast<std::int8_t>(detents), speed);
+    }
+    return word == "press" ? virtualBoards.press(board, control) : virtualBoards.release(board, control);
+}
+
+bool SetupController::setIds(const JsonValue& json, std::string& error) {
+    return change(
+        [&](ConfigurationDraft& draft, std::string& reason) {
+            return draft.setUsbIds(memberText(json, "vendor"), memberText(json, "product"), reason);
+        },
+        error);
+}
+
+bool SetupController::setRole(const JsonValue& json, std::string& error) {
+    return change(
+        [&](ConfigurationDraft& draft, std::string& reason) {
+            return draft.setRole(memberText(json, "board"), memberText(json, "role"), reason);
+        },
+        error);
+}
+
+bool SetupController::nameControl(const JsonValue& json, std::string& error) {
+    return change(
+        [&](ConfigurationDraft& draft, std::string& reason) {
+            return draft.nameControl(memberNumber(json, "control"), memberText(json, "name"), reason);
+        },
+        error);
+}
+
+bool SetupController::assign(const JsonValue& json, std::string& error) {
+    const CommandPlace place = placeOf(json);
+    const bool done =
+        complete(place, error) &&
+        change([&](ConfigurationDraft& draft,
+                   std::string& reason) { return draft.setCommand(place, memberText(json, "command"), reason); },
+               error);
+    state.progress.assigned = state.progress.assigned || done;
+    return done;
+}
+
+bool SetupController::clear(const JsonValue& json, std::string& error) {
+    const CommandPlace place = placeOf(json);
+    return complete(place, error) &&
+           change([&](ConfigurationDraft& draft, std::string& reason) { return draft.clearCommand(place, reason); },
+                  error);
+}
+
+bool SetupController::setProfileValue(const JsonValue& json, std::string& error) {
+    const JsonValue* const value = find(json, "value");
+    const bool isText = value != nullptr && value->type == JsonType::String;
+    const std::string written = isText ? quotedJson(value->string) : std::to_string(memberNumber(json, "value"));
+    return change(
+        [&](ConfigurationDraft& draft, std::string& reason) {
+            return draft.setProfileValue(memberText(json, "profile"), memberText(json, "part"), memberText(json, "key"),
+                                         written, reason);
+        },
+        error);
+}
+
+bool SetupController::takeSample(const JsonValue&, std::string& error) {
+    return change(
+        [](ConfigurationDraft& draft, std::string&) {
+            draft.replace(sampleTexts());
+            return true;
+        },
+        error);
+}
+
+bool SetupController::undo(const JsonValue&, std::string& error) {
+    return change(
+        [](ConfigurationDraft& draft, std::string&) {
+            draft.undo();
+            return true;
+        },
+        error);
+}
+
+bool SetupController::save(const JsonValue& json, std::string& error) {
+    if (configuration.problem().empty() && !configuration.verdict().bridgeStarts &&
+        !memberFlag(json, "despiteErrors")) {
+        error = "The bridge wouldn't start with this: " + configuration.verdict().refusal;
+        return false;
+    }
+    const bool saved = configuration.save(error);
+    state.progress.saved = state.progress.saved || saved;
+    return saved;
+}
+
+bool SetupController::reload(const JsonValue&, std::string& error) {
+    configuration.reload();
+    error = configuration.problem();
+    return error.empty();
+}
+
+bool SetupController::chooseSimulator(const JsonValue& json, std::string& error) {
+    state.simulatorIsVirtual = memberFlag(json, "virtual");
+    return startLink(error);
+}
+
+Platform SetupController::linkPlatform() const {
+    Platform chosen = platform;
+    if (state.simulatorIsVirtual) {
+        chosen.simConnect = networkSimConnectLibrary();
+        chosen.simConnect.open = [endpoint = virtualSimulator.endpoint()](SimConnectHandle* handle, const char* name,
+                                                                          void*, std::uint32_t, void*, std::uint32_t) {
+            return simConnectOpenAt(handle, name, endpoint, {});
+        };
+        chosen.host.findProcess = [](const auto& visit) { return visit("FlightSimulator.exe"); };
+    }
+    return chosen;
+}
+
+bool SetupController::startLink(std::string& error) {
+    link.reset();
+    const Platform chosen = linkPlatform();
+    link = std::make_unique<ModuleLink>(chosen.simConnect, chosen.host);
+    return link->start(configuration.forBridge()->settings.mobiflight, error);
+}
+
+bool SetupController::tryCommand(const JsonValue& json, std::string& error) {
+    if (link->state() != LinkState::Ready) {
+        error = std::string("The simulator isn't ready: it ") + linkStateText(link->state());
+        return false;
+    }
+    const bool sent = link->send(memberText(json, "command"), error);
+    state.progress.tried = state.progress.tried || sent;
+    return sent;
+}
+
+bool SetupController::registerProgram(const JsonValue&, std::string& error) {
+    if (!configuration.files().exist()) {
+        error = "Save the configuration first: the simulator starts the bridge with the saved one";
+        return false;
+    }
+    if (!bridge.programExists()) {
+        error = "There is no bridge at " + bridge.programPath();
+        return false;
+    }
+    const std::string& path = configuration.files().paths()[ConfigurationPart::Settings];
+    const auto changes =
+        registerBridge(platform.host, bridge.programPath(), FileSystem::resolved(path).value_or(path), error);
+    events.publish("registration", changesJson(changes));
+    look();
+    return error.empty();
+}
+
+bool SetupController::unregisterProgram(const JsonValue&, std::string& error) {
+    events.publish("registration", changesJson(unregisterBridge(platform.host, error)));
+    look();
+    return error.empty();
+}
+
+bool SetupController::startBridge(const JsonValue&, std::string& error) {
+    if (!configuration.files().exist()) {
+        error = "Save the configuration first: the bridge reads the saved one";
+        return false;
+    }
+    const bool started = bridge.start(configuration.files().paths()[ConfigurationPart::Settings], error);
+    look();
+    return started;
+}
+
+bool SetupController::endBridge(const JsonValue&, std::string&) {
+    bridge.end();
+    return true;
+}

@@ -1,0 +1,231 @@
+#include "companion/setup/setup_controller.h"
+
+#include "app/app_paths.h"
+#include "app/program_names.h"
+#include "companion/devices/board_list.h"
+#include "companion/live/live_text.h"
+#include "mapping/event_decision.h"
+#include "platform/file_system.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace {
+
+using EventJson = nlohmann::ordered_json;
+
+constexpr std::chrono::milliseconds lookPeriod{500};
+/// Looking at a virtual bus costs nothing.
+constexpr std::int32_t virtualScanMs = 100;
+/// Lines of an earlier run that are still shown.
+constexpr std::size_t oldLines = 50;
+
+std::string eventLine(const EventJson& json) {
+    return json.dump(-1, ' ', false, EventJson::error_handler_t::replace);
+}
+
+std::int64_t millisecondsNow() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+}
+
+std::string serviceLogPath(const Host& host) {
+    const std::string folder = logDirectory(false, commonAppDataDirectory(host), exeDirectory(host));
+    return FileSystem::join(folder, std::string(programName) + ".log");
+}
+
+bool isTurn(HidProtocol::HidEventAction action) {
+    return action == HidProtocol::HidEventAction::EncCw || action == HidProtocol::HidEventAction::EncCcw;
+}
+
+EventJson eventOf(const LiveReport& report, const DecodedEvent& decoded) {
+    return {{"at", millisecondsNow()},
+            {"board", report.board},
+            {"control", decoded.event.controlId},
+            {"name", decoded.controlName},
+            {"action", std::string(actionKey(decoded.action))},
+            {"text", actionText(decoded)},
+            {"knob", isTurn(decoded.action)},
+            {"role", decoded.role},
+            {"sends", sendsAnything(decoded.answer)},
+            {"answer", answerText(decoded)}};
+}
+
+} // namespace
+
+SetupController::SetupController(const Platform& platform, const SetupOptions& options)
+    : platform(platform),
+      options(options),
+      configuration(options.configPath),
+      bridge(this->platform.host, [this](const std::string& line) { publishLine("", line); }),
+      bridgeLog(serviceLogPath(platform.host)),
+      realLive(platform.hid, platform.host),
+      virtualLive(virtualBoards.transport(), platform.host) {
+    state.progress.isFirst = configuration.problem().empty() && !configuration.files().exist();
+    state.bridgeProgram = bridge.programPath();
+}
+
+SetupController::~SetupController() {
+    stop();
+}
+
+bool SetupController::start(std::string& error) {
+    virtualSimulator.setRecordCallback([this](const SimulatorRecord& record) { onReceived(record); });
+    if (!virtualSimulator.start(0, error) || !startLink(error) || !startBoards(virtualLive, true, error)) {
+        return false;
+    }
+    for (int i = 0; i < options.virtualBoards; ++i) {
+        virtualBoards.add();
+    }
+    restartRealBoards();
+    const std::vector<LogLine> lines = bridgeLog.newLines();
+    for (std::size_t i = lines.size() - std::min(lines.size(), oldLines); i < lines.size(); ++i) {
+        publishLine(lines[i].level, lines[i].message);
+    }
+    watching = true;
+    watcher = std::thread([this] { watch(); });
+    return true;
+}
+
+void SetupController::stop() {
+    events.close();
+    watching = false;
+    if (watcher.joinable()) {
+        watcher.join();
+    }
+    realLive.stop();
+    virtualLive.stop();
+    link.reset();
+    virtualSimulator.setRecordCallback(nullptr);
+    virtualSimulator.stop();
+}
+
+/// Virtual boards have ids of their own, so that they are there whatever the configuration says.
+std::shared_ptr<const BridgeConfiguration> SetupController::configurationFor(bool areVirtual) const {
+    std::shared_ptr<const BridgeConfiguration> read = configuration.forBridge();
+    if (!areVirtual) {
+        return read;
+    }
+    auto changed = std::make_shared<BridgeConfiguration>(*read);
+    changed->settings.hid.vid = VirtualBoards::vendorId;
+    changed->settings.hid.pid = VirtualBoards::productId;
+    changed->settings.hid.scanIntervalMs = virtualScanMs;
+    return changed;
+}
+
+bool SetupController::startBoards(LiveBoards& boards, bool areVirtual, std::string& error) {
+    std::shared_ptr<const BridgeConfiguration> read;
+    {
+        const std::lock_guard lock(mutex);
+        read = configurationFor(areVirtual);
+    }
+    LiveObserver observer;
+    observer.arrived = [this, areVirtual](const LiveBoard& board) { onArrival(board, areVirtual); };
+    observer.left = [this, areVirtual](const LiveBoard& board) { onDeparture(board, areVirtual); };
+    observer.reported = [this, areVirtual](const LiveReport& report) { onReport(report, areVirtual); };
+    return boards.start(std::move(read), std::move(observer), error);
+}
+
+/// Without usable ids there are no real boards, which the page shows.
+void SetupController::restartRealBoards() {
+    realLive.stop();
+    {
+        const std::lock_guard lock(mutex);
+        const HidConfig hid = configuration.forBridge()->settings.hid;
+        watchedIds = hid.vid + ':' + hid.pid;
+        std::erase_if(state.boards, [](const ShownBoard& board) { return !board.isVirtual; });
+    }
+    std::string ignored;
+    startBoards(realLive, false, ignored);
+}
+
+void SetupController::onArrival(const LiveBoard& board, bool isVirtual) {
+    const std::lock_guard lock(mutex);
+    state.boards.push_back({board.name, board.index, isVirtual, board.configuredRole});
+    publishState();
+}
+
+void SetupController::onDeparture(const LiveBoard& board, bool isVirtual) {
+    const std::lock_guard lock(mutex);
+    std::erase_if(state.boards,
+                  [&](const ShownBoard& shown) { return shown.index == board.index && shown.isVirtual == isVirtual; });
+    publishState();
+}
+
+void SetupController::onReport(const LiveReport& report, bool isVirtual) {
+    if (!report.event) {
+        return;
+    }
+    const std::lock_guard lock(mutex);
+    const DecodedEvent& decoded = *report.event;
+    for (ShownBoard& board : state.boards) {
+        if (board.index == report.index && board.isVirtual == isVirtual) {
+            board.role = decoded.role;
+        }
+    }
+    SeenControl& seen = state.seen[decoded.event.controlId];
+    seen.isKnob = seen.isKnob || isTurn(decoded.action);
+    ++seen.uses;
+    state.progress.pressed = true;
+    // First, so that the page finds the control in the state.
+    publishState();
+    events.publish("event", eventLine(eventOf(report, decoded)));
+}
+
+void SetupController::onReceived(const SimulatorRecord& record) {
+    if (record.kind == SimulatorRecordKind::Executed) {
+        events.publish("received", eventLine({{"at", millisecondsNow()}, {"text", record.text}}));
+    }
+}
+
+void SetupController::watch() {
+    while (watching) {
+        {
+            const std::lock_guard lock(mutex);
+            look();
+        }
+        std::this_thread::sleep_for(lookPeriod);
+    }
+}
+
+void SetupController::look() {
+    state.places = registrationPlaces(platform.host);
+    state.bridgeExists = bridge.programExists();
+    state.bridgeRuns = bridge.isRunning();
+    state.bridgeIsOurs = bridge.wasStartedHere();
+    state.simulatorState = link->state();
+    state.progress.registered =
+        std::ranges::any_of(state.places, [](const RegistrationPlace& place) { return place.isRegistered; });
+    state.changedOnDisk.clear();
+    if (configuration.problem().empty()) {
+        configuration.files().areUnchanged(state.changedOnDisk);
+    }
+    followLog();
+    publishState();
+}
+
+void SetupController::followLog() {
+    for (const LogLine& line : bridgeLog.newLines()) {
+        publishLine(line.level, line.message);
+    }
+}
+
+void SetupController::publishLine(const std::string& level, const std::string& text) {
+    events.publish("log", eventLine({{"at", millisecondsNow()}, {"level", level}, {"text", text}}));
+}
+
+void SetupController::publishState() {
+    events.setState(stateJson(state, configuration));
+}
+
+std::string SetupController::difference() {
+    const std::lock_guard lock(mutex);
+    return differenceJson(configuration);
+}
+
+std::string SetupController::devices() {
+    return boardsJson(listBoards(platform.hid, nullptr));
+}

@@ -1,0 +1,122 @@
+#pragma once
+
+#include "companion/live/live_boards.h"
+#include "companion/page/event_feed.h"
+#include "companion/setup/bridge_control.h"
+#include "companion/setup/edited_configuration.h"
+#include "companion/setup/setup_state.h"
+#include "companion/setup/virtual_boards.h"
+#include "companion/trial/module_link.h"
+#include "config/json.h"
+#include "simulation/rig/log_follower.h"
+#include "simulation/simulator/virtual_simulator.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+
+struct SetupOptions {
+    std::string configPath;
+    /// Virtual boards that are there from the beginning.
+    int virtualBoards = 0;
+};
+
+/// Everything behind the setup page: carries out its actions, and publishes the state and what the boards and the
+/// bridge do. Any thread may call any operation except `start` and `stop`.
+class SetupController {
+public:
+    SetupController(const Platform& platform, const SetupOptions& options);
+    ~SetupController();
+    SetupController(const SetupController&) = delete;
+    SetupController& operator=(const SetupController&) = delete;
+
+    /// False with the reason in `error`.
+    bool start(std::string& error);
+    /// Nothing else may be called afterwards.
+    void stop();
+
+    EventFeed& feed() { return events; }
+
+    /// What saving would write, as JSON.
+    std::string difference();
+    /// Every HID device of this machine, as JSON, to find the boards' ids.
+    std::string devices();
+
+    /// Carries out one action, an object whose member "do" names it. False with the reason in `error`.
+    bool act(const JsonValue& json, std::string& error);
+
+private:
+    const Platform platform;
+    const SetupOptions options;
+    EventFeed events;
+
+    // Held across a whole action, so that one comes after the other. Taken before the other mutex.
+    std::mutex actionMutex;
+
+    // Guards what follows. The boards' observers take it, so no board is started or stopped under it.
+    std::mutex mutex;
+    EditedConfiguration configuration;
+    SetupState state;
+    BridgeControl bridge;
+    /// Of a bridge that somebody else has started.
+    LogFollower bridgeLog;
+    VirtualSimulator virtualSimulator;
+    /// To the simulator for trying commands.
+    std::unique_ptr<ModuleLink> link;
+
+    VirtualBoards virtualBoards;
+    LiveBoards realLive;
+    LiveBoards virtualLive;
+    /// The ids that the real boards are looked for by.
+    std::string watchedIds;
+
+    std::atomic<bool> watching{false};
+    std::thread watcher;
+
+    // Boards and the watcher (setup_controller.cpp).
+    bool startBoards(LiveBoards& boards, bool areVirtual, std::string& error);
+    void restartRealBoards();
+    void onArrival(const LiveBoard& board, bool isVirtual);
+    void onDeparture(const LiveBoard& board, bool isVirtual);
+    void onReport(const LiveReport& report, bool isVirtual);
+    /// On the virtual simulator's thread.
+    void onReceived(const SimulatorRecord& record);
+    void watch();
+    // These need the mutex held.
+    std::shared_ptr<const BridgeConfiguration> configurationFor(bool areVirtual) const;
+    void look();
+    void followLog();
+    void publishLine(const std::string& level, const std::string& text);
+    void publishState();
+
+    // The actions (setup_actions.cpp). These need the mutex held.
+    using Action = bool (SetupController::*)(const JsonValue& json, std::string& error);
+    static Action actionOf(const std::string& word);
+    bool change(const EditedConfiguration::Edit& edit, std::string& error);
+    bool addBoard(const JsonValue& json, std::string& error);
+    bool removeBoard(const JsonValue& json, std::string& error);
+    bool operate(const JsonValue& json, std::string& error);
+    bool setIds(const JsonValue& json, std::string& error);
+    bool setRole(const JsonValue& json, std::string& error);
+    bool nameControl(const JsonValue& json, std::string& error);
+    bool assign(const JsonValue& json, std::string& error);
+    bool clear(const JsonValue& json, std::string& error);
+    bool setProfileValue(const JsonValue& json, std::string& error);
+    bool takeSample(const JsonValue& json, std::string& error);
+    bool undo(const JsonValue& json, std::string& error);
+    bool save(const JsonValue& json, std::string& error);
+    bool reload(const JsonValue& json, std::string& error);
+    bool chooseSimulator(const JsonValue& json, std::string& error);
+    bool tryCommand(const JsonValue& json, std::string& error);
+    bool registerProgram(const JsonValue& json, std::string& error);
+    bool unregisterProgram(const JsonValue& json, std::string& error);
+    bool startBridge(const JsonValue& json, std::string& error);
+    bool endBridge(const JsonValue& json, std::string& error);
+
+    bool startLink(std::string& error);
+    Platform linkPlatform() const;
+};

@@ -1,0 +1,200 @@
+#include "companion/setup/setup_state.h"
+
+#include "companion/catalogue/event_catalogue.h"
+#include "companion/check/rpn_check.h"
+#include "companion/draft/line_diff.h"
+#include "platform/file_system.h"
+
+#include <nlohmann/json.hpp>
+
+#include <array>
+#include <memory>
+#include <utility>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// Files may hold bytes that aren't UTF-8.
+std::string lineOf(const Json& json) {
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+Json boardsOf(const std::vector<ShownBoard>& boards) {
+    Json array = Json::array();
+    for (const ShownBoard& board : boards) {
+        array.push_back({{"name", board.name}, {"virtual", board.isVirtual}, {"role", board.role}});
+    }
+    return array;
+}
+
+Json commandsOf(const ListedControl& control) {
+    Json array = Json::array();
+    for (const ListedCommand& command : control.commands) {
+        array.push_back({{"action", command.action}, {"role", command.role}, {"command", command.command}});
+    }
+    return array;
+}
+
+/// The named controls and those that were used without having a name, by number.
+Json controlsOf(const SetupState& state, const EditedConfiguration& configuration) {
+    std::map<std::int32_t, Json> byNumber;
+    for (const ListedControl& control : configuration.controls()) {
+        byNumber[control.number] = {{"number", control.number},
+                                    {"name", control.name},
+                                    {"knob", control.isKnob},
+                                    {"uses", 0},
+                                    {"commands", commandsOf(control)}};
+    }
+    for (const auto& [number, seen] : state.seen) {
+        if (!byNumber.contains(number)) {
+            byNumber[number] = {{"number", number}, {"name", ""}, {"knob", false}, {"commands", Json::array()}};
+        }
+        Json& control = byNumber[number];
+        control["knob"] = control["knob"].get<bool>() || seen.isKnob;
+        control["uses"] = seen.uses;
+    }
+    Json array = Json::array();
+    for (auto& [number, control] : byNumber) {
+        array.push_back(std::move(control));
+    }
+    return array;
+}
+
+Json findingsOf(const Findings& findings) {
+    Json array = Json::array();
+    for (const Finding& finding : findings) {
+        array.push_back({{"file", FileSystem::fileName(finding.file)},
+                         {"line", finding.line},
+                         {"severity", severityName(finding.severity)},
+                         {"message", finding.message},
+                         {"hint", finding.hint}});
+    }
+    return array;
+}
+
+Json configurationOf(const SetupState& state, const EditedConfiguration& configuration) {
+    Json json{{"path", configuration.files().paths()[ConfigurationPart::Settings]},
+              {"problem", configuration.problem()},
+              {"changedOnDisk", state.changedOnDisk}};
+    if (configuration.problem().empty()) {
+        const std::shared_ptr<const BridgeConfiguration> read = configuration.forBridge();
+        json["exists"] = configuration.files().exist();
+        json["changed"] = configuration.isChanged();
+        json["canUndo"] = configuration.draft().canUndo();
+        json["starts"] = configuration.verdict().bridgeStarts;
+        json["refusal"] = configuration.verdict().refusal;
+        json["findings"] = findingsOf(configuration.verdict().findings);
+        json["vendorId"] = read->settings.hid.vid;
+        json["productId"] = read->settings.hid.pid;
+    }
+    return json;
+}
+
+Json progressOf(const SetupProgress& progress) {
+    return {{"first", progress.isFirst}, {"pressed", progress.pressed}, {"assigned", progress.assigned},
+            {"tried", progress.tried},   {"saved", progress.saved},     {"registered", progress.registered}};
+}
+
+Json bridgeOf(const SetupState& state) {
+    Json places = Json::array();
+    for (const RegistrationPlace& place : state.places) {
+        places.push_back({{"path", place.path}, {"registered", place.isRegistered}});
+    }
+    return {{"program", state.bridgeProgram},
+            {"exists", state.bridgeExists},
+            {"running", state.bridgeRuns},
+            {"ours", state.bridgeIsOurs},
+            {"places", std::move(places)}};
+}
+
+Json diffLinesOf(const std::vector<DiffLine>& lines) {
+    constexpr std::array<const char*, 3> kinds{"kept", "removed", "added"};
+    Json array = Json::array();
+    for (const DiffLine& line : lines) {
+        array.push_back(
+            {{"kind", kinds[static_cast<std::size_t>(line.kind)]}, {"line", line.number}, {"text", line.text}});
+    }
+    return array;
+}
+
+} // namespace
+
+const char* linkStateText(LinkState link) {
+    switch (link) {
+    case LinkState::Starting:
+        return "is being looked for";
+    case LinkState::NoSimulator:
+        return "doesn't run";
+    case LinkState::Refused:
+        return "refuses the connection";
+    case LinkState::ModuleSilent:
+        return "has a MobiFlight module that doesn't answer, or none";
+    case LinkState::Ready:
+        break;
+    }
+    return "is ready";
+}
+
+std::string stateJson(const SetupState& state, const EditedConfiguration& configuration) {
+    const bool isEditable = configuration.problem().empty();
+    return lineOf(
+        {{"configuration", configurationOf(state, configuration)},
+         {"progress", progressOf(state.progress)},
+         {"boards", boardsOf(state.boards)},
+         {"controls", isEditable ? controlsOf(state, configuration) : Json::array()},
+         {"bridge", bridgeOf(state)},
+         {"simulator", {{"virtual", state.simulatorIsVirtual}, {"state", linkStateText(state.simulatorState)}}}});
+}
+
+std::string differenceJson(const EditedConfiguration& configuration) {
+    Json array = Json::array();
+    for (const ConfigurationPart part : configurationParts) {
+        if (configuration.isChanged() && configuration.files().wouldWrite(part, configuration.draft().texts())) {
+            const std::vector<DiffLine> lines =
+                lineDiff(configuration.files().textOnDisk(part), configuration.draft().texts()[part]);
+            array.push_back({{"path", configuration.files().paths()[part]}, {"lines", diffLinesOf(lines)}});
+        }
+    }
+    return lineOf(array);
+}
+
+std::string changesJson(const std::vector<RegistrationChange>& changes) {
+    Json array = Json::array();
+    for (const RegistrationChange& change : changes) {
+        array.push_back({{"path", change.path}, {"lines", diffLinesOf(change.lines)}});
+    }
+    return lineOf(array);
+}
+
+std::string catalogueJson() {
+    Json events = Json::array();
+    for (const CatalogueEvent& event : EventCatalogue::instance().events()) {
+        events.push_back({{"name", event.name},
+                          {"group", event.group},
+                          {"description", event.description},
+                          {"values", event.values},
+                          {"sure", event.sure}});
+    }
+    Json names = Json::object();
+    for (const auto& [number, name] : sampleControlNames()) {
+        names[std::to_string(number)] = name;
+    }
+    return lineOf({{"events", std::move(events)}, {"names", std::move(names)}});
+}
+
+std::string remarksJson(const std::string& command) {
+    Json array = Json::array();
+    if (command.size() > longestCommand) {
+        array.push_back({{"severity", "warning"},
+                         {"message", "The command has " + std::to_string(command.size()) + " bytes; it is cut"},
+                         {"hint", "Shorten it to " + std::to_string(longestCommand)}});
+    }
+    for (const CommandRemark& remark : checkCommand(command)) {
+        array.push_back({{"severity", severityName(remark.severity)},
+                         {"offset", remark.offset},
+                         {"message", remark.message},
+                         {"hint", remark.hint}});
+    }
+    return lineOf(array);
+}

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "companion/setup/bridge_control.h"
+#include "companion/setup/edited_configuration.h"
+#include "companion/setup/registration.h"
+#include "companion/trial/module_link.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+/// A board that is connected.
+struct ShownBoard {
+    std::string name;
+    int index = -1;
+    bool isVirtual = false;
+    std::string role;
+};
+
+/// What was seen of a control since the page was opened.
+struct SeenControl {
+    bool isKnob = false;
+    std::uint32_t uses = 0;
+};
+
+/// How far a first configuration has come.
+struct SetupProgress {
+    /// There was no configuration when the page was opened.
+    bool isFirst = false;
+    bool pressed = false;
+    bool assigned = false;
+    bool tried = false;
+    bool saved = false;
+    bool registered = false;
+};
+
+/// What the page shows, as far as it isn't in the configuration.
+struct SetupState {
+    std::vector<ShownBoard> boards;
+    /// By number.
+    std::map<std::int32_t, SeenControl> seen;
+    SetupProgress progress;
+    std::vector<RegistrationPlace> places;
+    std::string bridgeProgram;
+    bool bridgeExists = false;
+    bool bridgeRuns = false;
+    bool bridgeIsOurs = false;
+    /// The simulator for trying commands.
+    bool simulatorIsVirtual = true;
+    LinkState simulatorState = LinkState::Starting;
+    /// Why the files can't be saved any more; empty if they can.
+    std::string changedOnDisk;
+};
+
+/// What to say of the simulator, such as "is ready" or "doesn't run".
+const char* linkStateText(LinkState link);
+
+/// One line of JSON.
+std::string stateJson(const SetupState& state, const EditedConfiguration& configuration);
+
+/// What saving would write: for each changed file its path and the lines of the comparison.
+std::string differenceJson(const EditedConfiguration& configuration);
+
+/// Changes of files that aren't part of the configuration, in the same form.
+std::string changesJson(const std::vector<RegistrationChange>& changes);
+
+/// All known events with their descriptions, and the sample set's names of controls.
+std::string catalogueJson();
+
+/// What is wrong with a command.
+std::string remarksJson(const std::string& command);

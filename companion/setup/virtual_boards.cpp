@@ -1,0 +1,73 @@
+#include "companion/setup/virtual_boards.h"
+
+#include "hid/usb_ids.h"
+
+namespace {
+
+std::uint16_t usbId(const char* text) {
+    std::uint32_t id = 0;
+    parseUsbId(text, id);
+    return static_cast<std::uint16_t>(id);
+}
+
+} // namespace
+
+void VirtualBoards::add() {
+    const std::lock_guard lock(mutex);
+    ++made;
+    const std::string name = "virtual-" + std::to_string(made);
+    VirtualBoardModel model;
+    model.vendorId = usbId(vendorId);
+    model.productId = usbId(productId);
+    model.boardId.reset();
+    model.serial = name;
+    const auto mode = static_cast<std::uint8_t>(made % 2 == 1 ? 0 : 1);
+    const Slot slot{std::make_shared<VirtualBoard>(model), mode};
+    bus.plug(slot.board);
+    slots.emplace(name, slot);
+}
+
+VirtualBoards::Slot VirtualBoards::find(const std::string& name) const {
+    const std::lock_guard lock(mutex);
+    const auto found = slots.find(name);
+    return found == slots.end() ? Slot() : found->second;
+}
+
+bool VirtualBoards::has(const std::string& name) const {
+    return find(name).board != nullptr;
+}
+
+bool VirtualBoards::remove(const std::string& name) {
+    const Slot slot = find(name);
+    if (slot.board == nullptr) {
+        return false;
+    }
+    bus.unplug(slot.board);
+    const std::lock_guard lock(mutex);
+    slots.erase(name);
+    return true;
+}
+
+bool VirtualBoards::press(const std::string& name, std::uint16_t control) {
+    const Slot slot = find(name);
+    if (slot.board != nullptr) {
+        slot.board->press(control, slot.mode);
+    }
+    return slot.board != nullptr;
+}
+
+bool VirtualBoards::release(const std::string& name, std::uint16_t control) {
+    const Slot slot = find(name);
+    if (slot.board != nullptr) {
+        slot.board->release(control, slot.mode);
+    }
+    return slot.board != nullptr;
+}
+
+bool VirtualBoards::turn(const std::string& name, std::uint16_t control, std::int8_t detents, std::uint8_t speed) {
+    const Slot slot = find(name);
+    if (slot.board != nullptr) {
+        slot.board->turn(control, detents, speed, slot.mode);
+    }
+    return slot.board != nullptr;
+}

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "simulation/boards/virtual_hid_bus.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+/// Boards for trying things out without hardware, on a bus of their own. They are known by their names, as the bridge
+/// would log them. Any thread.
+class VirtualBoards {
+public:
+    /// What HidConfig needs to find these boards, and only them.
+    static constexpr const char* vendorId = "1234";
+    static constexpr const char* productId = "ABCD";
+
+    HidTransport transport() const { return bus.transport(); }
+
+    /// Makes a board and plugs it in. Every second one is an MFD.
+    void add();
+    /// Pulls a board; false if there is none of that name.
+    bool remove(const std::string& name);
+    bool has(const std::string& name) const;
+
+    // What its user does. False if there is no board of that name.
+    bool press(const std::string& name, std::uint16_t control);
+    bool release(const std::string& name, std::uint16_t control);
+    bool turn(const std::string& name, std::uint16_t control, std::int8_t detents, std::uint8_t speed);
+
+private:
+    struct Slot {
+        std::shared_ptr<VirtualBoard> board;
+        std::uint8_t mode = 0;
+    };
+
+    VirtualHidBus bus;
+    // Guards what follows.
+    mutable std::mutex mutex;
+    std::map<std::string, Slot> slots;
+    int made = 0;
+
+    Slot find(const std::string& name) const;
+};

@@ -1,0 +1,104 @@
+#include "companion/demo/held_buttons.h"
+
+#include "tests/support/wait_until.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+/// Two boards whose reports are noted as "value control mode".
+class HeldButtonsTest : public testing::Test {
+protected:
+    void SetUp() override {
+        for (VirtualBoard* const board : {&first, &second}) {
+            board->powerOn([this](std::span<const std::uint8_t> report) {
+                note(reports,
+                     std::to_string(report[6]) + ' ' + std::to_string(report[4]) + ' ' + std::to_string(report[8]));
+            });
+        }
+    }
+
+    void note(Texts& texts, const std::string& text) {
+        const std::lock_guard lock(mutex);
+        texts.push_back(text);
+    }
+    Texts copyOf(const Texts& texts) {
+        const std::lock_guard lock(mutex);
+        return texts;
+    }
+    Texts sent() { return copyOf(reports); }
+
+    VirtualBoard first;
+    VirtualBoard second;
+    // Guards both lists.
+    std::mutex mutex;
+    Texts reports;
+    Texts callbacks;
+    std::optional<HeldButtons> buttons{[this](const HeldButtons::Button& button, std::string_view report) {
+        note(callbacks, std::string(report) + ' ' + std::to_string(button.controlId));
+    }};
+};
+
+} // namespace
+
+TEST_F(HeldButtonsTest, SendPressAndReleaseOnce) {
+    buttons->release({&first, 5, 1});
+    buttons->press({&first, 5, 1}, "tab");
+    buttons->press({&first, 5, 1}, "tab");
+    EXPECT_EQ(buttons->heldOn(first), std::vector<std::uint16_t>{5});
+    EXPECT_TRUE(buttons->heldOn(second).empty());
+    buttons->release({&first, 5, 1});
+    buttons->release({&first, 5, 1});
+    EXPECT_TRUE(buttons->heldOn(first).empty());
+    EXPECT_EQ(sent(), (Texts{"1 5 1", "0 5 1"}));
+    EXPECT_EQ(copyOf(callbacks), (Texts{"press 5", "release 5"}));
+}
+
+TEST_F(HeldButtonsTest, RepeatAHoldUntilTheRelease) {
+    const auto begin = std::chrono::steady_clock::now();
+    buttons->press({&first, 7, 0}, "tab");
+    ASSERT_TRUE(waitUntil([this] { return sent().size() >= 4; }));
+    // Three holds: not before their time.
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, HeldButtons::firstHold + 2 * HeldButtons::holdPeriod);
+    buttons->release({&first, 7, 0});
+    const Texts all = sent();
+    EXPECT_EQ(Texts(all.begin(), all.begin() + 4), (Texts{"1 7 0", "2 7 0", "2 7 0", "2 7 0"}));
+    EXPECT_EQ(all.back(), "0 7 0");
+    EXPECT_EQ(copyOf(callbacks)[1], "hold 7");
+}
+
+TEST_F(HeldButtonsTest, HoldButtonsOfTwoBoardsSideBySide) {
+    buttons->press({&first, 5, 0}, "tab");
+    buttons->press({&second, 5, 1}, "tab");
+    buttons->release({&first, 5, 0});
+    EXPECT_EQ(buttons->heldOn(second), std::vector<std::uint16_t>{5});
+    ASSERT_TRUE(waitUntil([this] { return sent().back() == "2 5 1"; }));
+}
+
+TEST_F(HeldButtonsTest, ReleaseThoseOfOneHolder) {
+    buttons->press({&first, 5, 0}, "left");
+    buttons->press({&first, 6, 0}, "right");
+    buttons->press({&first, 5, 0}, "right");
+    buttons->releaseAllOf("right");
+    EXPECT_EQ(sent(), (Texts{"1 5 0", "1 6 0", "0 6 0"}));
+}
+
+TEST_F(HeldButtonsTest, ReleaseThoseOfOneBoardOrAll) {
+    buttons->press({&first, 5, 0}, "tab");
+    buttons->press({&second, 6, 1}, "tab");
+    buttons->releaseAllOn(first);
+    EXPECT_EQ(sent(), (Texts{"1 5 0", "1 6 1", "0 5 0"}));
+    buttons->press({&first, 7, 0}, "tab");
+    buttons->releaseAll();
+    EXPECT_EQ(sent().size(), 6U);
+    EXPECT_TRUE(buttons->heldOn(first).empty());
+    EXPECT_TRUE(buttons->heldOn(second).empty());
+}
+
+TEST_F(HeldButtonsTest, EndReleasesWhatIsStillDown) {
+    buttons->press({&first, 5, 0}, "tab");
+    buttons.reset();
+    EXPECT_EQ(sent(), (Texts{"1 5 0", "0 5 0"}));
+}
