@@ -278,15 +278,16 @@ private:
         return roles;
     }
 
+    /// Boards may get their roles later. Once some have, a role that none has is probably misspelt.
     void checkRoleIsUsed(const JsonNode& member, const std::set<std::string>& boardRoles) {
         const std::string role = normalizeName(member.key);
-        if (role.empty() || boardRoles.contains(role)) {
+        if (role.empty() || boardRoles.empty() || boardRoles.contains(role)) {
             return;
         }
         const std::vector<std::string_view> known(boardRoles.begin(), boardRoles.end());
         addFinding(findings, document.atKey(member, Severity::Hint, "unused-role"),
                    "no board has the role " + inQuotes(member.key) + ", so the bridge doesn't use this",
-                   known.empty() ? "Give a board this role in \"devices\"" : suggestion(role, known));
+                   suggestion(role, known));
     }
 
     void checkProfileExists(const JsonNode& reference) {
