@@ -55,6 +55,20 @@ for (const width of [360, 412, 600, 768, 1024, 1280, 1920]) {
   });
 }
 
+test('what a display shows fills it, whatever its shape', async () => {
+  for (const width of [360, 1024, 1920]) {
+    await withPage({viewport: {width, height: 800}}, async ({page}) => {
+      const gaps = await page.locator('.art svg').evaluateAll((pictures) => pictures.filter((picture) => {
+        const frame = picture.getBoundingClientRect();
+        const corners = [[frame.left, frame.top], [frame.right, frame.top], [frame.left, frame.bottom], [frame.right, frame.bottom]];
+        return !corners.every(([x, y]) => [...picture.querySelectorAll('rect[fill]')].some((shape) =>
+          shape.isPointInFill(new DOMPoint(x, y).matrixTransform(shape.getScreenCTM().inverse()))));
+      }).length);
+      assert.equal(gaps, 0, `at ${width}`);
+    });
+  }
+});
+
 test('no control covers another one', async () => {
   for (const width of [360, 1280]) {
     await withPage({viewport: {width, height: 800}}, async ({page}) => {
