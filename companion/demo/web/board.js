@@ -30,6 +30,7 @@ export class Board {
 
   get root() { return this.#root; }
   get name() { return this.#name; }
+  get plugged() { return this.#plugged; }
 
   control(id) { return this.#controls.get(id) ?? {id, name: String(id), commands: {}}; }
 

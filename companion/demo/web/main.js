@@ -119,7 +119,7 @@ class Page {
 
   #takeReport(report) {
     const board = this.#boards.get(report.board);
-    if (this.#pressPath.sent(report, board.control(report.control))) {
+    if (this.#pressPath.sent(report, board.control(report.control), board.plugged)) {
       board.mark(report.control);
     }
   }
