@@ -56,6 +56,16 @@ export class Board {
     }
   }
 
+  // For when the program is gone.
+  forgetState() {
+    this.#light = null;
+    this.#root.classList.remove('lit-display');
+    this.#root.dataset.effect = 'none';
+    this.#part('status').classList.remove('on');
+    setText(this.#part('light'), 'unknown');
+    setText(this.#part('status'), 'unknown');
+  }
+
   // Called for each frame that the browser draws.
   glowAt(now) {
     const glow = (this.#plugged && this.#light ? lightAt(this.#light, now - this.#lightSince) : 0).toFixed(2);

@@ -58,7 +58,7 @@ class Page {
       return;
     }
     this.#drawLights();
-    listen((kind, data) => this.#take(kind, data), (linked) => this.#link(linked));
+    listen((kind, data) => this.#take(kind, data), (linked, refusal) => this.#link(linked, refusal));
   }
 
   #send(action) { this.#actions.send(action); }
@@ -76,16 +76,30 @@ class Page {
     }
   }
 
-  // A restarted program has a new token, which this page doesn't know.
-  #link(linked) {
+  // A restarted program has a new token, which this page doesn't know. `refusal` is the program's own reason, if it
+  // gives one.
+  #link(linked, refusal = '') {
     byId('link').dataset.state = linked ? 'good' : 'bad';
     setText(byId('link'), linked ? 'live' : 'not connected');
     if (linked && this.#wasLinked) {
       location.reload();
     }
     this.#wasLinked ||= linked;
-    if (!linked && this.#wasLinked) {
-      this.#trouble.show('The program has ended. Start vantrel demo again, and open the address that it prints.', true);
+    const ended = 'The program has ended. Start vantrel demo again, and open the address that it prints.';
+    this.#trouble.show(linked ? '' : this.#wasLinked ? ended : refusal, true);
+    if (!linked) {
+      this.#forgetState();
+    }
+  }
+
+  // Nothing that was last known need be true any more.
+  #forgetState() {
+    for (const pill of document.querySelectorAll('[data-shows]')) {
+      pill.dataset.state = 'off';
+      setText(pill, 'unknown');
+    }
+    for (const board of this.#boards.values()) {
+      board.forgetState();
     }
   }
 
