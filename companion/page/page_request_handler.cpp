@@ -95,7 +95,8 @@ PageReply PageRequestHandler::route(const PageRequest& request) const {
 
 PageReply PageRequestHandler::events(const std::string& tab) const {
     if (*listeners >= mostListeners) {
-        return refusal(unavailable, "This page is open in five tabs already, and a browser can't serve more of them: close one.");
+        return refusal(unavailable,
+                       "This page is open in five tabs already, and a browser can't serve more of them: close one.");
     }
     PageReply reply{200, "text/event-stream", ""};
     reply.stream = [listener = std::make_shared<Listener>(page, tab, listeners)](std::string& piece) {

@@ -155,6 +155,35 @@ test('who wants less motion gets none from the page’s ornament, and still sees
   });
 });
 
+test('who wants less motion sees no light flash more than three times a second', async () => {
+  await withPage({reducedMotion: 'reduce'}, async (still) => {
+    await still.faultSwitch('refuse');
+    await still.fault('drop');
+    await still.effectIs('PFD', 'flash');
+    // By a clock of our own: a busy machine draws too few frames to show each flash.
+    await still.page.clock.install();
+    await still.page.reload();
+    await still.effectIs('PFD', 'flash');
+    await still.boards('PFD').evaluate((root) => {
+      window.flashes = [];
+      const set = root.style.setProperty.bind(root.style);
+      root.style.setProperty = (name, value) => {
+        if (Number(value) > Number(root.style.getPropertyValue(name))) {
+          window.flashes.push(performance.now());
+        }
+        set(name, value);
+      };
+    });
+    await still.page.clock.runFor(5000);
+    const flashes = await still.page.evaluate(() => window.flashes);
+    assert.ok(flashes.length > 5, `${flashes.length} flashes`);
+    const busiest = Math.max(...flashes.map((begin) => flashes.filter((moment) => moment >= begin && moment < begin + 1000).length));
+    assert.ok(busiest <= 3, `${busiest} flashes in a second`);
+    await still.faultSwitch('refuse');
+    await shared.view.effectIs('PFD', 'steady');
+  });
+});
+
 test('the log’s details can be put away', async () => {
   const {view} = shared;
   await view.control('PFD', 'AP').click();

@@ -3,10 +3,11 @@
 import {makeButton, makeKnob} from './controls.js';
 import {element, setText} from './dom.js';
 import {arrange} from './layout.js';
-import {effects, lightAt, lightWords} from './light.js';
+import {calmed, effects, lightAt, lightWords} from './light.js';
 import {screenArt} from './screens.js';
 
 const roleWords = {PFD: 'primary flight display', MFD: 'multi-function display'};
+const lessMotion = matchMedia('(prefers-reduced-motion: reduce)');
 const ringOrder = ['outer', 'inner'];
 
 export class Board {
@@ -68,12 +69,14 @@ export class Board {
 
   // Called for each frame that the browser draws.
   glowAt(now) {
-    const glow = (this.#plugged && this.#light ? lightAt(this.#light, now - this.#lightSince) : 0).toFixed(2);
+    const glow = (this.#plugged && this.#light ? this.#drawnLight(now - this.#lightSince) : 0).toFixed(2);
     if (glow !== this.#glow) {
       this.#glow = glow;
       this.#root.style.setProperty('--glow', glow);
     }
   }
+
+  #drawnLight(elapsedMs) { return lightAt(lessMotion.matches ? calmed(this.#light) : this.#light, elapsedMs); }
 
   // Marks the last used control.
   mark(id) {
