@@ -119,26 +119,46 @@ test('everything that can be operated has a name for a screen reader', async () 
   assert.equal(await page.getByRole('article', {name: 'PFD panel'}).count(), 1);
 });
 
-test('the tab key reaches panels, switches and lists, and shows where it is', async () => {
+const focused = (page) => page.evaluate(() => [
+  document.activeElement.dataset.control ?? document.activeElement.dataset.sim ?? document.activeElement.id ?? '',
+  getComputedStyle(document.activeElement).outlineStyle]);
+
+test('the tab key reaches panels, switches and lists in few steps, and shows where it is', async () => {
   const {page} = shared.view;
   await page.locator('.skip').focus();
   await page.keyboard.press('Enter');
-  const seen = new Set();
-  for (let i = 0; i < 150; ++i) {
+  const seen = [];
+  while (seen.at(-1) !== 'log') {
     await page.keyboard.press('Tab');
-    const [name, outline] = await page.evaluate(() => [
-      document.activeElement.dataset.control ?? document.activeElement.id ?? document.activeElement.className,
-      getComputedStyle(document.activeElement).outlineStyle]);
-    // Behind the last of them the turn is the browser's.
-    if (name === '') {
-      continue;
-    }
-    seen.add(name);
+    const [name, outline] = await focused(page);
+    seen.push(name);
+    assert.notEqual(outline, 'none', `no outline round ${name}`);
+    assert.ok(seen.length < 20, `not reached: ${seen}`);
+  }
+  assert.ok(seen.indexOf('battery') < 8, `${seen}`);
+  const firstOfPanel = await shared.view.boards('PFD').locator('.key, .knob').first().getAttribute('data-control');
+  for (const name of [firstOfPanel, 'battery', 'light', 'received', 'log']) {
+    assert.ok(seen.includes(name), `${name} was not reached`);
+  }
+});
+
+test('the arrow keys reach each control of a panel, and the tab key comes back to the last one', async () => {
+  const {page} = shared.view;
+  const names = await shared.view.boards('MFD').locator('.key, .knob').evaluateAll((all) => all.map((one) => one.dataset.control));
+  await shared.view.control('MFD', names[0]).focus();
+  for (const name of [...names.slice(1), names[0]]) {
+    await page.keyboard.press('ArrowRight');
+    const [reached, outline] = await focused(page);
+    assert.equal(reached, name);
     assert.notEqual(outline, 'none', `no outline round ${name}`);
   }
-  for (const name of ['NAV_VOL', 'COM_INNER', 'SOFTKEY_12', 'AP_FLC', 'cockpit-light', 'received', 'log']) {
-    assert.ok(seen.has(name), `${name} was not reached`);
-  }
+  await page.keyboard.press('ArrowLeft');
+  assert.equal((await focused(page))[0], names.at(-1));
+  await page.keyboard.press('Shift+Tab');
+  await page.keyboard.press('Tab');
+  assert.equal((await focused(page))[0], names.at(-1));
+  await page.keyboard.press('Home');
+  assert.equal((await focused(page))[0], names[0]);
 });
 
 test('who wants less motion gets none from the page’s ornament, and still sees the panels’ light breathe', async () => {

@@ -5,6 +5,7 @@ import {element, setText} from './dom.js';
 import {arrange} from './layout.js';
 import {calmed, effects, lightAt, lightWords} from './light.js';
 import {screenArt} from './screens.js';
+import {makeOneTabStop} from './tab_stop.js';
 
 const roleWords = {PFD: 'primary flight display', MFD: 'multi-function display'};
 const lessMotion = matchMedia('(prefers-reduced-motion: reduce)');
@@ -92,7 +93,7 @@ export class Board {
     const plug = element('button', {'type': 'button', 'class': 'plug', 'data-part-of-board': 'plug'});
     plug.addEventListener('click', () => this.#send({do: this.#plugged ? 'unplug' : 'plug', board: this.#name}));
     const display = element('div', {'class': 'display'}, screenArt(this.#name));
-    const bezel = element('div', {'class': 'bezel'},
+    const bezel = element('div', {'class': 'bezel', 'role': 'toolbar', 'aria-label': `${this.#name} controls`},
       this.#column('left', left), this.#column('middle', middle, display), this.#column('right', right));
     if (softkeys.length > 0) {
       bezel.append(element('div', {'class': 'softkeys', 'role': 'group', 'aria-label': 'softkeys'},
@@ -101,6 +102,7 @@ export class Board {
     if (other.length > 0) {
       bezel.append(element('div', {'class': 'others'}, ...other.map((group) => this.#group(group))));
     }
+    makeOneTabStop(bezel, [...bezel.querySelectorAll('.key, .knob')]);
     for (const corner of ['a', 'b', 'c', 'd']) {
       bezel.append(element('i', {'class': `screw ${corner}`, 'aria-hidden': 'true'}));
     }

@@ -182,7 +182,7 @@ function addDrag(knob, step) {
 }
 
 function addKeys(knob, step) {
-  const detents = {ArrowRight: 1, ArrowUp: 1, PageUp: 1, ArrowLeft: -1, ArrowDown: -1, PageDown: -1};
+  const detents = {ArrowUp: 1, PageUp: 1, ArrowDown: -1, PageDown: -1};
   knob.addEventListener('keydown', (event) => {
     const detent = detents[event.key];
     if (detent && !event.ctrlKey && !event.altKey && !event.metaKey) {
