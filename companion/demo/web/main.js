@@ -3,6 +3,7 @@
 import {Announcer} from './announcer.js';
 import {Board} from './board.js';
 import {Bridge} from './bridge.js';
+import {changes} from './changes.js';
 import {Actions, fetchJson, hasToken, listen} from './connection.js';
 import {element, setText} from './dom.js';
 import {lightWords} from './light.js';
@@ -32,13 +33,14 @@ class Page {
   #actions = new Actions((reason) => this.#trouble.show(reason), joinTurns);
   #pressPath = new PressPath(document.querySelector('.press-path'));
   #bridge = new Bridge(byId('bridge'));
+  #announcer = new Announcer(byId('announcer'));
   #simulator;
   #state = null;
   #wasLinked = false;
 
   constructor() {
     wireThemes(byId('themes'));
-    this.#simulator = new Simulator(byId('simulator'), (command) => this.#send({do: 'sim', command}), new Announcer(byId('announcer')));
+    this.#simulator = new Simulator(byId('simulator'), (command) => this.#send({do: 'sim', command}), this.#announcer);
     for (const button of document.querySelectorAll('[data-do]')) {
       button.addEventListener('click', () => this.#send({do: button.dataset.do}));
     }
@@ -115,6 +117,9 @@ class Page {
   }
 
   #show(state) {
+    for (const [subject, text] of changes(this.#state, state)) {
+      this.#announcer.say(subject, text);
+    }
     const before = this.#state?.simulator.settings;
     const now = state.simulator.settings;
     this.#state = state;
