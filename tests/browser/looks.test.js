@@ -69,6 +69,65 @@ test('what a display shows fills it, whatever its shape', async () => {
   }
 });
 
+// The contrast of a text's colour with the colour behind it, as the accessibility guidelines reckon it.
+function contrast(first, second) {
+  const light = ([red, green, blue]) => [[red, 0.2126], [green, 0.7152], [blue, 0.0722]].reduce((sum, [part, weight]) => {
+    const share = part / 255;
+    return sum + weight * (share <= 0.03928 ? share / 12.92 : ((share + 0.055) / 1.055) ** 2.4);
+  }, 0);
+  const [dark, bright] = [light(first), light(second)].sort((a, b) => a - b);
+  return (bright + 0.05) / (dark + 0.05);
+}
+
+// Bytes of each colour in a CSS value, such as a gradient.
+const coloursOf = (page, selector, property) => page.locator(selector).first().evaluate((target, name) => {
+  const canvas = document.createElement('canvas').getContext('2d', {willReadFrequently: true});
+  return getComputedStyle(target)[name].match(/(color|rgba?|oklab|lab)\([^()]*\)/g).map((colour) => {
+    canvas.clearRect(0, 0, 1, 1);
+    canvas.fillStyle = colour;
+    canvas.fillRect(0, 0, 1, 1);
+    return [...canvas.getImageData(0, 0, 1, 1).data].slice(0, 3);
+  });
+}, property);
+
+test('legends and counts stand out from what is behind them, lit or not', async () => {
+  for (const colorScheme of ['light', 'dark']) {
+    await withPage({colorScheme, reducedMotion: 'reduce'}, async ({page}) => {
+      await page.locator('[data-board="PFD"]').evaluate((root) => root.style.setProperty('--lit', 'var(--unlit)'));
+      for (const [text, behind] of [['.key .legend', '.key'], ['.bezel .title', '.bezel']]) {
+        const [ink] = await coloursOf(page, `[data-board="PFD"] ${text}`, 'color');
+        for (const ground of await coloursOf(page, `[data-board="PFD"] ${behind}`, 'backgroundImage')) {
+          assert.ok(contrast(ink, ground) >= 4.5, `${text} on ${ground}: ${contrast(ink, ground)}`);
+        }
+      }
+      await page.locator('#received').evaluate((list) => list.insertAdjacentHTML('beforeend', '<li><span class="count">×2</span></li>'));
+      const [count] = await coloursOf(page, '#received .count', 'color');
+      const wash = await page.evaluate(() => {
+        const probe = document.body.appendChild(document.createElement('i'));
+        probe.id = 'wash';
+        probe.style.backgroundColor = 'var(--live-wash)';
+        return probe.id;
+      });
+      for (const ground of [await coloursOf(page, `#${wash}`, 'backgroundColor'), await coloursOf(page, '#received', 'backgroundColor')].flat()) {
+        assert.ok(contrast(count, ground) >= 4.5, `the count on ${ground}: ${contrast(count, ground)}`);
+      }
+    });
+  }
+});
+
+test('a finger or an unsteady hand can hit each control', async () => {
+  for (const width of [360, 1280]) {
+    await withPage({viewport: {width, height: 800}}, async ({page}) => {
+      const small = await page.locator('.bezel .key, .bezel .knob, button:visible, summary').evaluateAll((targets) => targets
+        .filter((target) => Math.min(target.offsetWidth, target.offsetHeight) < 24).map((target) => target.outerHTML));
+      assert.deepEqual(small, []);
+      const rims = await page.locator('.rings').evaluateAll((rings) => rings.map((ring) =>
+        (ring.querySelector('[data-part="outer"]').offsetWidth - ring.querySelector('[data-part="inner"]').offsetWidth) / 2));
+      assert.ok(rims.length > 0 && Math.min(...rims) >= 24, `${rims}`);
+    });
+  }
+});
+
 test('no control covers another one', async () => {
   for (const width of [360, 1280]) {
     await withPage({viewport: {width, height: 800}}, async ({page}) => {
@@ -103,6 +162,40 @@ test('a finger presses a button and turns a knob', async () => {
     await send('touchEnd');
     await phone.waitForCommand('(>H:AS1000_PFD_CRS_INC)', 1);
     assert.ok(await phone.page.evaluate(() => document.documentElement.scrollWidth) <= 360);
+  });
+});
+
+test('a swipe that begins on a key scrolls and presses nothing', async () => {
+  await withPage({viewport: {width: 360, height: 740}, hasTouch: true, isMobile: true}, async (phone) => {
+    const touch = await phone.context.newCDPSession(phone.page);
+    const key = phone.control('PFD', 'SOFTKEY_9');
+    await key.scrollIntoViewIfNeeded();
+    const {x, y} = await key.boundingBox();
+    const before = await phone.page.evaluate(() => scrollY);
+    const send = (type, ...touchPoints) => touch.send('Input.dispatchTouchEvent', {type, touchPoints});
+    await send('touchStart', {x: x + 5, y: y + 5});
+    for (let step = 1; step <= 10; ++step) {
+      await send('touchMove', {x: x + 5, y: y + 5 - 15 * step});
+    }
+    await send('touchEnd');
+    await waitFor(() => phone.page.evaluate((from) => scrollY > from + 50, before), 'the scrolling');
+    // Were the swipe a press, it would have come before this one.
+    await phone.control('PFD', 'SOFTKEY_10').tap();
+    await phone.waitForLog(/action=BUTTON_PRESS role=PFD\(BUTTON\) controlId=\d+\(SOFTKEY_10\)/);
+    assert.doesNotMatch(await phone.page.locator('#log').innerText(), /\(SOFTKEY_9\)/);
+  });
+});
+
+test('on a phone the path of a press is in sight wherever a key is tapped', async () => {
+  await withPage({viewport: {width: 360, height: 740}, hasTouch: true, isMobile: true}, async (phone) => {
+    for (const name of ['AP_FLC', 'FMS_PUSH']) {
+      await phone.control('MFD', name).tap();
+      await waitFor(async () => (await phone.page.locator('[data-station="panel"] .what').textContent()) === `${name} pressed`);
+      for (const station of ['panel', 'simulator']) {
+        const box = await phone.page.locator(`[data-station="${station}"]`).boundingBox();
+        assert.ok(box.y >= 0 && box.y + box.height <= 740, `${station} at ${box.y}`);
+      }
+    }
   });
 });
 

@@ -32,11 +32,11 @@ const skyAndTapes = `<svg viewBox="0 0 400 320" preserveAspectRatio="xMidYMid me
 
 const mapAndGauges = `<svg viewBox="0 0 400 320" preserveAspectRatio="xMidYMid meet" aria-hidden="true">
   <rect x="-1000" y="-1000" width="2400" height="2400" fill="#0d2a1b"/>
-  <g transform="translate(0 -46)"><path d="M96 380c30-60 86-40 124-100s14-110 66-146 84-20 114-66h1000v312z" fill="#1a4a2c"/><path d="M230 380c24-70 84-60 112-110s22-70 58-86h1000v196z" fill="#5b5a2a" opacity=".75"/>
+  <g transform="translate(0 -46)"><path d="M96 1380V380c30-60 86-40 124-100s14-110 66-146 84-20 114-66h1000v1312z" fill="#1a4a2c"/><path d="M230 1380V380c24-70 84-60 112-110s22-70 58-86h1000v1196z" fill="#5b5a2a" opacity=".75"/>
   <path d="M96 50c44 10 70 70 44 120s-14 70-44 84z" fill="#14456f"/><path d="M140 130c60 20 80 90 150 100s70 30 110 34 500 60 700 90" fill="none" stroke="#2a6ba3" stroke-width="4" opacity=".8"/>
   <path d="M100 320l90-60 70 10 140-90 600-386" fill="none" stroke="#8a8a74" stroke-width="1.5" opacity=".7"/>
   <g fill="none" stroke="#dbe3ea" opacity=".6"><circle cx="248" cy="222" r="52"/><circle cx="248" cy="222" r="104"/></g>
-  <path d="M222 380l26-158 20-74 70-66" fill="none" stroke="#e45bf0" stroke-width="3.5"/><path d="M338 82l662-278" stroke="#fff" stroke-width="2" stroke-dasharray="7 5"/>
+  <path d="M57 1380L222 380l26-158 20-74 70-66" fill="none" stroke="#e45bf0" stroke-width="3.5"/><path d="M338 82l662-278" stroke="#fff" stroke-width="2" stroke-dasharray="7 5"/>
   <g fill="#41d6e8"><circle cx="268" cy="148" r="4.5"/><circle cx="338" cy="82" r="4.5"/></g>
   </g><path transform="translate(0 -46)" d="M250 202l6 14 20 9v5l-20-4-3 15 8 5v4l-11-3-11 3v-4l8-5-3-15-20 4v-5l20-9z" fill="#fff" stroke="#05070a"/>
   <g font-family="ui-monospace,DejaVu Sans Mono,monospace"><g font-size="13" fill="#41d6e8"><text x="277" y="104">KOSIN</text><text x="290" y="54">VELDA</text></g>
