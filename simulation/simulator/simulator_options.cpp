@@ -1,7 +1,7 @@
 #include "simulation/simulator/simulator_options.h"
 
-#include "simulation/simulator/simulator_console.h"
-#include "simulation/simulator/virtual_simulator.h"
+#include "simulation/simulator/simulator_controls.h"
+#include "wire/simconnect_cfg.h"
 
 #include <charconv>
 
