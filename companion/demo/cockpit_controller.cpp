@@ -222,9 +222,10 @@ void CockpitController::startBridge() {
     }
     bridgeEnding = false;
     refreshResponseArea();
+    // A bridge that refuses its configuration ends at once, so what its end leaves must not be dropped afterwards.
+    bridgeExitCode.reset();
     rig.startBridge();
     notify();
-    bridgeExitCode.reset();
 }
 
 /// A command or an answer that equals the one before doesn't reach the module or its clients, and the next session

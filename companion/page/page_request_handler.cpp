@@ -11,8 +11,8 @@ namespace {
 constexpr const char* firstPage = "index.html";
 /// The longest time without data on an event stream; also the time after which a closed tab is detected.
 constexpr std::chrono::milliseconds longestSilence{1000};
-/// The server's threads must also suffice for requests.
-constexpr int mostListeners = 12;
+/// A browser opens six connections to a program, over all of its tabs. One must be left for requests.
+constexpr int mostListeners = 5;
 constexpr int forbidden = 403;
 constexpr int notFound = 404;
 constexpr int unsupportedType = 415;
@@ -95,7 +95,8 @@ PageReply PageRequestHandler::route(const PageRequest& request) const {
 
 PageReply PageRequestHandler::events(const std::string& tab) const {
     if (*listeners >= mostListeners) {
-        return refusal(unavailable, "too many pages are open");
+        return refusal(unavailable,
+                       "This page is open in five tabs already, and a browser can't serve more of them: close one.");
     }
     PageReply reply{200, "text/event-stream", ""};
     reply.stream = [listener = std::make_shared<Listener>(page, tab, listeners)](std::string& piece) {

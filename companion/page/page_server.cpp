@@ -1,5 +1,6 @@
 #include "companion/page/page_server.h"
 
+#include "companion/page/connection_threads.h"
 #include "companion/page/listening_socket.h"
 
 #include <cpp-httplib/httplib.h>
@@ -12,8 +13,6 @@ namespace {
 constexpr const char* address = "127.0.0.1";
 constexpr std::uint16_t firstUsualPort = 8080;
 constexpr std::uint16_t lastUsualPort = 8099;
-/// Each open page uses one for its events; a browser opens six connections to a host.
-constexpr std::size_t threadCount = 24;
 
 /// Only our own files and our own address; no site may frame the page; nothing stays in a cache.
 void addHeaders(httplib::Response& response) {
@@ -63,7 +62,7 @@ void sendReply(PageReply reply, httplib::Response& response) {
 class PageServer::Impl {
 public:
     Impl(PageHandler handler, std::size_t longestBody) : handler(std::move(handler)) {
-        server.new_task_queue = [] { return new httplib::ThreadPool(threadCount); };
+        server.new_task_queue = [] { return new ConnectionThreads; };
         // The library's own options would let a second server take the same port.
         server.set_socket_options([](socket_t socket) { takePortAlone(static_cast<std::intptr_t>(socket)); });
         server.set_payload_max_length(longestBody);

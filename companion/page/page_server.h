@@ -7,7 +7,8 @@
 #include <memory>
 #include <optional>
 
-/// Answers the browsers of this machine alone, on threads of its own. The only source that meets the HTTP library.
+/// Answers the browsers of this machine alone, on threads of its own. This and its threads are all that meets the HTTP
+/// library.
 class PageServer {
 public:
     /// The handler is called on any of the server's threads. Requests with a body of more bytes don't reach it.

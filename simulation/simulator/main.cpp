@@ -3,9 +3,9 @@
 
 #include "simulation/simulator/simulator_console.h"
 #include "simulation/simulator/simulator_controls.h"
+#include "simulation/simulator/simulator_options.h"
 #include "simulation/simulator/virtual_simulator.h"
 
-#include <charconv>
 #include <chrono>
 #include <cstdint>
 #include <iostream>
@@ -14,21 +14,11 @@
 #include <string>
 #include <string_view>
 #include <thread>
-#include <vector>
 
 namespace {
 
 // The simulator's own port, 500, needs privileges on many systems.
 constexpr std::uint16_t defaultPort = 50500;
-
-struct Options {
-    std::optional<std::uint16_t> port;
-    std::optional<std::string> pipe;
-    bool moduleMissing = false;
-    ModuleAnswers answers = ModuleAnswers::Equal;
-    bool keep = false;
-    bool help = false;
-};
 
 constexpr std::string_view usage = "Usage: virtual-simulator [--port N | --pipe [NAME]] [--module-missing]\n"
                                    "                         [--answers KIND] [--keep] [--help]\n"
@@ -48,50 +38,6 @@ constexpr std::string_view usage = "Usage: virtual-simulator [--port N | --pipe 
                                    "  --help          show this text\n"
                                    "\n"
                                    "Commands on standard input, one a line:\n";
-
-std::optional<std::uint16_t> readPort(std::string_view text) {
-    std::uint16_t port = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
-    return error == std::errc() && end == text.data() + text.size() ? std::optional(port) : std::nullopt;
-}
-
-// An option without a value.
-bool readSwitch(std::string_view name, Options& options) {
-    options.help = options.help || name == "--help";
-    options.keep = options.keep || name == "--keep";
-    options.moduleMissing = options.moduleMissing || name == "--module-missing";
-    return name == "--help" || name == "--keep" || name == "--module-missing";
-}
-
-// An option that is followed by its value.
-bool readValue(std::string_view name, std::string_view value, Options& options) {
-    if (name == "--port") {
-        options.port = readPort(value);
-        return options.port.has_value();
-    }
-    const std::optional<ModuleAnswers> answers = name == "--answers" ? moduleAnswersOf(value) : std::nullopt;
-    options.answers = answers.value_or(options.answers);
-    return answers.has_value();
-}
-
-std::optional<Options> parse(const std::vector<std::string_view>& arguments) {
-    Options options;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const bool hasValue = i + 1 < arguments.size() && !arguments[i + 1].starts_with("--");
-        if (readSwitch(arguments[i], options)) {
-            continue;
-        }
-        if (arguments[i] == "--pipe") {
-            options.pipe = hasValue ? arguments[++i] : simConnectPipe;
-        } else if (!hasValue || !readValue(arguments[i], arguments[i + 1], options)) {
-            return std::nullopt;
-        } else {
-            ++i;
-        }
-    }
-    const bool twoPlaces = options.port && options.pipe;
-    return twoPlaces ? std::nullopt : std::optional(options);
-}
 
 // Prints whole lines from the simulator's thread and from the main one.
 class Printer {
@@ -136,7 +82,7 @@ bool readCommands(VirtualSimulator& simulator, Printer& printer) {
     return false;
 }
 
-int run(const Options& options) {
+int run(const SimulatorOptions& options) {
     const auto begin = std::chrono::steady_clock::now();
     Printer printer;
     VirtualSimulator simulator({.moduleInstalled = !options.moduleMissing});
@@ -163,9 +109,10 @@ int run(const Options& options) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const std::optional<Options> options = parse({argv + 1, argv + argc});
+    std::string error;
+    const std::optional<SimulatorOptions> options = readSimulatorOptions({argv + 1, argv + argc}, error);
     if (!options) {
-        std::cerr << usage << consoleHelp();
+        std::cerr << "virtual-simulator: " << error << " (see --help)\n";
         return 2;
     }
     if (options->help) {

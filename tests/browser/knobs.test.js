@@ -11,7 +11,7 @@ async function lastLog(pattern) {
 test('an arrow key turns a knob by one detent', async () => {
   const {view} = shared;
   await view.control('PFD', 'HDG').focus();
-  await view.page.keyboard.press('ArrowRight');
+  await view.page.keyboard.press('ArrowUp');
   await view.waitForCommand('(>K:HEADING_BUG_INC)');
   await view.page.keyboard.press('ArrowDown');
   await view.waitForCommand('(>K:HEADING_BUG_DEC)');
@@ -25,7 +25,7 @@ test('an arrow key turns a knob by one detent', async () => {
 test('an arrow key with shift is a fast turn, and takes the fast command', async () => {
   const {view} = shared;
   await view.control('PFD', 'HDG').focus();
-  await view.page.keyboard.press('Shift+ArrowRight');
+  await view.page.keyboard.press('Shift+ArrowUp');
   await view.waitForCommand('(A:AUTOPILOT HEADING LOCK DIR, degrees) 10 + dnor near (>K:HEADING_BUG_SET)');
   await lastLog(/controlId=91\(HDG\) value=1 speed=4 mode=0 mfAmount=1 fast=1 rpn=queued/);
   await view.page.keyboard.press('PageDown');
@@ -107,7 +107,7 @@ test('a knob says what it is and how far it is turned', async () => {
   const knob = view.page.getByRole('spinbutton', {name: 'ALT_INNER knob'}).first();
   assert.equal(await knob.getAttribute('aria-valuetext'), 'where it began');
   await knob.focus();
-  await view.page.keyboard.press('ArrowLeft');
+  await view.page.keyboard.press('ArrowDown');
   assert.equal(await knob.getAttribute('aria-valuetext'), '1 click left');
   await view.waitForCommand('100 (>K:AP_ALT_VAR_DEC)');
 });

@@ -23,6 +23,18 @@ test('a board without its plug sends nothing, and the other goes on', async () =
   assert.equal((await view.commands()).some(({text}) => text === '(>K:AP_MASTER)'), false);
 });
 
+test('a press on a board without its plug leaves nothing of an earlier press on the path', async () => {
+  const {view} = shared;
+  await view.press('PFD', 'AP', '(>K:AP_MASTER)');
+  const station = (name) => view.page.locator(`[data-station="${name}"]`);
+  await waitFor(async () => await station('simulator').locator('.what').textContent() === '(>K:AP_MASTER)');
+  await view.control('MFD', 'FPL').click();
+  await waitFor(async () => /FPL pressed/.test(await station('panel').textContent()));
+  assert.match(await station('panel').textContent(), /MFD has no power and reports nothing/);
+  assert.equal(await station('bridge').locator('.what').textContent(), '–');
+  assert.equal(await station('simulator').locator('.what').textContent(), '–');
+});
+
 test('a board that is plugged in again works again', async () => {
   const {view} = shared;
   await plugOf('MFD').click();

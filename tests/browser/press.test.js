@@ -122,3 +122,17 @@ test('a page that closes with a button down leaves no button held', async () => 
   await second.close();
   await view.waitForLog(/action=BUTTON_RELEASE role=MFD\(BUTTON\) controlId=75\(COM_SWAP\)/);
 });
+
+test('a page that crashes with a button down leaves no button held, although another page is open', async () => {
+  const {browser, cockpit, view} = shared;
+  const {CockpitPage} = await import('./support/cockpit_page.js');
+  const second = await CockpitPage.open(browser, cockpit);
+  await second.control('PFD', 'COM_SWAP').hover();
+  await second.page.mouse.down();
+  await waitFor(() => view.control('PFD', 'COM_SWAP').evaluate((key) => key.classList.contains('held')));
+  const crashed = second.page.waitForEvent('crash');
+  second.page.goto('chrome://crash').catch(() => {});
+  await crashed;
+  await waitFor(() => view.control('PFD', 'COM_SWAP').evaluate((key) => !key.classList.contains('held')));
+  await second.context.close();
+});

@@ -30,6 +30,11 @@ test('an interrupt ends the program, also with a page open and a button down', a
     await cockpit.stop();
     await page.getByText('The program has ended').waitFor();
     assert.equal(await page.locator('#link').textContent(), 'not connected');
+    for (const pill of await page.locator('[data-shows]').all()) {
+      assert.equal(await pill.textContent(), 'unknown');
+      assert.equal(await pill.getAttribute('data-state'), 'off');
+    }
+    assert.equal(await page.locator('.lamp.on').count(), 0);
   });
 });
 

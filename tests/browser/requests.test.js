@@ -1,8 +1,9 @@
 import assert from 'node:assert/strict';
 import {once} from 'node:events';
 import {createServer, request as httpRequest} from 'node:http';
+import {connect} from 'node:net';
 import {after, before, test} from 'node:test';
-import {Cockpit, launchBrowser} from './support/cockpit.js';
+import {Cockpit, launchBrowser, limit} from './support/cockpit.js';
 
 let cockpit;
 before(async () => { cockpit = await Cockpit.start(); });
@@ -157,5 +158,21 @@ test('every answer forbids framing, sniffing, caching and foreign sources', asyn
     assert.equal(headers.get('x-content-type-options'), 'nosniff');
     assert.equal(headers.get('referrer-policy'), 'no-referrer');
     assert.equal(headers.get('access-control-allow-origin'), null);
+  }
+});
+
+test('slow connections don’t keep others waiting', async () => {
+  const slow = Array.from({length: 60}, () => connect(cockpit.port, '127.0.0.1'));
+  await Promise.all(slow.map((socket) => once(socket, 'connect')));
+  // One letter of an endless header after the other.
+  slow.forEach((socket) => socket.on('error', () => {}).write('GET / HTTP/1.1\r\nX-Slow: '));
+  const trickle = setInterval(() => slow.forEach((socket) => socket.write('x')), 200);
+  try {
+    for (let i = 0; i < 5; ++i) {
+      assert.equal((await cockpit.request('/', {signal: AbortSignal.timeout(limit)})).status, 200);
+    }
+  } finally {
+    clearInterval(trickle);
+    slow.forEach((socket) => socket.destroy());
   }
 });

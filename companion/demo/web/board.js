@@ -3,10 +3,12 @@
 import {makeButton, makeKnob} from './controls.js';
 import {element, setText} from './dom.js';
 import {arrange} from './layout.js';
-import {effects, lightAt, lightWords} from './light.js';
+import {calmed, effects, lightAt, lightWords} from './light.js';
 import {screenArt} from './screens.js';
+import {makeOneTabStop} from './tab_stop.js';
 
 const roleWords = {PFD: 'primary flight display', MFD: 'multi-function display'};
+const lessMotion = matchMedia('(prefers-reduced-motion: reduce)');
 const ringOrder = ['outer', 'inner'];
 
 export class Board {
@@ -30,6 +32,7 @@ export class Board {
 
   get root() { return this.#root; }
   get name() { return this.#name; }
+  get plugged() { return this.#plugged; }
 
   control(id) { return this.#controls.get(id) ?? {id, name: String(id), commands: {}}; }
 
@@ -55,14 +58,26 @@ export class Board {
     }
   }
 
+  // For when the program is gone.
+  forgetState() {
+    this.#light = null;
+    this.#root.classList.remove('lit-display');
+    this.#root.dataset.effect = 'none';
+    this.#part('status').classList.remove('on');
+    setText(this.#part('light'), 'unknown');
+    setText(this.#part('status'), 'unknown');
+  }
+
   // Called for each frame that the browser draws.
   glowAt(now) {
-    const glow = (this.#plugged && this.#light ? lightAt(this.#light, now - this.#lightSince) : 0).toFixed(2);
+    const glow = (this.#plugged && this.#light ? this.#drawnLight(now - this.#lightSince) : 0).toFixed(2);
     if (glow !== this.#glow) {
       this.#glow = glow;
       this.#root.style.setProperty('--glow', glow);
     }
   }
+
+  #drawnLight(elapsedMs) { return lightAt(lessMotion.matches ? calmed(this.#light) : this.#light, elapsedMs); }
 
   // Marks the last used control.
   mark(id) {
@@ -78,7 +93,7 @@ export class Board {
     const plug = element('button', {'type': 'button', 'class': 'plug', 'data-part-of-board': 'plug'});
     plug.addEventListener('click', () => this.#send({do: this.#plugged ? 'unplug' : 'plug', board: this.#name}));
     const display = element('div', {'class': 'display'}, screenArt(this.#name));
-    const bezel = element('div', {'class': 'bezel'},
+    const bezel = element('div', {'class': 'bezel', 'role': 'toolbar', 'aria-label': `${this.#name} controls`},
       this.#column('left', left), this.#column('middle', middle, display), this.#column('right', right));
     if (softkeys.length > 0) {
       bezel.append(element('div', {'class': 'softkeys', 'role': 'group', 'aria-label': 'softkeys'},
@@ -87,6 +102,7 @@ export class Board {
     if (other.length > 0) {
       bezel.append(element('div', {'class': 'others'}, ...other.map((group) => this.#group(group))));
     }
+    makeOneTabStop(bezel, [...bezel.querySelectorAll('.key, .knob')]);
     for (const corner of ['a', 'b', 'c', 'd']) {
       bezel.append(element('i', {'class': `screw ${corner}`, 'aria-hidden': 'true'}));
     }

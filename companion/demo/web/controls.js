@@ -12,6 +12,8 @@ const slowSpeed = 1;
 const fastSpeed = 4;
 /// The shortest press, since no finger is faster: the bridge drops a press that still waits when its release comes.
 const tapMs = 100;
+/// A finger that stays so long on a key presses it, and no longer means to swipe.
+const touchMs = 150;
 
 function tip(control) {
   const commands = Object.entries(control.commands).map(([action, command]) => `${action}: ${command}`);
@@ -53,15 +55,8 @@ export function makeButton(control, {press, release}) {
       ending ??= setTimeout(finish, Math.max(0, tapMs - (performance.now() - downSince)));
     }
   };
-  button.addEventListener('pointerdown', (event) => {
-    if (event.button === 0) {
-      button.setPointerCapture(event.pointerId);
-      begin();
-    }
-  });
-  for (const kind of ['pointerup', 'pointercancel', 'lostpointercapture', 'blur']) {
-    button.addEventListener(kind, end);
-  }
+  addPointer(button, begin, end);
+  button.addEventListener('blur', end);
   const isPressKey = (event) => event.key === ' ' || event.key === 'Enter';
   button.addEventListener('keydown', (event) => {
     if (isPressKey(event)) {
@@ -88,6 +83,43 @@ export function makeButton(control, {press, release}) {
   window.addEventListener('pagehide', finish);
   document.addEventListener('visibilitychange', () => document.hidden && finish());
   return button;
+}
+
+// A finger may begin a swipe on a key, which the browser reports as cancelled: so its press waits a moment.
+function addPointer(button, begin, end) {
+  let waiting = null;
+  const press = (pointerId) => {
+    waiting = null;
+    button.setPointerCapture(pointerId);
+    begin();
+  };
+  const forget = () => {
+    clearTimeout(waiting);
+    waiting = null;
+  };
+  button.addEventListener('pointerdown', ({button: which, pointerId, pointerType}) => {
+    if (which !== 0) {
+      return;
+    }
+    if (pointerType === 'touch') {
+      waiting = setTimeout(() => press(pointerId), touchMs);
+    } else {
+      press(pointerId);
+    }
+  });
+  button.addEventListener('pointerup', () => {
+    if (waiting !== null) {
+      forget();
+      begin();
+    }
+    end();
+  });
+  for (const kind of ['pointercancel', 'lostpointercapture']) {
+    button.addEventListener(kind, () => {
+      forget();
+      end();
+    });
+  }
 }
 
 // How fast a knob is turned, by the detents of the last moment.
@@ -182,7 +214,7 @@ function addDrag(knob, step) {
 }
 
 function addKeys(knob, step) {
-  const detents = {ArrowRight: 1, ArrowUp: 1, PageUp: 1, ArrowLeft: -1, ArrowDown: -1, PageDown: -1};
+  const detents = {ArrowUp: 1, PageUp: 1, ArrowDown: -1, PageDown: -1};
   knob.addEventListener('keydown', (event) => {
     const detent = detents[event.key];
     if (detent && !event.ctrlKey && !event.altKey && !event.metaKey) {

@@ -2,6 +2,7 @@
 // pulses in groups of "count" with a dark rest between them; a count of zero pulses without a rest.
 
 const shortestRestMs = 800;
+const calmPeriodMs = 400;
 
 export const effects = ['off', 'steady', 'breathe', 'flash'];
 
@@ -26,6 +27,11 @@ function pulse({count, periodMs}, elapsedMs, shape) {
   const group = count * periodMs;
   const time = count === 0 ? elapsedMs : elapsedMs % (group + Math.max(periodMs, shortestRestMs));
   return count !== 0 && time >= group ? 0 : shape((time % periodMs) / periodMs);
+}
+
+// The same light for who wants less motion: never more than three flashes a second.
+export function calmed(light) {
+  return light.periodMs === 0 ? light : {...light, periodMs: Math.max(light.periodMs, calmPeriodMs)};
 }
 
 // An LED control report in a pilot's words.

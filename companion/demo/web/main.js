@@ -3,6 +3,7 @@
 import {Announcer} from './announcer.js';
 import {Board} from './board.js';
 import {Bridge} from './bridge.js';
+import {changes} from './changes.js';
 import {Actions, fetchJson, hasToken, listen} from './connection.js';
 import {element, setText} from './dom.js';
 import {lightWords} from './light.js';
@@ -32,13 +33,14 @@ class Page {
   #actions = new Actions((reason) => this.#trouble.show(reason), joinTurns);
   #pressPath = new PressPath(document.querySelector('.press-path'));
   #bridge = new Bridge(byId('bridge'));
+  #announcer = new Announcer(byId('announcer'));
   #simulator;
   #state = null;
   #wasLinked = false;
 
   constructor() {
     wireThemes(byId('themes'));
-    this.#simulator = new Simulator(byId('simulator'), (command) => this.#send({do: 'sim', command}), new Announcer(byId('announcer')));
+    this.#simulator = new Simulator(byId('simulator'), (command) => this.#send({do: 'sim', command}), this.#announcer);
     for (const button of document.querySelectorAll('[data-do]')) {
       button.addEventListener('click', () => this.#send({do: button.dataset.do}));
     }
@@ -58,7 +60,7 @@ class Page {
       return;
     }
     this.#drawLights();
-    listen((kind, data) => this.#take(kind, data), (linked) => this.#link(linked));
+    listen((kind, data) => this.#take(kind, data), (linked, refusal) => this.#link(linked, refusal));
   }
 
   #send(action) { this.#actions.send(action); }
@@ -76,16 +78,30 @@ class Page {
     }
   }
 
-  // A restarted program has a new token, which this page doesn't know.
-  #link(linked) {
+  // A restarted program has a new token, which this page doesn't know. `refusal` is the program's own reason, if it
+  // gives one.
+  #link(linked, refusal = '') {
     byId('link').dataset.state = linked ? 'good' : 'bad';
     setText(byId('link'), linked ? 'live' : 'not connected');
     if (linked && this.#wasLinked) {
       location.reload();
     }
     this.#wasLinked ||= linked;
-    if (!linked && this.#wasLinked) {
-      this.#trouble.show('The program has ended. Start vantrel demo again, and open the address that it prints.', true);
+    const ended = 'The program has ended. Start vantrel demo again, and open the address that it prints.';
+    this.#trouble.show(linked ? '' : this.#wasLinked ? ended : refusal, true);
+    if (!linked) {
+      this.#forgetState();
+    }
+  }
+
+  // Nothing that was last known need be true any more.
+  #forgetState() {
+    for (const pill of document.querySelectorAll('[data-shows]')) {
+      pill.dataset.state = 'off';
+      setText(pill, 'unknown');
+    }
+    for (const board of this.#boards.values()) {
+      board.forgetState();
     }
   }
 
@@ -101,6 +117,9 @@ class Page {
   }
 
   #show(state) {
+    for (const [subject, text] of changes(this.#state, state)) {
+      this.#announcer.say(subject, text);
+    }
     const before = this.#state?.simulator.settings;
     const now = state.simulator.settings;
     this.#state = state;
@@ -119,7 +138,7 @@ class Page {
 
   #takeReport(report) {
     const board = this.#boards.get(report.board);
-    if (this.#pressPath.sent(report, board.control(report.control))) {
+    if (this.#pressPath.sent(report, board.control(report.control), board.plugged)) {
       board.mark(report.control);
     }
   }

@@ -11,24 +11,37 @@ const freshMs = 3000;
 
 const reportWords = {press: 'pressed', hold: 'held', release: 'released'};
 
+// The words of a station in the page as it was loaded.
+function firstWords(station) {
+  return ['what', 'more'].map((part) => station.querySelector(`.${part}`).textContent);
+}
+
 export class PressPath {
   #stations;
+  #idle;
   #held = 0;
 
   constructor(root) {
-    this.#stations = Object.fromEntries([...root.querySelectorAll('.station')].map((station) => [station.dataset.station, station]));
+    const stations = [...root.querySelectorAll('.station')].map((station) => [station.dataset.station, station]);
+    this.#stations = Object.fromEntries(stations);
+    this.#idle = Object.fromEntries(stations.map(([name, station]) => [name, firstWords(station)]));
   }
 
   // Returns whether to follow the report: not for the end of a press, unless it does something.
-  sent({at, board, report, detents, speed}, control) {
+  sent({at, board, report, detents, speed}, control, powered) {
     if (report === 'release' && !control.commands.RELEASE) {
       return false;
+    }
+    if (report !== 'hold') {
+      this.#clear('bridge');
+      this.#clear('simulator');
     }
     this.#held = report === 'hold' ? this.#held + 1 : 0;
     const clicks = Math.abs(detents);
     const turned = `turned ${detents > 0 ? 'right' : 'left'}${clicks > 1 ? ` ×${clicks}` : ''}${speed >= 4 ? ', fast' : ''}`;
     const done = report === 'turn' ? turned : reportWords[report] + (this.#held > 1 ? ` ×${this.#held}` : '');
-    this.#show('panel', at, `${control.name} ${done}`, `${board} · control ${control.id}`);
+    this.#show('panel', at, `${control.name} ${done}`,
+      powered ? `${board} · control ${control.id}` : `${board} has no power and reports nothing`);
     return true;
   }
 
@@ -63,10 +76,20 @@ export class PressPath {
 
   lit({at, board}, words) { this.#show('light', at, words, `${board} · light report`); }
 
+  // What was shown there came of an earlier press.
+  #clear(name) {
+    this.#write(name, ...this.#idle[name]);
+    this.#stations[name].classList.remove('fresh');
+  }
+
+  #write(name, what, more) {
+    setText(this.#stations[name].querySelector('.what'), what);
+    setText(this.#stations[name].querySelector('.more'), more);
+  }
+
   #show(name, at, what, more) {
     const station = this.#stations[name];
-    setText(station.querySelector('.what'), what);
-    setText(station.querySelector('.more'), more);
+    this.#write(name, what, more);
     if (Date.now() - at > freshMs) {
       return;
     }

@@ -70,7 +70,7 @@ export class Simulator {
     const parts = receivedParts(text);
     const count = this.#received.add({at, tag: parts.kind, kind: parts.kind, text: parts.text});
     if (parts.kind === 'command' || parts.kind === 'event') {
-      this.#announcer.say(`Simulator received ${parts.text}${count > 1 ? `, ${count} times` : ''}`);
+      this.#announcer.say('command', `Simulator received ${parts.text}${count > 1 ? `, ${count} times` : ''}`);
     }
     return {at, ...parts, count};
   }

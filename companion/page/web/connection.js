@@ -45,10 +45,12 @@ function handOver(onEvent, fields) {
   }
 }
 
+class Refusal extends Error {}
+
 async function readStream(onEvent, onOpen) {
   const reply = await request('/api/events');
   if (!reply.ok) {
-    throw new Error(await reply.text());
+    throw new Refusal((await reply.text()).trim());
   }
   onOpen();
   const reader = reply.body.pipeThrough(new TextDecoderStream()).getReader();
@@ -58,15 +60,18 @@ async function readStream(onEvent, onOpen) {
   }
 }
 
-// Listens forever. Calls `onLink(true)` when events begin to arrive and `onLink(false)` when they end.
+// Listens forever. Calls `onLink(true)` when events begin to arrive and `onLink(false)` when they end, with the
+// program's reason if it refuses.
 export async function listen(onEvent, onLink) {
   for (;;) {
+    let refusal = '';
     try {
       await readStream(onEvent, () => onLink(true));
-    } catch {
-      // The program has ended or restarts: the link shows both.
+    } catch (failure) {
+      // Without a refusal, the program has ended or restarts: the link shows both.
+      refusal = failure instanceof Refusal ? failure.message : '';
     }
-    onLink(false);
+    onLink(false, refusal);
     await new Promise((resolve) => setTimeout(resolve, retryMs));
   }
 }

@@ -98,3 +98,20 @@ TEST_F(CockpitControllerTest, RefusesWhatIsNotThere) {
     EXPECT_FALSE(control("battery maybe"));
     EXPECT_EQ(failure, "Usage: battery on|off");
 }
+
+TEST(CockpitControllerStart, ShowsTheExitCodeOfABridgeThatRefusesItsConfiguration) {
+    CockpitConfiguration configuration;
+    std::string error;
+    ASSERT_TRUE(loadCockpitConfiguration("", configuration, error)) << error;
+    configuration.files["config.json"] = R"({"hid": {"vid": "1234", "pid": "none"}})";
+    CockpitController controller(configuration, RigSides{});
+    ASSERT_TRUE(controller.start(error)) << error;
+    EventFeed::Cursor cursor;
+    std::string received;
+    EXPECT_TRUE(waitUntil([&] {
+        std::string events;
+        controller.feed().next(cursor, std::chrono::milliseconds(0), events);
+        received += events;
+        return received.find(R"("bridge": {"exitCode": "1", "running": false})") != std::string::npos;
+    })) << received;
+}
