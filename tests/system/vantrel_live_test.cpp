@@ -87,6 +87,7 @@ TEST_F(VantrelLive, SendAndValueLeaveTheBridgesLightAlone) {
     EXPECT_EQ(run({"send", "7 (>L:FUEL)"}), "Sent, and taken by the module: 7 (>L:FUEL)\n");
     EXPECT_TRUE(simulator->waitFor(SimulatorRecordKind::Executed, "1 7 (>L:FUEL)"));
     // The shared variables are still the bridge's own.
+    simulator->command("battery on");
     simulator->command("light 0.4");
     EXPECT_TRUE(waitForReport(*boards.front(), reportOf({0x10, 1, 40})));
     EXPECT_TRUE(pressWorks(*boards.front()));

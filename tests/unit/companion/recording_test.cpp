@@ -104,9 +104,11 @@ TEST_F(RecordingTest, IsReadBackAsItWasSent) {
 
 TEST_F(RecordingTest, PlaysInTheScenarioPlayerWithItsConfiguration) {
     RecordText record = text();
-    const std::string written = record.header(configText, buttonsText) + record.arrived({pfd, 0, ""}, begin) +
-                                record.reported(report(1, button(20, 1))) + record.arrived({"S1", 1, ""}, begin) +
-                                record.left({pfd, 0, ""}, begin);
+    std::string written = record.header(configText, buttonsText);
+    written += record.arrived({pfd, 0, ""}, begin);
+    written += record.reported(report(1, button(20, 1)));
+    written += record.arrived({"S1", 1, ""}, begin);
+    written += record.left({pfd, 0, ""}, begin);
     Scenario scenario;
     std::string error;
     ASSERT_TRUE(parseScenario("r", written, scenario, error)) << error;
