@@ -1,6 +1,8 @@
 #include "companion/draft/configuration_texts.h"
 #include "companion/draft/json_edit.h"
 #include "companion/setup/setup_controller.h"
+#include "config/names.h"
+#include "mapping/output_state.h"
 #include "platform/file_system.h"
 #include "platform/network_simconnect.h"
 #include "wire/simconnect_open.h"
@@ -56,6 +58,7 @@ SetupController::Action SetupController::actionOf(const std::string& word) {
         {"assign", &SetupController::assign},
         {"clear", &SetupController::clear},
         {"profile", &SetupController::setProfileValue},
+        {"preview", &SetupController::previewLight},
         {"sample", &SetupController::takeSample},
         {"undo", &SetupController::undo},
         {"save", &SetupController::save},
@@ -181,6 +184,21 @@ bool SetupController::setProfileValue(const JsonValue& json, std::string& error)
                                          written, reason);
         },
         error);
+}
+
+bool SetupController::previewLight(const JsonValue& json, std::string& error) {
+    const std::shared_ptr<const BridgeConfiguration> read = configurationFor(false);
+    const auto profile = read->settings.outputs.profiles.find(normalizeName(memberText(json, "profile")));
+    if (profile == read->settings.outputs.profiles.end()) {
+        error = "there is no such profile";
+        return false;
+    }
+    const std::string part = memberText(json, "part");
+    const LedCommand light =
+        computeLedCommand(profile->second, part != "simDisconnected", true, part != "batteryOff", false, 0.0);
+    showOn(platform.hid, read->settings, light, error);
+    showOn(virtualBoards.transport(), configurationFor(true)->settings, light, error);
+    return error.empty();
 }
 
 bool SetupController::takeSample(const JsonValue&, std::string& error) {

@@ -4,6 +4,7 @@
 #include "app/program_names.h"
 #include "companion/devices/board_list.h"
 #include "companion/live/live_text.h"
+#include "companion/trial/board_light.h"
 #include "mapping/event_decision.h"
 #include "platform/file_system.h"
 
@@ -217,7 +218,20 @@ void SetupController::publishLine(const std::string& level, const std::string& t
     events.publish("log", eventLine({{"at", millisecondsNow()}, {"level", level}, {"text", text}}));
 }
 
+void SetupController::showOn(const HidTransport& transport, const AppConfig& config, const LedCommand& light,
+                             std::string& error) {
+    for (const ListedBoard& board : listBoards(transport, &config)) {
+        std::string reason;
+        if (board.matches && !showLight(transport, board, light, reason) && error.empty()) {
+            error = boardName(board) + ": " + reason;
+        }
+    }
+}
+
 void SetupController::publishState() {
+    for (ShownBoard& board : state.boards) {
+        board.light = board.isVirtual ? virtualBoards.lightOf(board.name) : std::nullopt;
+    }
     events.setState(stateJson(state, configuration));
 }
 

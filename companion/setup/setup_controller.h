@@ -91,6 +91,8 @@ private:
     void look();
     void followLog();
     void publishLine(const std::string& level, const std::string& text);
+    /// Writes a light to the boards that have the ids of the configuration; the first failure is in `error`.
+    void showOn(const HidTransport& transport, const AppConfig& config, const LedCommand& light, std::string& error);
     void publishState();
 
     // The actions (setup_actions.cpp). These need the mutex held.
@@ -106,6 +108,7 @@ private:
     bool assign(const JsonValue& json, std::string& error);
     bool clear(const JsonValue& json, std::string& error);
     bool setProfileValue(const JsonValue& json, std::string& error);
+    bool previewLight(const JsonValue& json, std::string& error);
     bool takeSample(const JsonValue& json, std::string& error);
     bool undo(const JsonValue& json, std::string& error);
     bool save(const JsonValue& json, std::string& error);

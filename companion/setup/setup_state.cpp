@@ -3,6 +3,7 @@
 #include "companion/catalogue/event_catalogue.h"
 #include "companion/check/rpn_check.h"
 #include "companion/draft/line_diff.h"
+#include "config/names.h"
 #include "platform/file_system.h"
 
 #include <nlohmann/json.hpp>
@@ -20,10 +21,47 @@ std::string lineOf(const Json& json) {
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+/// As light.js takes it.
+Json lightOf(const LedCommand& light) {
+    return {{"effect", light.effect},
+            {"brightness", light.brightness},
+            {"count", light.count},
+            {"periodMs", light.periodMs},
+            {"level", light.level}};
+}
+
+Json effectOf(const LedEffect& effect) {
+    return {{"effect", normalizeName(effect.effect)},
+            {"brightness", effect.brightness},
+            {"count", effect.param0},
+            {"periodMs", effect.param1},
+            {"level", effect.param2}};
+}
+
+Json profilesOf(const OutputsConfig& outputs) {
+    Json array = Json::array();
+    for (const auto& [name, profile] : outputs.profiles) {
+        const BacklightProfile& backlight = profile.backlight;
+        array.push_back({{"name", name},
+                         {"backlight",
+                          {{"mode", normalizeName(backlight.mode)},
+                           {"min", backlight.min},
+                           {"max", backlight.max},
+                           {"default", backlight.defaultValue},
+                           {"value", backlight.value}}},
+                         {"simDisconnected", effectOf(profile.simDisconnected)},
+                         {"batteryOff", effectOf(profile.batteryOff)}});
+    }
+    return array;
+}
+
 Json boardsOf(const std::vector<ShownBoard>& boards) {
     Json array = Json::array();
     for (const ShownBoard& board : boards) {
-        array.push_back({{"name", board.name}, {"virtual", board.isVirtual}, {"role", board.role}});
+        array.push_back({{"name", board.name},
+                         {"virtual", board.isVirtual},
+                         {"role", board.role},
+                         {"light", board.light ? lightOf(*board.light) : Json()}});
     }
     return array;
 }
@@ -85,6 +123,7 @@ Json configurationOf(const SetupState& state, const EditedConfiguration& configu
         json["starts"] = configuration.verdict().bridgeStarts;
         json["refusal"] = configuration.verdict().refusal;
         json["findings"] = findingsOf(configuration.verdict().findings);
+        json["profiles"] = profilesOf(read->settings.outputs);
         json["vendorId"] = read->settings.hid.vid;
         json["productId"] = read->settings.hid.pid;
     }

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,8 @@ struct ShownBoard {
     int index = -1;
     bool isVirtual = false;
     std::string role;
+    /// Of a virtual one, if it has received one.
+    std::optional<LedCommand> light{};
 };
 
 /// What was seen of a control since the page was opened.

@@ -33,8 +33,9 @@ VirtualBoards::Slot VirtualBoards::find(const std::string& name) const {
     return found == slots.end() ? Slot() : found->second;
 }
 
-bool VirtualBoards::has(const std::string& name) const {
-    return find(name).board != nullptr;
+std::optional<LedCommand> VirtualBoards::lightOf(const std::string& name) const {
+    const Slot slot = find(name);
+    return slot.board == nullptr ? std::nullopt : slot.board->led();
 }
 
 bool VirtualBoards::remove(const std::string& name) {

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 /// Boards for trying things out without hardware, on a bus of their own. They are known by their names, as the bridge
@@ -22,7 +23,8 @@ public:
     void add();
     /// Pulls a board; false if there is none of that name.
     bool remove(const std::string& name);
-    bool has(const std::string& name) const;
+    /// What a board's light shows; none for a board that has received nothing, or that isn't there.
+    std::optional<LedCommand> lightOf(const std::string& name) const;
 
     // What its user does. False if there is no board of that name.
     bool press(const std::string& name, std::uint16_t control);

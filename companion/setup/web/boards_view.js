@@ -2,6 +2,7 @@
 
 import {fetchJson} from './connection.js';
 import {element, setText} from './dom.js';
+import {lightAt, lightWords} from './light.js';
 import {VirtualPanel} from './virtual_panel.js';
 import {controlText} from './words.js';
 
@@ -65,16 +66,22 @@ export class BoardsView {
 
 class BoardCard {
   #role = element('span', {'class': 'note'});
+  #lamp = element('span', {'class': 'lamp', 'aria-hidden': 'true'});
+  #lightText = element('span', {'class': 'note'});
+  #light = null;
+  #lightSince = 0;
+  #frame = 0;
   #panel = null;
 
   constructor(board, carryOut) {
     this.root = element('article', {'class': 'board', 'aria-label': `Board ${board.name}`, 'data-board': board.name});
     const head = element('header', {}, element('h3', {}, board.name), this.#role);
+    this.#lamp.hidden = true;
     this.root.append(head);
     if (board.virtual) {
       const remove = element('button', {type: 'button'}, 'Unplug');
       remove.addEventListener('click', () => carryOut({do: 'removeBoard', board: board.name}));
-      head.append(remove);
+      head.append(this.#lamp, this.#lightText, remove);
       this.#panel = new VirtualPanel(board.name, carryOut);
       this.root.append(this.#panel.root);
     } else {
@@ -86,6 +93,25 @@ class BoardCard {
     const kind = board.virtual ? 'virtual' : 'connected';
     setText(this.#role, board.role ? `${kind}, role ${board.role}` : kind);
     this.#panel?.show(names);
+    if (JSON.stringify(board.light) !== JSON.stringify(this.#light)) {
+      this.#light = board.light;
+      this.#lightSince = performance.now();
+      cancelAnimationFrame(this.#frame);
+      this.#lamp.hidden = board.light === null;
+      setText(this.#lightText, board.light ? lightWords(board.light) : '');
+      this.#glow();
+    }
+  }
+
+  // Draws the light as long as the board is there and it pulses. Flashing isn't for everybody.
+  #glow() {
+    const isPulse = this.#light?.effect > 1 && !matchMedia('(prefers-reduced-motion: reduce)').matches;
+    const strength = isPulse || this.#light?.effect === 1 ? lightAt(this.#light, performance.now() - this.#lightSince)
+      : (this.#light?.effect ? this.#light.level / 100 : 0);
+    this.#lamp.style.setProperty('--glow', strength.toFixed(2));
+    if (isPulse && this.root.isConnected) {
+      this.#frame = requestAnimationFrame(() => this.#glow());
+    }
   }
 }
 

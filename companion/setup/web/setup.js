@@ -12,6 +12,7 @@ import {ControlsView} from './controls_view.js';
 import {element, setText} from './dom.js';
 import {FindingsView} from './findings_view.js';
 import {Guide} from './guide.js';
+import {LightsView} from './lights_view.js';
 import {SaveBar} from './save_bar.js';
 import {wireThemes} from './theme.js';
 
@@ -34,7 +35,7 @@ class SetupPage {
     const saveBar = new SaveBar(carryOut);
     const bridge = new BridgeView(carryOut);
     this.#controls = new ControlsView(this.#catalogue, carryOut, (control) => this.#assign.open(control));
-    this.#views = [new BoardsView(carryOut), this.#controls, this.#assign, new FindingsView(), bridge, saveBar,
+    this.#views = [new BoardsView(carryOut), this.#controls, this.#assign, new LightsView(carryOut), new FindingsView(), bridge, saveBar,
       new Guide({review: () => saveBar.review(), register: () => bridge.register()})];
     for (const button of document.querySelectorAll('[data-do]')) {
       button.addEventListener('click', () => carryOut({do: button.dataset.do}));
