@@ -1,5 +1,6 @@
 #include "companion/cli/boards_command.h"
 #include "companion/cli/check_command.h"
+#include "companion/cli/doctor_command.h"
 #include "companion/cli/exit_code.h"
 #include "companion/cli/terminal.h"
 #include "platform/platform.h"
@@ -19,17 +20,22 @@ int runCommand(int argc, char** argv) {
     program.footer("\"vantrel check --help\" explains a command.\n"
                    "Exit code: 0 all is well, 1 something was found, 2 wrong usage, 3 nothing to look at.\n"
                    "Examples:\n"
+                   "  vantrel doctor\n"
                    "  vantrel check\n"
                    "  vantrel boards --all");
     const CheckCommand check(program, platform.host);
+    const DoctorCommand doctor(program, platform);
     const BoardsCommand boards(program, platform);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return program.exit(error, std::cout, std::cerr) == 0 ? ExitCode::good : ExitCode::wrongUsage;
     }
-    return check.isChosen() ? check.run(std::cout, std::cerr, wantsColour(platform.host))
-                            : boards.run(std::cout, std::cerr);
+    const bool colour = wantsColour(platform.host);
+    if (doctor.isChosen()) {
+        return doctor.run(std::cout, {colour, showsUnicode(platform.host)});
+    }
+    return check.isChosen() ? check.run(std::cout, std::cerr, colour) : boards.run(std::cout, std::cerr);
 }
 
 } // namespace
