@@ -77,7 +77,7 @@ std::string logPath(const std::string& folder) {
     return FileSystem::join(folder, std::string(programName) + ".log");
 }
 
-std::vector<LogLine> logLines(std::string_view text) {
+std::vector<LogLine> parseLog(std::string_view text) {
     std::vector<LogLine> lines;
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
@@ -111,7 +111,7 @@ LogFacts readLogFacts(const Host& host) {
     for (const std::string& folder : logFolders(host)) {
         std::string text;
         FileSystem::readFile(logPath(folder), text);
-        const std::vector<LogLine> lines = logLines(text);
+        const std::vector<LogLine> lines = parseLog(text);
         if (!lines.empty() && lines.back().time > latest) {
             latest = lines.back().time;
             facts = {logPath(folder), lastTroubles(lines)};

@@ -30,7 +30,7 @@ std::vector<std::string> logFolders(const Host& host);
 std::string logPath(const std::string& folder);
 
 /// Lines that aren't the log's own are left out.
-std::vector<LogLine> logLines(std::string_view text);
+std::vector<LogLine> parseLog(std::string_view text);
 
 /// As in LogFacts.
 std::vector<LogLine> lastTroubles(const std::vector<LogLine>& lines);

@@ -72,6 +72,9 @@ SimConnectCfgFacts readSimConnectCfgFacts(const Machine& machine) {
         }
     }
     facts.result = findSimConnectEndpoints(machine.simConnectCfgFolders, 0, facts.endpoints);
+    if (facts.result != simConnectOk) {
+        facts.endpoints.clear();
+    }
     return facts;
 }
 

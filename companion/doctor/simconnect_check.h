@@ -15,6 +15,7 @@ struct SimConnectCfgFacts {
     /// Empty when there is none.
     std::string path;
     SimConnectResult result = simConnectOk;
+    /// Empty when the file can't be used.
     SimConnectEndpoints endpoints;
 };
 

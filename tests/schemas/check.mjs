@@ -141,6 +141,19 @@ function checkBoardList() {
   check('boards.schema.json: refuses other ids', isOutput([{...board, vendorId: '16c0'}]) ? 'taken' : '');
 }
 
+function checkDoctor() {
+  const ajv = new Ajv({strict: true});
+  const isOutput = ajv.compile(JSON.parse(readFileSync(join(root, 'companion/schemas/doctor.schema.json'), 'utf8')));
+  const config = join(root, 'config/config.json');
+  const run = spawnSync(companion, ['doctor', '--json', '--config', config], {encoding: 'utf8'});
+  const answers = JSON.parse(run.stdout);
+  check('vantrel doctor: form', isOutput(answers) ? '' : ajv.errorsText(isOutput.errors));
+  const good = answers.every((answer) => answer.mark === 'good');
+  check('vantrel doctor: exit code', run.status === (good ? 0 : 1) ? '' : `${run.status}`);
+  check('vantrel doctor: a remedy for each fault',
+        answers.every((answer) => (answer.mark === 'good') === (answer.remedy === '')) ? '' : run.stdout);
+}
+
 function checkMinAgainstMax() {
   const document = {hid: {vid: '1', pid: '1'}, mappings: {buttonConfigPath: 'b'}, outputs: {profiles: {day: {}}}};
   const wrong = [];
@@ -203,6 +216,7 @@ checkSamples();
 checkGallery();
 checkCompanion();
 checkBoardList();
+checkDoctor();
 checkMinAgainstMax();
 checkDefaults();
 checkDescriptions();
