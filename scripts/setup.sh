@@ -7,8 +7,9 @@ set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 
 build_packages=(cmake ninja-build g++ clang googletest libgtest-dev libbenchmark-dev nlohmann-json3-dev libcli11-dev libcpp-httplib-dev libpugixml-dev
-  pkgconf)
-test_packages=(clang-format clang-tidy shellcheck libclang-rt-14-dev chromium g++-mingw-w64-x86-64-posix wine wine64
+  pkgconf libminizip-dev zlib1g-dev)
+test_packages=(clang-format clang-tidy shellcheck libclang-rt-14-dev chromium g++-mingw-w64-x86-64-posix libz-mingw-w64-dev
+  dpkg-dev wine wine64
   qemu-system-x86 busybox-static cpio python3 udev)
 
 case "${1:-}" in
@@ -38,4 +39,7 @@ if [ "${#missing[@]}" -gt 0 ]; then
   fi
 fi
 
-[ -n "${1:-}" ] || scripts/fetch-vm-kernel.sh
+if [ -z "${1:-}" ]; then
+  scripts/fetch-source.sh minizip
+  scripts/fetch-vm-kernel.sh
+fi

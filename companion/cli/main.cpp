@@ -2,6 +2,7 @@
 #include "companion/cli/check_command.h"
 #include "companion/cli/doctor_command.h"
 #include "companion/cli/exit_code.h"
+#include "companion/cli/report_command.h"
 #include "companion/cli/terminal.h"
 #include "platform/platform.h"
 
@@ -26,6 +27,7 @@ int runCommand(int argc, char** argv) {
     const CheckCommand check(program, platform.host);
     const DoctorCommand doctor(program, platform);
     const BoardsCommand boards(program, platform);
+    const ReportCommand report(program, platform, VANTREL_VERSION);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -34,6 +36,9 @@ int runCommand(int argc, char** argv) {
     const bool colour = wantsColour(platform.host);
     if (doctor.isChosen()) {
         return doctor.run(std::cout, {colour, showsUnicode(platform.host)});
+    }
+    if (report.isChosen()) {
+        return report.run(std::cout, std::cerr);
     }
     return check.isChosen() ? check.run(std::cout, std::cerr, colour) : boards.run(std::cout, std::cerr);
 }

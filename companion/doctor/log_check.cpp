@@ -41,10 +41,25 @@ bool isOverOnceConnected(const LogLine& line) {
     return line.message.starts_with("Waiting for SimConnect connection");
 }
 
-/// Adds a line as the latest of its message.
+/// Adds a line as the latest of its message. "Failed to initialize: REASON" is left out behind its reason.
 void addTrouble(std::vector<LogLine>& troubles, const LogLine& line) {
     std::erase_if(troubles, [&line](const LogLine& earlier) { return earlier.message == line.message; });
-    troubles.push_back(line);
+    if (std::ranges::none_of(
+            troubles, [&line](const LogLine& earlier) { return line.message.ends_with(": " + earlier.message); })) {
+        troubles.push_back(line);
+    }
+}
+
+/// With a full stop.
+std::string sentence(const std::string& text) {
+    return text.empty() || text.ends_with('.') ? text : text + '.';
+}
+
+std::string remedyText(const MessageExplanation& explanation) {
+    if (explanation.meaning.empty() && explanation.remedy.empty()) {
+        return "docs/troubleshooting.md explains the log.";
+    }
+    return std::string(trimmed(sentence(explanation.meaning) + ' ' + sentence(explanation.remedy)));
 }
 
 void judgeTrouble(const LogLine& line, const std::string& path, CheckResults& results) {
@@ -52,8 +67,7 @@ void judgeTrouble(const LogLine& line, const std::string& path, CheckResults& re
     const bool isHarmless =
         !explanation.meaning.empty() && (explanation.remedy.empty() || explanation.remedy == "Nothing");
     CheckTopic topic(results, "Log, " + line.time);
-    const std::string remedy = explanation.meaning.empty() ? "docs/troubleshooting.md explains the log."
-                                                           : explanation.meaning + ". " + explanation.remedy;
+    const std::string remedy = remedyText(explanation);
     if (line.level == "ERROR") {
         topic.fault("log-error", line.message + " (" + path + ")", remedy);
     } else if (!isHarmless) {

@@ -104,6 +104,11 @@ TEST(LastTroubles, AreThoseOfTheLastRunEachOnce) {
               (std::vector<std::string>{"b", "a"}));
 }
 
+TEST(LastTroubles, NameACauseOnce) {
+    EXPECT_EQ(troublesIn({"[ERROR] Missing 'hid' section", "[ERROR] Failed to initialize: Missing 'hid' section"}),
+              std::vector<std::string>{"Missing 'hid' section"});
+}
+
 TEST(LastTroubles, AreAtMostFive) {
     EXPECT_EQ(troublesIn({"[WARN] 1", "[WARN] 2", "[WARN] 3", "[WARN] 4", "[WARN] 5", "[WARN] 6"}),
               (std::vector<std::string>{"2", "3", "4", "5", "6"}));
@@ -123,7 +128,7 @@ TEST(JudgeLog, ExplainsAMessageAndPassesOverOneThatNeedsNothing) {
              results);
     ASSERT_EQ(results.size(), 1U);
     EXPECT_EQ(results[0].found, "Config root must be an object (the.log)");
-    EXPECT_TRUE(results[0].remedy.starts_with("The file doesn't begin with {")) << results[0].remedy;
+    EXPECT_EQ(results[0].remedy, "The file doesn't begin with {.");
 }
 
 TEST(CheckResultsText, ShowsMarksAsTheTerminalCan) {

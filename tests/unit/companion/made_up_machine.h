@@ -75,7 +75,9 @@ public:
         machine.simConnectDllNotice = [this] { return dllNotice; };
         machine.simConnectCfgFolders = {files.path("bridge")};
         machine.downloadMark = [this](const std::string& path) {
-            return path == markedFile ? std::optional<std::string>("[ZoneTransfer]\r\nZoneId=3\r\n") : std::nullopt;
+            return FileSystem::fileName(path) == markedFile
+                       ? std::optional<std::string>("[ZoneTransfer]\r\nZoneId=3\r\n")
+                       : std::nullopt;
         };
         machine.canWriteInto = [this](const std::string& folder) { return isLogWritable && canWriteInto(folder); };
         machine.idsOfDevice = [this](const std::string&) { return deviceIds; };
