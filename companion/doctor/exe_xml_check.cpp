@@ -61,8 +61,8 @@ public:
 
     void judge() {
         if (!facts.exists) {
-            topic.warning("exe-xml-absent", "there is no " + facts.path + "; the simulator doesn't start the bridge",
-                          registerRemedy);
+            judgeUnregistered("exe-xml-absent",
+                              "there is no " + facts.path + "; the simulator doesn't start the bridge");
         } else if (!facts.isReadable) {
             topic.fault("exe-xml-unreadable", facts.path + " can't be read",
                         "Check the file's permissions, and whether another program has locked it.");
@@ -81,6 +81,12 @@ private:
     const std::string& bridgePath;
     CheckTopic topic;
 
+    void judgeUnregistered(const std::string& code, const std::string& found) {
+        if (!facts.isInWine) {
+            topic.warning(code, found, registerRemedy);
+        }
+    }
+
     void judgeDocument() {
         if (!facts.hasDocumentEnd) {
             topic.fault("exe-xml-malformed", facts.path + " has no </SimBase.Document>",
@@ -91,7 +97,7 @@ private:
     void judgeOwnEntries() {
         const auto count = std::ranges::count_if(facts.entries, isBridge);
         if (count == 0) {
-            topic.warning("not-registered", facts.path + " has no entry of the bridge", registerRemedy);
+            judgeUnregistered("not-registered", facts.path + " has no entry of the bridge");
         } else if (count > 1) {
             topic.warning("registered-twice", facts.path + " has " + std::to_string(count) + " entries of the bridge",
                           "Run \"VantrelBridgeHID --unregister\" until it reports 0 files, then \"--register\".");
@@ -156,6 +162,7 @@ private:
 ExeXmlFacts readExeXmlFacts(const SimulatorFolder& simulator) {
     ExeXmlFacts facts;
     facts.simulator = simulator.name;
+    facts.isInWine = simulator.isInWine;
     facts.path = pathInAnyCase(simulator.path, "EXE.xml");
     facts.exists = FileSystem::existsOrFalse(facts.path);
     std::string text;

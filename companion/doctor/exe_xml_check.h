@@ -26,6 +26,8 @@ struct AddonEntry {
 struct ExeXmlFacts {
     std::string simulator;
     std::string path;
+    /// The simulator runs in Wine, where it can't start a Linux program.
+    bool isInWine = false;
     bool exists = false;
     bool isReadable = true;
     bool isUtf16 = false;

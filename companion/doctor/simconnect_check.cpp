@@ -53,7 +53,7 @@ void judgeOffer(const SimConnectXmlFacts& facts, const SimConnectEndpoints& endp
                     "the bridge connects to " + endpointsText(endpoints) + ", but " + facts.path +
                         " has no enabled entry for it",
                     "Add an IPv4 entry with this port there, or change the port in SimConnect.cfg.");
-    } else if (facts.isInPrefix && endpoints.front().port < firstFreePort) {
+    } else if (facts.isInWine && endpoints.front().port < firstFreePort) {
         topic.fault("simconnect-port-low", "a simulator in Wine can't listen on port " + port,
                     "Choose a port above 1023 in both " + facts.path + " and SimConnect.cfg.");
     } else {
@@ -82,7 +82,7 @@ SimConnectXmlFacts readSimConnectXmlFacts(const SimulatorFolder& simulator) {
     SimConnectXmlFacts facts;
     facts.simulator = simulator.name;
     facts.path = pathInAnyCase(simulator.path, "SimConnect.xml");
-    facts.isInPrefix = simulator.path.find("/drive_c/") != std::string::npos;
+    facts.isInWine = simulator.isInWine;
     std::string text;
     facts.exists = FileSystem::readFile(facts.path, text);
     facts.isWhole = hasDocumentEnd(text);

@@ -32,8 +32,8 @@ struct SimConnectXmlFacts {
     std::string path;
     bool exists = false;
     bool isWhole = false;
-    /// The simulator runs in Wine.
-    bool isInPrefix = false;
+    /// The simulator runs in Wine, where it can't listen on a port below 1024.
+    bool isInWine = false;
     std::vector<SimConnectEntry> entries;
 };
 

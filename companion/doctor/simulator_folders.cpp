@@ -1,10 +1,12 @@
 #include "companion/doctor/simulator_folders.h"
 
+#include "companion/doctor/steam_prefixes.h"
 #include "platform/file_system.h"
 #include "registration/exe_xml_registrar.h"
 #include "text/ascii.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 
 namespace {
@@ -13,10 +15,11 @@ bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
 
-SimulatorFolder folderOf(const std::string& exeXmlPath) {
+SimulatorFolder describe(const std::string& path) {
     SimulatorFolder folder;
-    folder.path = FileSystem::parentPath(exeXmlPath);
+    folder.path = path;
     folder.isMain = FileSystem::fileName(folder.path) != "LocalState";
+    folder.isInWine = contains(folder.path, "/drive_c/");
     folder.is2024 = contains(folder.path, "Microsoft.Limitless_") || folder.path.ends_with("2024");
     const bool isStore = contains(folder.path, "_8wekyb3d8bbwe");
     folder.name = std::string("MSFS ") + (folder.is2024 ? "2024" : "2020") + (isStore ? " (Store" : " (Steam") +
@@ -57,7 +60,10 @@ std::string entryInAnyCase(const std::string& folder, const std::string& name) {
 std::vector<SimulatorFolder> simulatorFolders(const Host& host) {
     std::vector<SimulatorFolder> folders;
     for (const std::string& path : ExeXmlRegistrar::discoverExeXmlPaths(host)) {
-        folders.push_back(folderOf(path));
+        folders.push_back(describe(FileSystem::parentPath(path)));
+    }
+    if (folders.empty()) {
+        std::ranges::transform(steamSimulatorFolders(host), std::back_inserter(folders), describe);
     }
     return folders;
 }

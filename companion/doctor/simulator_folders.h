@@ -14,9 +14,12 @@ struct SimulatorFolder {
     /// The simulator reads its settings and packages here. False for a second folder that may only have an EXE.xml.
     bool isMain = true;
     bool is2024 = false;
+    /// In a prefix of Wine or Proton.
+    bool isInWine = false;
 };
 
-/// The folders that exist, in the order in which the bridge registers itself in them.
+/// The folders that exist, in the order in which the bridge registers itself in them. If it finds none, those of Steam
+/// on Linux.
 std::vector<SimulatorFolder> simulatorFolders(const Host& host);
 
 /// The path of `name`, which may have several parts, below a folder, in whatever letter case it has there: in a prefix

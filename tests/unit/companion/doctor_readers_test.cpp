@@ -2,6 +2,7 @@
 #include "companion/doctor/log_check.h"
 #include "companion/doctor/module_files.h"
 #include "companion/doctor/program_check.h"
+#include "companion/doctor/steam_prefixes.h"
 #include "companion/doctor/user_cfg.h"
 #include "companion/doctor/xml_blocks.h"
 
@@ -21,6 +22,11 @@ TEST(UserCfg, NamesThePackagesFolder) {
     for (const auto& [text, expected] : rows) {
         EXPECT_EQ(installedPackagesPath(text), expected) << text;
     }
+}
+
+TEST(SteamLibraries, AreTheValuesOfPath) {
+    EXPECT_EQ(steamLibraries("\"0\"\n{\n\t\"path\"\t\t\"/mnt/my games\"\r\n\"label\" \"/x\"\n\"path\" \"\"\n\"path\""),
+              std::vector<std::string>{"/mnt/my games"});
 }
 
 TEST(PackageVersion, IsReadAsText) {

@@ -35,6 +35,25 @@ TEST(WinePrefix, IsExamined) {
               (std::vector<std::string>{"other-path-missing", "module-missing", "simconnect-port-low"}));
 }
 
+TEST(WinePrefix, OfSteamIsFoundInAnyLibraryOnce) {
+    MadeUpMachine pc(Installation::Steam2020);
+    pc.host.variables = {{"HOME", pc.files.path("home")}};
+    const std::string simulator = "/steamapps/compatdata/2537590/pfx/drive_c/users/steamuser/AppData/Roaming/"
+                                  "Microsoft Flight Simulator 2024";
+    pc.files.makeFolder("games" + simulator);
+    pc.files.write("home/.steam/steam/steamapps/libraryfolders.vdf",
+                   "\"libraryfolders\"\n{\n\t\"0\"\n\t{\n\t\t\"path\"\t\t\"" + pc.files.path("games") + "\"\n\t}\n}\n");
+    std::filesystem::create_directory(pc.files.path("home/.local"));
+    std::filesystem::create_directory(pc.files.path("home/.local/share"));
+    std::filesystem::create_symlink(pc.files.path("home/.steam/steam"), pc.files.path("home/.local/share/Steam"));
+    const std::vector<SimulatorFolder> folders = simulatorFolders(pc.host.record());
+    ASSERT_EQ(folders.size(), 1U);
+    EXPECT_EQ(folders[0].path, pc.files.path("games" + simulator));
+    EXPECT_EQ(folders[0].name, "MSFS 2024 (Steam)");
+    // A Linux program isn't registered there.
+    EXPECT_EQ(pc.complaints(), std::vector<std::string>{"never-started"});
+}
+
 TEST(LinuxMachine, KnowsADevicesIdsWithoutOpeningIt) {
     const TempFolder files;
     const Machine machine = systemMachine(Platform());
