@@ -1,5 +1,6 @@
 #include "companion/doctor/board_check.h"
 
+#include "config/app_config.h"
 #include "hid/hex_text.h"
 #include "hid/usb_ids.h"
 #include "platform/file_system.h"

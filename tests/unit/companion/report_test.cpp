@@ -60,7 +60,9 @@ TEST(ZipFile, HoldsWhatWasPutIn) {
     std::string error;
     std::string all(300000, '\0');
     std::ranges::generate(all, [n = 0U]() mutable { return static_cast<char>((n++ * 2654435761U) >> 24U); });
-    const std::tm time{.tm_mday = 1, .tm_year = 126};
+    std::tm time{};
+    time.tm_mday = 1;
+    time.tm_year = 126;
     ASSERT_TRUE(writeZip(path, {{"a.txt", "text"}, {"b/c.bin", all}, {"empty", ""}}, time, error)) << error;
     EXPECT_EQ(contentsOf(path), (Contents{{"a.txt", "text"}, {"b/c.bin", all}, {"empty", ""}}));
 }
