@@ -117,7 +117,7 @@ private:
         } else {
             topic.fault("packages-missing",
                         facts.userCfgPath + " names the packages' folder " + facts.namedPackages +
-                            ", but there is no " + facts.community,
+                            ", which doesn't exist or has no folder Community",
                         "Connect the drive, or correct the folder in the simulator's settings.");
         }
     }
