@@ -63,6 +63,6 @@ int ReportCommand::run(std::ostream& out, std::ostream& err) const {
         err << "vantrel: " << target << " can't be written: " << error << ". Give a name in another folder.\n";
         return ExitCode::couldNotLook;
     }
-    out << reportListing(report) << "Written to " << target << '\n';
+    out << reportListing(report) << "Written to " << FileSystem::resolved(target).value_or(target) << '\n';
     return ExitCode::good;
 }

@@ -9,6 +9,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <set>
+#include <sstream>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -32,24 +35,52 @@ std::optional<UsbIds> configuredIds(const AppConfig& config) {
     return UsbIds{static_cast<std::uint16_t>(vendorId), static_cast<std::uint16_t>(productId)};
 }
 
-/// The rules that mention HID device nodes and this vendor id. A file in an earlier folder replaces later ones of its
-/// name.
-std::vector<UdevRuleFile> rulesFor(const UsbIds& ids, const std::vector<std::string>& folders) {
-    std::vector<UdevRuleFile> rules;
-    std::vector<std::string> seen;
+std::string withoutComments(const std::string& text) {
+    std::string rest;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        rest += trimmed(line).starts_with('#') ? "" : line + '\n';
+    }
+    return rest;
+}
+
+/// The value of GROUP="..."; empty if there is none.
+std::string groupIn(std::string_view rule) {
+    constexpr std::string_view key = "GROUP=\"";
+    const std::size_t begin = rule.find(key);
+    if (begin == std::string_view::npos) {
+        return {};
+    }
+    const std::string_view value = rule.substr(begin + key.size());
+    return std::string(value.substr(0, value.find('"')));
+}
+
+/// The files of rules. One in an earlier folder replaces later ones of its name.
+std::vector<UdevRuleFile> ruleFiles(const std::vector<std::string>& folders) {
+    std::vector<UdevRuleFile> files;
+    std::set<std::string> seen;
     for (const std::string& folder : folders) {
         for (const std::string& name : FileSystem::namesIn(folder)) {
-            UdevRuleFile file{FileSystem::join(folder, name), {}};
-            const bool isFirst = std::ranges::find(seen, name) == seen.end();
-            if (isFirst && name.ends_with(".rules") && FileSystem::readFile(file.path, file.text)) {
-                seen.push_back(name);
-                const bool fits = file.text.find("hidraw") != std::string::npos &&
-                                  upperCased(file.text).find(fourDigits(ids.vendorId)) != std::string::npos;
-                if (fits) {
-                    rules.push_back(std::move(file));
-                }
+            std::string text;
+            const std::string path = FileSystem::join(folder, name);
+            if (name.ends_with(".rules") && seen.insert(name).second && FileSystem::readFile(path, text)) {
+                files.push_back({path, withoutComments(text), {}});
             }
         }
+    }
+    return files;
+}
+
+/// Those that mention HID device nodes and this vendor id.
+std::vector<UdevRuleFile> rulesFor(const UsbIds& ids, const Machine& machine) {
+    std::vector<UdevRuleFile> rules = ruleFiles(machine.udevRuleFolders);
+    std::erase_if(rules, [&ids](const UdevRuleFile& file) {
+        return file.text.find("hidraw") == std::string::npos ||
+               upperCased(file.text).find(fourDigits(ids.vendorId)) == std::string::npos;
+    });
+    for (UdevRuleFile& rule : rules) {
+        const std::string group = groupIn(rule.text);
+        rule.missingGroup = group.empty() || machine.isInGroup(group) ? "" : group;
     }
     return rules;
 }
@@ -80,13 +111,16 @@ void judgeClosedOnLinux(const BoardFacts& facts, CheckTopic& topic) {
     }
     const UdevRuleFile& rule = facts.rules.front();
     const std::string fault = ruleFault(rule, *facts.ids);
-    if (!fault.empty()) {
+    const bool isForGroup = rule.text.find("uaccess") == std::string::npos && !rule.missingGroup.empty();
+    if (isForGroup) {
+        topic.fault("board-group-missing", found + ": the rule " + rule.path + " is for the group " + rule.missingGroup,
+                    "Run \"sudo usermod -aG " + rule.missingGroup + " $USER\", then log in again.");
+    } else if (!fault.empty()) {
         topic.fault("board-rule-wrong", found + " in spite of the rule " + rule.path,
                     "Correct the rule: " + fault + '.');
     } else {
         topic.fault("board-rule-without-effect", found + " in spite of the rule " + rule.path,
-                    "Plug the board in again. A rule with \"uaccess\" only serves the user at the screen, one with a "
-                    "group only its members.");
+                    "Plug the board in again. A rule with \"uaccess\" only serves the user at the screen.");
     }
 }
 
@@ -113,7 +147,7 @@ void judgeBoard(const ListedBoard& board, CheckTopic& topic) {
 }
 
 void judgeNone(const BoardFacts& facts, CheckTopic& topic) {
-    if (facts.unknownDevices > 0) {
+    if (facts.hasUdev && facts.unknownDevices > 0) {
         topic.fault("board-missing",
                     "no board with the ids " + idsText(*facts.ids) + "; " + std::to_string(facts.unknownDevices) +
                         " devices can't be opened, and one may be it",
@@ -136,7 +170,7 @@ BoardFacts readBoardFacts(const Machine& machine, const std::string& configPath)
     if (!facts.ids) {
         return facts;
     }
-    facts.rules = rulesFor(*facts.ids, machine.udevRuleFolders);
+    facts.rules = rulesFor(*facts.ids, machine);
     for (ListedBoard& board : listBoards(machine.hid, &config)) {
         const std::optional<UsbIds> ids = board.opens ? std::nullopt : machine.idsOfDevice(board.path);
         if (board.matches) {

@@ -11,7 +11,10 @@
 /// A file with rules for devices.
 struct UdevRuleFile {
     std::string path;
+    /// Without comments.
     std::string text;
+    /// A group to which it gives the device and in which the user isn't.
+    std::string missingGroup;
 };
 
 /// The boards of this machine, and what decides about the right to open them.

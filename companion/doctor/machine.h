@@ -34,6 +34,8 @@ struct Machine {
     std::function<std::optional<UsbIds>(const std::string& path)> idsOfDevice;
     /// Where rules are that give rights to devices, the most important folder first.
     std::vector<std::string> udevRuleFolders;
+    /// Whether the user is a member of a group, from the login on.
+    std::function<bool(const std::string& group)> isInGroup;
 };
 
 /// The machine that this program runs on.

@@ -137,8 +137,8 @@ void judgeSimConnectXml(const SimConnectXmlFacts& facts, const SimConnectEndpoin
         topic.fault("simconnect-xml-malformed", facts.path + " has an element that isn't closed",
                     "Rename the file; the simulator makes a new one when it starts.");
     } else if (std::ranges::all_of(facts.entries, &SimConnectEntry::isDisabled)) {
-        topic.fault("simconnect-xml-disabled", facts.path + " has no enabled entry, so nothing can connect",
-                    "Rename the file; the simulator makes a new one when it starts.");
+        topic.warning("simconnect-xml-disabled", facts.path + " has no enabled entry, so perhaps nothing can connect",
+                      "Rename the file; the simulator makes a new one when it starts.");
     } else if (!endpoints.empty()) {
         judgeOffer(facts, endpoints, topic);
     }

@@ -33,22 +33,19 @@ bool addEntry(zipFile archive, const ZipEntry& entry, const zip_fileinfo& info) 
 } // namespace
 
 bool writeZip(const std::string& path, const std::vector<ZipEntry>& entries, const std::tm& time, std::string& error) {
+    // An interrupted run leaves no archive that only looks like one.
+    const std::string partPath = path + ".part";
     errno = 0;
     // It opens the path as the C library does, by the bytes of the system's code page.
-    zipFile archive = zipOpen(path.c_str(), APPEND_STATUS_CREATE);
+    zipFile archive = zipOpen(partPath.c_str(), APPEND_STATUS_CREATE);
     bool done = archive != nullptr && std::ranges::all_of(entries, [&](const ZipEntry& entry) {
                     return addEntry(archive, entry, infoOf(time));
                 });
-    if (archive != nullptr) {
-        done = zipClose(archive, nullptr) == ZIP_OK && done;
-        if (!done) {
-            const int reason = errno;
-            FileSystem::remove(path);
-            errno = reason;
-        }
-    }
+    done = archive != nullptr && zipClose(archive, nullptr) == ZIP_OK && done;
+    done = done && FileSystem::renameFile(partPath, path);
     if (!done) {
         error = std::generic_category().message(errno == 0 ? EIO : errno);
+        FileSystem::remove(partPath);
     }
     return done;
 }

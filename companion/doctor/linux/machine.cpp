@@ -4,6 +4,11 @@
 #include "platform/file_system.h"
 #include "wire/cfg_folders.h"
 
+#include <grp.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <string_view>
 
@@ -32,6 +37,19 @@ std::optional<UsbIds> idsInSysfs(const std::string& nodeFolder) {
     return UsbIds{hexNumber(value.substr(vendorPlace, idSize)), hexNumber(value.substr(productPlace, idSize))};
 }
 
+/// Whether this process has a group's rights, which it got at the login.
+bool isInGroup(const std::string& name) {
+    group entry{};
+    group* found = nullptr;
+    std::array<char, 65536> texts{};
+    getgrnam_r(name.c_str(), &entry, texts.data(), texts.size(), &found);
+    std::array<gid_t, 1024> groups{};
+    const int count = getgroups(static_cast<int>(groups.size()), groups.data());
+    return found != nullptr &&
+           (getegid() == entry.gr_gid || std::any_of(groups.begin(), groups.begin() + std::max(count, 0),
+                                                     [&entry](gid_t member) { return member == entry.gr_gid; }));
+}
+
 } // namespace
 
 Machine systemMachine(const Platform& platform) {
@@ -43,5 +61,6 @@ Machine systemMachine(const Platform& platform) {
     machine.canWriteInto = canWriteInto;
     machine.idsOfDevice = idsInSysfs;
     machine.udevRuleFolders = {"/etc/udev/rules.d", "/run/udev/rules.d", "/usr/lib/udev/rules.d", "/lib/udev/rules.d"};
+    machine.isInGroup = isInGroup;
     return machine;
 }

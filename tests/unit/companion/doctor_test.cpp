@@ -172,6 +172,7 @@ TEST(Doctor, NamesWhatIsWrongWithTheBoards) {
     };
     const std::string rule =
         "KERNEL==\"hidraw*\", ATTRS{idVendor}==\"1234\", ATTRS{idProduct}==\"abcd\", TAG+=\"uaccess\"";
+    const std::string group = "KERNEL==\"hidraw*\", ATTRS{idVendor}==\"1234\", ATTRS{idProduct}==\"abcd\", GROUP=";
     expectNamedOnce({
         {"board-missing", [](M& pc) { pc.bus.unplug(pc.board); }},
         {"board-closed", [](M& pc) { pc.plugBoard({.refusedOpens = everyOpening}); }},
@@ -179,6 +180,14 @@ TEST(Doctor, NamesWhatIsWrongWithTheBoards) {
         {"board-without-identity", [](M& pc) { pc.plugBoard({.failingFeatures = {0x20}}); }},
         {"board-no-rule", closed("50-other.rules", "KERNEL==\"hidraw*\", ATTRS{idVendor}==\"5678\"")},
         {"board-no-rule", closed("50-other.txt", rule)},
+        {"board-no-rule", closed("70-board.rules", " # " + rule)},
+        {"board-group-missing", closed("70-board.rules", group + "\"theirs\"")},
+        {"board-rule-without-effect", closed("70-board.rules", group + "\"mine\"")},
+        {"board-missing",
+         [](M& pc) {
+             pc.plugBoard({.refusedOpens = everyOpening});
+             pc.deviceIds.reset();
+         }},
         {"board-rule-wrong", closed("99-board.rules", rule)},
         {"board-rule-wrong", closed("70-board.rules", "hidraw 1234, TAG+=\"uaccess\"")},
         {"board-rule-without-effect", closed("70-board.rules", rule)},

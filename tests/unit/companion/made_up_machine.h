@@ -82,6 +82,7 @@ public:
         machine.canWriteInto = [this](const std::string& folder) { return isLogWritable && canWriteInto(folder); };
         machine.idsOfDevice = [this](const std::string&) { return deviceIds; };
         machine.udevRuleFolders = udevRuleFolders;
+        machine.isInGroup = [](const std::string& group) { return group == "mine"; };
         return machine;
     }
 
