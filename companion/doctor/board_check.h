@@ -3,19 +3,12 @@
 #include "companion/devices/board_list.h"
 #include "companion/doctor/check_result.h"
 #include "companion/doctor/machine.h"
+#include "companion/doctor/udev_rules.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
-
-/// A file with rules for devices.
-struct UdevRuleFile {
-    std::string path;
-    /// Without comments.
-    std::string text;
-    /// A group to which it gives the device and in which the user isn't.
-    std::string missingGroup;
-};
 
 /// The boards of this machine, and what decides about the right to open them.
 struct BoardFacts {

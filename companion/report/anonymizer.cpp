@@ -75,11 +75,12 @@ std::size_t folderNameEnd(std::string_view text, std::size_t at) {
     return std::min(text.find_first_of(" \t)", at), hardEnd);
 }
 
-/// Where the name of a user's folder ends that begins at `at`, behind "Users" or "/home". None if it doesn't.
-std::optional<std::size_t> behindUserFolder(std::string_view text, std::size_t at) {
+/// Where the name of a user's folder ends that begins at `at`, behind "Users" or "/home". None if it doesn't, or if
+/// these begin before `from`.
+std::optional<std::size_t> behindUserFolder(std::string_view text, std::size_t from, std::size_t at) {
     for (const std::string_view parent : {"/users/", "/home/"}) {
         // The separators before `at` may be doubled, so the match is tried from a little earlier on.
-        for (std::size_t size = parent.size(); size <= parent.size() + 2 && size <= at; ++size) {
+        for (std::size_t size = parent.size(); size <= parent.size() + 2 && from + size <= at; ++size) {
             const std::size_t end = folderNameEnd(text, at);
             if (behindName(text, at - size, parent) == at && end > at) {
                 return end;
@@ -128,21 +129,23 @@ Anonymizer::Anonymizer(const PrivateNames& names)
 std::string Anonymizer::anonymized(std::string_view text) const {
     std::string result;
     std::size_t at = 0;
+    // What was replaced isn't looked at again.
+    std::size_t done = 0;
     while (at < text.size()) {
         const bool isWordBegin = at == 0 || !isWordByte(text[at - 1]);
         const bool isPathPart = at > 0 && isSeparator(text[at - 1]);
         if (const auto home = isWordBegin ? behindAny(text, at, homeFolders) : std::nullopt) {
             result += "<home>";
-            at = *home;
-        } else if (const auto user = isPathPart ? behindUserFolder(text, at) : std::nullopt) {
+            at = done = *home;
+        } else if (const auto user = isPathPart ? behindUserFolder(text, done, at) : std::nullopt) {
             result += "<user>";
-            at = *user;
+            at = done = *user;
         } else if (const auto name = isPathPart ? behindAny(text, at, userNames) : std::nullopt) {
             result += "<user>";
-            at = *name;
+            at = done = *name;
         } else if (const auto computer = isWordBegin ? behindAny(text, at, computerNames) : std::nullopt) {
             result += "<computer>";
-            at = *computer;
+            at = done = *computer;
         } else {
             result += text[at++];
         }

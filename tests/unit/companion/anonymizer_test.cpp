@@ -47,6 +47,10 @@ TEST(Anonymizer, LeavesAllIfNothingIsKnown) {
     EXPECT_EQ(Anonymizer({"/", "", ""}).anonymized(text), text);
 }
 
+TEST(Anonymizer, DoesNotTakeTheHomeFolderForAFolderOfUsers) {
+    EXPECT_EQ(Anonymizer({"/x/home", "", ""}).anonymized("/x/home/documents"), "<home>/documents");
+}
+
 TEST(PrivateNames, AreTheEnvironments) {
     FakeHost host;
     host.variables = {{"HOME", "/home/anna"}, {"USER", "anna"}};
