@@ -154,6 +154,23 @@ function checkDoctor() {
         answers.every((answer) => (answer.mark === 'good') === (answer.remedy === '')) ? '' : run.stdout);
 }
 
+function checkReport() {
+  const folder = mkdtempSync(join(tmpdir(), 'vantrel-report-'));
+  const file = join(folder, 'a.zip');
+  const report = (path) => spawnSync(companion, ['report', path, '--config', join(root, 'config/config.json')], {encoding: 'utf8'});
+  const first = report(file);
+  check('vantrel report: lists what it holds and where it is', first.status === 0 && first.stdout.includes('doctor.txt') &&
+                                                               first.stdout.includes(file) ? '' : first.stdout + first.stderr);
+  const archive = readFileSync(file);
+  check('vantrel report: writes a zip file', archive.subarray(0, 2).toString() === 'PK' ? '' : 'another form');
+  const second = report(file);
+  check('vantrel report: overwrites nothing', second.status === 3 && readFileSync(file).equals(archive) ? '' : `${second.status}`);
+  const third = report(join(folder, 'none/a.zip'));
+  check('vantrel report: says why it fails', third.status === 3 && third.stderr.includes('No such file') ? '' : third.stderr);
+  check('vantrel report: leaves nothing else', readdirSync(folder).join() === 'a.zip' ? '' : readdirSync(folder).join());
+  rmSync(folder, {recursive: true});
+}
+
 function checkMinAgainstMax() {
   const document = {hid: {vid: '1', pid: '1'}, mappings: {buttonConfigPath: 'b'}, outputs: {profiles: {day: {}}}};
   const wrong = [];
@@ -217,6 +234,7 @@ checkGallery();
 checkCompanion();
 checkBoardList();
 checkDoctor();
+checkReport();
 checkMinAgainstMax();
 checkDefaults();
 checkDescriptions();

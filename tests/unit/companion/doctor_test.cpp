@@ -127,6 +127,14 @@ TEST(Doctor, FollowsTheUserCfgToMovedPackages) {
     EXPECT_EQ(pc.complaints(), std::vector<std::string>());
 }
 
+TEST(Doctor, KnowsTheCommunityFolderOf2024) {
+    MadeUpMachine pc(Installation::Steam2024);
+    pc.drop("Packages/Community");
+    pc.put("Packages/Community/other/manifest.json", "{}");
+    pc.writeModule("Packages/Community2024/mobiflight-event-module");
+    EXPECT_EQ(pc.complaints(), std::vector<std::string>());
+}
+
 TEST(Doctor, NamesWhatIsWrongWithTheWayToTheSimulator) {
     using M = MadeUpMachine;
     expectNamed({
@@ -192,6 +200,34 @@ TEST(Doctor, NamesWhatIsWrongWithTheBoards) {
         {"board-rule-wrong", closed("70-board.rules", "hidraw 1234, TAG+=\"uaccess\"")},
         {"board-rule-without-effect", closed("70-board.rules", rule)},
     });
+}
+
+TEST(Doctor, KnowsTheBridgesProcessOnBothSystems) {
+    MadeUpMachine pc(Installation::Store2020);
+    for (const char* name : {"vantrelbridgehid.EXE", "VantrelBridgeHID"}) {
+        pc.host.setProcesses({name, "FlightSimulator.exe"});
+        EXPECT_EQ(pc.complaints(), std::vector<std::string>());
+    }
+}
+
+TEST(Doctor, ReadsTheLogWithTheLatestLine) {
+    MadeUpMachine pc(Installation::Store2020);
+    pc.putLog("2026-01-02 10:00:01 [ERROR] Config root must be an object\n");
+    pc.files.write("bridge/VantrelBridgeHID.log", "2026-01-01 10:00:01 [INFO] older\n");
+    EXPECT_EQ(pc.complaints(), std::vector<std::string>{"log-error"});
+    pc.files.write("bridge/VantrelBridgeHID.log", "2026-01-03 10:00:01 [INFO] newer\n");
+    EXPECT_EQ(pc.complaints(), std::vector<std::string>());
+}
+
+TEST(Doctor, ReadsOfTwoUdevRulesOfOneNameTheFirst) {
+    MadeUpMachine pc(Installation::Store2020);
+    pc.plugBoard({.refusedOpens = everyOpening});
+    pc.files.write("etc/70-board.rules", "");
+    pc.files.write("lib/70-board.rules", "hidraw 1234 ABCD");
+    pc.udevRuleFolders = {pc.files.path("etc"), pc.files.path("lib")};
+    EXPECT_EQ(pc.complaints(), std::vector<std::string>{"board-no-rule"});
+    pc.udevRuleFolders = {pc.files.path("lib"), pc.files.path("etc")};
+    EXPECT_EQ(pc.complaints(), std::vector<std::string>{"board-rule-without-effect"});
 }
 
 TEST(Doctor, MissesTheSimulator) {

@@ -75,6 +75,24 @@ TEST(ZipFile, SaysWhyItCannotBeWritten) {
     EXPECT_TRUE(FileSystem::namesIn(folder.path()).empty());
 }
 
+TEST(ZipFile, LeavesNothingBehindAFailure) {
+    const TempFolder folder;
+    std::string error;
+    EXPECT_FALSE(writeZip(folder.path("a.zip"), {{"a", "b"}, {std::string(70000, 'n'), "too long a name"}}, {}, error));
+    EXPECT_FALSE(error.empty());
+    EXPECT_TRUE(FileSystem::namesIn(folder.path()).empty());
+}
+
+TEST(Report, KeepsTwoFilesOfOneName) {
+    MadeUpMachine pc(Installation::Steam2020);
+    pc.files.write("bridge/config/config.json",
+                   R"({"hid": {"vid": "1234", "pid": "ABCD"}, "mappings": {"buttonConfigPath": "more/config.json"}})");
+    pc.files.write("bridge/config/more/config.json", "{}");
+    const std::vector<std::string> names = namesOf(reportOf(pc));
+    EXPECT_EQ(std::ranges::count(names, "config/config.json"), 1);
+    EXPECT_EQ(std::ranges::count(names, "config/config.json-2"), 1);
+}
+
 TEST(Report, HoldsAnswerVersionsConfigurationAndLogs) {
     MadeUpMachine pc(Installation::Store2024);
     pc.putLog("");
