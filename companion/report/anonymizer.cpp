@@ -126,26 +126,33 @@ Anonymizer::Anonymizer(const PrivateNames& names)
       userNames(encodings(names.userName)),
       computerNames(encodings(names.computerName)) {}
 
+std::optional<Anonymizer::Replacement> Anonymizer::replacementAt(std::string_view text, std::size_t done,
+                                                                 std::size_t at) const {
+    const bool isWordBegin = at == 0 || !isWordByte(text[at - 1]);
+    const bool isPathPart = at > 0 && isSeparator(text[at - 1]);
+    if (const auto end = isWordBegin ? behindAny(text, at, homeFolders) : std::nullopt) {
+        return Replacement{"<home>", *end};
+    }
+    if (const auto end = isPathPart ? behindUserFolder(text, done, at) : std::nullopt) {
+        return Replacement{"<user>", *end};
+    }
+    if (const auto end = isPathPart ? behindAny(text, at, userNames) : std::nullopt) {
+        return Replacement{"<user>", *end};
+    }
+    if (const auto end = isWordBegin ? behindAny(text, at, computerNames) : std::nullopt) {
+        return Replacement{"<computer>", *end};
+    }
+    return std::nullopt;
+}
+
 std::string Anonymizer::anonymized(std::string_view text) const {
     std::string result;
-    std::size_t at = 0;
     // What was replaced isn't looked at again.
     std::size_t done = 0;
-    while (at < text.size()) {
-        const bool isWordBegin = at == 0 || !isWordByte(text[at - 1]);
-        const bool isPathPart = at > 0 && isSeparator(text[at - 1]);
-        if (const auto home = isWordBegin ? behindAny(text, at, homeFolders) : std::nullopt) {
-            result += "<home>";
-            at = done = *home;
-        } else if (const auto user = isPathPart ? behindUserFolder(text, done, at) : std::nullopt) {
-            result += "<user>";
-            at = done = *user;
-        } else if (const auto name = isPathPart ? behindAny(text, at, userNames) : std::nullopt) {
-            result += "<user>";
-            at = done = *name;
-        } else if (const auto computer = isWordBegin ? behindAny(text, at, computerNames) : std::nullopt) {
-            result += "<computer>";
-            at = done = *computer;
+    for (std::size_t at = 0; at < text.size();) {
+        if (const std::optional<Replacement> replacement = replacementAt(text, done, at)) {
+            result += replacement->text;
+            at = done = replacement->end;
         } else {
             result += text[at++];
         }

@@ -2,6 +2,8 @@
 
 #include "platform/platform.h"
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,8 +28,17 @@ public:
     std::string anonymized(std::string_view text) const;
 
 private:
+    struct Replacement {
+        const char* text;
+        /// The index behind what it replaces.
+        std::size_t end;
+    };
+
     /// Each in every encoding in which files may have it.
     std::vector<std::string> homeFolders;
     std::vector<std::string> userNames;
     std::vector<std::string> computerNames;
+
+    /// What to write in place of a private name that begins at `at`; `done` is the index behind the last one.
+    std::optional<Replacement> replacementAt(std::string_view text, std::size_t done, std::size_t at) const;
 };

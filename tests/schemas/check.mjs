@@ -3,6 +3,7 @@
 // gallery/good: both take the file. gallery/bad: both refuse it, the program with the words of bad/messages.json.
 // gallery/tolerated: the program takes it, and the schema reports what the program would pass over in silence.
 // Of each of them, `vantrel check` reports an error exactly if the program refuses it, and its output has its schema's form.
+// So has that of `boards` and `doctor`, and `vantrel report` writes an archive once.
 
 import Ajv from 'ajv/dist/2020.js';
 import {execFileSync, spawnSync} from 'node:child_process';
