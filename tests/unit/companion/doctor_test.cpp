@@ -82,6 +82,14 @@ TEST(Doctor, NamesWhatIsWrongWithTheRegistration) {
     });
 }
 
+TEST(Doctor, PassesOverEntriesOfOthersThatAreOff) {
+    MadeUpMachine pc(Installation::Store2020);
+    const std::string gone = pc.files.path("gone.exe");
+    pc.putExeXml("<!-- " + MadeUpMachine::entry("A", gone) + " -->\n" +
+                 MadeUpMachine::entry("B", gone, "<Disabled>True</Disabled>\n") + pc.ownEntry());
+    EXPECT_EQ(pc.complaints(), std::vector<std::string>());
+}
+
 TEST(Doctor, NamesWhatIsWrongWithTheModule) {
     using M = MadeUpMachine;
     expectNamed({
