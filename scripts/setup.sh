@@ -7,8 +7,9 @@ set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 
 build_packages=(cmake ninja-build g++ clang googletest libgtest-dev libbenchmark-dev nlohmann-json3-dev libcli11-dev
-  libpugixml-dev dpkg-dev)
-test_packages=(clang-format clang-tidy shellcheck libclang-rt-14-dev chromium g++-mingw-w64-x86-64-posix wine wine64
+  libpugixml-dev libminizip-dev zlib1g-dev dpkg-dev)
+test_packages=(clang-format clang-tidy shellcheck libclang-rt-14-dev chromium g++-mingw-w64-x86-64-posix libz-mingw-w64-dev
+  wine wine64
   qemu-system-x86 busybox-static cpio python3 udev)
 
 case "${1:-}" in
@@ -38,5 +39,8 @@ if [ "${#missing[@]}" -gt 0 ]; then
   fi
 fi
 
-scripts/fetch-http-library.sh
-[ -n "${1:-}" ] || scripts/fetch-vm-kernel.sh
+scripts/fetch-source.sh cpp-httplib
+if [ -z "${1:-}" ]; then
+  scripts/fetch-source.sh minizip
+  scripts/fetch-vm-kernel.sh
+fi

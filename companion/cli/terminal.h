@@ -7,3 +7,6 @@ bool isColourTerminal();
 
 /// Whether to print in colours: on a terminal, unless the environment variable NO_COLOR has a value.
 bool wantsColour(const Host& host);
+
+/// Whether standard output shows characters beyond ASCII.
+bool showsUnicode(const Host& host);

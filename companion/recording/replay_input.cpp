@@ -1,8 +1,8 @@
 #include "companion/recording/replay_input.h"
 
+#include "companion/demo/hid_log.h"
 #include "hid/hex_text.h"
 #include "hid/hid_log_lines.h"
-#include "companion/demo/hid_log.h"
 #include "simulation/scenarios/scenario_file.h"
 
 #include <algorithm>

@@ -3,6 +3,7 @@
 // gallery/good: both take the file. gallery/bad: both refuse it, the program with the words of bad/messages.json.
 // gallery/tolerated: the program takes it, and the schema reports what the program would pass over in silence.
 // Of each of them, `vantrel check` reports an error exactly if the program refuses it, and its output has its schema's form.
+// So has that of `boards` and `doctor`, and `vantrel report` writes an archive once.
 
 import Ajv from 'ajv/dist/2020.js';
 import {execFileSync, spawnSync} from 'node:child_process';
@@ -141,6 +142,36 @@ function checkBoardList() {
   check('boards.schema.json: refuses other ids', isOutput([{...board, vendorId: '16c0'}]) ? 'taken' : '');
 }
 
+function checkDoctor() {
+  const ajv = new Ajv({strict: true});
+  const isOutput = ajv.compile(JSON.parse(readFileSync(join(root, 'companion/schemas/doctor.schema.json'), 'utf8')));
+  const config = join(root, 'config/config.json');
+  const run = spawnSync(companion, ['doctor', '--json', '--config', config], {encoding: 'utf8'});
+  const answers = JSON.parse(run.stdout);
+  check('vantrel doctor: form', isOutput(answers) ? '' : ajv.errorsText(isOutput.errors));
+  const good = answers.every((answer) => answer.mark === 'good');
+  check('vantrel doctor: exit code', run.status === (good ? 0 : 1) ? '' : `${run.status}`);
+  check('vantrel doctor: a remedy for each fault',
+        answers.every((answer) => (answer.mark === 'good') === (answer.remedy === '')) ? '' : run.stdout);
+}
+
+function checkReport() {
+  const folder = mkdtempSync(join(tmpdir(), 'vantrel-report-'));
+  const file = join(folder, 'a.zip');
+  const report = (path) => spawnSync(companion, ['report', path, '--config', join(root, 'config/config.json')], {encoding: 'utf8'});
+  const first = report(file);
+  check('vantrel report: lists what it holds and where it is', first.status === 0 && first.stdout.includes('doctor.txt') &&
+                                                               first.stdout.includes(file) ? '' : first.stdout + first.stderr);
+  const archive = readFileSync(file);
+  check('vantrel report: writes a zip file', archive.subarray(0, 2).toString() === 'PK' ? '' : 'another form');
+  const second = report(file);
+  check('vantrel report: overwrites nothing', second.status === 3 && readFileSync(file).equals(archive) ? '' : `${second.status}`);
+  const third = report(join(folder, 'none/a.zip'));
+  check('vantrel report: says why it fails', third.status === 3 && third.stderr.includes('No such file') ? '' : third.stderr);
+  check('vantrel report: leaves nothing else', readdirSync(folder).join() === 'a.zip' ? '' : readdirSync(folder).join());
+  rmSync(folder, {recursive: true});
+}
+
 function checkMinAgainstMax() {
   const document = {hid: {vid: '1', pid: '1'}, mappings: {buttonConfigPath: 'b'}, outputs: {profiles: {day: {}}}};
   const wrong = [];
@@ -203,6 +234,8 @@ checkSamples();
 checkGallery();
 checkCompanion();
 checkBoardList();
+checkDoctor();
+checkReport();
 checkMinAgainstMax();
 checkDefaults();
 checkDescriptions();

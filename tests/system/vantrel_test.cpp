@@ -3,10 +3,36 @@
 #include "config/json.h"
 #include "tests/system/support/bridge_test.h"
 
+#include <algorithm>
+
 namespace {
+
+/// Runs a program as somebody without rights of their own.
+const std::vector<std::string> asOrdinaryUser{"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
 
 class LinuxVantrel : public BridgeTest {
 protected:
+    /// The codes of what `vantrel doctor --json` answers about the tests' configuration, through the given program if
+    /// any.
+    std::vector<std::string> examine(std::vector<std::string> command = {}) const {
+        const BridgeInstallation own(files(), std::nullopt);
+        command.insert(command.end(),
+                       {VANTREL_BUILT_EXECUTABLE, "doctor", "--json", "--config", own.path("config/config.json")});
+        ChildProcess vantrel({.command = command});
+        EXPECT_EQ(vantrel.waitForExit(), 1) << vantrel.errorOutput();
+        const JsonParseResult result = JsonParser::parse(vantrel.output());
+        EXPECT_TRUE(result.ok) << vantrel.output();
+        std::vector<std::string> codes;
+        for (const JsonValue& answer : result.value.array) {
+            getString(answer, "code", codes.emplace_back());
+        }
+        return codes;
+    }
+
+    static bool contains(const std::vector<std::string>& codes, const std::string& code) {
+        return std::ranges::find(codes, code) != codes.end();
+    }
+
     /// Runs `vantrel boards --all --json` with the tests' configuration, through the given program if any.
     JsonValue listBoards(std::vector<std::string> command = {}) const {
         const BridgeInstallation own(files(), std::nullopt);
@@ -45,8 +71,16 @@ TEST_F(LinuxVantrel, ListsTheBoardsWhileTheBridgeUsesThem) {
 
 TEST_F(LinuxVantrel, SaysThatAnOrdinaryUserMayNotOpenABoard) {
     plugBoard(model());
-    const JsonValue list = listBoards({"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"});
+    const JsonValue list = listBoards(asOrdinaryUser);
     EXPECT_TRUE(matchingIds(list).empty());
     ASSERT_FALSE(list.array.empty());
     EXPECT_FALSE(find(list.array.front(), "opens")->boolean);
+}
+
+TEST_F(LinuxVantrel, ExaminesABoardAndTheRightToOpenIt) {
+    plugBoard(model());
+    EXPECT_TRUE(contains(examine(), "board-answers"));
+    const std::vector<std::string> ordinary = examine(asOrdinaryUser);
+    EXPECT_TRUE(contains(ordinary, "board-no-rule"));
+    EXPECT_FALSE(contains(ordinary, "board-answers"));
 }

@@ -1,13 +1,18 @@
 #!/usr/bin/env bash
-# Fetches the HTTP library's single header, which both systems' builds use, to build/third-party/cpp-httplib, once. It is
-# in the distribution's source package alone; the binary package is a library for this machine. Takes no arguments.
+# Downloads and unpacks the sources of Debian packages into build/third-party/PACKAGE, once: libraries of which the
+# distribution has no binary package that both systems' builds can use.
+#   fetch-source.sh PACKAGE...
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
-at_most 0 "$@"
+no_other_options "$@"
+[ "$#" -ge 1 ] || usage_error "no package named"
 
-target=build/third-party/cpp-httplib
-[ ! -e "$target/httplib.h" ] || exit 0
-mkdir -p "$target"
+missing=()
+for package in "$@"; do
+  [ -e "build/third-party/$package" ] || missing+=("$package")
+done
+[ "${#missing[@]}" -gt 0 ] || exit 0
+mkdir -p build/third-party
 work=$(mktemp -d "$PWD/build/third-party/fetch.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 log=$work/log
@@ -23,11 +28,13 @@ apt() {
     -o Dir::Cache::PkgCache= -o Dir::Cache::SrcPkgCache= -o APT::Sandbox::User="$(id -un)" "$@"
 }
 
-say "fetching the source package cpp-httplib"
-# A source without source packages fails alone; what counts is that the package comes. It is unpacked with its patches.
+say "fetching the sources of ${missing[*]}"
+# A source without source packages fails alone; what counts is that the packages come. They are unpacked with their patches.
 apt update >"$log" 2>&1 || true
-if ! (cd "$work" && apt source cpp-httplib) >>"$log" 2>&1; then
+if ! (cd "$work" && apt source "${missing[@]}") >>"$log" 2>&1; then
   tail -n 20 "$log" >&2
-  die "the source package cpp-httplib can't be had"
+  die "the sources of ${missing[*]} can't be had"
 fi
-mv "$work"/cpp-httplib-*/httplib.h "$target/httplib.h"
+for package in "${missing[@]}"; do
+  mv "$work/$package"-[0-9]*/ "build/third-party/$package"
+done

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+enum class Mark {
+    Good,
+    Warning, ///< It may work all the same.
+    Fault,   ///< Something doesn't work until this is fixed.
+};
+
+/// "good", "warning" or "fault".
+const char* markName(Mark mark);
+
+/// One answer of the check-up.
+struct CheckResult {
+    Mark mark = Mark::Good;
+    /// The kind of answer, such as "module-missing". Stays the same from version to version.
+    std::string code;
+    /// What was looked at.
+    std::string title;
+    std::string found;
+    /// What to do; empty when nothing is to be done.
+    std::string remedy = {};
+};
+
+using CheckResults = std::vector<CheckResult>;
+
+/// Adds answers about one thing.
+class CheckTopic {
+public:
+    CheckTopic(CheckResults& results, std::string title);
+
+    void good(std::string code, std::string found);
+    void warning(std::string code, std::string found, std::string remedy);
+    void fault(std::string code, std::string found, std::string remedy);
+
+private:
+    CheckResults& results;
+    std::string title;
+};
+
+/// Whether every answer is good.
+bool isAllGood(const CheckResults& results);

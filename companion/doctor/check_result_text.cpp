@@ -1,0 +1,73 @@
+#include "companion/doctor/check_result_text.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+
+namespace {
+
+struct MarkLook {
+    const char* unicode;
+    const char* ascii;
+    const char* colour;
+};
+
+MarkLook lookOf(Mark mark) {
+    switch (mark) {
+    case Mark::Warning:
+        return {"!", "[!] ", "\033[1;33m"};
+    case Mark::Fault:
+        return {"✗", "[x] ", "\033[1;31m"};
+    case Mark::Good:
+        break;
+    }
+    return {"✓", "[ok]", "\033[1;32m"};
+}
+
+std::string markText(Mark mark, TextStyle style) {
+    const MarkLook look = lookOf(mark);
+    const std::string text = style.unicode ? look.unicode : look.ascii;
+    return style.colour ? look.colour + text + "\033[0m" : text;
+}
+
+/// A log or a path may contain bytes that would control the terminal.
+std::string withoutControls(std::string text) {
+    std::ranges::replace_if(
+        text, [](char byte) { return (byte >= 0 && byte < ' ') || byte == '\x7F'; }, '?');
+    return text;
+}
+
+std::string summary(const CheckResults& results) {
+    const auto faults = std::ranges::count(results, Mark::Fault, &CheckResult::mark);
+    const auto warnings = std::ranges::count(results, Mark::Warning, &CheckResult::mark);
+    if (faults + warnings == 0) {
+        return "Everything looks good.\n";
+    }
+    return std::to_string(faults) + (faults == 1 ? " fault, " : " faults, ") + std::to_string(warnings) +
+           (warnings == 1 ? " warning.\n" : " warnings.\n");
+}
+
+} // namespace
+
+std::string checkResultsText(const CheckResults& results, TextStyle style) {
+    const std::string indent(style.unicode ? 4 : 7, ' ');
+    std::string text;
+    for (const CheckResult& result : results) {
+        text += markText(result.mark, style) + ' ' + withoutControls(result.title + ": " + result.found) + '\n';
+        text += result.remedy.empty() ? "" : indent + withoutControls(result.remedy) + '\n';
+    }
+    return text + '\n' + summary(results);
+}
+
+std::string checkResultsJson(const CheckResults& results) {
+    nlohmann::ordered_json array = nlohmann::ordered_json::array();
+    for (const CheckResult& result : results) {
+        array.push_back({{"mark", markName(result.mark)},
+                         {"code", result.code},
+                         {"title", result.title},
+                         {"found", result.found},
+                         {"remedy", result.remedy}});
+    }
+    // A path may hold bytes that aren't UTF-8.
+    return array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
+}

@@ -1,0 +1,145 @@
+#include "companion/doctor/simconnect_check.h"
+
+#include "companion/doctor/xml_blocks.h"
+#include "companion/guide/message_guide.h"
+#include "platform/file_system.h"
+#include "text/ascii.h"
+#include "wire/pipe.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+/// Programs in Wine can't listen on ports below.
+constexpr std::uint16_t firstFreePort = 1024;
+
+std::string endpointText(const SimConnectEndpoint& endpoint) {
+    return endpoint.pipe.empty() ? endpoint.address + " port " + std::to_string(endpoint.port)
+                                 : "the simulator's pipe " + endpoint.pipe;
+}
+
+std::string endpointsText(const SimConnectEndpoints& endpoints) {
+    std::string text;
+    for (const SimConnectEndpoint& endpoint : endpoints) {
+        text += (text.empty() ? "" : ", then ") + endpointText(endpoint);
+    }
+    return text;
+}
+
+bool isThisMachinesTcp(const SimConnectEndpoint& endpoint) {
+    return endpoint.pipe.empty() && (endpoint.address == "127.0.0.1" || endpoint.address == "::1" ||
+                                     lowerCased(endpoint.address) == "localhost");
+}
+
+bool offers(const SimConnectEntry& entry, const SimConnectEndpoint& endpoint) {
+    const std::string protocol = lowerCased(entry.protocol);
+    const bool isTcp = protocol == "ipv4" || protocol == "ipv6";
+    return !entry.isDisabled && isTcp && entry.port == std::to_string(endpoint.port);
+}
+
+bool offersAny(const SimConnectXmlFacts& facts, const SimConnectEndpoint& endpoint) {
+    return std::ranges::any_of(facts.entries, [&](const SimConnectEntry& entry) { return offers(entry, endpoint); });
+}
+
+/// Only TCP on this machine can be compared: another machine's file is elsewhere, and the pipe needs no entry.
+void judgeOffer(const SimConnectXmlFacts& facts, const SimConnectEndpoints& endpoints, CheckTopic& topic) {
+    const auto port = std::to_string(endpoints.front().port);
+    if (!std::ranges::all_of(endpoints, isThisMachinesTcp)) {
+        topic.good("simconnect-xml-good", facts.path);
+    } else if (std::ranges::none_of(endpoints, [&](const auto& endpoint) { return offersAny(facts, endpoint); })) {
+        topic.fault("simconnect-port-differs",
+                    "the bridge connects to " + endpointsText(endpoints) + ", but " + facts.path +
+                        " has no enabled entry for it",
+                    "Add an IPv4 entry with this port there, or change the port in SimConnect.cfg.");
+    } else if (facts.isInWine && endpoints.front().port < firstFreePort) {
+        topic.fault("simconnect-port-low", "a simulator in Wine can't listen on port " + port,
+                    "Choose a port above 1023 in both " + facts.path + " and SimConnect.cfg.");
+    } else {
+        topic.good("simconnect-xml-good", facts.path + " offers port " + port);
+    }
+}
+
+} // namespace
+
+SimConnectCfgFacts readSimConnectCfgFacts(const Machine& machine) {
+    SimConnectCfgFacts facts;
+    for (const std::string& folder : machine.simConnectCfgFolders) {
+        const std::string path = FileSystem::join(folder, "SimConnect.cfg");
+        if (facts.path.empty() && !folder.empty() && FileSystem::existsOrFalse(path)) {
+            facts.path = path;
+        }
+    }
+    facts.result = findSimConnectEndpoints(machine.simConnectCfgFolders, 0, facts.endpoints);
+    if (facts.result != simConnectOk) {
+        facts.endpoints.clear();
+    }
+    return facts;
+}
+
+SimConnectXmlFacts readSimConnectXmlFacts(const SimulatorFolder& simulator) {
+    SimConnectXmlFacts facts;
+    facts.simulator = simulator.name;
+    facts.path = pathInAnyCase(simulator.path, "SimConnect.xml");
+    facts.isInWine = simulator.isInWine;
+    std::string text;
+    facts.exists = FileSystem::readFile(facts.path, text);
+    facts.isWhole = hasDocumentEnd(text);
+    for (const XmlBlock& block : xmlBlocks(text, "SimConnect.Comm")) {
+        if (!block.isInComment) {
+            facts.isWhole = facts.isWhole && block.isClosed;
+            facts.entries.push_back({block.member("protocol"), block.member("port"), block.isDisabled()});
+        }
+    }
+    return facts;
+}
+
+void judgeSimConnectDll(const std::string& notice, CheckResults& results) {
+    constexpr std::string_view unusable = " can't be used: ";
+    CheckTopic topic(results, "SimConnect.dll");
+    if (notice.empty()) {
+        topic.good("simconnect-dll-used", "the bridge uses it");
+    } else if (const std::size_t at = notice.find(unusable); at == std::string::npos) {
+        topic.good("simconnect-dll-none", "there is none; the bridge uses its built-in client");
+    } else {
+        const std::string reason = notice.substr(at + unusable.size(), notice.rfind(" (error ") - at - unusable.size());
+        topic.warning("simconnect-dll-unusable", notice,
+                      "Delete that file, or make it usable: " + MessageGuide::instance().explain(reason).meaning + '.');
+    }
+}
+
+void judgeSimConnectCfg(const SimConnectCfgFacts& facts, CheckResults& results) {
+    CheckTopic topic(results, "SimConnect.cfg");
+    if (facts.result == simConnectInvalidArgument) {
+        topic.fault("simconnect-cfg-no-section", facts.path + " has no section [SimConnect]",
+                    "Add the line \"[SimConnect]\" above its settings, or delete the file.");
+    } else if (facts.result != simConnectOk) {
+        topic.fault("simconnect-cfg-unusable", facts.path + " has an unknown Protocol, or an invalid Port or Address",
+                    "Write Protocol=IPv4, Address=127.0.0.1 and the simulator's Port, or delete the file.");
+    } else if (!facts.path.empty()) {
+        topic.good("simconnect-cfg-used", facts.path + ": the bridge connects to " + endpointsText(facts.endpoints));
+    } else if (havePipes()) {
+        topic.good("simconnect-cfg-none", "there is none; the bridge connects to " + endpointsText(facts.endpoints));
+    } else {
+        topic.warning("simconnect-cfg-none", "there is none; the bridge connects to " + endpointsText(facts.endpoints),
+                      "Write one beside the bridge with the address and port of your simulator.");
+    }
+}
+
+void judgeSimConnectXml(const SimConnectXmlFacts& facts, const SimConnectEndpoints& endpoints, CheckResults& results) {
+    CheckTopic topic(results, facts.simulator + ", SimConnect.xml");
+    if (!facts.exists) {
+        // The simulator makes it with its defaults.
+        return;
+    }
+    if (!facts.isWhole) {
+        topic.fault("simconnect-xml-malformed", facts.path + " has an element that isn't closed",
+                    "Rename the file; the simulator makes a new one when it starts.");
+    } else if (std::ranges::all_of(facts.entries, &SimConnectEntry::isDisabled)) {
+        topic.warning("simconnect-xml-disabled", facts.path + " has no enabled entry, so perhaps nothing can connect",
+                      "Rename the file; the simulator makes a new one when it starts.");
+    } else if (!endpoints.empty()) {
+        judgeOffer(facts, endpoints, topic);
+    }
+}
