@@ -66,6 +66,7 @@ std::vector<ListedControl> listControls(const ConfigurationTexts& texts) {
     }
     readSections(texts[ConfigurationPart::Commands], byName);
     std::vector<ListedControl> controls;
+    controls.reserve(byName.size());
     for (auto& [name, control] : byName) {
         controls.push_back(std::move(control));
     }

@@ -70,7 +70,8 @@ void fillEmpty(std::string& text, const JsonNode& container, const std::string& 
 std::string wrapped(const std::vector<PathStep>& path, std::size_t from, std::string value) {
     for (std::size_t i = path.size(); i > from; --i) {
         const PathStep& step = path[i - 1];
-        value = step.index ? '[' + value + ']' : '{' + quotedJson(step.key) + ": " + value + '}';
+        value.insert(0, step.index ? "[" : "{" + quotedJson(step.key) + ": ");
+        value += step.index ? ']' : '}';
     }
     return value;
 }

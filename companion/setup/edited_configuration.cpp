@@ -2,6 +2,21 @@
 
 #include <algorithm>
 
+namespace {
+
+std::shared_ptr<const BridgeConfiguration> readAsBridge(const ConfigurationPaths& paths,
+                                                        const ConfigurationTexts& texts) {
+    auto configuration = std::make_shared<BridgeConfiguration>();
+    std::string ignored;
+    parseAppConfig(texts[ConfigurationPart::Settings], paths[ConfigurationPart::Settings], configuration->settings,
+                   ignored);
+    configuration->eventMap.parse(texts[ConfigurationPart::EventMap], ignored);
+    configuration->buttons.parse(texts[ConfigurationPart::Commands], ignored);
+    return configuration;
+}
+
+} // namespace
+
 EditedConfiguration::EditedConfiguration(const std::string& configPath) : diskFiles(configPath) {
     reload();
 }
@@ -18,6 +33,7 @@ void EditedConfiguration::reload() {
 void EditedConfiguration::judge() {
     listed = listControls(edited->texts());
     judged = edited->verdict();
+    read = readAsBridge(diskFiles.paths(), edited->texts());
 }
 
 bool EditedConfiguration::change(const Edit& edit, std::string& error) {
@@ -42,17 +58,4 @@ bool EditedConfiguration::isChanged() const {
     return edited && std::ranges::any_of(configurationParts, [this](ConfigurationPart part) {
                return diskFiles.wouldWrite(part, edited->texts());
            });
-}
-
-std::shared_ptr<const BridgeConfiguration> EditedConfiguration::forBridge() const {
-    auto configuration = std::make_shared<BridgeConfiguration>();
-    if (edited) {
-        const ConfigurationTexts& texts = edited->texts();
-        std::string ignored;
-        parseAppConfig(texts[ConfigurationPart::Settings], diskFiles.paths()[ConfigurationPart::Settings],
-                       configuration->settings, ignored);
-        configuration->eventMap.parse(texts[ConfigurationPart::EventMap], ignored);
-        configuration->buttons.parse(texts[ConfigurationPart::Commands], ignored);
-    }
-    return configuration;
 }

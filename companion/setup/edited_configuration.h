@@ -38,8 +38,8 @@ public:
     /// There is something to save.
     bool isChanged() const;
 
-    /// What the bridge would make of the draft, as far as it could read it.
-    std::shared_ptr<const BridgeConfiguration> forBridge() const;
+    /// What the bridge would make of the draft, as far as it could read it. Never null.
+    const std::shared_ptr<const BridgeConfiguration>& forBridge() const { return read; }
 
 private:
     ConfigurationFiles diskFiles;
@@ -47,6 +47,7 @@ private:
     std::optional<ConfigurationDraft> edited;
     std::vector<ListedControl> listed;
     ConfigurationVerdict judged;
+    std::shared_ptr<const BridgeConfiguration> read = std::make_shared<BridgeConfiguration>();
 
     void judge();
 };

@@ -1,34 +1,17 @@
+// The table of actions, and those on boards and configuration.
+
 #include "companion/draft/configuration_texts.h"
 #include "companion/draft/json_edit.h"
+#include "companion/setup/action_members.h"
 #include "companion/setup/setup_controller.h"
 #include "config/names.h"
 #include "mapping/output_state.h"
-#include "platform/file_system.h"
-#include "platform/network_simconnect.h"
-#include "wire/simconnect_open.h"
 
 #include <algorithm>
 #include <map>
 #include <string_view>
 
 namespace {
-
-std::string memberText(const JsonValue& json, std::string_view key) {
-    std::string text;
-    getString(json, key, text);
-    return text;
-}
-
-std::int32_t memberNumber(const JsonValue& json, std::string_view key) {
-    std::int32_t number = 0;
-    getInt(json, key, number);
-    return number;
-}
-
-bool memberFlag(const JsonValue& json, std::string_view key) {
-    const JsonValue* const value = find(json, key);
-    return value != nullptr && value->boolean;
-}
 
 CommandPlace placeOf(const JsonValue& json) {
     return {memberText(json, "control"), memberFlag(json, "knob"), memberText(json, "action"),
@@ -99,10 +82,6 @@ bool SetupController::act(const JsonValue& json, std::string& error) {
     return done;
 }
 
-bool SetupController::change(const EditedConfiguration::Edit& edit, std::string& error) {
-    return configuration.change(edit, error);
-}
-
 bool SetupController::addBoard(const JsonValue&, std::string&) {
     virtualBoards.add();
     return true;
@@ -133,7 +112,7 @@ bool SetupController::operate(const JsonValue& json, std::string& error) {
 }
 
 bool SetupController::setIds(const JsonValue& json, std::string& error) {
-    return change(
+    return configuration.change(
         [&](ConfigurationDraft& draft, std::string& reason) {
             return draft.setUsbIds(memberText(json, "vendor"), memberText(json, "product"), reason);
         },
@@ -141,7 +120,7 @@ bool SetupController::setIds(const JsonValue& json, std::string& error) {
 }
 
 bool SetupController::setRole(const JsonValue& json, std::string& error) {
-    return change(
+    return configuration.change(
         [&](ConfigurationDraft& draft, std::string& reason) {
             return draft.setRole(memberText(json, "board"), memberText(json, "role"), reason);
         },
@@ -149,7 +128,7 @@ bool SetupController::setRole(const JsonValue& json, std::string& error) {
 }
 
 bool SetupController::nameControl(const JsonValue& json, std::string& error) {
-    return change(
+    return configuration.change(
         [&](ConfigurationDraft& draft, std::string& reason) {
             return draft.nameControl(memberNumber(json, "control"), memberText(json, "name"), reason);
         },
@@ -158,27 +137,25 @@ bool SetupController::nameControl(const JsonValue& json, std::string& error) {
 
 bool SetupController::assign(const JsonValue& json, std::string& error) {
     const CommandPlace place = placeOf(json);
-    const bool done =
-        complete(place, error) &&
-        change([&](ConfigurationDraft& draft,
-                   std::string& reason) { return draft.setCommand(place, memberText(json, "command"), reason); },
-               error);
+    const auto edit = [&](ConfigurationDraft& draft, std::string& reason) {
+        return draft.setCommand(place, memberText(json, "command"), reason);
+    };
+    const bool done = complete(place, error) && configuration.change(edit, error);
     state.progress.assigned = state.progress.assigned || done;
     return done;
 }
 
 bool SetupController::clear(const JsonValue& json, std::string& error) {
     const CommandPlace place = placeOf(json);
-    return complete(place, error) &&
-           change([&](ConfigurationDraft& draft, std::string& reason) { return draft.clearCommand(place, reason); },
-                  error);
+    const auto edit = [&](ConfigurationDraft& draft, std::string& reason) { return draft.clearCommand(place, reason); };
+    return complete(place, error) && configuration.change(edit, error);
 }
 
 bool SetupController::setProfileValue(const JsonValue& json, std::string& error) {
     const JsonValue* const value = find(json, "value");
     const bool isText = value != nullptr && value->type == JsonType::String;
     const std::string written = isText ? quotedJson(value->string) : std::to_string(memberNumber(json, "value"));
-    return change(
+    return configuration.change(
         [&](ConfigurationDraft& draft, std::string& reason) {
             return draft.setProfileValue(memberText(json, "profile"), memberText(json, "part"), memberText(json, "key"),
                                          written, reason);
@@ -202,7 +179,7 @@ bool SetupController::previewLight(const JsonValue& json, std::string& error) {
 }
 
 bool SetupController::takeSample(const JsonValue&, std::string& error) {
-    return change(
+    return configuration.change(
         [](ConfigurationDraft& draft, std::string&) {
             draft.replace(sampleTexts());
             return true;
@@ -211,7 +188,7 @@ bool SetupController::takeSample(const JsonValue&, std::string& error) {
 }
 
 bool SetupController::undo(const JsonValue&, std::string& error) {
-    return change(
+    return configuration.change(
         [](ConfigurationDraft& draft, std::string&) {
             draft.undo();
             return true;
@@ -234,77 +211,4 @@ bool SetupController::reload(const JsonValue&, std::string& error) {
     configuration.reload();
     error = configuration.problem();
     return error.empty();
-}
-
-bool SetupController::chooseSimulator(const JsonValue& json, std::string& error) {
-    state.simulatorIsVirtual = memberFlag(json, "virtual");
-    return startLink(error);
-}
-
-Platform SetupController::linkPlatform() const {
-    Platform chosen = platform;
-    if (state.simulatorIsVirtual) {
-        chosen.simConnect = networkSimConnectLibrary();
-        chosen.simConnect.open = [endpoint = virtualSimulator.endpoint()](SimConnectHandle* handle, const char* name,
-                                                                          void*, std::uint32_t, void*, std::uint32_t) {
-            return simConnectOpenAt(handle, name, endpoint, {});
-        };
-        chosen.host.findProcess = [](const auto& visit) { return visit("FlightSimulator.exe"); };
-    }
-    return chosen;
-}
-
-bool SetupController::startLink(std::string& error) {
-    link.reset();
-    const Platform chosen = linkPlatform();
-    link = std::make_unique<ModuleLink>(chosen.simConnect, chosen.host);
-    return link->start(configuration.forBridge()->settings.mobiflight, error);
-}
-
-bool SetupController::tryCommand(const JsonValue& json, std::string& error) {
-    if (link->state() != LinkState::Ready) {
-        error = std::string("The simulator isn't ready: it ") + linkStateText(link->state());
-        return false;
-    }
-    const bool sent = link->send(memberText(json, "command"), error);
-    state.progress.tried = state.progress.tried || sent;
-    return sent;
-}
-
-bool SetupController::registerProgram(const JsonValue&, std::string& error) {
-    if (!configuration.files().exist()) {
-        error = "Save the configuration first: the simulator starts the bridge with the saved one";
-        return false;
-    }
-    if (!bridge.programExists()) {
-        error = "There is no bridge at " + bridge.programPath();
-        return false;
-    }
-    const std::string& path = configuration.files().paths()[ConfigurationPart::Settings];
-    const auto changes =
-        registerBridge(platform.host, bridge.programPath(), FileSystem::resolved(path).value_or(path), error);
-    events.publish("registration", changesJson(changes));
-    look();
-    return error.empty();
-}
-
-bool SetupController::unregisterProgram(const JsonValue&, std::string& error) {
-    events.publish("registration", changesJson(unregisterBridge(platform.host, error)));
-    look();
-    return error.empty();
-}
-
-bool SetupController::startBridge(const JsonValue&, std::string& error) {
-    if (!configuration.files().exist()) {
-        error = "Save the configuration first: the bridge reads the saved one";
-        return false;
-    }
-    const bool started = bridge.start(configuration.files().paths()[ConfigurationPart::Settings], error);
-    look();
-    return started;
-}
-
-bool SetupController::endBridge(const JsonValue&, std::string&) {
-    bridge.end();
-    return true;
 }

@@ -169,7 +169,6 @@ void SetupController::onReport(const LiveReport& report, bool isVirtual) {
     }
     SeenControl& seen = state.seen[decoded.event.controlId];
     seen.isKnob = seen.isKnob || isTurn(decoded.action);
-    ++seen.uses;
     state.progress.pressed = true;
     // First, so that the page finds the control in the state.
     publishState();
@@ -233,6 +232,11 @@ void SetupController::publishState() {
         board.light = board.isVirtual ? virtualBoards.lightOf(board.name) : std::nullopt;
     }
     events.setState(stateJson(state, configuration));
+}
+
+bool SetupController::hasUnsavedChanges() {
+    const std::lock_guard lock(mutex);
+    return configuration.isChanged() && configuration.draft().canUndo();
 }
 
 std::string SetupController::difference() {

@@ -41,6 +41,8 @@ public:
 
     EventFeed& feed() { return events; }
 
+    bool hasUnsavedChanges();
+
     /// What saving would write, as JSON.
     std::string difference();
     /// Every HID device of this machine, as JSON, to find the boards' ids.
@@ -95,10 +97,9 @@ private:
     void showOn(const HidTransport& transport, const AppConfig& config, const LedCommand& light, std::string& error);
     void publishState();
 
-    // The actions (setup_actions.cpp). These need the mutex held.
+    // The actions (setup_actions.cpp, setup_bridge_actions.cpp). These need the mutex held.
     using Action = bool (SetupController::*)(const JsonValue& json, std::string& error);
     static Action actionOf(const std::string& word);
-    bool change(const EditedConfiguration::Edit& edit, std::string& error);
     bool addBoard(const JsonValue& json, std::string& error);
     bool removeBoard(const JsonValue& json, std::string& error);
     bool operate(const JsonValue& json, std::string& error);

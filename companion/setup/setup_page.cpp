@@ -48,6 +48,9 @@ bool runSetupPage(const Platform& platform, const SetupPageOptions& options, std
         return false;
     }
     session.run(options.inBrowser, screen);
+    if (controller.hasUnsavedChanges()) {
+        screen << "Changes that weren't saved are lost.\n";
+    }
     controller.stop();
     return true;
 }

@@ -9,7 +9,6 @@
 #include <nlohmann/json.hpp>
 
 #include <array>
-#include <memory>
 #include <utility>
 
 namespace {
@@ -81,7 +80,7 @@ Json controlsOf(const SetupState& state, const EditedConfiguration& configuratio
         byNumber[control.number] = {{"number", control.number},
                                     {"name", control.name},
                                     {"knob", control.isKnob},
-                                    {"uses", 0},
+                                    {"used", false},
                                     {"commands", commandsOf(control)}};
     }
     for (const auto& [number, seen] : state.seen) {
@@ -90,7 +89,7 @@ Json controlsOf(const SetupState& state, const EditedConfiguration& configuratio
         }
         Json& control = byNumber[number];
         control["knob"] = control["knob"].get<bool>() || seen.isKnob;
-        control["uses"] = seen.uses;
+        control["used"] = true;
     }
     Json array = Json::array();
     for (auto& [number, control] : byNumber) {
@@ -116,16 +115,16 @@ Json configurationOf(const SetupState& state, const EditedConfiguration& configu
               {"problem", configuration.problem()},
               {"changedOnDisk", state.changedOnDisk}};
     if (configuration.problem().empty()) {
-        const std::shared_ptr<const BridgeConfiguration> read = configuration.forBridge();
+        const AppConfig& settings = configuration.forBridge()->settings;
         json["exists"] = configuration.files().exist();
         json["changed"] = configuration.isChanged();
         json["canUndo"] = configuration.draft().canUndo();
         json["starts"] = configuration.verdict().bridgeStarts;
         json["refusal"] = configuration.verdict().refusal;
         json["findings"] = findingsOf(configuration.verdict().findings);
-        json["profiles"] = profilesOf(read->settings.outputs);
-        json["vendorId"] = read->settings.hid.vid;
-        json["productId"] = read->settings.hid.pid;
+        json["profiles"] = profilesOf(settings.outputs);
+        json["vendorId"] = settings.hid.vid;
+        json["productId"] = settings.hid.pid;
     }
     return json;
 }

@@ -21,10 +21,9 @@ struct ShownBoard {
     std::optional<LedCommand> light{};
 };
 
-/// What was seen of a control since the page was opened.
+/// A control that was used since the program was started.
 struct SeenControl {
     bool isKnob = false;
-    std::uint32_t uses = 0;
 };
 
 /// How far a first configuration has come.

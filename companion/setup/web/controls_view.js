@@ -72,7 +72,7 @@ export class ControlsView {
     const text = byId('control-search').value.trim().toLowerCase();
     const kind = byId('control-filter').value;
     for (const control of this.#controls) {
-      const fits = kind === 'all' || (kind === 'bare' ? control.commands.length === 0 : control.uses > 0);
+      const fits = kind === 'all' || (kind === 'bare' ? control.commands.length === 0 : control.used);
       const row = this.#rows.get(control.number).root;
       row.hidden = !fits || !row.textContent.toLowerCase().includes(text);
     }
@@ -107,7 +107,7 @@ class ControlRow {
   }
 
   show(control, describe) {
-    const shown = JSON.stringify({...control, uses: control.uses > 0});
+    const shown = JSON.stringify(control);
     if (shown === this.#shown) {
       return;
     }

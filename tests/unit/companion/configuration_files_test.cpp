@@ -140,6 +140,17 @@ TEST(ConfigurationFiles, ThatChangedMeanwhileAreNotOverwritten) {
     }
 }
 
+TEST(ConfigurationFiles, OfWhichOneHasVanishedAreNotMadeAnew) {
+    const WrittenFiles written;
+    ConfigurationFiles files(written.path("config.json"));
+    std::string error;
+    ASSERT_TRUE(files.read(error));
+    FileSystem::remove(written.path("my buttons.json"));
+    const auto before = written.all();
+    EXPECT_FALSE(files.save(changedTexts(), error));
+    EXPECT_EQ(written.all(), before);
+}
+
 TEST(ConfigurationFiles, StayAsTheyWereWhateverFails) {
     // Two files with a backup, a copy and a text each, one with its text, three replacements.
     constexpr int operationCount = 2 * 3 + 1 + 3;

@@ -1,0 +1,80 @@
+// The actions on the simulator and the bridge.
+
+#include "companion/setup/action_members.h"
+#include "companion/setup/setup_controller.h"
+#include "platform/file_system.h"
+#include "platform/network_simconnect.h"
+#include "wire/simconnect_open.h"
+
+bool SetupController::chooseSimulator(const JsonValue& json, std::string& error) {
+    state.simulatorIsVirtual = memberFlag(json, "virtual");
+    return startLink(error);
+}
+
+Platform SetupController::linkPlatform() const {
+    Platform chosen = platform;
+    if (state.simulatorIsVirtual) {
+        chosen.simConnect = networkSimConnectLibrary();
+        chosen.simConnect.open = [endpoint = virtualSimulator.endpoint()](SimConnectHandle* handle, const char* name,
+                                                                          void*, std::uint32_t, void*, std::uint32_t) {
+            return simConnectOpenAt(handle, name, endpoint, {});
+        };
+        chosen.host.findProcess = [](const auto& visit) { return visit("FlightSimulator.exe"); };
+    }
+    return chosen;
+}
+
+bool SetupController::startLink(std::string& error) {
+    link.reset();
+    const Platform chosen = linkPlatform();
+    link = std::make_unique<ModuleLink>(chosen.simConnect, chosen.host);
+    return link->start(configuration.forBridge()->settings.mobiflight, error);
+}
+
+bool SetupController::tryCommand(const JsonValue& json, std::string& error) {
+    if (link->state() != LinkState::Ready) {
+        error = std::string("The simulator isn't ready: it ") + linkStateText(link->state());
+        return false;
+    }
+    const bool sent = link->send(memberText(json, "command"), error);
+    state.progress.tried = state.progress.tried || sent;
+    return sent;
+}
+
+bool SetupController::registerProgram(const JsonValue&, std::string& error) {
+    if (!configuration.files().exist()) {
+        error = "Save the configuration first: the simulator starts the bridge with the saved one";
+        return false;
+    }
+    if (!bridge.programExists()) {
+        error = "There is no bridge at " + bridge.programPath();
+        return false;
+    }
+    const std::string& path = configuration.files().paths()[ConfigurationPart::Settings];
+    const auto changes =
+        registerBridge(platform.host, bridge.programPath(), FileSystem::resolved(path).value_or(path), error);
+    events.publish("registration", changesJson(changes));
+    look();
+    return error.empty();
+}
+
+bool SetupController::unregisterProgram(const JsonValue&, std::string& error) {
+    events.publish("registration", changesJson(unregisterBridge(platform.host, error)));
+    look();
+    return error.empty();
+}
+
+bool SetupController::startBridge(const JsonValue&, std::string& error) {
+    if (!configuration.files().exist()) {
+        error = "Save the configuration first: the bridge reads the saved one";
+        return false;
+    }
+    const bool started = bridge.start(configuration.files().paths()[ConfigurationPart::Settings], error);
+    look();
+    return started;
+}
+
+bool SetupController::endBridge(const JsonValue&, std::string&) {
+    bridge.end();
+    return true;
+}
