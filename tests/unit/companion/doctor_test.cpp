@@ -149,6 +149,11 @@ TEST(Doctor, NamesWhatIsWrongWithTheWayToTheSimulator) {
         {"simconnect-xml-malformed", [](M& pc) { pc.put("SimConnect.xml", "<SimBase.Document><SimConnect.Comm>"); }},
         {"simconnect-xml-disabled", [](M& pc) { pc.putSimConnectXml("<Disabled>True</Disabled>"); }},
         {"simconnect-port-differs", [](M& pc) { pc.putSimConnectXml("<Protocol>IPv4</Protocol><Port>5001</Port>"); }},
+        {"simconnect-port-differs",
+         [](M& pc) {
+             pc.putSimConnectXml("<Protocol>IPv4</Protocol><Port>5000</Port><Disabled>True</Disabled></SimConnect.Comm>"
+                                 "<SimConnect.Comm><Protocol>IPv4</Protocol><Port>5001</Port>");
+         }},
         {"simconnect-cfg-no-section", [](M& pc) { pc.files.write("bridge/SimConnect.cfg", "Port=5000\n"); }},
         {"simconnect-cfg-unusable",
          [](M& pc) { pc.files.write("bridge/SimConnect.cfg", "[SimConnect]\nProtocol=IPv5\nPort=5000\n"); }},
