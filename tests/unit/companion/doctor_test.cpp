@@ -243,6 +243,15 @@ TEST(Doctor, ReadsOfTwoUdevRulesOfOneNameTheFirst) {
     EXPECT_EQ(pc.complaints(), std::vector<std::string>{"board-rule-without-effect"});
 }
 
+TEST(Doctor, PrefersTheUdevRuleThatShouldWork) {
+    MadeUpMachine pc(Installation::Store2020);
+    pc.plugBoard({.refusedOpens = everyOpening});
+    pc.files.write("etc/99-board.rules", "hidraw 1234 ABCD uaccess");
+    pc.files.write("lib/70-board.rules", "hidraw 1234 ABCD uaccess");
+    pc.udevRuleFolders = {pc.files.path("etc"), pc.files.path("lib")};
+    EXPECT_EQ(pc.complaints(), std::vector<std::string>{"board-rule-without-effect"});
+}
+
 TEST(Doctor, MissesTheSimulator) {
     MadeUpMachine pc(Installation::Steam2020);
     pc.host.variables.clear();
