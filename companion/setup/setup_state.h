@@ -4,6 +4,7 @@
 #include "companion/setup/edited_configuration.h"
 #include "companion/setup/registration.h"
 #include "companion/trial/module_link.h"
+#include "hid/hid_protocol.h"
 
 #include <cstdint>
 #include <map>
