@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Tests the pages of vantrel in a real browser.
-#   browser-tests.sh [PRESET]        builds vantrel in that preset (linux by default; asan and tsan check it while
+#   browser-tests.sh [PRESET]        builds vantrel and the bridge in that preset (linux by default; asan and tsan check it while
 #                                    the browser drives it)
 #   browser-tests.sh --program FILE  tests a program that is already built
 set -euo pipefail
@@ -14,7 +14,7 @@ case "${1:-linux}" in
   *)
     at_most 1 "$@"
     preset=${1:-linux}
-    cmake --preset "$preset" && cmake --build --preset "$preset" --target=vantrel
+    cmake --preset "$preset" && cmake --build --preset "$preset" --target vantrel VantrelBridgeHID
     program=$PWD/build/$preset/vantrel
     ;;
 esac

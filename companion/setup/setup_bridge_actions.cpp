@@ -28,6 +28,7 @@ bool SetupController::startLink(std::string& error) {
     link.reset();
     const Platform chosen = linkPlatform();
     link = std::make_unique<ModuleLink>(chosen.simConnect, chosen.host);
+    state.simulatorState = link->state();
     return link->start(configuration.forBridge()->settings.mobiflight, error);
 }
 
