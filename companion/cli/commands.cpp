@@ -24,11 +24,11 @@ Commands::Commands(CLI::App& program, const Platform& platform)
 int Commands::run(std::ostream& out, std::ostream& err) const {
     // The demo's own stream to the screen: its bridge uses `out` while it runs in console mode.
     std::ostream screen(out.rdbuf());
-    const bool colour = wantsColour(platform.host);
+    const TextStyle style{wantsColour(platform.host), showsUnicode(platform.host)};
     const std::pair<bool, std::function<int()>> commands[] = {
         {setup.isChosen(), [&] { return setup.run(out, err); }},
-        {doctor.isChosen(), [&] { return doctor.run(out, {colour, showsUnicode(platform.host)}); }},
-        {check.isChosen(), [&] { return check.run(out, err, colour); }},
+        {doctor.isChosen(), [&] { return doctor.run(out, style); }},
+        {check.isChosen(), [&] { return check.run(out, err, style.colour); }},
         {boards.isChosen(), [&] { return boards.run(out, err); }},
         {watch.isChosen(), [&] { return watch.run(out, err); }},
         {record.isChosen(), [&] { return record.run(out, err); }},
