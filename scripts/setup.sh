@@ -39,8 +39,9 @@ if [ "${#missing[@]}" -gt 0 ]; then
   fi
 fi
 
-scripts/fetch-source.sh cpp-httplib
-if [ -z "${1:-}" ]; then
-  scripts/fetch-source.sh minizip
+if [ -n "${1:-}" ]; then
+  scripts/fetch-source.sh cpp-httplib
+else
+  scripts/fetch-source.sh cpp-httplib minizip
   scripts/fetch-vm-kernel.sh
 fi

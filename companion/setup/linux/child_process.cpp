@@ -17,7 +17,7 @@ extern char** environ; // NOLINT(readability-redundant-declaration): not every C
 
 namespace {
 
-/// Both ends of a pipe, which the child only gets where it is told to.
+/// Both ends of a pipe. The child inherits neither, only what it is given as a stream.
 struct PipeEnds {
     int read = -1;
     int write = -1;
