@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Tests the pages of vantrel in a real browser.
-#   browser-tests.sh [PRESET]        builds vantrel and the bridge in that preset (linux by default; asan and tsan check it while
-#                                    the browser drives it)
+#   browser-tests.sh [PRESET]        builds vantrel and the bridge in that preset (linux by default; asan and tsan check
+#                                    them while the browser drives them)
 #   browser-tests.sh --program FILE  tests a program that is already built
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
