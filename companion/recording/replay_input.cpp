@@ -11,8 +11,14 @@
 
 namespace {
 
-std::int64_t nanosecondsOf(std::chrono::milliseconds time) {
-    return std::chrono::nanoseconds(time).count();
+/// A pause that is longer comes from a log of several days, or from a typing mistake.
+constexpr std::chrono::milliseconds longestPause = std::chrono::hours(24);
+/// So far times are counted, which is decades.
+constexpr std::int64_t latestTime = 1'000'000'000'000'000'000;
+
+void addPause(std::int64_t& time, std::chrono::milliseconds pause) {
+    const std::chrono::nanoseconds added = std::clamp(pause, std::chrono::milliseconds(0), longestPause);
+    time = std::min(time + added.count(), latestTime);
 }
 
 /// As the bridge names it.
@@ -27,7 +33,7 @@ void addReports(ReplayInput& input, const Scenario& scenario, const ScenarioRepo
     const auto board =
         std::ranges::find_if(scenario.boards, [&](const RigBoard& other) { return other.name == step.board; });
     for (long i = 0; i < step.times; ++i) {
-        time += i == 0 ? 0 : nanosecondsOf(step.pause);
+        addPause(time, i == 0 ? std::chrono::milliseconds(0) : step.pause);
         const auto index = static_cast<int>(std::distance(scenario.boards.begin(), board));
         input.reports.push_back({time, loggedName(*board), index, step.bytes, {}, ""});
     }
@@ -44,7 +50,7 @@ bool readScenario(const std::string& path, std::string_view text, ReplayInput& i
         if (action == nullptr) {
             continue;
         }
-        time += nanosecondsOf(action->duration);
+        addPause(time, action->duration);
         if (!action->reports.board.empty() && !action->reports.bytes.empty()) {
             addReports(input, scenario, action->reports, time);
         }
@@ -54,10 +60,14 @@ bool readScenario(const std::string& path, std::string_view text, ReplayInput& i
 
 void readLog(const std::string& path, std::string_view text, ReplayInput& input) {
     const HidLog log = parseHidLog(text);
+    std::int64_t time = 0;
+    std::chrono::milliseconds before{0};
     for (const HidLogReport& report : log.reports) {
         const auto index =
             static_cast<int>(std::distance(log.devices.begin(), std::ranges::find(log.devices, report.device)));
-        input.reports.push_back({nanosecondsOf(report.offset), report.device, index, report.bytes, {}, ""});
+        addPause(time, report.offset - before);
+        before = report.offset;
+        input.reports.push_back({time, report.device, index, report.bytes, {}, ""});
     }
     for (const HidLogProblem& problem : log.problems) {
         input.problems.push_back(path + ':' + std::to_string(problem.line) + ": " + problem.text);

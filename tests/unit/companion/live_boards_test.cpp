@@ -65,6 +65,8 @@ TEST_F(LiveBoardsTest, ReportsBetweenArrivalAndDeparture) {
     ASSERT_TRUE(waitForCount(1));
     board->press(20);
     board->sendRaw(std::vector<std::uint8_t>{1, 2});
+    // A board that is found gone is no longer read.
+    ASSERT_TRUE(waitForCount(3));
     bus.unplug(board);
     ASSERT_TRUE(waitForCount(4));
     EXPECT_EQ(seen(), (std::vector<std::string>{"came " + name + " PFD", "press sends MASTER", "Invalid report length",

@@ -135,6 +135,9 @@ TEST_F(RecordingTest, ReplaysScenariosAndTraceLogs) {
     ASSERT_EQ(log.reports.size(), 2U);
     EXPECT_EQ(log.reports[1].time, 2000 * msNs);
     EXPECT_EQ(log.reports[1].index, 1);
+    // No pause is longer than a day.
+    const ReplayInput slow = replayed("board P\n> P press 1\n> wait 99999999999s\n> P press 1\n");
+    EXPECT_EQ(slow.reports[1].time, 86'400'000 * msNs);
     EXPECT_EQ(log.problems, std::vector<std::string>{"r:3: the line's beginning is missing"});
 }
 
