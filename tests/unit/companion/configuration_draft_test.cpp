@@ -1,10 +1,13 @@
 #include "companion/draft/configuration_draft.h"
 
+#include "config/app_config.h"
+
 #include <gtest/gtest.h>
 
 namespace {
 
-const ConfigurationPaths draftPaths{{"c/config.json", "c/hid_event_map.json", "c/buttons.json"}};
+const ConfigurationPaths draftPaths{{"c/config.json", resolveConfigPath("c/config.json", "hid_event_map.json"),
+                                     resolveConfigPath("c/config.json", "buttons.json")}};
 
 const ConfigurationTexts smallTexts{{
     R"({"hid": {"vid": "16C0", "pid": "27DB"}, "mappings": {"buttonConfigPath": "buttons.json", "hidEventMapPath": "hid_event_map.json"},
@@ -152,7 +155,7 @@ TEST(ConfigurationDraft, RefusesToChangeWhatIsInTheWay) {
     ConfigurationDraft draft(draftPaths, texts);
     std::string error;
     EXPECT_FALSE(draft.setCommand({"AP", false, "PRESS", "PFD"}, "x", error));
-    EXPECT_NE(error.find("c/buttons.json can't take this change"), std::string::npos);
+    EXPECT_NE(error.find(draftPaths[ConfigurationPart::Commands] + " can't take this change"), std::string::npos);
     EXPECT_FALSE(draft.canUndo());
 }
 
