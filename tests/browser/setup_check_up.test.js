@@ -29,6 +29,16 @@ test('it looks when it is opened, and says what the command says in the same ord
   await view.waitForText('check-up-state', /^\d+ faults?, \d+ warnings?$/);
 });
 
+test('why it can’t register is in sight', async () => {
+  const {view, folder} = shared;
+  await row(`there is no ${folder.exeXml}`).getByRole('button', {name: 'Register the bridge'}).click();
+  await view.button('Yes').click();
+  await view.waitForText('trouble', /^Save the configuration first/);
+  const {top, bottom} = await view.page.locator('#trouble').evaluate((alert) => alert.getBoundingClientRect().toJSON());
+  assert.ok(top >= 0 && bottom <= view.page.viewportSize().height, `${top} to ${bottom}`);
+  view.errors.length = 0;
+});
+
 test('it registers the bridge after asking, and looks again', async () => {
   const {view, folder} = shared;
   await shared.run.act({do: 'sample'});
