@@ -31,11 +31,12 @@ async function fillPage(view) {
 }
 
 for (const colorScheme of ['light', 'dark']) {
-  test(`axe-core finds nothing on the ${colorScheme} page, the dialogs and at a first start`, async () => {
+  test(`axe-core finds nothing on the ${colorScheme} page, its check-up, the dialogs and at a first start`, async () => {
     await withPage({colorScheme, reducedMotion: 'reduce'}, async (view) => {
       await view.page.locator('[data-board="virtual-2"]').waitFor();
       assert.deepEqual(await faultsOf(view), []);
       await fillPage(view);
+      await view.openCheckUp();
       assert.deepEqual(await faultsOf(view), []);
       await view.button('Assign SOFTKEY_1').click();
       await view.page.locator('#event-search').fill('heading');
@@ -55,6 +56,7 @@ for (const width of [360, 600, 1024, 1920]) {
   test(`nothing stands out sideways at a width of ${width}`, async () => {
     await withPage({viewport: {width, height: 800}}, async (view) => {
       await fillPage(view);
+      await view.openCheckUp();
       assert.ok(await view.page.evaluate(() => document.documentElement.scrollWidth) <= width);
       await view.button('Assign SOFTKEY_1').click();
       await view.page.locator('#event-search').fill('heading');

@@ -65,10 +65,10 @@ export class BridgeView {
       ...differenceOf(files));
   }
 
+  // True once it is done.
   async register() {
-    if (await ask('Register the bridge?', 'The simulator then starts it. This adds an entry to:', ...this.#bridge.places.map(({path}) => path))) {
-      this.#carryOut({do: 'register'});
-    }
+    const places = this.#bridge.places.map(({path}) => path);
+    return await ask('Register the bridge?', 'The simulator then starts it. This adds an entry to:', ...places) && this.#carryOut({do: 'register'});
   }
 
   async #restart() {

@@ -7,6 +7,7 @@ import {ask} from './ask.js';
 import {BoardsView} from './boards_view.js';
 import {BridgeView} from './bridge_view.js';
 import {Catalogue} from './catalogue.js';
+import {CheckUpView} from './check_up_view.js';
 import {hasToken, listen} from './connection.js';
 import {ControlsView} from './controls_view.js';
 import {element, setText} from './dom.js';
@@ -36,6 +37,7 @@ class SetupPage {
     const bridge = new BridgeView(carryOut);
     this.#controls = new ControlsView(this.#catalogue, carryOut, (control) => this.#assign.open(control));
     this.#views = [new BoardsView(carryOut), this.#controls, this.#assign, new LightsView(carryOut), new FindingsView(), bridge, saveBar,
+      new CheckUpView(() => bridge.register()),
       new Guide({review: () => saveBar.review(), register: () => bridge.register()})];
     for (const button of document.querySelectorAll('[data-do]')) {
       button.addEventListener('click', () => carryOut({do: button.dataset.do}));

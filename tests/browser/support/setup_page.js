@@ -1,6 +1,7 @@
 // The setup page as a person sees and uses it, with a folder of its own and a simulator's folder to register in.
 
 import assert from 'node:assert/strict';
+import {spawnSync} from 'node:child_process';
 import {mkdirSync, mkdtempSync, readFileSync, rmSync} from 'node:fs';
 import {tmpdir} from 'node:os';
 import {join} from 'node:path';
@@ -36,6 +37,11 @@ export class SetupPage {
   text(id) { return this.page.locator(`#${id}`).textContent(); }
   waitForText(id, pattern) { return waitFor(async () => pattern.test(await this.text(id)), `${pattern} in ${id}`); }
 
+  async openCheckUp() {
+    await this.page.locator('#check-up summary').click();
+    await this.page.locator('#check-up-results li').first().waitFor();
+  }
+
   async name(number, name) {
     await this.row(number).locator('input').fill(name);
     await this.row(number).getByRole('button', {name: 'Name it'}).click();
@@ -68,9 +74,16 @@ export class SetupFolder {
   read(name) { return readFileSync(join(this.path, 'config', name), 'utf8'); }
 
   start(...options) {
-    return Cockpit.launch(['setup', '--no-browser', '--port', '0', '--config', this.config, ...options],
-      {APPDATA: this.path, LOCALAPPDATA: ''});
+    return Cockpit.launch(['setup', '--no-browser', '--port', '0', '--config', this.config, ...options], this.#environment);
   }
+
+  // The answers of the command.
+  doctor() {
+    return JSON.parse(spawnSync(process.env.VANTREL, ['doctor', '--json', '--config', this.config],
+      {encoding: 'utf8', env: {...process.env, ...this.#environment}}).stdout);
+  }
+
+  get #environment() { return {APPDATA: this.path, LOCALAPPDATA: ''}; }
 
   remove() { rmSync(this.path, {recursive: true}); }
 }
