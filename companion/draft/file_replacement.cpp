@@ -17,6 +17,10 @@ std::string backupPath(const FileReplacement& file) {
     return file.path + ".bak";
 }
 
+std::string newBackupPath(const FileReplacement& file) {
+    return backupPath(file) + ".new";
+}
+
 std::string lastReason() {
     return errno == 0 ? "the system gives no reason" : std::generic_category().message(errno);
 }
@@ -60,8 +64,7 @@ public:
             replaced += error.empty() ? 1 : 0;
         }
         if (!error.empty()) {
-            undo();
-            error += ". Nothing was changed";
+            error += undo();
         }
         return error.empty();
     }
@@ -74,7 +77,10 @@ private:
     std::string prepare() const {
         for (const FileReplacement& file : files) {
             FileSystem::makeFolders(FileSystem::parentPath(file.path));
-            std::string reason = file.exists ? keepOld(file) : "";
+            // One that an earlier attempt has left may be read-only.
+            FileSystem::remove(newPath(file));
+            // The copy gives the new file the old one's permissions.
+            std::string reason = file.exists ? operations.copy(file.path, newPath(file)) : "";
             reason = reason.empty() ? operations.write(newPath(file), file.text) : reason;
             if (!reason.empty()) {
                 return file.path + " can't be written: " + reason;
@@ -83,29 +89,35 @@ private:
         return "";
     }
 
-    /// The copy for the new text has the old file's permissions.
-    std::string keepOld(const FileReplacement& file) const {
-        const std::string reason = operations.copy(file.path, backupPath(file));
-        return reason.empty() ? operations.copy(file.path, newPath(file)) : reason;
-    }
-
     std::string replace(const FileReplacement& file) const {
-        const std::string reason = operations.rename(newPath(file), file.path);
+        std::string reason = file.exists ? keepOld(file) : "";
+        reason = reason.empty() ? operations.rename(newPath(file), file.path) : reason;
         return reason.empty() ? "" : file.path + " can't be replaced: " + reason;
     }
 
-    void undo() {
+    /// The earlier backup stays until this one is whole.
+    std::string keepOld(const FileReplacement& file) const {
+        FileSystem::remove(newBackupPath(file));
+        const std::string reason = operations.copy(file.path, newBackupPath(file));
+        return reason.empty() ? operations.rename(newBackupPath(file), backupPath(file)) : reason;
+    }
+
+    /// Returns what to add to the message.
+    std::string undo() {
         for (const FileReplacement& file : files) {
             FileSystem::remove(newPath(file));
+            FileSystem::remove(newBackupPath(file));
         }
+        std::string lost;
         while (replaced > 0) {
             const FileReplacement& file = files[--replaced];
-            if (file.exists) {
-                FileSystem::renameFile(backupPath(file), file.path);
-            } else {
+            if (!file.exists) {
                 FileSystem::remove(file.path);
+            } else if (!FileSystem::renameFile(backupPath(file), file.path)) {
+                lost += ". " + file.path + " can't be restored; its old text is in " + backupPath(file);
             }
         }
+        return lost.empty() ? ". Nothing was changed" : lost;
     }
 };
 
