@@ -1,5 +1,6 @@
 #include "companion/page/connection_threads.h"
 
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -14,10 +15,18 @@ void ConnectionThreads::enqueue(std::function<void()> connection) {
         const std::lock_guard lock(mutex);
         waiting.push_back(std::move(connection));
         if (waiting.size() > idle && threads.size() < mostThreads) {
-            threads.emplace_back([this] { work(); });
+            addThread();
         }
     }
     changed.notify_one();
+}
+
+void ConnectionThreads::addThread() {
+    try {
+        threads.emplace_back([this] { work(); });
+    } catch (const std::system_error&) {
+        // The system gives no more threads. The connection waits for one of those that there are.
+    }
 }
 
 void ConnectionThreads::shutdown() {

@@ -27,5 +27,7 @@ private:
     std::size_t idle = 0;
     bool ending = false;
 
+    /// Called with the mutex held.
+    void addThread();
     void work();
 };
