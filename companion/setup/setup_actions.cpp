@@ -74,12 +74,24 @@ bool SetupController::act(const JsonValue& json, std::string& error) {
         idsChanged = watchedIds != read->settings.hid.vid + ':' + read->settings.hid.pid;
         realLive.setConfiguration(read);
         virtualLive.setConfiguration(configurationFor(true));
+        showRoles(read->settings);
         publishState();
     }
     if (idsChanged) {
         restartRealBoards();
     }
     return done;
+}
+
+void SetupController::showRoles(const AppConfig& config) {
+    for (ShownBoard& board : state.boards) {
+        const DeviceEntry* const entry = findDeviceEntry(config, board.name, board.index);
+        const std::string role = entry == nullptr ? "" : entry->role;
+        if (role != board.configuredRole) {
+            board.configuredRole = role;
+            board.role = role;
+        }
+    }
 }
 
 bool SetupController::addBoard(const JsonValue&, std::string&) {
@@ -181,7 +193,10 @@ bool SetupController::previewLight(const JsonValue& json, std::string& error) {
 bool SetupController::takeSample(const JsonValue&, std::string& error) {
     return configuration.change(
         [](ConfigurationDraft& draft, std::string&) {
-            draft.replace(sampleTexts());
+            // The settings name the user's own board, and the files that this writes to.
+            ConfigurationTexts texts = sampleTexts();
+            texts[ConfigurationPart::Settings] = draft.texts()[ConfigurationPart::Settings];
+            draft.replace(std::move(texts));
             return true;
         },
         error);

@@ -145,7 +145,7 @@ void SetupController::restartRealBoards() {
 
 void SetupController::onArrival(const LiveBoard& board, bool isVirtual) {
     const std::lock_guard lock(mutex);
-    state.boards.push_back({board.name, board.index, isVirtual, board.configuredRole});
+    state.boards.push_back({board.name, board.index, isVirtual, board.configuredRole, board.configuredRole});
     publishState();
 }
 
@@ -204,6 +204,8 @@ void SetupController::look() {
         configuration.files().areUnchanged(state.changedOnDisk);
     }
     followLog();
+    // They would grow for as long as the page is open.
+    virtualSimulator.clearRecords();
     publishState();
 }
 
@@ -237,6 +239,11 @@ void SetupController::publishState() {
 bool SetupController::hasUnsavedChanges() {
     const std::lock_guard lock(mutex);
     return configuration.isChanged() && configuration.draft().canUndo();
+}
+
+bool SetupController::hasBridge() {
+    const std::lock_guard lock(mutex);
+    return bridge.wasStartedHere();
 }
 
 std::string SetupController::difference() {

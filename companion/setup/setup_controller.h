@@ -42,6 +42,8 @@ public:
     EventFeed& feed() { return events; }
 
     bool hasUnsavedChanges();
+    /// A bridge that was started here runs. It ends with this object, which may take half a minute.
+    bool hasBridge();
 
     /// What saving would write, as JSON.
     std::string difference();
@@ -96,6 +98,8 @@ private:
     /// Writes a light to the boards that have the ids of the configuration; the first failure is in `error`.
     void showOn(const HidTransport& transport, const AppConfig& config, const LedCommand& light, std::string& error);
     void publishState();
+    /// Of the boards whose role in the configuration has changed.
+    void showRoles(const AppConfig& config);
 
     // The actions (setup_actions.cpp, setup_bridge_actions.cpp). These need the mutex held.
     using Action = bool (SetupController::*)(const JsonValue& json, std::string& error);

@@ -53,6 +53,9 @@ bool runSetupPage(const Platform& platform, const SetupPageOptions& options, std
     if (controller.hasUnsavedChanges()) {
         screen << "Changes that weren't saved are lost.\n";
     }
+    if (controller.hasBridge()) {
+        screen << "Ending the bridge, which may take half a minute.\n" << std::flush;
+    }
     controller.stop();
     return true;
 }

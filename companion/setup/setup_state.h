@@ -17,6 +17,9 @@ struct ShownBoard {
     std::string name;
     int index = -1;
     bool isVirtual = false;
+    /// Empty if it has none there.
+    std::string configuredRole;
+    /// That of its last event; the configured one before its first.
     std::string role;
     /// Of a virtual one, if it has received one.
     std::optional<LedCommand> light{};
