@@ -12,6 +12,9 @@ alone=(bench)
 # The longest first, so that none runs alone at the end.
 unit_programs=(demo mapping registration app hid simulation wire platform logging config sim mobiflight companion page text)
 
+# Those of folders without threads have nothing to race.
+threaded_programs=(demo mapping app hid simulation wire platform logging sim mobiflight companion page)
+
 is_in() { # word, list...
   local word=$1
   shift
@@ -151,6 +154,7 @@ step_tsan() {
   # The deadlock detector checks the lock order of docs/architecture.md. It knows what one object's mutexes were taken
   # under in that object's life, so the demo's flight is played too: one bridge that uses nearly all of them.
   local options=detect_deadlocks=1:halt_on_error=1:second_deadlock_stack=1
+  local unit_programs=("${threaded_programs[@]}")
   build_preset tsan vantrel
   TSAN_OPTIONS=$options ctest --test-dir build/tsan -R '^scenario-demo-flight$' --output-on-failure
   test_units tsan TSAN_OPTIONS="$options"
