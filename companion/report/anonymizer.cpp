@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <optional>
 
 namespace {
@@ -103,6 +104,17 @@ std::vector<std::string> encodings(const std::string& name) {
     return names;
 }
 
+/// With its domain and without. The longer one comes first, so that a text loses all of it.
+std::vector<std::string> formsOfComputer(const std::vector<std::string>& names) {
+    std::vector<std::string> forms;
+    for (const std::string& name : names) {
+        for (const std::string& form : {name, name.substr(0, name.find('.'))}) {
+            std::ranges::copy(encodings(form), std::back_inserter(forms));
+        }
+    }
+    return forms;
+}
+
 /// Without separators at its end. The root is no home folder: everything is in it.
 std::string trimmedFolder(std::string folder) {
     while (!folder.empty() && isSeparator(folder.back())) {
@@ -118,13 +130,13 @@ PrivateNames privateNames(const Host& host) {
         const std::string value = host.environmentVariable(first).value_or("");
         return value.empty() ? host.environmentVariable(second).value_or("") : value;
     };
-    return {variable("USERPROFILE", "HOME"), variable("USERNAME", "USER"), computerName()};
+    return {variable("USERPROFILE", "HOME"), variable("USERNAME", "USER"), computerNames()};
 }
 
 Anonymizer::Anonymizer(const PrivateNames& names)
     : homeFolders(encodings(trimmedFolder(names.homeFolder))),
       userNames(encodings(names.userName)),
-      computerNames(encodings(names.computerName)) {}
+      computerNames(formsOfComputer(names.computerNames)) {}
 
 std::optional<Anonymizer::Replacement> Anonymizer::replacementAt(std::string_view text, std::size_t done,
                                                                  std::size_t at) const {

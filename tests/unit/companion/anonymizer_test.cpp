@@ -7,7 +7,7 @@
 #include <utility>
 
 TEST(Anonymizer, ReplacesPrivateNamesOnly) {
-    const Anonymizer anonymizer({R"(C:\Users\Anna Maria\)", "anna", "COCKPIT"});
+    const Anonymizer anonymizer({R"(C:\Users\Anna Maria\)", "anna", {"COCKPIT", "panel.example.org"}});
     const std::vector<std::pair<std::string, std::string>> rows{
         // The home folder, in every way of writing it.
         {R"(C:\Users\Anna Maria\x.log)", R"(<home>\x.log)"},
@@ -31,6 +31,7 @@ TEST(Anonymizer, ReplacesPrivateNamesOnly) {
         {"/home/", "/home/"},
         // The computer.
         {"\\\\cockpit\\share on Cockpit, cockpit-2", "\\\\<computer>\\share on <computer>, cockpit-2"},
+        {"panel.example.org, Panel: panels", "<computer>, <computer>: panels"},
         {"VirtualCockpit cockpits", "VirtualCockpit cockpits"},
         // Boards stay.
         {"HID device connected: 00000000000000A1 index=0", "HID device connected: 00000000000000A1 index=0"},
@@ -44,11 +45,11 @@ TEST(Anonymizer, ReplacesPrivateNamesOnly) {
 TEST(Anonymizer, LeavesAllIfNothingIsKnown) {
     const std::string text = "/root/x, C:\\x, anna";
     EXPECT_EQ(Anonymizer(PrivateNames()).anonymized(text), text);
-    EXPECT_EQ(Anonymizer({"/", "", ""}).anonymized(text), text);
+    EXPECT_EQ(Anonymizer({"/", "", {}}).anonymized(text), text);
 }
 
 TEST(Anonymizer, DoesNotTakeTheHomeFolderForAFolderOfUsers) {
-    EXPECT_EQ(Anonymizer({"/x/home", "", ""}).anonymized("/x/home/documents"), "<home>/documents");
+    EXPECT_EQ(Anonymizer({"/x/home", "", {}}).anonymized("/x/home/documents"), "<home>/documents");
 }
 
 TEST(PrivateNames, AreTheEnvironments) {
