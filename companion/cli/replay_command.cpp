@@ -88,7 +88,9 @@ bool ReplayCommand::send(const ReplayInput& input, const BridgeConfiguration& co
     }
     const std::size_t played = play(input, link, sender, out);
     sender.finish(session.limit());
-    const std::string shortfall = replayShortfall(played, input.reports.size(), Interrupt::requested(), link.state());
+    // A module that has gone shows only in that it answers no more.
+    const LinkState end = session.read(link, "1", error) ? LinkState::Ready : LinkState::ModuleSilent;
+    const std::string shortfall = replayShortfall(played, input.reports.size(), Interrupt::requested(), end);
     err << (shortfall.empty() ? "" : "vantrel: " + shortfall + '\n');
     return shortfall.empty();
 }
