@@ -5,13 +5,30 @@
 #include "companion/cli/exit_code.h"
 #include "companion/cli/follow_boards.h"
 #include "companion/recording/record_text.h"
+#include "hid/usb_ids.h"
 #include "platform/file_system.h"
 
 #include <CLI/CLI.hpp>
 
 #include <atomic>
-#include <fstream>
+#include <cerrno>
+#include <cstdint>
 #include <ostream>
+#include <system_error>
+
+namespace {
+
+/// Looked at early, so that a record isn't emptied for a run that can't begin.
+bool hasUsbIds(const HidConfig& hid, std::ostream& err) {
+    std::uint32_t id = 0;
+    const bool isGood = parseUsbId(hid.vid, id) && parseUsbId(hid.pid, id);
+    if (!isGood) {
+        err << "vantrel: " << invalidUsbIds << ": \"vantrel check\" says where\n";
+    }
+    return isGood;
+}
+
+} // namespace
 
 RecordCommand::RecordCommand(CLI::App& program, const Platform& platform)
     : platform(platform), command(program.add_subcommand("record", "Write down what the boards send")) {
@@ -35,6 +52,16 @@ bool RecordCommand::mayWrite(std::ostream& err) const {
     return false;
 }
 
+bool RecordCommand::open(std::ofstream& stream, std::ostream& err) const {
+    errno = 0;
+    stream = FileSystem::openForWriting(file);
+    if (!stream.is_open()) {
+        err << "vantrel: " << file << " can't be opened: " << std::generic_category().message(errno == 0 ? EIO : errno)
+            << '\n';
+    }
+    return stream.is_open();
+}
+
 int RecordCommand::run(std::ostream& out, std::ostream& err) const {
     const auto configuration = chosenConfiguration(platform.host, configPath, err);
     std::string config;
@@ -47,7 +74,10 @@ int RecordCommand::run(std::ostream& out, std::ostream& err) const {
     if (!mayWrite(err)) {
         return ExitCode::wrongUsage;
     }
-    std::ofstream stream = FileSystem::openForWriting(file);
+    std::ofstream stream;
+    if (!hasUsbIds(configuration->settings.hid, err) || !open(stream, err)) {
+        return ExitCode::couldNotLook;
+    }
     std::atomic<bool> failed{false};
     std::size_t reports = 0;
     // Line by line, so that a record that is cut loses nothing.

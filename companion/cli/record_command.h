@@ -4,6 +4,7 @@
 
 #include <CLI/App.hpp>
 
+#include <fstream>
 #include <iosfwd>
 #include <string>
 
@@ -26,4 +27,5 @@ private:
     bool force = false;
 
     bool mayWrite(std::ostream& err) const;
+    bool open(std::ofstream& stream, std::ostream& err) const;
 };

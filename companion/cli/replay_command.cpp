@@ -4,7 +4,7 @@
 #include "companion/cli/exit_code.h"
 #include "companion/cli/interrupt.h"
 #include "companion/live/live_text.h"
-#include "companion/trial/event_sender.h"
+#include "companion/trial/replay_shortfall.h"
 #include "platform/file_system.h"
 
 #include <CLI/CLI.hpp>
@@ -35,7 +35,7 @@ ReplayCommand::ReplayCommand(CLI::App& program, const Platform& platform)
     command->footer("Uses the present configuration, not the one of the record, and needs neither boards nor, without\n"
                     "--send, a simulator.\n"
                     "Exit code: 0 all was played, 1 some lines can't be read, 2 wrong usage, 3 nothing to play, no\n"
-                    "usable configuration, or no simulator to send to.\n"
+                    "usable configuration, no simulator to send to, or not all was sent to it.\n"
                     "Examples:\n"
                     "  vantrel replay knob.scenario\n"
                     "  vantrel replay VantrelBridgeHID.log --config panels/config.json\n"
@@ -86,18 +86,31 @@ bool ReplayCommand::send(const ReplayInput& input, const BridgeConfiguration& co
         err << "vantrel: " << error << '\n';
         return false;
     }
+    const std::size_t played = play(input, link, sender, out);
+    sender.finish(session.limit());
+    // A module that has gone shows only in that it answers no more.
+    const LinkState end = session.read(link, "1", error) ? LinkState::Ready : LinkState::ModuleSilent;
+    const std::string shortfall = replayShortfall(played, input.reports.size(), Interrupt::requested(), end);
+    err << (shortfall.empty() ? "" : "vantrel: " + shortfall + '\n');
+    return shortfall.empty();
+}
+
+/// Until the end, Ctrl+C or the end of the session. Gives how many reports were played.
+std::size_t ReplayCommand::play(const ReplayInput& input, const ModuleLink& link, EventSender& sender,
+                                std::ostream& out) const {
     const std::int64_t begin = platform.host.now();
+    std::size_t played = 0;
     for (const LiveReport& report : input.reports) {
-        if (!sleepUntil(begin + report.time)) {
+        if (!sleepUntil(begin + report.time) || link.state() != LinkState::Ready) {
             break;
         }
         out << reportText(report, 0, raw) << std::flush;
         if (report.event) {
             sender.send(report.event->event, report.board, report.index);
         }
+        ++played;
     }
-    sender.finish(session.limit());
-    return true;
+    return played;
 }
 
 /// False: Ctrl+C was pressed before.

@@ -2,10 +2,14 @@
 
 #include "companion/cli/module_session.h"
 #include "companion/recording/replay_input.h"
+#include "companion/trial/event_sender.h"
+#include "companion/trial/module_link.h"
 #include "platform/platform.h"
 
 #include <CLI/App.hpp>
 
+#include <cstddef>
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 
@@ -31,5 +35,6 @@ private:
     bool read(const BridgeConfiguration& configuration, ReplayInput& input, std::ostream& err) const;
     bool send(const ReplayInput& input, const BridgeConfiguration& configuration, std::ostream& out,
               std::ostream& err) const;
+    std::size_t play(const ReplayInput& input, const ModuleLink& link, EventSender& sender, std::ostream& out) const;
     bool sleepUntil(std::int64_t time) const;
 };

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <optional>
 
 namespace {
@@ -57,22 +58,37 @@ std::optional<std::size_t> behindWord(std::string_view text, std::size_t at, std
     return end && isWordEnd(text, *end) ? end : std::nullopt;
 }
 
-std::optional<std::size_t> behindAny(std::string_view text, std::size_t at, const std::vector<std::string>& names) {
+/// The same, for a folder, whose name could go on with a dot, for example.
+std::optional<std::size_t> behindFolder(std::string_view text, std::size_t at, std::string_view folder) {
+    constexpr std::string_view ends = "/\\\"'<>|:;,) \t\r\n";
+    const std::optional<std::size_t> end = behindName(text, at, folder);
+    const bool endsThere = end && (*end == text.size() || ends.find(text[*end]) != std::string_view::npos);
+    return endsThere ? end : std::nullopt;
+}
+
+/// The first match of `behind`, which is one of the functions above.
+template <typename Behind>
+std::optional<std::size_t> behindAny(std::string_view text, std::size_t at, const std::vector<std::string>& names,
+                                     Behind behind) {
     for (const std::string& name : names) {
-        if (const std::optional<std::size_t> end = behindWord(text, at, name)) {
+        if (const std::optional<std::size_t> end = behind(text, at, name)) {
             return end;
         }
     }
     return std::nullopt;
 }
 
-/// Where a folder's name that begins at `at` ends. It may have blanks if a separator follows.
+/// Where a folder's name that begins at `at` ends. Too much is rather taken than too little: blanks belong to it unless
+/// a mark behind them ends the path, and quotes and commas if the path may go on behind them.
 std::size_t folderNameEnd(std::string_view text, std::size_t at) {
-    const std::size_t hardEnd = std::min(text.find_first_of("/\\\"'<>|:;,\r\n", at), text.size());
-    if (hardEnd < text.size() && isSeparator(text[hardEnd])) {
-        return hardEnd;
-    }
-    return std::min(text.find_first_of(" \t)", at), hardEnd);
+    const std::string_view line = text.substr(0, text.find_first_of("\r\n", at));
+    const std::size_t end = std::min(line.find_first_of("/\\\"<>|:", at), line.size());
+    const bool hasSeparator = line.find_first_of("/\\", at) != std::string_view::npos;
+    const bool isQuoted = end < line.size() && line[end] == '"';
+    const std::size_t hardEnd = hasSeparator || isQuoted ? end : std::min(line.find_first_of("',;", at), end);
+    const bool mayHaveBlanks =
+        hardEnd == line.size() || std::string_view("/\\\"<>|").find(line[hardEnd]) != std::string_view::npos;
+    return mayHaveBlanks ? hardEnd : std::min(line.find_first_of(" \t)", at), hardEnd);
 }
 
 /// Where the name of a user's folder ends that begins at `at`, behind "Users" or "/home". None if it doesn't, or if
@@ -81,9 +97,9 @@ std::optional<std::size_t> behindUserFolder(std::string_view text, std::size_t f
     for (const std::string_view parent : {"/users/", "/home/"}) {
         // The separators before `at` may be doubled, so the match is tried from a little earlier on.
         for (std::size_t size = parent.size(); size <= parent.size() + 2 && from + size <= at; ++size) {
-            const std::size_t end = folderNameEnd(text, at);
-            if (behindName(text, at - size, parent) == at && end > at) {
-                return end;
+            if (behindName(text, at - size, parent) == at) {
+                const std::size_t end = folderNameEnd(text, at);
+                return end > at ? std::optional(end) : std::nullopt;
             }
         }
     }
@@ -103,6 +119,17 @@ std::vector<std::string> encodings(const std::string& name) {
     return names;
 }
 
+/// With its domain and without. The longer one comes first, so that a text loses all of it.
+std::vector<std::string> formsOfComputer(const std::vector<std::string>& names) {
+    std::vector<std::string> forms;
+    for (const std::string& name : names) {
+        for (const std::string& form : {name, name.substr(0, name.find('.'))}) {
+            std::ranges::copy(encodings(form), std::back_inserter(forms));
+        }
+    }
+    return forms;
+}
+
 /// Without separators at its end. The root is no home folder: everything is in it.
 std::string trimmedFolder(std::string folder) {
     while (!folder.empty() && isSeparator(folder.back())) {
@@ -118,28 +145,28 @@ PrivateNames privateNames(const Host& host) {
         const std::string value = host.environmentVariable(first).value_or("");
         return value.empty() ? host.environmentVariable(second).value_or("") : value;
     };
-    return {variable("USERPROFILE", "HOME"), variable("USERNAME", "USER"), computerName()};
+    return {variable("USERPROFILE", "HOME"), variable("USERNAME", "USER"), computerNames()};
 }
 
 Anonymizer::Anonymizer(const PrivateNames& names)
     : homeFolders(encodings(trimmedFolder(names.homeFolder))),
       userNames(encodings(names.userName)),
-      computerNames(encodings(names.computerName)) {}
+      computerNames(formsOfComputer(names.computerNames)) {}
 
 std::optional<Anonymizer::Replacement> Anonymizer::replacementAt(std::string_view text, std::size_t done,
                                                                  std::size_t at) const {
     const bool isWordBegin = at == 0 || !isWordByte(text[at - 1]);
     const bool isPathPart = at > 0 && isSeparator(text[at - 1]);
-    if (const auto end = isWordBegin ? behindAny(text, at, homeFolders) : std::nullopt) {
+    if (const auto end = isWordBegin ? behindAny(text, at, homeFolders, behindFolder) : std::nullopt) {
         return Replacement{"<home>", *end};
     }
     if (const auto end = isPathPart ? behindUserFolder(text, done, at) : std::nullopt) {
         return Replacement{"<user>", *end};
     }
-    if (const auto end = isPathPart ? behindAny(text, at, userNames) : std::nullopt) {
+    if (const auto end = isPathPart ? behindAny(text, at, userNames, behindWord) : std::nullopt) {
         return Replacement{"<user>", *end};
     }
-    if (const auto end = isWordBegin ? behindAny(text, at, computerNames) : std::nullopt) {
+    if (const auto end = isWordBegin ? behindAny(text, at, computerNames, behindWord) : std::nullopt) {
         return Replacement{"<computer>", *end};
     }
     return std::nullopt;

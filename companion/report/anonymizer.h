@@ -12,7 +12,7 @@
 struct PrivateNames {
     std::string homeFolder;
     std::string userName;
-    std::string computerName;
+    std::vector<std::string> computerNames;
 };
 
 /// Those of the user who runs this program.
@@ -24,7 +24,7 @@ public:
     explicit Anonymizer(const PrivateNames& names);
 
     /// With "<home>" for the home folder; "<user>" for the user's name as a part of a path, and for every folder in
-    /// "Users" and "/home"; "<computer>" for the computer's name as a word.
+    /// "Users" and "/home"; "<computer>" for the computer's name as a word, with or without its domain.
     std::string anonymized(std::string_view text) const;
 
 private:

@@ -40,13 +40,21 @@ public:
     void addFile(const std::string& folder, const std::string& path) {
         std::string text;
         if (FileSystem::readFile(path, text)) {
-            add(freeName(folder + '/' + FileSystem::fileName(path)), endOf(text));
+            add(freeName(folder + '/' + entryName(path)), endOf(text));
         }
     }
 
 private:
     Report& report;
     const Anonymizer& anonymizer;
+
+    /// Without the brackets of the replacements, which no file's name may have on Windows.
+    std::string entryName(const std::string& path) const {
+        // As a path's part, which a user's name is only there.
+        std::string name = anonymizer.anonymized('/' + FileSystem::fileName(path)).substr(1);
+        std::erase_if(name, [](char byte) { return byte == '<' || byte == '>'; });
+        return name;
+    }
 
     /// Files of one name may come from several folders.
     std::string freeName(std::string name) const {

@@ -26,12 +26,13 @@ std::string distribution() {
 
 } // namespace
 
-std::string computerName() {
+std::vector<std::string> computerNames() {
     std::array<char, 256> name{};
     // The last byte stays zero, which a name that is cut off wouldn't have.
     gethostname(name.data(), name.size() - 1);
     const std::string text = name.data();
-    return text == "localhost" ? std::string() : text;
+    const bool isOwn = !text.empty() && text != "localhost" && !text.starts_with("localhost.");
+    return isOwn ? std::vector{text} : std::vector<std::string>();
 }
 
 std::string systemVersion() {

@@ -10,10 +10,17 @@ using RtlGetVersion = LONG(WINAPI*)(OSVERSIONINFOW* version);
 
 } // namespace
 
-std::string computerName() {
-    std::array<char, MAX_COMPUTERNAME_LENGTH + 1> name{};
-    auto size = static_cast<DWORD>(name.size());
-    return GetComputerNameA(name.data(), &size) ? std::string(name.data(), size) : std::string();
+std::vector<std::string> computerNames() {
+    std::vector<std::string> names;
+    // The first is cut off at 15 bytes.
+    for (const COMPUTER_NAME_FORMAT format : {ComputerNameNetBIOS, ComputerNameDnsHostname}) {
+        std::array<char, 256> name{};
+        auto size = static_cast<DWORD>(name.size());
+        if (GetComputerNameExA(format, name.data(), &size) && size > 0) {
+            names.emplace_back(name.data(), size);
+        }
+    }
+    return names;
 }
 
 std::string systemVersion() {

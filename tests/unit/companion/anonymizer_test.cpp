@@ -7,7 +7,7 @@
 #include <utility>
 
 TEST(Anonymizer, ReplacesPrivateNamesOnly) {
-    const Anonymizer anonymizer({R"(C:\Users\Anna Maria\)", "anna", "COCKPIT"});
+    const Anonymizer anonymizer({R"(C:\Users\Anna Maria\)", "anna", {"COCKPIT", "panel.example.org"}});
     const std::vector<std::pair<std::string, std::string>> rows{
         // The home folder, in every way of writing it.
         {R"(C:\Users\Anna Maria\x.log)", R"(<home>\x.log)"},
@@ -27,10 +27,19 @@ TEST(Anonymizer, ReplacesPrivateNamesOnly) {
         {R"(C:\USERS\ANNAMA~1\x)", R"(C:\USERS\<user>\x)"},
         {"/home/bob/x and /home/eve", "/home/<user>/x and /home/<user>"},
         {"\"/home/bob\": 1", "\"/home/<user>\": 1"},
+        {R"("C:\Users\Jan Kowalski": 1)", R"("C:\Users\<user>": 1)"},
+        {"in C:\\Users\\Jan Kowalski\nx", "in C:\\Users\\<user>\nx"},
+        {"in /home/jan kowalski", "in /home/<user>"},
+        {R"(C:\Users\O'Neil\AppData)", R"(C:\Users\<user>\AppData)"},
+        {R"("C:\Users\O'Neil")", R"("C:\Users\<user>")"},
+        {"'/home/bob', 2\n/x", "'/home/<user>', 2\n/x"},
+        {"no /home/bob: 1\n", "no /home/<user>: 1\n"},
+        {R"(C:\Users\Anna Maria.Nowak\x)", R"(C:\Users\<user>\x)"},
         {"/homes/bob/", "/homes/bob/"},
         {"/home/", "/home/"},
         // The computer.
         {"\\\\cockpit\\share on Cockpit, cockpit-2", "\\\\<computer>\\share on <computer>, cockpit-2"},
+        {"panel.example.org, Panel: panels", "<computer>, <computer>: panels"},
         {"VirtualCockpit cockpits", "VirtualCockpit cockpits"},
         // Boards stay.
         {"HID device connected: 00000000000000A1 index=0", "HID device connected: 00000000000000A1 index=0"},
@@ -44,11 +53,11 @@ TEST(Anonymizer, ReplacesPrivateNamesOnly) {
 TEST(Anonymizer, LeavesAllIfNothingIsKnown) {
     const std::string text = "/root/x, C:\\x, anna";
     EXPECT_EQ(Anonymizer(PrivateNames()).anonymized(text), text);
-    EXPECT_EQ(Anonymizer({"/", "", ""}).anonymized(text), text);
+    EXPECT_EQ(Anonymizer({"/", "", {}}).anonymized(text), text);
 }
 
 TEST(Anonymizer, DoesNotTakeTheHomeFolderForAFolderOfUsers) {
-    EXPECT_EQ(Anonymizer({"/x/home", "", ""}).anonymized("/x/home/documents"), "<home>/documents");
+    EXPECT_EQ(Anonymizer({"/x/home", "", {}}).anonymized("/x/home/documents"), "<home>/documents");
 }
 
 TEST(PrivateNames, AreTheEnvironments) {

@@ -1,5 +1,6 @@
 #include "companion/trial/module_link.h"
 
+#include "companion/trial/replay_shortfall.h"
 #include "platform/network_simconnect.h"
 #include "simulation/simulator/virtual_simulator.h"
 #include "tests/unit/simulation/simulator_client.h"
@@ -120,4 +121,22 @@ TEST_F(ModuleLinkTest, ReadOfASilentModuleEndsAtItsLimit) {
     simulator.silenceModule(true);
     EXPECT_FALSE(link.read("1", 50ms, error));
     EXPECT_EQ(error, "the module hasn't delivered the value");
+}
+
+TEST(ReplayShortfall, SaysHowFarItCame) {
+    struct Row {
+        std::size_t played;
+        bool interrupted;
+        LinkState end;
+        std::string text;
+    };
+    for (const auto& [played, interrupted, end, text] :
+         {Row{3, false, LinkState::Ready, ""}, Row{3, true, LinkState::Ready, ""},
+          Row{2, true, LinkState::Ready, "ended before the record's end: 2 of 3 reports were played"},
+          Row{2, false, LinkState::Ready,
+              "the simulator or its module was gone for a while: 2 of 3 reports were played"},
+          Row{3, false, LinkState::ModuleSilent,
+              "the simulator or its module has gone: 3 of 3 reports were played, and the last commands may be lost"}}) {
+        EXPECT_EQ(replayShortfall(played, 3, interrupted, end), text);
+    }
 }

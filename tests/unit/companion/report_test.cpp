@@ -49,7 +49,7 @@ std::string contentOf(const Report& report, const std::string& name) {
 
 Report reportOf(MadeUpMachine& pc) {
     return collectReport(pc.record(), pc.files.path("bridge/config/config.json"),
-                         Anonymizer({pc.files.path("bridge"), "", ""}), "1.2.3");
+                         Anonymizer({pc.files.path("bridge"), "anna", {"cockpit"}}), "1.2.3");
 }
 
 } // namespace
@@ -114,6 +114,16 @@ TEST(Report, ReplacesPrivateNamesInEveryFile) {
         EXPECT_EQ(file.content.find(pc.files.path("bridge")), std::string::npos) << file.name;
     }
     EXPECT_NE(contentOf(reportOf(pc), "logs/VantrelBridgeHID.log").find("in <home>"), std::string::npos);
+}
+
+TEST(Report, ReplacesPrivateNamesInTheNamesOfFiles) {
+    MadeUpMachine pc(Installation::Steam2020);
+    pc.files.write(
+        "bridge/config/config.json",
+        R"({"hid": {"vid": "1234", "pid": "ABCD"}, "mappings": {"buttonConfigPath": "anna on cockpit.json"}})");
+    pc.files.write("bridge/config/anna on cockpit.json", "{}");
+    const std::vector<std::string> names = namesOf(reportOf(pc));
+    EXPECT_EQ(std::ranges::count(names, "config/user on computer.json"), 1);
 }
 
 TEST(Report, HoldsOnlyTheEndOfALongLog) {

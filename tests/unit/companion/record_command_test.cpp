@@ -1,0 +1,44 @@
+#include "companion/cli/record_command.h"
+
+#include "companion/cli/exit_code.h"
+#include "platform/file_system.h"
+#include "tests/support/temp_folder.h"
+
+#include <CLI/CLI.hpp>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <sstream>
+#include <string>
+#include <system_error>
+#include <vector>
+
+TEST(RecordCommand, LeavesTheOldRecordWhenItCannotBegin) {
+    struct Row {
+        const char* vid;
+        const char* file;
+        std::string error;
+    };
+    const std::string noFolder = std::generic_category().message(ENOENT);
+    for (const auto& [vid, file, error] : {Row{"zz", "old", "Invalid VID/PID"},
+                                           Row{"16C0", "none/new", "none/new can't be opened: " + noFolder + '\n'}}) {
+        const TempFolder folder;
+        folder.write("config.json", std::string(R"({"hid": {"vid": ")") + vid +
+                                        R"(", "pid": "27db"}, "mappings": {"buttonConfigPath": "buttons.json"}})");
+        folder.write("buttons.json", R"({"buttons": []})");
+        folder.write("old", "record");
+        const Platform platform = systemPlatform();
+        CLI::App program;
+        const RecordCommand command(program, platform);
+        // In reverse, as the parser takes a list.
+        program.parse(
+            std::vector<std::string>{folder.path("config.json"), "--config", "--force", folder.path(file), "record"});
+        std::ostringstream out;
+        std::ostringstream err;
+        EXPECT_EQ(command.run(out, err), ExitCode::couldNotLook);
+        EXPECT_NE(err.str().find(error), std::string::npos) << err.str();
+        std::string old;
+        FileSystem::readFile(folder.path("old"), old);
+        EXPECT_EQ(old, "record") << vid;
+    }
+}
