@@ -47,7 +47,7 @@ TEST_F(LinuxSetup, LeadsFromNoConfigurationToExactlyTheCommandThatWasAssigned) {
     EXPECT_TRUE(simulator->waitFor(SimulatorRecordKind::Executed, executed, 1));
     ASSERT_TRUE(setup->act(R"({"do": "save"})"));
     ASSERT_TRUE(setup->act(R"({"do": "startBridge"})"));
-    // The page also shows an older log, so it can't tell when this bridge is ready.
+    // The page also shows an older log, so its lines don't prove that this bridge is ready.
     ASSERT_TRUE(simulator->waitFor(SimulatorRecordKind::Command, "MF.SimVars.Add.(L:LIGHTING_POTENTIOMETER_5)"));
     other.panel.turn(knob, 1);
     EXPECT_TRUE(simulator->waitFor(SimulatorRecordKind::Executed, executed, 2));
