@@ -1,6 +1,6 @@
 #include "companion/demo/cockpit_configuration.h"
 
-#include "companion/demo/embedded_files.h"
+#include "companion/sample/sample_set.h"
 #include "config/names.h"
 #include "hid/hex_text.h"
 #include "hid/usb_ids.h"
@@ -69,7 +69,7 @@ bool loadFromFiles(const std::string& path, CockpitConfiguration& configuration,
 }
 
 bool loadSample(CockpitConfiguration& configuration, std::string& error) {
-    for (const auto& [name, text] : sampleFiles()) {
+    for (const auto& [name, text] : sampleSet()) {
         configuration.files[name] = text;
     }
     std::string& settingsText = configuration.files[settingsFile];

@@ -1,8 +1,8 @@
 #include "companion/demo/replay_mode.h"
 
 #include "companion/demo/cockpit_configuration.h"
-#include "companion/demo/hid_log.h"
 #include "companion/demo/report_text.h"
+#include "companion/recording/hid_log.h"
 #include "hid/hid_log_lines.h"
 #include "hid/hid_protocol.h"
 #include "platform/file_system.h"

@@ -1,7 +1,7 @@
 #include "companion/draft/configuration_texts.h"
 
 #include "companion/draft/json_edit.h"
-#include "companion/draft/sample_set.h"
+#include "companion/sample/sample_set.h"
 #include "config/hid_event_map.h"
 
 namespace {

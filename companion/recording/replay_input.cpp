@@ -1,6 +1,6 @@
 #include "companion/recording/replay_input.h"
 
-#include "companion/demo/hid_log.h"
+#include "companion/recording/hid_log.h"
 #include "hid/hex_text.h"
 #include "hid/hid_log_lines.h"
 #include "simulation/scenarios/scenario_file.h"

@@ -1,4 +1,4 @@
-#include "companion/demo/hid_log.h"
+#include "companion/recording/hid_log.h"
 
 #include <gtest/gtest.h>
 
