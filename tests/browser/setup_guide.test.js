@@ -32,6 +32,7 @@ test('a turned knob lights up its row, which asks for a name and suggests one', 
   assert.equal(await view.row(91).locator('input').inputValue(), 'HDG');
   assert.equal(await view.row(91).getAttribute('data-knob'), 'true');
   await view.page.locator('#events').getByText('sends nothing: the event map has no name for control 91').waitFor();
+  await waitFor(async () => /Control 91: .*sends nothing/.test(await view.page.locator('#announcer').textContent()), 'the announcement');
   await view.row(91).getByRole('button', {name: 'Name it'}).click();
   await view.row(91).getByText('HDG', {exact: true}).waitFor();
   await stepIs('assign');

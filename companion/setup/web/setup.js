@@ -61,7 +61,7 @@ class SetupPage {
       this.#refuse(`The program refuses this page: ${failure.message.trim()}. Open the address that it printed last.`);
       return;
     }
-    listen((kind, data) => this.#take(kind, data), (linked) => this.#link(linked));
+    listen((kind, data) => this.#take(kind, data), (linked, refusal) => this.#link(linked, refusal));
   }
 
   // Shows why an action failed; true if it didn't.
@@ -72,8 +72,7 @@ class SetupPage {
   }
 
   #refuse(reason) {
-    this.#link(false);
-    this.#trouble(reason);
+    this.#link(false, reason);
   }
 
   #trouble(text) {
@@ -81,14 +80,18 @@ class SetupPage {
     byId('trouble').hidden = text === '';
   }
 
-  // A restarted program has a new token, which this page doesn't know.
-  #link(linked) {
+  // A restarted program has a new token, which this page doesn't know. `refusal` is the program's own reason, if it
+  // gives one.
+  #link(linked, refusal = '') {
     byId('link').dataset.state = linked ? 'good' : 'bad';
     setText(byId('link'), linked ? 'live' : 'not connected');
-    this.#wasLinked ||= linked;
-    if (!linked && this.#wasLinked) {
-      this.#trouble('The program has ended. Start “vantrel setup” again, and open the address that it prints.');
+    if (linked && this.#wasLinked) {
+      // The program sends everything again, which this page shows already.
+      location.reload();
     }
+    this.#wasLinked ||= linked;
+    const ended = 'The program has ended. Start “vantrel setup” again, and open the address that it prints.';
+    this.#trouble(linked ? '' : this.#wasLinked ? ended : refusal);
   }
 
   #take(kind, data) {
@@ -101,7 +104,8 @@ class SetupPage {
       view[kind]?.(data);
     }
     if (kind === 'event' && Date.now() - data.at < recentMs) {
-      this.#announcer.say(`${data.name || `Control ${data.control}`}: ${data.text}. ${data.answer}`);
+      const control = data.name || `Control ${data.control}`;
+      this.#announcer.say(`${data.board} ${control}`, `${control}: ${data.text}. ${data.answer}`);
     }
   }
 }
