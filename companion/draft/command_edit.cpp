@@ -120,12 +120,13 @@ bool removeCommandText(std::string& text, const CommandPlace& place) {
     return true;
 }
 
-void renameControlInCommands(std::string& text, const std::string& name, const std::string& newName) {
+bool renameControlInCommands(std::string& text, const std::string& name, const std::string& newName) {
     const JsonDocument document("", text);
     if (document.root() == nullptr) {
-        return;
+        return false;
     }
     for (const CommandPath& entry : entriesOf(*document.root(), name)) {
         setJsonValue(text, joined(entry, {commandKey("name")}), quotedJson(newName));
     }
+    return true;
 }

@@ -12,5 +12,5 @@ bool setCommandText(std::string& text, const CommandPlace& place, const std::str
 /// Removes a command, with its action and its control if nothing else is left of them. True, too, when there is none.
 bool removeCommandText(std::string& text, const CommandPlace& place);
 
-/// Gives every entry of a control another name.
-void renameControlInCommands(std::string& text, const std::string& name, const std::string& newName);
+/// Gives every entry of a control another name. True, too, when there is none.
+bool renameControlInCommands(std::string& text, const std::string& name, const std::string& newName);

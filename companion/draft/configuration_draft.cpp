@@ -56,10 +56,6 @@ void ConfigurationDraft::step(ConfigurationTexts next) {
     before.push_back(std::exchange(now, std::move(next)));
 }
 
-void ConfigurationDraft::replace(const ConfigurationTexts& texts) {
-    step(texts);
-}
-
 void ConfigurationDraft::undo() {
     if (canUndo()) {
         now = std::move(before.back());
@@ -67,11 +63,19 @@ void ConfigurationDraft::undo() {
     }
 }
 
-bool ConfigurationDraft::change(ConfigurationPart part, const Change& edit, std::string& error) {
-    ConfigurationTexts next = now;
-    if (!edit(next[part])) {
+bool ConfigurationDraft::changeText(ConfigurationTexts& texts, ConfigurationPart part, const Change& change,
+                                    std::string& error) const {
+    if (!change(texts[part])) {
         error = paths[part] + " can't take this change: something in it isn't as the bridge expects. "
                               "Correct what the check finds first";
+        return false;
+    }
+    return true;
+}
+
+bool ConfigurationDraft::change(ConfigurationPart part, const Change& change, std::string& error) {
+    ConfigurationTexts next = now;
+    if (!changeText(next, part, change, error)) {
         return false;
     }
     step(std::move(next));
@@ -113,9 +117,15 @@ bool ConfigurationDraft::nameControl(std::int32_t number, const std::string& nam
         };
         return change(ConfigurationPart::EventMap, add, error);
     }
+    const Change renameKey = [&](std::string& text) {
+        return renameJsonKey(text, {draftStep("control_ids"), draftStep(old->second)}, name);
+    };
+    const Change renameEntries = [&](std::string& text) { return renameControlInCommands(text, old->second, name); };
     ConfigurationTexts next = now;
-    renameJsonKey(next[ConfigurationPart::EventMap], {draftStep("control_ids"), draftStep(old->second)}, name);
-    renameControlInCommands(next[ConfigurationPart::Commands], old->second, name);
+    if (!changeText(next, ConfigurationPart::EventMap, renameKey, error) ||
+        !changeText(next, ConfigurationPart::Commands, renameEntries, error)) {
+        return false;
+    }
     step(std::move(next));
     return true;
 }

@@ -8,6 +8,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// A command's place in the command file. Names in any case and spacing.
@@ -28,7 +29,7 @@ public:
     const ConfigurationTexts& texts() const { return now; }
 
     /// Begins again with these texts, as one step that can be undone.
-    void replace(const ConfigurationTexts& texts);
+    void replace(ConfigurationTexts texts) { step(std::move(texts)); }
 
     bool setUsbIds(const std::string& vendorId, const std::string& productId, std::string& error);
     /// Names a control's number, or renames it, also where it has commands.
@@ -57,6 +58,8 @@ private:
     std::vector<ConfigurationTexts> before;
 
     void step(ConfigurationTexts next);
-    bool change(ConfigurationPart part, const Change& edit, std::string& error);
+    /// Changes one of the texts, which are unknown after a failure.
+    bool changeText(ConfigurationTexts& texts, ConfigurationPart part, const Change& change, std::string& error) const;
+    bool change(ConfigurationPart part, const Change& change, std::string& error);
     bool isNameFree(std::int32_t number, std::string_view name, std::string& error) const;
 };

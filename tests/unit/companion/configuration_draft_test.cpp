@@ -157,6 +157,11 @@ TEST(ConfigurationDraft, RefusesToChangeWhatIsInTheWay) {
     EXPECT_FALSE(draft.setCommand({"AP", false, "PRESS", "PFD"}, "x", error));
     EXPECT_NE(error.find(draftPaths[ConfigurationPart::Commands] + " can't take this change"), std::string::npos);
     EXPECT_FALSE(draft.canUndo());
+    texts[ConfigurationPart::Commands] = "[";
+    ConfigurationDraft broken(draftPaths, texts);
+    EXPECT_FALSE(broken.nameControl(22, "MASTER", error));
+    EXPECT_EQ(broken.texts().values, texts.values);
+    EXPECT_FALSE(broken.canUndo());
 }
 
 TEST(ConfigurationDraft, TakesStepsBack) {
