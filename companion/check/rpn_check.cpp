@@ -11,6 +11,9 @@
 
 namespace {
 
+/// Longer commands don't reach the module whole.
+constexpr std::size_t longestCommand = 238;
+
 bool isWordEnd(char byte) {
     return isSpace(byte) || byte == '(' || byte == ')' || byte == '{' || byte == '}' || byte == '\'';
 }
@@ -28,7 +31,7 @@ std::string_view withoutCount(std::string_view name) {
     return isCount ? name.substr(colon + 1) : name;
 }
 
-/// The operators of the language; numbers, registers, labels and what stands in brackets are not among them.
+/// The operators of the language; numbers, registers, labels and what is in brackets are not among them.
 constexpr std::array<std::string_view, 78> operators{
     "+",    "-",    "*",    "/",    "%",    "div",  "++",   "--",   "/-/",  "neg",  "==",   "!=",   ">",
     "<",    ">=",   "<=",   "?",    "&&",   "and",  "||",   "or",   "!",    "not",  "&",    "|",    "^",

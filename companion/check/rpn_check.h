@@ -7,9 +7,6 @@
 #include <string_view>
 #include <vector>
 
-/// The longest command that reaches the module whole.
-constexpr std::size_t longestCommand = 238;
-
 /// A remark about a command text.
 struct CommandRemark {
     /// The byte of the command that it is about.

@@ -59,3 +59,7 @@ bool EditedConfiguration::isChanged() const {
                return diskFiles.wouldWrite(part, edited->texts());
            });
 }
+
+bool EditedConfiguration::hasUnsavedChanges() const {
+    return isChanged() && (diskFiles.exist() || edited->canUndo());
+}

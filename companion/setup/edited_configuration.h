@@ -37,6 +37,8 @@ public:
     bool save(std::string& error);
     /// There is something to save.
     bool isChanged() const;
+    /// The user has changes to lose. A new configuration differs from the disk before the user has done anything.
+    bool hasUnsavedChanges() const;
 
     /// What the bridge would make of the draft, as far as it could read it. Never null.
     const std::shared_ptr<const BridgeConfiguration>& forBridge() const { return read; }

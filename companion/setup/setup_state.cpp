@@ -114,8 +114,11 @@ Json configurationOf(const SetupState& state, const EditedConfiguration& configu
     Json json{{"path", configuration.files().paths()[ConfigurationPart::Settings]},
               {"problem", configuration.problem()},
               {"changedOnDisk", state.changedOnDisk}};
+    const AppConfig& settings = configuration.forBridge()->settings;
+    json["vendorId"] = settings.hid.vid;
+    json["productId"] = settings.hid.pid;
+    json["unsaved"] = configuration.hasUnsavedChanges();
     if (configuration.problem().empty()) {
-        const AppConfig& settings = configuration.forBridge()->settings;
         json["exists"] = configuration.files().exist();
         json["changed"] = configuration.isChanged();
         json["canUndo"] = configuration.draft().canUndo();
@@ -123,8 +126,6 @@ Json configurationOf(const SetupState& state, const EditedConfiguration& configu
         json["refusal"] = configuration.verdict().refusal;
         json["findings"] = findingsOf(configuration.verdict().findings);
         json["profiles"] = profilesOf(settings.outputs);
-        json["vendorId"] = settings.hid.vid;
-        json["productId"] = settings.hid.pid;
     }
     return json;
 }
@@ -186,9 +187,12 @@ std::string stateJson(const SetupState& state, const EditedConfiguration& config
 }
 
 std::string differenceJson(const EditedConfiguration& configuration) {
+    if (!configuration.problem().empty()) {
+        return "[]";
+    }
     Json array = Json::array();
     for (const ConfigurationPart part : configurationParts) {
-        if (configuration.isChanged() && configuration.files().wouldWrite(part, configuration.draft().texts())) {
+        if (configuration.files().wouldWrite(part, configuration.draft().texts())) {
             const std::vector<DiffLine> lines =
                 lineDiff(configuration.files().textOnDisk(part), configuration.draft().texts()[part]);
             array.push_back({{"path", configuration.files().paths()[part]}, {"lines", diffLinesOf(lines)}});
@@ -223,11 +227,6 @@ std::string catalogueJson() {
 
 std::string remarksJson(const std::string& command) {
     Json array = Json::array();
-    if (command.size() > longestCommand) {
-        array.push_back({{"severity", "warning"},
-                         {"message", "The command has " + std::to_string(command.size()) + " bytes; it is cut"},
-                         {"hint", "Shorten it to " + std::to_string(longestCommand)}});
-    }
     for (const CommandRemark& remark : checkCommand(command)) {
         array.push_back({{"severity", severityName(remark.severity)},
                          {"offset", remark.offset},

@@ -94,6 +94,7 @@ test('a configuration that can not be edited is shown with the reason', async ()
   await view.waitForText('save-state', /was changed by another program/);
   await view.page.locator('#reload').click();
   await view.waitForText('save-state', /isn't JSON/);
+  assert.doesNotMatch(await view.page.locator('#ids').textContent(), /undefined/);
   view.errors.length = 0;
   writeFileSync(path('config.json'), '{"mappings": {"buttonConfigPath": "buttons.json"}}');
   await view.page.locator('#reload').click();

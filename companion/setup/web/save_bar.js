@@ -18,7 +18,7 @@ export class SaveBar {
     byId('review').addEventListener('click', () => this.review());
     byId('save').addEventListener('click', () => this.#save());
     byId('reload').addEventListener('click', () => this.#reload());
-    addEventListener('beforeunload', (event) => this.#configuration?.changed && event.preventDefault());
+    addEventListener('beforeunload', (event) => this.#configuration?.unsaved && event.preventDefault());
   }
 
   show({configuration}) {
@@ -51,7 +51,7 @@ export class SaveBar {
   }
 
   async #reload() {
-    if (!this.#configuration.changed || await ask('Read the files again?', 'All changes that you haven’t saved are lost.')) {
+    if (!this.#configuration.unsaved || await ask('Read the files again?', 'All changes that you haven’t saved are lost.')) {
       this.#carryOut({do: 'reload'});
     }
   }
