@@ -33,7 +33,7 @@ bool BridgeControl::isRunning() const {
 
 bool BridgeControl::start(const std::string& configPath, std::string& error) {
     if (isRunning()) {
-        error = "The bridge runs already";
+        error = "The bridge is already running";
         return false;
     }
     child = ChildProcess::start(program, {"--console", "--config", configPath}, onLine, error);

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 /// Cuts a stream of text into lines. One thread.
 class LineSplitter {
@@ -15,6 +17,13 @@ public:
             const bool hasReturn = end > 0 && unfinished[end - 1] == '\r';
             onLine(unfinished.substr(0, end - (hasReturn ? 1 : 0)));
             unfinished.erase(0, end + 1);
+        }
+    }
+
+    /// The stream has ended, perhaps in the middle of a line.
+    void end() {
+        if (!unfinished.empty()) {
+            onLine(std::exchange(unfinished, {}));
         }
     }
 

@@ -1,9 +1,11 @@
 // The table of actions, and those on boards and configuration.
 
+#include "companion/devices/board_list.h"
 #include "companion/draft/configuration_texts.h"
 #include "companion/draft/json_edit.h"
 #include "companion/setup/action_members.h"
 #include "companion/setup/setup_controller.h"
+#include "companion/trial/board_light.h"
 #include "config/names.h"
 #include "mapping/output_state.h"
 
@@ -16,6 +18,16 @@ namespace {
 CommandPlace placeOf(const JsonValue& json) {
     return {memberText(json, "control"), memberFlag(json, "knob"), memberText(json, "action"),
             memberText(json, "role")};
+}
+
+/// Writes a light to the boards that have the ids of the configuration; the first failure is in `error`.
+void showOn(const HidTransport& transport, const AppConfig& config, const LedCommand& light, std::string& error) {
+    for (const ListedBoard& board : listBoards(transport, &config)) {
+        std::string reason;
+        if (board.matches && !showLight(transport, board, light, reason) && error.empty()) {
+            error = boardName(board) + ": " + reason;
+        }
+    }
 }
 
 bool complete(const CommandPlace& place, std::string& error) {

@@ -4,7 +4,6 @@
 #include "app/program_names.h"
 #include "companion/devices/board_list.h"
 #include "companion/live/live_text.h"
-#include "companion/trial/board_light.h"
 #include "mapping/event_decision.h"
 #include "platform/file_system.h"
 
@@ -86,17 +85,18 @@ bool SetupController::start(std::string& error) {
     for (std::size_t i = lines.size() - std::min(lines.size(), oldLines); i < lines.size(); ++i) {
         publishLine(lines[i].level, lines[i].message);
     }
-    watching = true;
-    watcher = std::thread([this] { watch(); });
-    return true;
+    return watcher.start(
+        platform.host, [this] { watch(); }, "The page can't be kept up to date: ", error);
 }
 
 void SetupController::stop() {
     events.close();
-    watching = false;
-    if (watcher.joinable()) {
-        watcher.join();
+    watcher.requestStop();
+    {
+        const std::lock_guard lock(mutex);
+        ending.notify_all();
     }
+    watcher.join();
     realLive.stop();
     virtualLive.stop();
     link.reset();
@@ -182,12 +182,10 @@ void SetupController::onReceived(const SimulatorRecord& record) {
 }
 
 void SetupController::watch() {
-    while (watching) {
-        {
-            const std::lock_guard lock(mutex);
-            look();
-        }
-        std::this_thread::sleep_for(lookPeriod);
+    std::unique_lock lock(mutex);
+    while (watcher.running()) {
+        look();
+        ending.wait_for(lock, lookPeriod, [this] { return !watcher.running(); });
     }
 }
 
@@ -219,16 +217,6 @@ void SetupController::publishLine(const std::string& level, const std::string& t
     events.publish("log", eventLine({{"at", millisecondsNow()}, {"level", level}, {"text", text}}));
 }
 
-void SetupController::showOn(const HidTransport& transport, const AppConfig& config, const LedCommand& light,
-                             std::string& error) {
-    for (const ListedBoard& board : listBoards(transport, &config)) {
-        std::string reason;
-        if (board.matches && !showLight(transport, board, light, reason) && error.empty()) {
-            error = boardName(board) + ": " + reason;
-        }
-    }
-}
-
 void SetupController::publishState() {
     for (ShownBoard& board : state.boards) {
         board.light = board.isVirtual ? virtualBoards.lightOf(board.name) : std::nullopt;
@@ -238,7 +226,7 @@ void SetupController::publishState() {
 
 bool SetupController::hasUnsavedChanges() {
     const std::lock_guard lock(mutex);
-    return configuration.isChanged() && configuration.draft().canUndo();
+    return configuration.hasUnsavedChanges();
 }
 
 bool SetupController::hasBridge() {

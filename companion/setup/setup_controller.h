@@ -8,16 +8,16 @@
 #include "companion/setup/virtual_boards.h"
 #include "companion/trial/module_link.h"
 #include "config/json.h"
+#include "platform/worker.h"
 #include "simulation/rig/log_follower.h"
 #include "simulation/simulator/virtual_simulator.h"
 
-#include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 
 struct SetupOptions {
     std::string configPath;
@@ -78,8 +78,10 @@ private:
     /// The ids that the real boards are looked for by.
     std::string watchedIds;
 
-    std::atomic<bool> watching{false};
-    std::thread watcher;
+    /// Looks at what changes by itself: the bridge, its log, the files, the registration.
+    Worker watcher;
+    /// Wakes it at the end; belongs to `mutex`.
+    std::condition_variable ending;
 
     // Boards and the watcher (setup_controller.cpp).
     bool startBoards(LiveBoards& boards, bool areVirtual, std::string& error);
@@ -90,13 +92,12 @@ private:
     /// On the virtual simulator's thread.
     void onReceived(const SimulatorRecord& record);
     void watch();
+    /// Any thread.
+    void publishLine(const std::string& level, const std::string& text);
     // These need the mutex held.
     std::shared_ptr<const BridgeConfiguration> configurationFor(bool areVirtual) const;
     void look();
     void followLog();
-    void publishLine(const std::string& level, const std::string& text);
-    /// Writes a light to the boards that have the ids of the configuration; the first failure is in `error`.
-    void showOn(const HidTransport& transport, const AppConfig& config, const LedCommand& light, std::string& error);
     void publishState();
     /// Of the boards whose role in the configuration has changed.
     void showRoles(const AppConfig& config);

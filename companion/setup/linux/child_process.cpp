@@ -13,8 +13,6 @@
 #include <system_error>
 #include <thread>
 
-extern char** environ; // NOLINT(readability-redundant-declaration): not every C library declares it.
-
 namespace {
 
 /// Both ends of a pipe. The child inherits neither, only what it is given as a stream.
@@ -67,6 +65,7 @@ private:
              size = read(output, piece.data(), piece.size())) {
             lines.add(std::string_view(piece.data(), static_cast<std::size_t>(size)));
         }
+        lines.end();
         waitpid(process, nullptr, 0);
         ended = true;
     }

@@ -61,6 +61,7 @@ private:
         while (ReadFile(output, piece.data(), static_cast<DWORD>(piece.size()), &size, nullptr) != 0) {
             lines.add(std::string_view(piece.data(), size));
         }
+        lines.end();
         WaitForSingleObject(process, INFINITE);
         ended = true;
     }
