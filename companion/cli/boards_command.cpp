@@ -55,8 +55,10 @@ int BoardsCommand::run(std::ostream& out, std::ostream& err) const {
         std::erase_if(boards, [](const ListedBoard& board) { return !board.matches; });
     }
     out << (json ? boardsJson(boards) : boardsText(boards));
-    if (!json && !found) {
-        out << "No board of this configuration is plugged in, or none that you may open. --all lists every device.\n";
+    if (!json && !found && isConfigured) {
+        out << (all ? "None of these devices has the ids of the configuration.\n"
+                    : "No board of this configuration is plugged in, or none that you may open. --all lists every "
+                      "device.\n");
     }
     return found || (all && !boards.empty()) ? ExitCode::good : ExitCode::findings;
 }

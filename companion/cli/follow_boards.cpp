@@ -1,8 +1,8 @@
 #include "companion/cli/follow_boards.h"
 
 #include "companion/cli/exit_code.h"
-#include "companion/cli/interrupt.h"
 #include "companion/devices/board_list.h"
+#include "companion/interrupt/interrupt.h"
 
 #include <algorithm>
 #include <chrono>

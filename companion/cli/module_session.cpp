@@ -4,7 +4,7 @@
 #include "companion/check/finding_text.h"
 #include "companion/check/rpn_check.h"
 #include "companion/cli/chosen_configuration.h"
-#include "companion/cli/interrupt.h"
+#include "companion/interrupt/interrupt.h"
 #include "config/app_config.h"
 
 #include <CLI/CLI.hpp>
@@ -40,7 +40,8 @@ const char* progressText(LinkState state) {
 std::string failureText(const ModuleLink& link, LinkState state) {
     switch (state) {
     case LinkState::NoSimulator:
-        return "the simulator doesn't run: there is no process FlightSimulator.exe or FlightSimulator2024.exe";
+        return "the simulator doesn't run: there is no process FlightSimulator.exe or FlightSimulator2024.exe.\n"
+               "Start it and try again";
     case LinkState::Refused:
         return "the simulator accepts no session: " + link.refusal() +
                ". It may still be starting; \"vantrel doctor\" looks at the rest";
@@ -48,7 +49,7 @@ std::string failureText(const ModuleLink& link, LinkState state) {
         return "the simulator runs, but the MobiFlight module doesn't answer. It may not be installed, or the\n"
                "simulator may still be starting; docs/mobiflight-module.md says how to install it";
     default:
-        return "no session with the simulator came about";
+        return "the simulator didn't accept a session in time; try again with a longer --timeout";
     }
 }
 
@@ -56,7 +57,7 @@ std::string failureText(const ModuleLink& link, LinkState state) {
 
 ModuleSession::ModuleSession(CLI::App& command, const Platform& platform) : platform(platform) {
     addConfigOption(command, configPath);
-    command.add_option("--timeout", timeoutSeconds, "How long to wait for the simulator and the module")
+    command.add_option("--timeout", timeoutSeconds, "How long to wait for a session and for the module's answer")
         ->type_name("SECONDS")
         ->check(CLI::Range(1, 600))
         ->capture_default_str();

@@ -29,7 +29,7 @@ int runVantrel(const Platform& platform, int argc, const char* const* argv, std:
     program.set_version_flag("--version", "vantrel " VANTREL_VERSION);
     program.require_subcommand(1);
     program.footer("\"vantrel check --help\" explains a command.\n"
-                   "Exit code: 0 all is well, 1 something was found, 2 wrong usage, 3 nothing to look at.\n"
+                   "Exit code: 0 all is well, 1 something was found, 2 wrong usage, 3 it couldn't do its work.\n"
                    "Examples:\n"
                    "  vantrel setup\n"
                    "  vantrel doctor\n"

@@ -66,9 +66,12 @@ int RecordCommand::run(std::ostream& out, std::ostream& err) const {
     const auto configuration = chosenConfiguration(platform.host, configPath, err);
     std::string config;
     std::string buttons;
-    if (!configuration ||
-        !FileSystem::readFile(configPath.empty() ? defaultConfigPath(platform.host) : configPath, config) ||
+    if (!configuration) {
+        return ExitCode::couldNotLook;
+    }
+    if (!FileSystem::readFile(configPath.empty() ? defaultConfigPath(platform.host) : configPath, config) ||
         !FileSystem::readFile(configuration->settings.mappings.buttonConfigPath, buttons)) {
+        err << "vantrel: the configuration can't be read; \"vantrel check\" says why\n";
         return ExitCode::couldNotLook;
     }
     if (!mayWrite(err)) {

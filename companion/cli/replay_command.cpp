@@ -2,7 +2,7 @@
 
 #include "companion/cli/chosen_configuration.h"
 #include "companion/cli/exit_code.h"
-#include "companion/cli/interrupt.h"
+#include "companion/interrupt/interrupt.h"
 #include "companion/live/live_text.h"
 #include "companion/trial/replay_shortfall.h"
 #include "platform/file_system.h"

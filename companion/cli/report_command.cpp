@@ -52,7 +52,7 @@ int ReportCommand::run(std::ostream& out, std::ostream& err) const {
     const std::tm time = timeNow();
     const std::string target = path.empty() ? defaultName(time) : path;
     if (FileSystem::existsOrFalse(target)) {
-        err << "vantrel: " << target << " exists already, and isn't overwritten. Give another name.\n";
+        err << "vantrel: " << target << " already exists and isn't overwritten. Give another name.\n";
         return ExitCode::couldNotLook;
     }
     const std::string config = configPath.empty() ? defaultConfigPath(platform.host) : configPath;

@@ -103,7 +103,7 @@ private:
         rig.startBridge();
         if (!observer.pumpUntil([this] { return sessionReady; }, sessionLimit)) {
             columns.flush();
-            screen << "no session with the simulator came about\n";
+            screen << "the bridge didn't get a session with the virtual simulator in time; try again\n";
             return false;
         }
         return true;

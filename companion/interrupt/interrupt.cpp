@@ -1,4 +1,4 @@
-#include "companion/cli/interrupt.h"
+#include "companion/interrupt/interrupt.h"
 
 #include <atomic>
 

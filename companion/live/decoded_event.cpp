@@ -84,7 +84,6 @@ DecodedEvent decodeEvent(const BridgeConfiguration& configuration, const HidEven
     decoded.command = decision.command;
     decoded.times = decision.amount;
     decoded.fast = decision.fast;
-    decoded.pausesLights = decision.pausesLights;
     if (decision.action == HidEventAction::None) {
         decoded.answer = answerWithoutAction(event);
     } else if (!decision.command.empty() ||

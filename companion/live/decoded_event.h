@@ -50,8 +50,6 @@ struct DecodedEvent {
     std::uint32_t times = 1;
     /// `command` is the one for fast turns.
     bool fast = false;
-    /// The bridge leaves the board's lights alone for a moment.
-    bool pausesLights = false;
     /// Roles that have a command for the action where `role` has none.
     std::vector<std::string> otherRoles;
 };

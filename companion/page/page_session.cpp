@@ -1,24 +1,17 @@
 #include "companion/page/page_session.h"
 
+#include "companion/interrupt/interrupt.h"
 #include "companion/page/open_browser.h"
 #include "companion/page/request_checks.h"
 #include "platform/platform.h"
 
-#include <atomic>
 #include <chrono>
 #include <thread>
 
 namespace {
 
-std::atomic<bool> interrupted{false};
-
-bool onInterrupt(unsigned) {
-    interrupted = true;
-    return true;
-}
-
 void waitForInterrupt() {
-    while (!interrupted) {
+    while (!Interrupt::requested()) {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
 }
@@ -33,13 +26,14 @@ PageSession::PageSession(const Page& page)
 
 bool PageSession::open(std::optional<std::uint16_t> port, std::string& error) {
     if (!server.bind(port)) {
-        error = port ? "port " + std::to_string(*port) +
-                           " can't be had: something else uses it, or it needs other rights; choose another with --port"
-                     : std::string("none of the usual ports is free; choose one with --port");
+        error =
+            port ? "port " + std::to_string(*port) +
+                       " isn't available: another program uses it, or it needs more rights; choose another with --port"
+                 : std::string("none of the usual ports is free; choose one with --port");
         return false;
     }
     handler.setPort(server.port());
-    systemPlatform().host.installControlHandler(onInterrupt);
+    Interrupt::catchRequests(systemPlatform().host);
     return true;
 }
 

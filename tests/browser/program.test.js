@@ -42,7 +42,7 @@ test('a requested port that is taken is reported', async () => {
   const first = await Cockpit.start();
   const refused = await runProgram('--no-browser', '--port', first.port);
   assert.equal(refused.code, 3);
-  assert.match(refused.output, new RegExp(`port ${first.port} can't be had: something else uses it`));
+  assert.match(refused.output, new RegExp(`port ${first.port} isn't available: another program uses it`));
   await first.stop();
 });
 

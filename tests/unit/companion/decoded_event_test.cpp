@@ -74,9 +74,7 @@ TEST_F(DecodedEventTest, SaysThatMobiFlightIsDisabled) {
     expectTexts({{button(20, 1), "Com Swap (20) press: sends nothing: \"mobiflight.enabled\" is 0 in config.json"}});
 }
 
-TEST_F(DecodedEventTest, KnowsTheRoleAndWhatPausesTheLights) {
+TEST_F(DecodedEventTest, KnowsTheRole) {
     EXPECT_EQ(decoded(button(20, 1, 255)).role, "COPILOT");
     EXPECT_EQ(decoded(button(20, 1, 1)).role, "MFD");
-    EXPECT_TRUE(decoded(button(50, 2)).pausesLights);
-    EXPECT_FALSE(decoded(button(20, 2)).pausesLights);
 }
