@@ -33,7 +33,7 @@ say "fetching the sources of ${missing[*]}"
 apt update >"$log" 2>&1 || true
 if ! (cd "$work" && apt source "${missing[@]}") >>"$log" 2>&1; then
   tail -n 20 "$log" >&2
-  die "the sources of ${missing[*]} can't be had"
+  die "can't fetch the sources of ${missing[*]}; check the network and the package sources in /etc/apt"
 fi
 for package in "${missing[@]}"; do
   mv "$work/$package"-[0-9]*/ "build/third-party/$package"

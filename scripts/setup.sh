@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and this machine lacks. Safe to run again: it does nothing where all is there.
-#   setup.sh             all of it: compilers, cross compiler, Wine, the test machine's kernel
+#   setup.sh             all of it: compilers, cross compiler, Wine, libraries' sources, the test machine's kernel
 #   setup.sh --build     only what a native build and its unit tests need
 #   setup.sh --coverage  the same, and what scripts/coverage.sh needs
 set -euo pipefail

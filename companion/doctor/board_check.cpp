@@ -75,7 +75,7 @@ void judgeNone(const BoardFacts& facts, CheckTopic& topic) {
     if (facts.hasUdev && facts.unknownDevices > 0) {
         topic.fault("board-missing",
                     "no board with the ids " + idsText(*facts.ids) + "; " + std::to_string(facts.unknownDevices) +
-                        " devices can't be opened, and one may be it",
+                        " devices can't be opened; one of them may be the board",
                     std::string("See ") + rulePage + '.');
     } else {
         topic.fault("board-missing", "no board with the ids " + idsText(*facts.ids) + " is plugged in",

@@ -27,8 +27,9 @@ void judgeMissingConfiguration(const Machine& machine, const std::string& path, 
     for (const std::string& candidate : configCandidates(machine.host)) {
         places += candidate == path ? "" : ", nor " + candidate;
     }
-    topic.fault("config-missing", "there is no " + places,
-                "Copy the sample set's folder \"config\" beside the bridge.");
+    topic.fault(
+        "config-missing", "there is no " + places,
+        "Run \"vantrel setup\", which makes one, or copy the sample set's folder \"config\" beside the bridge.");
 }
 
 std::string countText(const Findings& findings, Severity severity) {

@@ -26,7 +26,7 @@ struct ForEachPart {
 using ConfigurationTexts = ForEachPart<std::string>;
 using ConfigurationPaths = ForEachPart<std::string>;
 
-/// The sample set, for two boards with the same controls as each other.
+/// The sample set, for two boards with the same controls.
 ConfigurationTexts sampleTexts();
 
 /// The settings of the sample set, without boards, names or commands.

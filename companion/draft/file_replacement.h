@@ -15,7 +15,7 @@ struct FileOperations {
 
 FileOperations systemFileOperations();
 
-/// A file and what it shall contain.
+/// A file and its new text.
 struct FileReplacement {
     std::string path;
     std::string text;

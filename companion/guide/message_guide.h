@@ -22,7 +22,7 @@ public:
 
 private:
     struct Row {
-        /// A star stands for any text.
+        /// A star matches any text.
         std::string pattern;
         MessageExplanation explanation;
         bool hasReason = false;

@@ -13,11 +13,14 @@ namespace {
 
 using Contents = std::vector<std::pair<std::string, std::string>>;
 
-/// The file that the reader is at.
+/// The file that the reader is at. All files of these tests are of 1 January 2026.
 std::pair<std::string, std::string> currentFile(unzFile archive) {
     std::array<char, 256> name{};
     unz_file_info info{};
     unzGetCurrentFileInfo(archive, &info, name.data(), name.size(), nullptr, 0, nullptr, 0);
+    EXPECT_EQ(info.tmu_date.tm_year, 2026U);
+    EXPECT_EQ(info.tmu_date.tm_mon, 0U);
+    EXPECT_EQ(info.tmu_date.tm_mday, 1U);
     std::string content(info.uncompressed_size, '\0');
     unzOpenCurrentFile(archive);
     unzReadCurrentFile(archive, content.data(), static_cast<unsigned>(content.size()));
