@@ -25,12 +25,11 @@ namespace {
 constexpr std::array<std::int32_t, 9> numbersWithEvents{5, 6, 7, 8, 9, 11, 12, 13, 16};
 
 bool readIds(const HidConfig& hid, std::string& error) {
-    std::uint32_t id = 0;
-    if (parseUsbId(hid.vid, id) && parseUsbId(hid.pid, id)) {
-        return true;
+    const bool isReadable = parseUsbIds(hid.vid, hid.pid).has_value();
+    if (!isReadable) {
+        error = invalidUsbIds;
     }
-    error = invalidUsbIds;
-    return false;
+    return isReadable;
 }
 
 /// One look at the files.
@@ -151,8 +150,7 @@ private:
 
     void checkId(const JsonNode& id) {
         const std::string hint = "Write up to four hexadecimal digits, such as \"16C0\"";
-        std::uint32_t number = 0;
-        if (!parseUsbId(id.value.string, number)) {
+        if (!parseUsbId(id.value.string)) {
             addFinding(verdict.findings, mainFile->atValue(id, Severity::Error, "refused"), invalidUsbIds, hint);
         } else if (normalizeBoardId(id.value.string).find_first_not_of("0123456789ABCDEF") != std::string::npos) {
             addFinding(verdict.findings, mainFile->atValue(id, Severity::Warning, "odd-id"),

@@ -1,6 +1,6 @@
 #include "companion/cli/boards_command.h"
 
-#include "app/app_paths.h"
+#include "companion/cli/chosen_configuration.h"
 #include "companion/cli/exit_code.h"
 #include "companion/devices/board_list.h"
 #include "config/app_config.h"
@@ -9,15 +9,13 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <cstdint>
 #include <ostream>
 
 namespace {
 
 bool hasUsbIds(const HidConfig& hid, std::string& error) {
-    std::uint32_t id = 0;
     error = invalidUsbIds;
-    return parseUsbId(hid.vid, id) && parseUsbId(hid.pid, id);
+    return parseUsbIds(hid.vid, hid.pid).has_value();
 }
 
 } // namespace
@@ -40,7 +38,7 @@ BoardsCommand::BoardsCommand(CLI::App& program, const Platform& platform)
 int BoardsCommand::run(std::ostream& out, std::ostream& err) const {
     AppConfig config;
     std::string error;
-    const std::string path = configPath.empty() ? defaultConfigPath(platform.host) : configPath;
+    const std::string path = chosenConfigPath(platform.host, configPath);
     const bool isConfigured = loadAppConfig(path, config, error) && hasUsbIds(config.hid, error);
     if (!isConfigured) {
         err << "vantrel: " << error << '\n';

@@ -1,6 +1,5 @@
 #include "companion/cli/record_command.h"
 
-#include "app/app_paths.h"
 #include "companion/cli/chosen_configuration.h"
 #include "companion/cli/exit_code.h"
 #include "companion/cli/follow_boards.h"
@@ -12,7 +11,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cstdint>
 #include <ostream>
 #include <system_error>
 
@@ -20,8 +18,7 @@ namespace {
 
 /// Looked at early, so that a record isn't emptied for a run that can't begin.
 bool hasUsbIds(const HidConfig& hid, std::ostream& err) {
-    std::uint32_t id = 0;
-    const bool isGood = parseUsbId(hid.vid, id) && parseUsbId(hid.pid, id);
+    const bool isGood = parseUsbIds(hid.vid, hid.pid).has_value();
     if (!isGood) {
         err << "vantrel: " << invalidUsbIds << ": \"vantrel check\" says where\n";
     }
@@ -69,7 +66,7 @@ int RecordCommand::run(std::ostream& out, std::ostream& err) const {
     if (!configuration) {
         return ExitCode::couldNotLook;
     }
-    if (!FileSystem::readFile(configPath.empty() ? defaultConfigPath(platform.host) : configPath, config) ||
+    if (!FileSystem::readFile(chosenConfigPath(platform.host, configPath), config) ||
         !FileSystem::readFile(configuration->settings.mappings.buttonConfigPath, buttons)) {
         err << "vantrel: the configuration can't be read; \"vantrel check\" says why\n";
         return ExitCode::couldNotLook;

@@ -87,9 +87,7 @@ bool loadSample(CockpitConfiguration& configuration, std::string& error) {
 
 /// Zero for a text that the bridge rejects.
 std::uint16_t usbId(const std::string& text) {
-    std::uint32_t id = 0;
-    parseUsbId(text, id);
-    return static_cast<std::uint16_t>(id);
+    return parseUsbId(text).value_or(0);
 }
 
 bool isIdentity(const std::string& text) {

@@ -12,10 +12,8 @@ bool readFeature(const HidTransport& transport, HidHandle handle, std::uint8_t r
 }
 
 bool hasConfiguredIds(const ListedBoard& board, const AppConfig* config) {
-    std::uint32_t vendorId = 0;
-    std::uint32_t productId = 0;
-    return config != nullptr && parseUsbId(config->hid.vid, vendorId) && parseUsbId(config->hid.pid, productId) &&
-           board.vendorId == vendorId && board.productId == productId;
+    return config != nullptr &&
+           parseUsbIds(config->hid.vid, config->hid.pid) == UsbIds{board.vendorId, board.productId};
 }
 
 void readIdentity(const HidTransport& transport, HidHandle handle, ListedBoard& board) {

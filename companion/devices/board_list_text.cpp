@@ -1,20 +1,9 @@
 #include "companion/devices/board_list.h"
-#include "hid/hex_text.h"
+#include "hid/usb_ids.h"
 
 #include <nlohmann/json.hpp>
 
-#include <array>
-
 namespace {
-
-/// "16C0:27DB".
-std::string idsText(const ListedBoard& board) {
-    const auto word = [](std::uint16_t id) {
-        const std::array bytes{static_cast<std::uint8_t>(id >> 8U), static_cast<std::uint8_t>(id)};
-        return hexText(bytes);
-    };
-    return word(board.vendorId) + ':' + word(board.productId);
-}
 
 std::string protocolText(const HidProtocol::ProtocolInfo& info) {
     return std::to_string(info.protocolMajor) + '.' + std::to_string(info.protocolMinor);
@@ -40,8 +29,8 @@ std::string boardsText(const std::vector<ListedBoard>& boards) {
         if (!board.opens) {
             text += "????:????  can't be opened: no permission, or another program has it for itself\n";
         } else {
-            text +=
-                idsText(board) + "  " + (board.matches ? matchText(board, matching++) : "not of this configuration\n");
+            text += usbIdsText({board.vendorId, board.productId}) + "  " +
+                    (board.matches ? matchText(board, matching++) : "not of this configuration\n");
             text += board.serial.empty() ? "" : "  serial number " + board.serial + '\n';
         }
         text += "  " + board.path + "\n\n";
@@ -54,8 +43,8 @@ std::string boardsJson(const std::vector<ListedBoard>& boards) {
     for (const ListedBoard& board : boards) {
         nlohmann::ordered_json entry{{"path", board.path}, {"opens", board.opens}, {"writable", board.writable}};
         if (board.opens) {
-            entry["vendorId"] = idsText(board).substr(0, 4);
-            entry["productId"] = idsText(board).substr(5);
+            entry["vendorId"] = usbIdText(board.vendorId);
+            entry["productId"] = usbIdText(board.productId);
             entry["serial"] = board.serial;
             entry["matches"] = board.matches;
         }

@@ -4,28 +4,14 @@
 #include "hid/usb_ids.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <utility>
 
 namespace {
 
 constexpr const char* rulePage = "\"Linux: boards that can't be opened\" in docs/troubleshooting.md";
 
-std::string idsText(const UsbIds& ids) {
-    return usbIdText(ids.vendorId) + ':' + usbIdText(ids.productId);
-}
-
-std::optional<UsbIds> configuredIds(const AppConfig& config) {
-    std::uint32_t vendorId = 0;
-    std::uint32_t productId = 0;
-    if (!parseUsbId(config.hid.vid, vendorId) || !parseUsbId(config.hid.pid, productId)) {
-        return std::nullopt;
-    }
-    return UsbIds{static_cast<std::uint16_t>(vendorId), static_cast<std::uint16_t>(productId)};
-}
-
 void judgeClosedOnLinux(const BoardFacts& facts, CheckTopic& topic) {
-    const std::string found = idsText(*facts.ids) + " is plugged in, but you may not open it";
+    const std::string found = usbIdsText(*facts.ids) + " is plugged in, but you may not open it";
     if (facts.rules.empty()) {
         topic.fault("board-no-rule", found + ": there is no udev rule for it",
                     std::string("Install packaging/linux/70-vantrelbridge.rules: see ") + rulePage + '.');
@@ -53,7 +39,7 @@ void judgeClosed(const BoardFacts& facts, CheckTopic& topic) {
     if (facts.hasUdev) {
         judgeClosedOnLinux(facts, topic);
     } else {
-        topic.fault("board-closed", idsText(*facts.ids) + " is plugged in, but can't be opened",
+        topic.fault("board-closed", usbIdsText(*facts.ids) + " is plugged in, but can't be opened",
                     "Close programs that may use it alone, such as its firmware tool.");
     }
 }
@@ -74,11 +60,11 @@ void judgeBoard(const ListedBoard& board, CheckTopic& topic) {
 void judgeNone(const BoardFacts& facts, CheckTopic& topic) {
     if (facts.hasUdev && facts.unknownDevices > 0) {
         topic.fault("board-missing",
-                    "no board with the ids " + idsText(*facts.ids) + "; " + std::to_string(facts.unknownDevices) +
+                    "no board with the ids " + usbIdsText(*facts.ids) + "; " + std::to_string(facts.unknownDevices) +
                         " devices can't be opened; one of them may be the board",
                     std::string("See ") + rulePage + '.');
     } else {
-        topic.fault("board-missing", "no board with the ids " + idsText(*facts.ids) + " is plugged in",
+        topic.fault("board-missing", "no board with the ids " + usbIdsText(*facts.ids) + " is plugged in",
                     "Check the cable. \"vantrel boards --all\" shows the ids of what is plugged in; they belong in "
                     "config.json.");
     }
@@ -90,7 +76,7 @@ BoardFacts readBoardFacts(const Machine& machine, const std::string& configPath)
     BoardFacts facts;
     AppConfig config;
     std::string ignored;
-    facts.ids = loadAppConfig(configPath, config, ignored) ? configuredIds(config) : std::nullopt;
+    facts.ids = loadAppConfig(configPath, config, ignored) ? parseUsbIds(config.hid.vid, config.hid.pid) : std::nullopt;
     facts.hasUdev = !machine.udevRuleFolders.empty();
     if (!facts.ids) {
         return facts;

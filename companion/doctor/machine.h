@@ -1,5 +1,6 @@
 #pragma once
 
+#include "hid/usb_ids.h"
 #include "platform/platform.h"
 
 #include <cstdint>
@@ -7,13 +8,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-struct UsbIds {
-    std::uint16_t vendorId = 0;
-    std::uint16_t productId = 0;
-
-    bool operator==(const UsbIds&) const = default;
-};
 
 /// What the check-up asks of the system. Files are read through FileSystem. What a system doesn't have is left empty,
 /// and the checks of it are then left out.

@@ -1,11 +1,9 @@
 #include "companion/doctor/udev_rules.h"
 
-#include "hid/hex_text.h"
 #include "platform/file_system.h"
 #include "text/ascii.h"
 
 #include <algorithm>
-#include <array>
 #include <set>
 #include <sstream>
 #include <string_view>
@@ -49,10 +47,6 @@ std::vector<UdevRuleFile> ruleFiles(const std::vector<std::string>& folders) {
 }
 
 } // namespace
-
-std::string usbIdText(std::uint16_t id) {
-    return hexText(std::array{static_cast<std::uint8_t>(id >> 8U), static_cast<std::uint8_t>(id)});
-}
 
 std::vector<UdevRuleFile> udevRulesFor(const UsbIds& ids, const Machine& machine) {
     std::vector<UdevRuleFile> rules = ruleFiles(machine.udevRuleFolders);

@@ -2,7 +2,6 @@
 
 #include "companion/doctor/machine.h"
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -14,9 +13,6 @@ struct UdevRuleFile {
     /// A group to which it gives the device and in which the user isn't.
     std::string missingGroup;
 };
-
-/// Four upper-case hexadecimal digits.
-std::string usbIdText(std::uint16_t id);
 
 /// The machine's rules for HID device nodes with this vendor id.
 std::vector<UdevRuleFile> udevRulesFor(const UsbIds& ids, const Machine& machine);

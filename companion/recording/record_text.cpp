@@ -6,7 +6,6 @@
 #include "text/ascii.h"
 
 #include <algorithm>
-#include <array>
 
 using HidProtocol::HidEvent;
 
@@ -17,10 +16,7 @@ constexpr std::int32_t highestControl = 65535;
 
 /// "1234".
 std::string idDigits(const std::string& text) {
-    std::uint32_t id = 0;
-    parseUsbId(text, id);
-    const std::array bytes{static_cast<std::uint8_t>(id >> 8U), static_cast<std::uint8_t>(id)};
-    return hexText(bytes);
+    return usbIdText(parseUsbId(text).value_or(0));
 }
 
 bool isBlankOrControl(char byte) {

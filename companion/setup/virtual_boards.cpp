@@ -2,23 +2,13 @@
 
 #include "hid/usb_ids.h"
 
-namespace {
-
-std::uint16_t usbId(const char* text) {
-    std::uint32_t id = 0;
-    parseUsbId(text, id);
-    return static_cast<std::uint16_t>(id);
-}
-
-} // namespace
-
 void VirtualBoards::add() {
     const std::lock_guard lock(mutex);
     ++made;
     const std::string name = "virtual-" + std::to_string(made);
     VirtualBoardModel model;
-    model.vendorId = usbId(vendorId);
-    model.productId = usbId(productId);
+    model.vendorId = parseUsbId(vendorId).value_or(0);
+    model.productId = parseUsbId(productId).value_or(0);
     model.boardId.reset();
     model.serial = name;
     const auto mode = static_cast<std::uint8_t>(made % 2 == 1 ? 0 : 1);

@@ -1,20 +1,9 @@
 #include "hid/hid_manager.h"
 
-#include "hid/usb_ids.h"
-
 #include <algorithm>
 #include <chrono>
 #include <iterator>
 #include <utility>
-
-namespace {
-
-bool parseIds(const std::string& vendorText, const std::string& productText, std::uint32_t& vendorId,
-              std::uint32_t& productId) {
-    return parseUsbId(vendorText, vendorId) && parseUsbId(productText, productId);
-}
-
-} // namespace
 
 HidManager::HidManager(HidTransport transport, Host host) : transport(std::move(transport)), host(std::move(host)) {}
 
@@ -28,9 +17,7 @@ bool HidManager::start(const HidManagerSettings& settings, HidEventCallback call
     if (running) {
         return true;
     }
-    std::uint32_t vendorId = 0;
-    std::uint32_t productId = 0;
-    if (!parseIds(settings.vendorIdText, settings.productIdText, vendorId, productId)) {
+    if (!parseUsbIds(settings.vendorIdText, settings.productIdText)) {
         error = invalidUsbIds;
         return false;
     }
@@ -75,15 +62,14 @@ void HidManager::scanLoop() {
 }
 
 void HidManager::scanDevices() {
-    std::uint32_t vendorId = 0;
-    std::uint32_t productId = 0;
-    if (!parseIds(vendorIdText, productIdText, vendorId, productId)) {
+    const std::optional<UsbIds> ids = parseUsbIds(vendorIdText, productIdText);
+    if (!ids) {
         return;
     }
     // Outside the mutex, because every HID device on the machine is opened: one that hangs stalls this pass, not the
     // connected boards. Of two simultaneous passes, the one with the older list may end a session that the other has
     // just made; the next pass makes it again.
-    const auto paths = findMatchingPaths(vendorId, productId);
+    const auto paths = findMatchingPaths(*ids);
     const std::lock_guard lock(mutex);
     disconnectEnded(paths);
     for (const auto& path : paths) {
@@ -108,11 +94,11 @@ bool HidManager::hasDevices() {
     return !sessions.empty();
 }
 
-std::vector<std::string> HidManager::findMatchingPaths(std::uint32_t vendorId, std::uint32_t productId) {
+std::vector<std::string> HidManager::findMatchingPaths(const UsbIds& ids) {
     auto paths = transport.enumerate();
     std::erase_if(paths, [&](const std::string& path) {
         HidAttributes found;
-        return !probe(path, found) || found.vendorId != vendorId || found.productId != productId;
+        return !probe(path, found) || found.vendorId != ids.vendorId || found.productId != ids.productId;
     });
     return paths;
 }

@@ -2,6 +2,7 @@
 
 #include "hid/hid_handle_owner.h"
 #include "hid/hid_protocol.h"
+#include "hid/usb_ids.h"
 #include "platform/platform.h"
 
 #include <atomic>
@@ -160,7 +161,7 @@ private:
     void scanLoop();
     void readLoop(HidDeviceSession& session);
     void handleReport(const HidDeviceSession& session, std::span<const std::uint8_t> bytes);
-    std::vector<std::string> findMatchingPaths(std::uint32_t vendorId, std::uint32_t productId);
+    std::vector<std::string> findMatchingPaths(const UsbIds& ids);
     bool probe(const std::string& path, HidAttributes& attributes);
     void disconnectAll();
 

@@ -7,7 +7,6 @@
 #include "config/hid_event_map.h"
 #include "hid/usb_ids.h"
 
-#include <cstdint>
 #include <iostream>
 #include <string>
 #include <string_view>
@@ -16,9 +15,8 @@ namespace {
 
 /// To the configuration, the boards' ids are text; what reads them is the start of the boards' manager.
 bool acceptIds(const HidConfig& hid, std::string& error) {
-    std::uint32_t id = 0;
     error = invalidUsbIds;
-    return parseUsbId(hid.vid, id) && parseUsbId(hid.pid, id);
+    return parseUsbIds(hid.vid, hid.pid).has_value();
 }
 
 bool accept(std::string_view kind, const std::string& path, std::string& error) {
