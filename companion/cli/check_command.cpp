@@ -1,8 +1,8 @@
 #include "companion/cli/check_command.h"
 
-#include "app/app_paths.h"
 #include "companion/check/configuration_check.h"
 #include "companion/check/finding_text.h"
+#include "companion/cli/chosen_configuration.h"
 #include "companion/cli/exit_code.h"
 #include "platform/file_system.h"
 
@@ -24,7 +24,7 @@ CheckCommand::CheckCommand(CLI::App& program, const Host& host)
 }
 
 int CheckCommand::run(std::ostream& out, std::ostream& err, bool colour) const {
-    const std::string path = configPath.empty() ? defaultConfigPath(host) : configPath;
+    const std::string path = chosenConfigPath(host, configPath);
     if (!FileSystem::existsOrFalse(path)) {
         err << "vantrel: there is no " << path << '\n';
         return ExitCode::couldNotLook;

@@ -9,11 +9,15 @@ void addConfigOption(CLI::App& command, std::string& path) {
         ->type_name("PATH");
 }
 
+std::string chosenConfigPath(const Host& host, const std::string& path) {
+    return path.empty() ? defaultConfigPath(host) : path;
+}
+
 std::shared_ptr<const BridgeConfiguration> chosenConfiguration(const Host& host, const std::string& path,
                                                                std::ostream& err) {
     const auto configuration = std::make_shared<BridgeConfiguration>();
     std::string error;
-    if (!loadBridgeConfiguration(path.empty() ? defaultConfigPath(host) : path, *configuration, error)) {
+    if (!loadBridgeConfiguration(chosenConfigPath(host, path), *configuration, error)) {
         err << "vantrel: " << error << "\n\"vantrel check\" says where the configuration is wrong.\n";
         return nullptr;
     }

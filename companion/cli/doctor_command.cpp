@@ -1,6 +1,6 @@
 #include "companion/cli/doctor_command.h"
 
-#include "app/app_paths.h"
+#include "companion/cli/chosen_configuration.h"
 #include "companion/cli/exit_code.h"
 #include "companion/doctor/doctor.h"
 
@@ -23,7 +23,7 @@ DoctorCommand::DoctorCommand(CLI::App& program, const Platform& platform)
 }
 
 int DoctorCommand::run(std::ostream& out, TextStyle style) const {
-    const std::string path = configPath.empty() ? defaultConfigPath(platform.host) : configPath;
+    const std::string path = chosenConfigPath(platform.host, configPath);
     const CheckResults results = examine(systemMachine(platform), path);
     out << (json ? checkResultsJson(results) : checkResultsText(results, style));
     return isAllGood(results) ? ExitCode::good : ExitCode::findings;

@@ -1,6 +1,5 @@
 #include "companion/cli/light_command.h"
 
-#include "app/app_paths.h"
 #include "companion/cli/chosen_configuration.h"
 #include "companion/cli/exit_code.h"
 #include "companion/trial/board_light.h"
@@ -31,7 +30,7 @@ LightCommand::LightCommand(CLI::App& program, const Platform& platform)
 int LightCommand::run(std::ostream& out, std::ostream& err) const {
     AppConfig config;
     std::string error;
-    if (!loadAppConfig(configPath.empty() ? defaultConfigPath(platform.host) : configPath, config, error)) {
+    if (!loadAppConfig(chosenConfigPath(platform.host, configPath), config, error)) {
         err << "vantrel: " << error << '\n';
         return ExitCode::couldNotLook;
     }

@@ -1,6 +1,5 @@
 #include "companion/cli/module_session.h"
 
-#include "app/app_paths.h"
 #include "companion/check/finding_text.h"
 #include "companion/check/rpn_check.h"
 #include "companion/cli/chosen_configuration.h"
@@ -84,7 +83,7 @@ bool ModuleSession::accepts(const std::string& rpn, std::ostream& err) const {
 bool ModuleSession::channels(MobiFlightConfig& shared, std::ostream& err) const {
     AppConfig config;
     std::string error;
-    if (loadAppConfig(configPath.empty() ? defaultConfigPath(platform.host) : configPath, config, error)) {
+    if (loadAppConfig(chosenConfigPath(platform.host, configPath), config, error)) {
         shared = config.mobiflight;
         return true;
     }

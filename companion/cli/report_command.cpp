@@ -1,6 +1,6 @@
 #include "companion/cli/report_command.h"
 
-#include "app/app_paths.h"
+#include "companion/cli/chosen_configuration.h"
 #include "companion/cli/exit_code.h"
 #include "companion/report/report.h"
 #include "platform/file_system.h"
@@ -42,7 +42,7 @@ ReportCommand::ReportCommand(CLI::App& program, const Platform& platform, std::s
     command->footer(
         "Takes the answer of \"vantrel doctor\", the configuration, the logs and the versions, and replaces user\n"
         "names, home folder and computer name. Sends nothing. Never overwrites a file.\n"
-        "Exit code: 0 the file is written, 2 wrong usage, 3 it couldn't be written.\n"
+        "Exit code: 0 the file is written, 2 wrong usage or the file exists, 3 it couldn't be written.\n"
         "Examples:\n"
         "  vantrel report\n"
         "  vantrel report fault.zip");
@@ -53,9 +53,9 @@ int ReportCommand::run(std::ostream& out, std::ostream& err) const {
     const std::string target = path.empty() ? defaultName(time) : path;
     if (FileSystem::existsOrFalse(target)) {
         err << "vantrel: " << target << " already exists and isn't overwritten. Give another name.\n";
-        return ExitCode::couldNotLook;
+        return ExitCode::wrongUsage;
     }
-    const std::string config = configPath.empty() ? defaultConfigPath(platform.host) : configPath;
+    const std::string config = chosenConfigPath(platform.host, configPath);
     const Anonymizer anonymizer(privateNames(platform.host));
     const Report report = collectReport(systemMachine(platform), config, anonymizer, version);
     std::string error;
