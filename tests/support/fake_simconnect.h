@@ -187,14 +187,18 @@ private:
         return (first + ... + (", " + field(others)));
     }
 
-    /// Writes the call down, runs the hook, and gives the result.
-    SimConnectResult enter(SimCall call, const std::string& text) {
+    /// Writes down the call, and the command that it writes if any, runs the hook, and gives the result. Both at once,
+    /// so that a test that has seen the command finds the call too.
+    SimConnectResult enter(SimCall call, const std::string& text, const std::string* command = nullptr) {
         std::function<void(SimCall)> hookNow;
         {
             const std::lock_guard lock(mutex);
             ++counts[call];
             if (!text.empty()) {
                 record.push_back(text);
+            }
+            if (command != nullptr) {
+                written.push_back(*command);
             }
             hookNow = hook;
         }
@@ -213,8 +217,16 @@ private:
 
     template <typename... Fields>
     SimConnectResult callOn(SimCall call, const char* name, SimConnectHandle handle, const Fields&... values) {
+        return ifOpen(handle, enter(call, callText(name, handle, values...)));
+    }
+
+    template <typename... Fields>
+    static std::string callText(const char* name, SimConnectHandle handle, const Fields&... values) {
         const std::string session = "h" + std::to_string(sessionNumber(handle));
-        const SimConnectResult result = enter(call, std::string(name) + "(" + fields(session, values...) + ")");
+        return std::string(name) + "(" + fields(session, values...) + ")";
+    }
+
+    SimConnectResult ifOpen(SimConnectHandle handle, SimConnectResult result) {
         const std::lock_guard lock(mutex);
         return isOpenLocked(handle) ? result : simConnectRemoteDisconnect;
     }
@@ -296,12 +308,9 @@ private:
     SimConnectResult setClientData(SimConnectHandle handle, std::uint32_t clientDataId, std::uint32_t definitionId,
                                    std::uint32_t flags, std::uint32_t reserved, std::uint32_t unitSize, void* data) {
         const std::string text = blockText(data, unitSize);
-        {
-            const std::lock_guard lock(mutex);
-            written.push_back(text);
-        }
-        return callOn(SimCall::SetClientData, "SetClientData", handle, clientDataId, definitionId, flags, reserved,
-                      unitSize, text.c_str());
+        const std::string call =
+            callText("SetClientData", handle, clientDataId, definitionId, flags, reserved, unitSize, text.c_str());
+        return ifOpen(handle, enter(SimCall::SetClientData, call, &text));
     }
 
     std::mutex mutex;
