@@ -193,9 +193,10 @@ std::vector<std::string> BridgeRig::usableBoards() const {
     return names;
 }
 
+// Accepts sessions first: a bridge that finds the process opens one at once.
 void BridgeRig::startSimulator() {
+    virtualSimulator.refuseOpens(refusing);
     processListed->store(true);
-    updateListening();
 }
 
 void BridgeRig::hideProcess() {
