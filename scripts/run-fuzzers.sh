@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs each fuzz target of the preset "fuzz", once built, for a bounded time on its corpus.
+# Runs each fuzz target of the preset "asan", once built, for a bounded time on its corpus.
 #   run-fuzzers.sh [SECONDS]   15 for each target by default
 set -uo pipefail
 . "$(dirname "$0")/lib.sh"
@@ -9,7 +9,7 @@ seconds=${1:-15}
 mkdir -p build/test-logs
 work=$(mktemp -d build/fuzz-run.XXXXXX)
 trap 'rm -rf "$work"' EXIT
-for target in build/fuzz/fuzz/*_fuzz; do
+for target in build/asan/fuzz/*_fuzz; do
   name=$(basename "$target")
   seeds=tests/fuzz/corpus/$name
   if [ ! -d "$seeds" ]; then

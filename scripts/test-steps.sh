@@ -28,6 +28,7 @@ needs() {
     wine) echo windows ;;
     system_wine) echo linux windows ;;
     browser) echo linux asan tsan ;;
+    fuzz) echo asan ;;
   esac
 }
 
@@ -146,7 +147,7 @@ step_browser() {
 }
 
 step_asan() {
-  build_preset asan vantrel
+  build_preset asan vantrel VantrelBridgeHID fuzzers
   test_units asan ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1
 }
 
@@ -155,7 +156,7 @@ step_tsan() {
   # under in that object's life, so the demo's flight is played too: one bridge that uses nearly all of them.
   local options=detect_deadlocks=1:halt_on_error=1:second_deadlock_stack=1
   local unit_programs=("${threaded_programs[@]}")
-  build_preset tsan vantrel
+  build_preset tsan vantrel VantrelBridgeHID
   TSAN_OPTIONS=$options ctest --test-dir build/tsan -R '^scenario-demo-flight$' --output-on-failure
   test_units tsan TSAN_OPTIONS="$options"
 }
@@ -172,7 +173,7 @@ step_wine() {
 }
 
 step_fuzz() {
-  build_preset fuzz
+  build_preset asan fuzzers
   scripts/run-fuzzers.sh 5
 }
 

@@ -2,6 +2,7 @@
 
 #include "config/json.h"
 
+#include "tests/bench/bench_bytes.h"
 #include "tests/support/numbered_controls.h"
 
 #include <benchmark/benchmark.h>
@@ -11,17 +12,13 @@ namespace {
 
 constexpr const char* fileNames[] = {"buttons.json", "hid_event_map.json"};
 
-std::string textOf(const benchmark::State& state) {
+std::string jsonText(const benchmark::State& state) {
     return numberedControls(static_cast<std::uint32_t>(state.range(1)), "(>H:AS1000_PFD_SOFTKEYS)")
         .at(fileNames[state.range(0)]);
 }
 
-void countBytes(benchmark::State& state, const std::string& text) {
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
-}
-
 void parseJson(benchmark::State& state) {
-    const std::string text = textOf(state);
+    const std::string text = jsonText(state);
     for (auto _ : state) {
         const JsonParseResult result = JsonParser::parse(text);
         if (!result.ok) {
@@ -33,7 +30,7 @@ void parseJson(benchmark::State& state) {
 }
 
 void parseJsonPeer(benchmark::State& state) {
-    const std::string text = textOf(state);
+    const std::string text = jsonText(state);
     for (auto _ : state) {
         const nlohmann::json value = nlohmann::json::parse(text);
         benchmark::DoNotOptimize(value);

@@ -1,6 +1,7 @@
 // An edit's time for each byte must not grow with the file: the same shapes in two sizes, beside a plain copy.
 
 #include "registration/exe_xml_registrar.h"
+#include "tests/bench/bench_bytes.h"
 
 #include <benchmark/benchmark.h>
 
@@ -14,7 +15,7 @@ const char* const shapes[] = {
     "    <Launch.Addon>\r\n        <Name>Tool</Name>\r\n        <Path>C:\\tool.exe</Path>\r\n    </Launch.Addon>\r\n",
     "<Launch.Addon></Launch.Addon>\n", "<Launch.Addo", "<<<<<<<<"};
 
-std::string textOf(const benchmark::State& state) {
+std::string exeXmlText(const benchmark::State& state) {
     const std::string piece = shapes[state.range(0)];
     std::string text = "<SimBase.Document>\r\n";
     while (text.size() < static_cast<std::size_t>(state.range(1))) {
@@ -23,12 +24,8 @@ std::string textOf(const benchmark::State& state) {
     return text + "\r\n</SimBase.Document>\r\n";
 }
 
-void countBytes(benchmark::State& state, const std::string& text) {
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(text.size()));
-}
-
 void registerAddon(benchmark::State& state) {
-    const std::string text = textOf(state);
+    const std::string text = exeXmlText(state);
     for (auto _ : state) {
         const std::string result = ExeXmlRegistrar::applyRegistration(text, "Bridge", "C:\\bridge.exe", "");
         benchmark::DoNotOptimize(result.data());
@@ -37,7 +34,7 @@ void registerAddon(benchmark::State& state) {
 }
 
 void registerAddonFloor(benchmark::State& state) {
-    const std::string text = textOf(state);
+    const std::string text = exeXmlText(state);
     for (auto _ : state) {
         const std::string result = text;
         benchmark::DoNotOptimize(result.data());

@@ -165,7 +165,7 @@ function checkReport() {
   const archive = readFileSync(file);
   check('vantrel report: writes a zip file', archive.subarray(0, 2).toString() === 'PK' ? '' : 'another form');
   const second = report(file);
-  check('vantrel report: overwrites nothing', second.status === 3 && readFileSync(file).equals(archive) ? '' : `${second.status}`);
+  check('vantrel report: overwrites nothing', second.status === 2 && readFileSync(file).equals(archive) ? '' : `${second.status}`);
   const third = report(join(folder, 'none/a.zip'));
   check('vantrel report: says why it fails', third.status === 3 && third.stderr.includes('No such file') ? '' : third.stderr);
   check('vantrel report: leaves nothing else', readdirSync(folder).join() === 'a.zip' ? '' : readdirSync(folder).join());
