@@ -3,7 +3,8 @@
 # booted once for all of them:
 #   run-under-wine-hid.sh PREFIX first|second RESULT-FOLDER TEST-PROGRAM [TEST OPTION...]
 # Each way to the simulator is a run of its own. All tests that aren't only for Linux run with the DLL. The two ways
-# without it share every other part of the bridge with that, so they run only the sessions.
+# without it share every other part of the bridge with that, so they run only the sessions, and not the one that is about
+# the simulator's process.
 set -uo pipefail
 . "$(dirname "$0")/../lib.sh"
 no_other_options "$@"
@@ -42,5 +43,5 @@ run_tests windows-dll '-Linux*:Hidraw*' "$@"
 unset GTEST_TOTAL_SHARDS GTEST_SHARD_INDEX
 without_dll=windows-tcp
 [ "$half" = first ] || without_dll=windows-pipe
-run_tests "$without_dll" 'Session.*' "$@"
+run_tests "$without_dll" 'Session.*-*SimulatorsProcess' "$@"
 exit "$((failures > 0))"

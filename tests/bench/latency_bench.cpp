@@ -1,5 +1,5 @@
 // The latency of a report through the whole bridge, against a program that only reads and sends:
-//   latency-bench [REPORTS-OF-THE-FLOOD]
+//   latency-bench [--check]      a shorter run
 // Exit code 1 when a goal is missed by far, or a command is lost.
 
 #include "tests/bench/latency_measure.h"
@@ -15,9 +15,16 @@ namespace {
 
 constexpr std::uint32_t controls = 1000;
 constexpr double rate = 1000;
-constexpr std::size_t reportsPerRound = 4000;
 /// Floor and bridge take turns, so that a busy moment of the machine hits both.
 constexpr int rounds = 3;
+
+struct Extent {
+    std::size_t reportsPerRound = 4000;
+    std::size_t floodReports = 1000000;
+    double idleSeconds = 10;
+};
+
+constexpr Extent shortRun{.reportsPerRound = 2000, .floodReports = 200000, .idleSeconds = 4};
 
 /// Writes the configuration of `controls` buttons, one command each, and returns its path.
 std::string writeConfiguration(const TempFolder& folder) {
@@ -53,7 +60,7 @@ bool isWhole(const LatencyResult& result) {
     return result.received == result.sent && result.misplaced == 0;
 }
 
-void compareLatency(const LatencySubject& floor, const LatencySubject& bridge) {
+void compareLatency(const LatencySubject& floor, const LatencySubject& bridge, std::size_t reportsPerRound) {
     std::vector<double> floorUs;
     std::vector<double> bridgeUs;
     bool whole = true;
@@ -81,8 +88,7 @@ void flood(const LatencySubject& bridge, std::size_t reports) {
     mustHold(isWhole(result), "no command of the flood is lost, doubled or out of order");
 }
 
-void idle(const LatencySubject& bridge) {
-    constexpr double seconds = 10;
+void idle(const LatencySubject& bridge, double seconds) {
     const double alone = idleWithoutSimulator(bridge, seconds);
     const LatencyResult result = measureLatency(bridge, {100, rate, controls, seconds});
     std::printf(
@@ -94,12 +100,12 @@ void idle(const LatencySubject& bridge) {
     mustHold(result.residentMiB > 0 && result.residentMiB < 8, "resident memory stays under 8 MiB");
 }
 
-int measure(std::size_t reports) {
+int measure(const Extent& extent) {
     const TempFolder folder;
     const LatencySubject bridge{"bridge", writeConfiguration(folder)};
-    compareLatency({"floor", ""}, bridge);
-    flood(bridge, reports);
-    idle(bridge);
+    compareLatency({"floor", ""}, bridge, extent.reportsPerRound);
+    flood(bridge, extent.floodReports);
+    idle(bridge, extent.idleSeconds);
     return failures > 0 ? 1 : 0;
 }
 
@@ -115,7 +121,7 @@ int runSubject(char** arguments) {
 
 int main(int argc, char** argv) {
     try {
-        return argc == 5 ? runSubject(argv + 1) : measure(argc > 1 ? std::stoul(argv[1]) : 1000000);
+        return argc == 5 ? runSubject(argv + 1) : measure(argc > 1 ? shortRun : Extent());
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "latency-bench: %s\n", failure.what());
         return 1;
