@@ -25,8 +25,8 @@ search() { # pattern; the files' names come on standard input
 
 formatting() { sources '*.cpp' '*.h' | xargs clang-format --dry-run -Werror; }
 
-# Most of clang-tidy's time goes into the headers of libraries, once for each file that it is given. So it is given a
-# folder's sources as one, and fewer where their names clash.
+# Most of clang-tidy's time goes into the headers of libraries, once for each file that it is given. So it is given all
+# sources of src/, of simulation/ and of companion/ as one, and fewer where their names clash.
 tidy_files() {
   local flags=(-std=c++20 -Isrc -Isrc/wire/linux -I. -isystem build/third-party '-DVANTREL_VERSION="0"')
   local whole=build/tidy/${1//\//-}
@@ -47,9 +47,7 @@ tidy() {
   local lines
   mkdir -p build/tidy
   lines=$(sources 'src/*.cpp' 'simulation/*.cpp' 'companion/*.cpp' | grep -v '/windows/' |
-    awk -F/ '{ group = $1 == "src" ? $1 : $1 "/" $2 }
-      $1 == "simulation" && $NF == "main.cpp" { group = $0 }
-      { files[group] = files[group] " " $0 }
+    awk -F/ '{ group = $1 == "simulation" && $NF == "main.cpp" ? $0 : $1; files[group] = files[group] " " $0 }
       END { for (group in files) print files[group] }')
   export -f tidy_files
   # shellcheck disable=SC2016

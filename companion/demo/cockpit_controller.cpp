@@ -19,12 +19,12 @@ constexpr std::chrono::milliseconds watchPeriod = 15ms;
 constexpr std::string_view otherClientsPing = " MF.Ping";
 
 /// Milliseconds since 1970, as pages count time.
-JsonValue timeNow() {
+JsonValue pageTime() {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     return jsonNumber(static_cast<double>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count()));
 }
 
-JsonValue emptyArray() {
+JsonValue emptyJsonArray() {
     JsonValue array;
     array.type = JsonType::Array;
     return array;
@@ -78,7 +78,7 @@ void CockpitController::stop() {
 }
 
 std::string CockpitController::panel() const {
-    JsonValue boards = emptyArray();
+    JsonValue boards = emptyJsonArray();
     for (const RigBoard& made : rig.boards()) {
         JsonValue board = jsonObject();
         board.object["name"] = jsonString(made.name);
@@ -114,7 +114,7 @@ void CockpitController::publishSent(const std::string& board, std::uint16_t cont
     sent.object["report"] = jsonString(std::string(report));
     sent.object["detents"] = jsonNumber(detents);
     sent.object["speed"] = jsonNumber(speed);
-    sent.object["at"] = timeNow();
+    sent.object["at"] = pageTime();
     events.publish("sent", jsonText(sent));
 }
 
@@ -138,7 +138,7 @@ void CockpitController::notify() {
 
 void CockpitController::publishItem(const Observation& item) {
     JsonValue message = jsonObject();
-    message.object["at"] = timeNow();
+    message.object["at"] = pageTime();
     message.object["text"] = jsonString(item.text);
     if (item.stream == "sim" && item.text.ends_with(otherClientsPing)) {
         return;
@@ -172,13 +172,13 @@ std::string CockpitController::state() const {
 }
 
 JsonValue CockpitController::boardStates() const {
-    JsonValue boards = emptyArray();
+    JsonValue boards = emptyJsonArray();
     for (const RigBoard& made : rig.boards()) {
         const VirtualBoard& board = rig.board(made.name);
         JsonValue entry = boardState(board);
         entry.object["name"] = jsonString(made.name);
         entry.object["plugged"] = jsonBool(rig.plugged(made.name));
-        JsonValue held = emptyArray();
+        JsonValue held = emptyJsonArray();
         for (const std::uint16_t control : buttons.heldOn(board)) {
             held.array.push_back(jsonNumber(control));
         }

@@ -67,7 +67,7 @@ std::string cellText(const std::vector<std::string>& cells, std::size_t column, 
     return cells[column] == "The same" ? above : plainText(cells[column]);
 }
 
-std::vector<std::string_view> linesOf(std::string_view page) {
+std::vector<std::string_view> pageLines(std::string_view page) {
     std::vector<std::string_view> lines;
     while (!page.empty()) {
         const std::size_t end = std::min(page.find('\n'), page.size());
@@ -88,7 +88,7 @@ MessageGuide::MessageGuide(std::string_view page) {
     bool isInTable = false;
     Columns columns;
     MessageExplanation above;
-    for (const std::string_view line : linesOf(page)) {
+    for (const std::string_view line : pageLines(page)) {
         const bool isRow = line.starts_with('|');
         const std::vector<std::string> cells = isRow ? cellsOf(line) : std::vector<std::string>();
         if (isRow && !isInTable) {
