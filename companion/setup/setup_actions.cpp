@@ -77,22 +77,24 @@ bool SetupController::act(const JsonValue& json, std::string& error) {
         return false;
     }
     const std::lock_guard actionLock(actionMutex);
-    bool idsChanged = false;
-    bool done = false;
-    {
-        const std::lock_guard lock(mutex);
-        done = (this->*action)(json, error);
-        const std::shared_ptr<const BridgeConfiguration> read = configurationFor(false);
-        idsChanged = watchedIds != read->settings.hid.vid + ':' + read->settings.hid.pid;
-        realLive.setConfiguration(read);
-        virtualLive.setConfiguration(configurationFor(true));
-        showRoles(read->settings);
-        publishState();
-    }
-    if (idsChanged) {
-        restartRealBoards();
-    }
+    const bool done = (this->*action)(json, error);
+    followConfiguration();
+    const std::lock_guard lock(mutex);
+    publishState();
     return done;
+}
+
+bool SetupController::changeConfiguration(const Change& change, std::string& error) {
+    const auto next = std::make_shared<EditedConfiguration>(configuration());
+    const bool done = change(*next, error);
+    const std::lock_guard lock(mutex);
+    state.configuration = next;
+    return done;
+}
+
+bool SetupController::edit(const EditedConfiguration::Edit& edit, std::string& error) {
+    return changeConfiguration(
+        [&edit](EditedConfiguration& next, std::string& reason) { return next.change(edit, reason); }, error);
 }
 
 void SetupController::showRoles(const AppConfig& config) {
@@ -136,7 +138,7 @@ bool SetupController::operate(const JsonValue& json, std::string& error) {
 }
 
 bool SetupController::setIds(const JsonValue& json, std::string& error) {
-    return configuration.change(
+    return edit(
         [&](ConfigurationDraft& draft, std::string& reason) {
             return draft.setUsbIds(memberText(json, "vendor"), memberText(json, "product"), reason);
         },
@@ -144,7 +146,7 @@ bool SetupController::setIds(const JsonValue& json, std::string& error) {
 }
 
 bool SetupController::setRole(const JsonValue& json, std::string& error) {
-    return configuration.change(
+    return edit(
         [&](ConfigurationDraft& draft, std::string& reason) {
             return draft.setRole(memberText(json, "board"), memberText(json, "role"), reason);
         },
@@ -152,7 +154,7 @@ bool SetupController::setRole(const JsonValue& json, std::string& error) {
 }
 
 bool SetupController::nameControl(const JsonValue& json, std::string& error) {
-    return configuration.change(
+    return edit(
         [&](ConfigurationDraft& draft, std::string& reason) {
             return draft.nameControl(memberNumber(json, "control"), memberText(json, "name"), reason);
         },
@@ -161,25 +163,29 @@ bool SetupController::nameControl(const JsonValue& json, std::string& error) {
 
 bool SetupController::assign(const JsonValue& json, std::string& error) {
     const CommandPlace place = placeOf(json);
-    const auto edit = [&](ConfigurationDraft& draft, std::string& reason) {
+    const auto set = [&](ConfigurationDraft& draft, std::string& reason) {
         return draft.setCommand(place, memberText(json, "command"), reason);
     };
-    const bool done = complete(place, error) && configuration.change(edit, error);
-    state.progress.assigned = state.progress.assigned || done;
-    return done;
+    if (!complete(place, error) || !edit(set, error)) {
+        return false;
+    }
+    reach(&SetupProgress::assigned);
+    return true;
 }
 
 bool SetupController::clear(const JsonValue& json, std::string& error) {
     const CommandPlace place = placeOf(json);
-    const auto edit = [&](ConfigurationDraft& draft, std::string& reason) { return draft.clearCommand(place, reason); };
-    return complete(place, error) && configuration.change(edit, error);
+    const auto remove = [&](ConfigurationDraft& draft, std::string& reason) {
+        return draft.clearCommand(place, reason);
+    };
+    return complete(place, error) && edit(remove, error);
 }
 
 bool SetupController::setProfileValue(const JsonValue& json, std::string& error) {
     const JsonValue* const value = find(json, "value");
     const bool isText = value != nullptr && value->type == JsonType::String;
     const std::string written = isText ? quotedJson(value->string) : std::to_string(memberNumber(json, "value"));
-    return configuration.change(
+    return edit(
         [&](ConfigurationDraft& draft, std::string& reason) {
             return draft.setProfileValue(memberText(json, "profile"), memberText(json, "part"), memberText(json, "key"),
                                          written, reason);
@@ -203,7 +209,7 @@ bool SetupController::previewLight(const JsonValue& json, std::string& error) {
 }
 
 bool SetupController::takeSample(const JsonValue&, std::string& error) {
-    return configuration.change(
+    return edit(
         [](ConfigurationDraft& draft, std::string&) {
             // The settings name the user's own board, and the files that this writes to.
             ConfigurationTexts texts = sampleTexts();
@@ -215,7 +221,7 @@ bool SetupController::takeSample(const JsonValue&, std::string& error) {
 }
 
 bool SetupController::undo(const JsonValue&, std::string& error) {
-    return configuration.change(
+    return edit(
         [](ConfigurationDraft& draft, std::string&) {
             draft.undo();
             return true;
@@ -224,18 +230,24 @@ bool SetupController::undo(const JsonValue&, std::string& error) {
 }
 
 bool SetupController::save(const JsonValue& json, std::string& error) {
-    if (configuration.problem().empty() && !configuration.verdict().bridgeStarts &&
+    if (configuration().problem().empty() && !configuration().verdict().bridgeStarts &&
         !memberFlag(json, "despiteErrors")) {
-        error = "The bridge wouldn't start with this: " + configuration.verdict().refusal;
+        error = "The bridge wouldn't start with this: " + configuration().verdict().refusal;
         return false;
     }
-    const bool saved = configuration.save(error);
-    state.progress.saved = state.progress.saved || saved;
-    return saved;
+    if (!changeConfiguration([](EditedConfiguration& next, std::string& reason) { return next.save(reason); }, error)) {
+        return false;
+    }
+    reach(&SetupProgress::saved);
+    return true;
 }
 
 bool SetupController::reload(const JsonValue&, std::string& error) {
-    configuration.reload();
-    error = configuration.problem();
-    return error.empty();
+    return changeConfiguration(
+        [](EditedConfiguration& next, std::string& reason) {
+            next.reload();
+            reason = next.problem();
+            return reason.empty();
+        },
+        error);
 }

@@ -59,12 +59,12 @@ EventJson eventOf(const LiveReport& report, const DecodedEvent& decoded) {
 SetupController::SetupController(const Platform& platform, const SetupOptions& options)
     : platform(platform),
       options(options),
-      configuration(options.configPath),
       bridge(this->platform.host, [this](const std::string& line) { publishLine("", line); }),
       bridgeLog(serviceLogPath(platform.host)),
       realLive(platform.hid, platform.host),
       virtualLive(virtualBoards.transport(), platform.host) {
-    state.progress.isFirst = configuration.problem().empty() && !configuration.files().exist();
+    state.configuration = std::make_shared<EditedConfiguration>(options.configPath);
+    state.progress.isFirst = configuration().problem().empty() && !configuration().files().exist();
     state.bridgeProgram = bridge.programPath();
 }
 
@@ -74,13 +74,14 @@ SetupController::~SetupController() {
 
 bool SetupController::start(std::string& error) {
     virtualSimulator.setRecordCallback([this](const SimulatorRecord& record) { onReceived(record); });
+    const std::lock_guard actionLock(actionMutex);
     if (!virtualSimulator.start(0, error) || !startLink(error) || !startBoards(virtualLive, true, error)) {
         return false;
     }
     for (int i = 0; i < options.virtualBoards; ++i) {
         virtualBoards.add();
     }
-    restartRealBoards();
+    followConfiguration();
     const std::vector<LogLine> lines = bridgeLog.newLines();
     for (std::size_t i = lines.size() - std::min(lines.size(), oldLines); i < lines.size(); ++i) {
         publishLine(lines[i].level, lines[i].message);
@@ -106,7 +107,7 @@ void SetupController::stop() {
 
 /// Virtual boards have ids of their own, so that they are there whatever the configuration says.
 std::shared_ptr<const BridgeConfiguration> SetupController::configurationFor(bool areVirtual) const {
-    std::shared_ptr<const BridgeConfiguration> read = configuration.forBridge();
+    std::shared_ptr<const BridgeConfiguration> read = configuration().forBridge();
     if (!areVirtual) {
         return read;
     }
@@ -118,16 +119,11 @@ std::shared_ptr<const BridgeConfiguration> SetupController::configurationFor(boo
 }
 
 bool SetupController::startBoards(LiveBoards& boards, bool areVirtual, std::string& error) {
-    std::shared_ptr<const BridgeConfiguration> read;
-    {
-        const std::lock_guard lock(mutex);
-        read = configurationFor(areVirtual);
-    }
     LiveObserver observer;
     observer.arrived = [this, areVirtual](const LiveBoard& board) { onArrival(board, areVirtual); };
     observer.left = [this, areVirtual](const LiveBoard& board) { onDeparture(board, areVirtual); };
     observer.reported = [this, areVirtual](const LiveReport& report) { onReport(report, areVirtual); };
-    return boards.start(std::move(read), std::move(observer), error);
+    return boards.start(configurationFor(areVirtual), std::move(observer), error);
 }
 
 /// Without usable ids there are no real boards, which the page shows.
@@ -135,12 +131,28 @@ void SetupController::restartRealBoards() {
     realLive.stop();
     {
         const std::lock_guard lock(mutex);
-        const HidConfig hid = configuration.forBridge()->settings.hid;
-        watchedIds = hid.vid + ':' + hid.pid;
         std::erase_if(state.boards, [](const ShownBoard& board) { return !board.isVirtual; });
     }
     std::string ignored;
     startBoards(realLive, false, ignored);
+}
+
+void SetupController::followConfiguration() {
+    const std::shared_ptr<const BridgeConfiguration> read = configuration().forBridge();
+    if (read == followed) {
+        return;
+    }
+    const bool areIdsNew = followed == nullptr || followed->settings.hid.vid != read->settings.hid.vid ||
+                           followed->settings.hid.pid != read->settings.hid.pid;
+    followed = read;
+    virtualLive.setConfiguration(configurationFor(true));
+    if (areIdsNew) {
+        restartRealBoards();
+    } else {
+        realLive.setConfiguration(read);
+    }
+    const std::lock_guard lock(mutex);
+    showRoles(read->settings);
 }
 
 void SetupController::onArrival(const LiveBoard& board, bool isVirtual) {
@@ -182,29 +194,37 @@ void SetupController::onReceived(const SimulatorRecord& record) {
 }
 
 void SetupController::watch() {
-    std::unique_lock lock(mutex);
     while (watcher.running()) {
-        look();
+        {
+            const std::lock_guard actionLock(actionMutex);
+            look();
+        }
+        std::unique_lock lock(mutex);
         ending.wait_for(lock, lookPeriod, [this] { return !watcher.running(); });
     }
 }
 
 void SetupController::look() {
-    state.places = registrationPlaces(platform.host);
-    state.bridgeExists = bridge.programExists();
-    state.bridgeRuns = bridge.isRunning();
-    state.bridgeIsOurs = bridge.wasStartedHere();
-    state.simulatorState = link->state();
-    state.progress.registered =
-        std::ranges::any_of(state.places, [](const RegistrationPlace& place) { return place.isRegistered; });
-    state.changedOnDisk.clear();
-    if (configuration.problem().empty()) {
-        configuration.files().areUnchanged(state.changedOnDisk);
+    SetupSurroundings seen;
+    seen.places = registrationPlaces(platform.host);
+    seen.bridgeExists = bridge.programExists();
+    seen.bridgeRuns = bridge.isRunning();
+    seen.bridgeIsOurs = bridge.wasStartedHere();
+    seen.simulator = link->state();
+    if (configuration().problem().empty()) {
+        configuration().files().areUnchanged(seen.changedOnDisk);
     }
     followLog();
     // They would grow for as long as the page is open.
     virtualSimulator.clearRecords();
+    const std::lock_guard lock(mutex);
+    state.surroundings = std::move(seen);
     publishState();
+}
+
+void SetupController::reach(bool SetupProgress::*step) {
+    const std::lock_guard lock(mutex);
+    state.progress.*step = true;
 }
 
 void SetupController::followLog() {
@@ -221,22 +241,25 @@ void SetupController::publishState() {
     for (ShownBoard& board : state.boards) {
         board.light = board.isVirtual ? virtualBoards.lightOf(board.name) : std::nullopt;
     }
-    events.setState(stateJson(state, configuration));
+    if (state != shown) {
+        shown = state;
+        events.setState(stateJson(state));
+    }
 }
 
 bool SetupController::hasUnsavedChanges() {
-    const std::lock_guard lock(mutex);
-    return configuration.hasUnsavedChanges();
+    const std::lock_guard actionLock(actionMutex);
+    return configuration().hasUnsavedChanges();
 }
 
 bool SetupController::hasBridge() {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard actionLock(actionMutex);
     return bridge.wasStartedHere();
 }
 
 std::string SetupController::difference() {
-    const std::lock_guard lock(mutex);
-    return differenceJson(configuration);
+    const std::lock_guard actionLock(actionMutex);
+    return differenceJson(configuration());
 }
 
 std::string SetupController::devices() {

@@ -13,10 +13,9 @@
 #include "simulation/simulator/virtual_simulator.h"
 
 #include <condition_variable>
-#include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 
 struct SetupOptions {
@@ -58,25 +57,29 @@ private:
     const SetupOptions options;
     EventFeed events;
 
-    // Held across a whole action, so that one comes after the other. Taken before the other mutex.
+    // Held across a whole action or a whole look at the machine, which may be slow. Guards what follows. Taken before
+    // the other mutex.
     std::mutex actionMutex;
-
-    // Guards what follows. The boards' observers take it, so no board is started or stopped under it.
-    std::mutex mutex;
-    EditedConfiguration configuration;
-    SetupState state;
     BridgeControl bridge;
     /// Of a bridge that somebody else has started.
     LogFollower bridgeLog;
     VirtualSimulator virtualSimulator;
     /// To the simulator for trying commands.
     std::unique_ptr<ModuleLink> link;
+    /// What the boards' events are decoded by.
+    std::shared_ptr<const BridgeConfiguration> followed;
+
+    // Guards what follows. The boards' observers take it, so nothing slow happens under it, and no board is started or
+    // stopped. The configuration and the simulator's kind are only written with both mutexes held, so that one of them
+    // is enough to read them.
+    std::mutex mutex;
+    SetupState state;
+    /// As it was last published.
+    SetupState shown;
 
     VirtualBoards virtualBoards;
     LiveBoards realLive;
     LiveBoards virtualLive;
-    /// The ids that the real boards are looked for by.
-    std::string watchedIds;
 
     /// Looks at what changes by itself: the bridge, its log, the files, the registration.
     Worker watcher;
@@ -94,15 +97,20 @@ private:
     void watch();
     /// Any thread.
     void publishLine(const std::string& level, const std::string& text);
-    // These need the mutex held.
-    std::shared_ptr<const BridgeConfiguration> configurationFor(bool areVirtual) const;
-    void look();
-    void followLog();
+    // These need `mutex` held.
     void publishState();
     /// Of the boards whose role in the configuration has changed.
     void showRoles(const AppConfig& config);
+    // These need `actionMutex` held, and take the other.
+    const EditedConfiguration& configuration() const { return *state.configuration; }
+    std::shared_ptr<const BridgeConfiguration> configurationFor(bool areVirtual) const;
+    void look();
+    void followLog();
+    /// Passes a changed configuration on to the boards.
+    void followConfiguration();
+    void reach(bool SetupProgress::*step);
 
-    // The actions (setup_actions.cpp, setup_bridge_actions.cpp). These need the mutex held.
+    // The actions (setup_actions.cpp, setup_bridge_actions.cpp). These need `actionMutex` held.
     using Action = bool (SetupController::*)(const JsonValue& json, std::string& error);
     static Action actionOf(const std::string& word);
     bool addBoard(const JsonValue& json, std::string& error);
@@ -126,6 +134,11 @@ private:
     bool startBridge(const JsonValue& json, std::string& error);
     bool endBridge(const JsonValue& json, std::string& error);
 
+    using Change = std::function<bool(EditedConfiguration& configuration, std::string& error)>;
+    /// Carries it out on a copy, which takes the configuration's place.
+    bool changeConfiguration(const Change& change, std::string& error);
+    /// The same for its draft.
+    bool edit(const EditedConfiguration::Edit& edit, std::string& error);
     bool startLink(std::string& error);
     Platform linkPlatform() const;
 };

@@ -8,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -74,9 +75,9 @@ Json commandsOf(const ListedControl& control) {
 }
 
 /// The named controls and those that were used without having a name, by number.
-Json controlsOf(const SetupState& state, const EditedConfiguration& configuration) {
+Json controlsOf(const SetupState& state) {
     std::map<std::int32_t, Json> byNumber;
-    for (const ListedControl& control : configuration.controls()) {
+    for (const ListedControl& control : state.configuration->controls()) {
         byNumber[control.number] = {{"number", control.number},
                                     {"name", control.name},
                                     {"knob", control.isKnob},
@@ -110,10 +111,10 @@ Json findingsOf(const Findings& findings) {
     return array;
 }
 
-Json configurationOf(const SetupState& state, const EditedConfiguration& configuration) {
+Json configurationOf(const EditedConfiguration& configuration, const std::string& changedOnDisk) {
     Json json{{"path", configuration.files().paths()[ConfigurationPart::Settings]},
               {"problem", configuration.problem()},
-              {"changedOnDisk", state.changedOnDisk}};
+              {"changedOnDisk", changedOnDisk}};
     const AppConfig& settings = configuration.forBridge()->settings;
     json["vendorId"] = settings.hid.vid;
     json["productId"] = settings.hid.pid;
@@ -130,20 +131,23 @@ Json configurationOf(const SetupState& state, const EditedConfiguration& configu
     return json;
 }
 
-Json progressOf(const SetupProgress& progress) {
-    return {{"first", progress.isFirst}, {"pressed", progress.pressed}, {"assigned", progress.assigned},
-            {"tried", progress.tried},   {"saved", progress.saved},     {"registered", progress.registered}};
+Json progressOf(const SetupProgress& progress, const std::vector<RegistrationPlace>& places) {
+    return {
+        {"first", progress.isFirst},     {"pressed", progress.pressed},
+        {"assigned", progress.assigned}, {"tried", progress.tried},
+        {"saved", progress.saved},       {"registered", std::ranges::any_of(places, &RegistrationPlace::isRegistered)}};
 }
 
 Json bridgeOf(const SetupState& state) {
     Json places = Json::array();
-    for (const RegistrationPlace& place : state.places) {
+    const SetupSurroundings& surroundings = state.surroundings;
+    for (const RegistrationPlace& place : surroundings.places) {
         places.push_back({{"path", place.path}, {"registered", place.isRegistered}});
     }
     return {{"program", state.bridgeProgram},
-            {"exists", state.bridgeExists},
-            {"running", state.bridgeRuns},
-            {"ours", state.bridgeIsOurs},
+            {"exists", surroundings.bridgeExists},
+            {"running", surroundings.bridgeRuns},
+            {"ours", surroundings.bridgeIsOurs},
             {"places", std::move(places)}};
 }
 
@@ -175,15 +179,16 @@ const char* linkStateText(LinkState link) {
     return "is ready";
 }
 
-std::string stateJson(const SetupState& state, const EditedConfiguration& configuration) {
-    const bool isEditable = configuration.problem().empty();
+std::string stateJson(const SetupState& state) {
+    const SetupSurroundings& surroundings = state.surroundings;
+    const bool isEditable = state.configuration->problem().empty();
     return lineOf(
-        {{"configuration", configurationOf(state, configuration)},
-         {"progress", progressOf(state.progress)},
+        {{"configuration", configurationOf(*state.configuration, surroundings.changedOnDisk)},
+         {"progress", progressOf(state.progress, surroundings.places)},
          {"boards", boardsOf(state.boards)},
-         {"controls", isEditable ? controlsOf(state, configuration) : Json::array()},
+         {"controls", isEditable ? controlsOf(state) : Json::array()},
          {"bridge", bridgeOf(state)},
-         {"simulator", {{"virtual", state.simulatorIsVirtual}, {"state", linkStateText(state.simulatorState)}}}});
+         {"simulator", {{"virtual", state.simulatorIsVirtual}, {"state", linkStateText(surroundings.simulator)}}}});
 }
 
 std::string differenceJson(const EditedConfiguration& configuration) {
