@@ -1,6 +1,7 @@
 #include "companion/doctor/doctor.h"
 
 #include "companion/doctor/board_check.h"
+#include "companion/doctor/bridge_program.h"
 #include "companion/doctor/exe_xml_check.h"
 #include "companion/doctor/log_check.h"
 #include "companion/doctor/module_check.h"
@@ -24,7 +25,7 @@ void checkSimulators(const Machine& machine, CheckResults& results) {
     const SimConnectCfgFacts cfg = readSimConnectCfgFacts(machine);
     const std::vector<SimulatorFolder> simulators = simulatorFolders(machine.host);
     for (const SimulatorFolder& simulator : simulators) {
-        checkSimulator(simulator, bridgePath(machine), cfg.endpoints, results);
+        checkSimulator(simulator, bridgePath(machine.host), cfg.endpoints, results);
     }
     if (simulators.empty()) {
         CheckTopic(results, "Simulator")

@@ -4,10 +4,9 @@
 #include "app/program_names.h"
 #include "companion/devices/board_list.h"
 #include "companion/live/live_text.h"
+#include "companion/setup/json_line.h"
 #include "mapping/event_decision.h"
 #include "platform/file_system.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <chrono>
@@ -22,10 +21,6 @@ constexpr std::chrono::milliseconds lookPeriod{500};
 constexpr std::int32_t virtualScanMs = 100;
 /// Lines of an earlier run that are still shown.
 constexpr std::size_t oldLines = 50;
-
-std::string eventLine(const EventJson& json) {
-    return json.dump(-1, ' ', false, EventJson::error_handler_t::replace);
-}
 
 std::int64_t millisecondsNow() {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
@@ -179,17 +174,17 @@ void SetupController::onReport(const LiveReport& report, bool isVirtual) {
             board.role = decoded.role;
         }
     }
-    SeenControl& seen = state.seen[decoded.event.controlId];
-    seen.isKnob = seen.isKnob || isTurn(decoded.action);
+    bool& isKnob = state.used[decoded.event.controlId];
+    isKnob = isKnob || isTurn(decoded.action);
     state.progress.pressed = true;
     // First, so that the page finds the control in the state.
     publishState();
-    events.publish("event", eventLine(eventOf(report, decoded)));
+    events.publish("event", jsonLine(eventOf(report, decoded)));
 }
 
 void SetupController::onReceived(const SimulatorRecord& record) {
     if (record.kind == SimulatorRecordKind::Executed) {
-        events.publish("received", eventLine({{"at", millisecondsNow()}, {"text", record.text}}));
+        events.publish("received", jsonLine({{"at", millisecondsNow()}, {"text", record.text}}));
     }
 }
 
@@ -234,7 +229,7 @@ void SetupController::followLog() {
 }
 
 void SetupController::publishLine(const std::string& level, const std::string& text) {
-    events.publish("log", eventLine({{"at", millisecondsNow()}, {"level", level}, {"text", text}}));
+    events.publish("log", jsonLine({{"at", millisecondsNow()}, {"level", level}, {"text", text}}));
 }
 
 void SetupController::publishState() {

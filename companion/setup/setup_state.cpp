@@ -3,10 +3,9 @@
 #include "companion/catalogue/event_catalogue.h"
 #include "companion/check/rpn_check.h"
 #include "companion/draft/line_diff.h"
+#include "companion/setup/json_line.h"
 #include "config/names.h"
 #include "platform/file_system.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
@@ -15,11 +14,6 @@
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-/// Files may hold bytes that aren't UTF-8.
-std::string lineOf(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
 
 /// As light.js takes it.
 Json lightOf(const LedCommand& light) {
@@ -84,12 +78,12 @@ Json controlsOf(const SetupState& state) {
                                     {"used", false},
                                     {"commands", commandsOf(control)}};
     }
-    for (const auto& [number, seen] : state.seen) {
+    for (const auto& [number, isKnob] : state.used) {
         if (!byNumber.contains(number)) {
             byNumber[number] = {{"number", number}, {"name", ""}, {"knob", false}, {"commands", Json::array()}};
         }
         Json& control = byNumber[number];
-        control["knob"] = control["knob"].get<bool>() || seen.isKnob;
+        control["knob"] = control["knob"].get<bool>() || isKnob;
         control["used"] = true;
     }
     Json array = Json::array();
@@ -182,7 +176,7 @@ const char* linkStateText(LinkState link) {
 std::string stateJson(const SetupState& state) {
     const SetupSurroundings& surroundings = state.surroundings;
     const bool isEditable = state.configuration->problem().empty();
-    return lineOf(
+    return jsonLine(
         {{"configuration", configurationOf(*state.configuration, surroundings.changedOnDisk)},
          {"progress", progressOf(state.progress, surroundings.places)},
          {"boards", boardsOf(state.boards)},
@@ -203,7 +197,7 @@ std::string differenceJson(const EditedConfiguration& configuration) {
             array.push_back({{"path", configuration.files().paths()[part]}, {"lines", diffLinesOf(lines)}});
         }
     }
-    return lineOf(array);
+    return jsonLine(array);
 }
 
 std::string changesJson(const std::vector<RegistrationChange>& changes) {
@@ -211,7 +205,7 @@ std::string changesJson(const std::vector<RegistrationChange>& changes) {
     for (const RegistrationChange& change : changes) {
         array.push_back({{"path", change.path}, {"lines", diffLinesOf(change.lines)}});
     }
-    return lineOf(array);
+    return jsonLine(array);
 }
 
 std::string catalogueJson() {
@@ -227,7 +221,7 @@ std::string catalogueJson() {
     for (const auto& [number, name] : sampleControlNames()) {
         names[std::to_string(number)] = name;
     }
-    return lineOf({{"events", std::move(events)}, {"names", std::move(names)}});
+    return jsonLine({{"events", std::move(events)}, {"names", std::move(names)}});
 }
 
 std::string remarksJson(const std::string& command) {
@@ -238,5 +232,5 @@ std::string remarksJson(const std::string& command) {
                          {"message", remark.message},
                          {"hint", remark.hint}});
     }
-    return lineOf(array);
+    return jsonLine(array);
 }

@@ -28,13 +28,6 @@ struct ShownBoard {
     bool operator==(const ShownBoard&) const = default;
 };
 
-/// A control that was used since the program was started.
-struct SeenControl {
-    bool isKnob = false;
-
-    bool operator==(const SeenControl&) const = default;
-};
-
 /// How far a first configuration has come.
 struct SetupProgress {
     /// There was no configuration when the page was opened.
@@ -66,8 +59,8 @@ struct SetupState {
     /// Each change makes a new one. Never null.
     std::shared_ptr<const EditedConfiguration> configuration;
     std::vector<ShownBoard> boards;
-    /// By number.
-    std::map<std::int32_t, SeenControl> seen;
+    /// The controls that were used since the program was started, and whether each was turned.
+    std::map<std::int32_t, bool> used;
     SetupProgress progress;
     SetupSurroundings surroundings;
     std::string bridgeProgram;
