@@ -14,6 +14,14 @@ bool isExecutableName(std::string_view name) {
            equalsIgnoringCase(name.substr(name.size() - executableEnding.size()), executableEnding);
 }
 
+/// With or without ".exe".
+bool isProcessOf(std::string_view name, std::string_view program) {
+    if (isExecutableName(name)) {
+        name.remove_suffix(executableEnding.size());
+    }
+    return equalsIgnoringCase(name, program);
+}
+
 } // namespace
 
 std::string bridgePath(const Host& host) {
@@ -26,9 +34,6 @@ bool isBridgeProcess(std::string_view name) {
     return isProcessOf(name, programName);
 }
 
-bool isProcessOf(std::string_view name, std::string_view program) {
-    if (isExecutableName(name)) {
-        name.remove_suffix(executableEnding.size());
-    }
-    return equalsIgnoringCase(name, program);
+bool isSimulatorProcess(std::string_view name) {
+    return isProcessOf(name, "FlightSimulator") || isProcessOf(name, "FlightSimulator2024");
 }

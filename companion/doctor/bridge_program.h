@@ -11,5 +11,5 @@ std::string bridgePath(const Host& host);
 /// Whether a process is one of the bridge, also one for Windows in Wine.
 bool isBridgeProcess(std::string_view name);
 
-/// Whether a process has that program's name, with or without ".exe".
-bool isProcessOf(std::string_view name, std::string_view program);
+/// The same of the simulator.
+bool isSimulatorProcess(std::string_view name);

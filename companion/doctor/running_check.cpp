@@ -23,7 +23,7 @@ RunningFacts readRunningFacts(const Host& host) {
     RunningFacts facts;
     host.findProcess([&facts](std::string_view process) {
         facts.bridge = facts.bridge || isBridgeProcess(process);
-        if (isProcessOf(process, "FlightSimulator") || isProcessOf(process, "FlightSimulator2024")) {
+        if (isSimulatorProcess(process)) {
             facts.simulator = process;
         }
         return false;

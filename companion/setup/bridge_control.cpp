@@ -5,19 +5,15 @@
 
 #include <utility>
 
-BridgeControl::BridgeControl(const Host& host, LineCallback onLine)
-    : host(host), onLine(std::move(onLine)), program(bridgePath(host)) {}
+BridgeControl::BridgeControl(const Host& host, ProcessControl processes, LineCallback onLine)
+    : processes(std::move(processes)), onLine(std::move(onLine)), program(bridgePath(host)) {}
 
 bool BridgeControl::programExists() const {
     return FileSystem::existsOrFalse(program);
 }
 
-bool BridgeControl::isRunning() const {
-    return wasStartedHere() || host.findProcess(isBridgeProcess);
-}
-
 bool BridgeControl::start(const std::string& configPath, std::string& error) {
-    if (isRunning()) {
+    if (wasStartedHere() || running()) {
         error = "The bridge is already running";
         return false;
     }
@@ -32,4 +28,12 @@ void BridgeControl::end() {
     if (child != nullptr) {
         child->write("quit\n");
     }
+}
+
+bool BridgeControl::endOther(std::int64_t process, std::string& error) {
+    // Its number may be another process's by now.
+    const std::optional<RunningBridge> bridge = running();
+    error = bridge && bridge->process == process ? processes.end(process) : "this bridge has ended already";
+    error = error.empty() ? "" : "The bridge wasn't ended: " + error;
+    return error.empty();
 }

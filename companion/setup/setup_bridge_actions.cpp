@@ -81,7 +81,10 @@ bool SetupController::startBridge(const JsonValue&, std::string& error) {
     return started;
 }
 
-bool SetupController::endBridge(const JsonValue&, std::string&) {
+bool SetupController::endBridge(const JsonValue& json, std::string& error) {
+    if (!bridge.wasStartedHere()) {
+        return bridge.endOther(memberNumber(json, "process"), error);
+    }
     bridge.end();
     return true;
 }

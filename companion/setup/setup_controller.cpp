@@ -54,13 +54,14 @@ EventJson eventOf(const LiveReport& report, const DecodedEvent& decoded) {
 SetupController::SetupController(const Platform& platform, const SetupOptions& options)
     : platform(platform),
       options(options),
-      bridge(this->platform.host, [this](const std::string& line) { publishLine("", line); }),
+      bridge(platform.host, systemProcesses(), [this](const std::string& line) { publishLine("", line); }),
       bridgeLog(serviceLogPath(platform.host)),
       realLive(platform.hid, platform.host),
       virtualLive(virtualBoards.transport(), platform.host) {
     state.configuration = std::make_shared<EditedConfiguration>(options.configPath);
     state.progress.isFirst = configuration().problem().empty() && !configuration().files().exist();
     state.bridgeProgram = bridge.programPath();
+    state.howBridgeEnds = bridge.howOtherEnds();
 }
 
 SetupController::~SetupController() {
@@ -203,7 +204,7 @@ void SetupController::look() {
     SetupSurroundings seen;
     seen.places = registrationPlaces(platform.host);
     seen.bridgeExists = bridge.programExists();
-    seen.bridgeRuns = bridge.isRunning();
+    seen.bridge = bridge.running();
     seen.bridgeIsOurs = bridge.wasStartedHere();
     seen.simulator = link->state();
     if (configuration().problem().empty()) {

@@ -135,13 +135,17 @@ Json progressOf(const SetupProgress& progress, const std::vector<RegistrationPla
 Json bridgeOf(const SetupState& state) {
     Json places = Json::array();
     const SetupSurroundings& surroundings = state.surroundings;
+    const RunningBridge bridge = surroundings.bridge.value_or(RunningBridge());
     for (const RegistrationPlace& place : surroundings.places) {
         places.push_back({{"path", place.path}, {"registered", place.isRegistered}});
     }
     return {{"program", state.bridgeProgram},
             {"exists", surroundings.bridgeExists},
-            {"running", surroundings.bridgeRuns},
+            {"running", surroundings.bridge || surroundings.bridgeIsOurs},
             {"ours", surroundings.bridgeIsOurs},
+            {"process", bridge.process},
+            {"ofSimulator", bridge.isOfSimulator},
+            {"ending", state.howBridgeEnds},
             {"places", std::move(places)}};
 }
 

@@ -44,7 +44,8 @@ struct SetupProgress {
 struct SetupSurroundings {
     std::vector<RegistrationPlace> places;
     bool bridgeExists = false;
-    bool bridgeRuns = false;
+    std::optional<RunningBridge> bridge;
+    /// This program has started it.
     bool bridgeIsOurs = false;
     /// The simulator for trying commands.
     LinkState simulator = LinkState::Starting;
@@ -64,6 +65,8 @@ struct SetupState {
     SetupProgress progress;
     SetupSurroundings surroundings;
     std::string bridgeProgram;
+    /// One that another program has started.
+    std::string howBridgeEnds;
     /// For trying commands.
     bool simulatorIsVirtual = true;
 
