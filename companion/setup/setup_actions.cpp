@@ -62,6 +62,7 @@ SetupController::Action SetupController::actionOf(const std::string& word) {
         {"try", &SetupController::tryCommand},
         {"register", &SetupController::registerProgram},
         {"unregister", &SetupController::unregisterProgram},
+        {"repair", &SetupController::repair},
         {"startBridge", &SetupController::startBridge},
         {"endBridge", &SetupController::endBridge},
     };

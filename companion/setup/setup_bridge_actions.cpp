@@ -71,6 +71,10 @@ bool SetupController::unregisterProgram(const JsonValue&, std::string& error) {
     return error.empty();
 }
 
+bool SetupController::repair(const JsonValue& json, std::string& error) {
+    return checks.repair(memberText(json, "code"), memberText(json, "path"), error);
+}
+
 bool SetupController::startBridge(const JsonValue&, std::string& error) {
     if (!configuration().files().exist()) {
         error = "Save the configuration first: the bridge reads the saved one";

@@ -54,6 +54,7 @@ EventJson eventOf(const LiveReport& report, const DecodedEvent& decoded) {
 SetupController::SetupController(const Platform& platform, const SetupOptions& options)
     : platform(platform),
       options(options),
+      checks(systemMachine(platform), options.configPath),
       bridge(platform.host, systemProcesses(), [this](const std::string& line) { publishLine("", line); }),
       bridgeLog(serviceLogPath(platform.host)),
       realLive(platform.hid, platform.host),

@@ -3,6 +3,7 @@
 #include "companion/live/live_boards.h"
 #include "companion/page/event_feed.h"
 #include "companion/setup/bridge_control.h"
+#include "companion/setup/check_up.h"
 #include "companion/setup/edited_configuration.h"
 #include "companion/setup/setup_state.h"
 #include "companion/setup/virtual_boards.h"
@@ -49,6 +50,9 @@ public:
     /// Every HID device of this machine, as JSON, to find the boards' ids.
     std::string devices();
 
+    /// What `vantrel doctor` says now, as JSON.
+    std::string checkUp() { return checks.look(); }
+
     /// Carries out one action, an object whose member "do" names it. False with the reason in `error`.
     bool act(const JsonValue& json, std::string& error);
 
@@ -56,6 +60,7 @@ private:
     const Platform platform;
     const SetupOptions options;
     EventFeed events;
+    CheckUp checks;
 
     // Held across a whole action or a whole look at the machine, which may be slow. Guards what follows. Taken before
     // the other mutex.
@@ -131,6 +136,7 @@ private:
     bool tryCommand(const JsonValue& json, std::string& error);
     bool registerProgram(const JsonValue& json, std::string& error);
     bool unregisterProgram(const JsonValue& json, std::string& error);
+    bool repair(const JsonValue& json, std::string& error);
     bool startBridge(const JsonValue& json, std::string& error);
     bool endBridge(const JsonValue& json, std::string& error);
 

@@ -37,7 +37,7 @@ class SetupPage {
     const bridge = new BridgeView(carryOut);
     this.#controls = new ControlsView(this.#catalogue, carryOut, (control) => this.#assign.open(control));
     this.#views = [new BoardsView(carryOut), this.#controls, this.#assign, new LightsView(carryOut), new FindingsView(), bridge, saveBar,
-      new CheckUpView(() => bridge.register()),
+      new CheckUpView(carryOut, () => bridge.register()),
       new Guide({review: () => saveBar.review(), register: () => bridge.register()})];
     for (const button of document.querySelectorAll('[data-do]')) {
       button.addEventListener('click', () => carryOut({do: button.dataset.do}));
