@@ -10,6 +10,8 @@
 #include "mapping/output_state.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <map>
 #include <string_view>
 
@@ -28,6 +30,17 @@ void showOn(const HidTransport& transport, const AppConfig& config, const LedCom
             error = boardName(board) + ": " + reason;
         }
     }
+}
+
+/// A text or a number, as JSON.
+std::string valueText(const JsonValue& json) {
+    const JsonValue* const value = find(json, "value");
+    if (value == nullptr || value->type == JsonType::String) {
+        return quotedJson(value == nullptr ? "" : value->string);
+    }
+    std::array<char, 32> digits{};
+    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value->number);
+    return {digits.data(), end};
 }
 
 bool complete(const CommandPlace& place, std::string& error) {
@@ -183,13 +196,10 @@ bool SetupController::clear(const JsonValue& json, std::string& error) {
 }
 
 bool SetupController::setProfileValue(const JsonValue& json, std::string& error) {
-    const JsonValue* const value = find(json, "value");
-    const bool isText = value != nullptr && value->type == JsonType::String;
-    const std::string written = isText ? quotedJson(value->string) : std::to_string(memberNumber(json, "value"));
     return edit(
         [&](ConfigurationDraft& draft, std::string& reason) {
             return draft.setProfileValue(memberText(json, "profile"), memberText(json, "part"), memberText(json, "key"),
-                                         written, reason);
+                                         valueText(json), reason);
         },
         error);
 }

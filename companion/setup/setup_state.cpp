@@ -42,7 +42,8 @@ Json profilesOf(const OutputsConfig& outputs) {
                            {"min", backlight.min},
                            {"max", backlight.max},
                            {"default", backlight.defaultValue},
-                           {"value", backlight.value}}},
+                           {"value", backlight.value},
+                           {"scale", backlight.scale}}},
                          {"simDisconnected", effectOf(profile.simDisconnected)},
                          {"batteryOff", effectOf(profile.batteryOff)}});
     }
