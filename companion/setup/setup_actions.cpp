@@ -57,9 +57,6 @@ SetupController::Action SetupController::actionOf(const std::string& word) {
     static const std::map<std::string, Action> actions{
         {"addBoard", &SetupController::addBoard},
         {"removeBoard", &SetupController::removeBoard},
-        {"press", &SetupController::operate},
-        {"release", &SetupController::operate},
-        {"turn", &SetupController::operate},
         {"ids", &SetupController::setIds},
         {"role", &SetupController::setRole},
         {"name", &SetupController::nameControl},
@@ -83,8 +80,11 @@ SetupController::Action SetupController::actionOf(const std::string& word) {
     return found == actions.end() ? nullptr : found->second;
 }
 
-bool SetupController::act(const JsonValue& json, std::string& error) {
+bool SetupController::act(const JsonValue& json, const std::string& tab, std::string& error) {
     const std::string word = memberText(json, "do");
+    if (word == "press" || word == "release" || word == "turn") {
+        return operate(json, tab, error);
+    }
     const Action action = actionOf(word);
     if (action == nullptr) {
         error = "there is no action \"" + word + "\"";
@@ -132,7 +132,7 @@ bool SetupController::removeBoard(const JsonValue& json, std::string& error) {
     return virtualBoards.remove(memberText(json, "board"));
 }
 
-bool SetupController::operate(const JsonValue& json, std::string& error) {
+bool SetupController::operate(const JsonValue& json, const std::string& tab, std::string& error) {
     const std::string word = memberText(json, "do");
     const std::string board = memberText(json, "board");
     const std::int32_t number = memberNumber(json, "control");
@@ -148,7 +148,7 @@ bool SetupController::operate(const JsonValue& json, std::string& error) {
         const auto speed = static_cast<std::uint8_t>(std::clamp(memberNumber(json, "speed"), 0, 0xFF));
         return virtualBoards.turn(board, control, static_cast<std::int8_t>(detents), speed);
     }
-    return word == "press" ? virtualBoards.press(board, control) : virtualBoards.release(board, control);
+    return word == "press" ? virtualBoards.press(board, control, tab) : virtualBoards.release(board, control);
 }
 
 bool SetupController::setIds(const JsonValue& json, std::string& error) {

@@ -53,8 +53,10 @@ public:
     /// What `vantrel doctor` says now, as JSON.
     std::string checkUp() { return checks.look(); }
 
-    /// Carries out one action, an object whose member "do" names it. False with the reason in `error`.
-    bool act(const JsonValue& json, std::string& error);
+    /// Carries out one action, an object whose member "do" names it, for an open tab. False with the reason in `error`.
+    bool act(const JsonValue& json, const std::string& tab, std::string& error);
+    /// Releases the virtual boards' controls that this tab holds down.
+    void releaseControlsOf(const std::string& tab) { virtualBoards.releaseAllOf(tab); }
 
 private:
     const Platform platform;
@@ -115,12 +117,13 @@ private:
     void followConfiguration();
     void reach(bool SetupProgress::*step);
 
+    /// What is done on a virtual board waits for no action.
+    bool operate(const JsonValue& json, const std::string& tab, std::string& error);
     // The actions (setup_actions.cpp, setup_bridge_actions.cpp). These need `actionMutex` held.
     using Action = bool (SetupController::*)(const JsonValue& json, std::string& error);
     static Action actionOf(const std::string& word);
     bool addBoard(const JsonValue& json, std::string& error);
     bool removeBoard(const JsonValue& json, std::string& error);
-    bool operate(const JsonValue& json, std::string& error);
     bool setIds(const JsonValue& json, std::string& error);
     bool setRole(const JsonValue& json, std::string& error);
     bool nameControl(const JsonValue& json, std::string& error);

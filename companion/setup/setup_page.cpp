@@ -11,7 +11,7 @@ constexpr int badSetupRequest = 400;
 PageReply carryOutSetup(SetupController& controller, const PageRequest& request) {
     const JsonParseResult parsed = JsonParser::parse(request.body);
     std::string error = parsed.error;
-    if (!parsed.ok || !controller.act(parsed.value, error)) {
+    if (!parsed.ok || !controller.act(parsed.value, request.tab, error)) {
         return refusal(badSetupRequest, error);
     }
     return jsonReply("{}");
@@ -38,6 +38,7 @@ Page setupPage(SetupController& controller) {
         {"POST /api/remarks", judgeCommand},
         {"POST /api/action", [&controller](const PageRequest& request) { return carryOutSetup(controller, request); }},
     };
+    page.onTabClosed = [&controller](const std::string& tab) { controller.releaseControlsOf(tab); };
     return page;
 }
 

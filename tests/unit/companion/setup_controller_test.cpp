@@ -27,7 +27,7 @@ protected:
 
     bool act(const std::string& action) {
         failure.clear();
-        return controller->act(JsonParser::parse(action).value, failure);
+        return controller->act(JsonParser::parse(action).value, "tab", failure);
     }
 
     /// Waits until the feed has the text.
@@ -63,4 +63,15 @@ TEST_F(SetupControllerTest, ShowsAPressWhileABoardIsSlowToTakeItsLight) {
     EXPECT_TRUE(comes(R"("control":5)"));
     gate.open();
     EXPECT_TRUE(preview.get()) << failure;
+}
+
+TEST_F(SetupControllerTest, HoldsAControlDownUntilItsTabIsGone) {
+    EXPECT_TRUE(act(R"({"do":"addBoard"})"));
+    EXPECT_TRUE(comes(R"("virtual":true)"));
+    EXPECT_TRUE(act(R"({"do":"press","board":"virtual-1","control":5})")) << failure;
+    EXPECT_TRUE(comes(R"("action":"HOLD")"));
+    controller->releaseControlsOf("another tab");
+    EXPECT_EQ(received.find(R"("action":"RELEASE")"), std::string::npos);
+    controller->releaseControlsOf("tab");
+    EXPECT_TRUE(comes(R"("action":"RELEASE")"));
 }
