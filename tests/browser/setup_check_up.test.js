@@ -67,11 +67,11 @@ test('it makes a folder after asking, and looks again', async () => {
   writeFileSync(join(simulator, 'UserCfg.opt'), '');
   mkdirSync(join(simulator, 'Packages'));
   await view.button('Look again').click();
-  await view.button('Make the folder').click();
+  await view.button('Make the folder Community').click();
   await view.page.locator('#ask-text').getByText(join(simulator, 'Packages', 'Community')).waitFor();
   await view.button('No').click();
   assert.ok(!existsSync(join(simulator, 'Packages', 'Community')));
-  await view.button('Make the folder').click();
+  await view.button('Make the folder Community').click();
   await view.button('Yes').click();
   await row("it isn't in " + join(simulator, 'Packages', 'Community')).waitFor();
 });

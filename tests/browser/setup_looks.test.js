@@ -39,6 +39,9 @@ for (const colorScheme of ['light', 'dark']) {
       await fillPage(view);
       await view.openCheckUp();
       assert.deepEqual(await faultsOf(view), []);
+      await view.button('Register the bridge').click();
+      assert.deepEqual(await faultsOf(view), []);
+      await view.button('No').click();
       await view.button('Assign SOFTKEY_1').click();
       await view.page.locator('#event-search').fill('heading');
       await view.page.locator('#command').fill('(>K:AP_MASTR');

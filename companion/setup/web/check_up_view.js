@@ -5,7 +5,6 @@ import {fetchJson} from './connection.js';
 import {element, setText} from './dom.js';
 
 const signs = {good: '✓', warning: '!', fault: '✗'};
-const repairNames = {register: 'Register the bridge', 'write-file': 'Write the file', 'make-folder': 'Make the folder'};
 
 function byId(id) { return document.getElementById(id); }
 
@@ -66,12 +65,12 @@ export class CheckUpView {
   }
 
   async #repair(repair) {
-    return await ask(`${repairNames[repair.code]}?`, ...repairLines(repair)) &&
+    return await ask(`${repairName(repair)}?`, ...repairLines(repair)) &&
       this.#carryOut({do: 'repair', code: repair.code, path: repair.path});
   }
 
   #repairButton(repair) {
-    const button = element('button', {type: 'button'}, repairNames[repair.code]);
+    const button = element('button', {type: 'button'}, repairName(repair));
     button.addEventListener('click', async () => {
       if (await (repair.code === 'register' ? this.#register() : this.#repair(repair))) {
         // The button vanishes with its row.
@@ -81,6 +80,11 @@ export class CheckUpView {
     });
     return button;
   }
+}
+
+function repairName({code, path}) {
+  const name = path.split(/[\\/]/).at(-1);
+  return {register: 'Register the bridge', 'write-file': `Write ${name}`, 'make-folder': `Make the folder ${name}`}[code];
 }
 
 // What is done, for the question.
