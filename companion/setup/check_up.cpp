@@ -33,11 +33,11 @@ std::string CheckUp::look() {
     return checkResultsJson(examine(machine, configPath));
 }
 
-bool CheckUp::repair(const std::string& code, const std::string& path, std::string& error) {
+bool CheckUp::repair(const std::string& code, const std::string& title, std::string& error) {
     const std::lock_guard lock(mutex);
     const CheckResults results = examine(machine, configPath);
     const auto offer = std::ranges::find_if(results, [&](const CheckResult& result) {
-        return !path.empty() && result.repair.code == code && result.repair.path == path;
+        return result.code == code && result.title == title && !result.repair.path.empty();
     });
     if (offer == results.end()) {
         error = "There is no such fault any more. Look again";

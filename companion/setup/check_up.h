@@ -13,9 +13,9 @@ public:
     /// Looks now, and gives the answers as a JSON array. May take seconds.
     std::string look();
 
-    /// Looks again, and carries out what an answer still offers: a file or a folder, with its new path. False with the
-    /// reason in `error`; nothing has changed then.
-    bool repair(const std::string& code, const std::string& path, std::string& error);
+    /// Looks again, and writes the file or makes the folder that the answer of this code and title still offers. False
+    /// with the reason in `error`; nothing has changed then.
+    bool repair(const std::string& code, const std::string& title, std::string& error);
 
 private:
     const Machine machine;

@@ -72,7 +72,7 @@ bool SetupController::unregisterProgram(const JsonValue&, std::string& error) {
 }
 
 bool SetupController::repair(const JsonValue& json, std::string& error) {
-    return checks.repair(memberText(json, "code"), memberText(json, "path"), error);
+    return checks.repair(memberText(json, "code"), memberText(json, "title"), error);
 }
 
 bool SetupController::startBridge(const JsonValue&, std::string& error) {

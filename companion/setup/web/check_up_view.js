@@ -54,25 +54,25 @@ export class CheckUpView {
     }
   }
 
-  #rowOf({mark, title, found, remedy, repair}) {
+  #rowOf({mark, code, title, found, remedy, repair}) {
     const row = element('li', {'data-mark': mark}, element('span', {'class': 'mark', 'aria-hidden': 'true'}, signs[mark]),
       element('div', {}, element('p', {}, element('span', {'class': 'unseen'}, `${mark}: `), element('strong', {}, title), `: ${found}`),
         element('p', {'class': 'note'}, remedy)));
     if (repair && (repair.code !== 'register' || this.#canRegister)) {
-      row.append(this.#repairButton(repair));
+      row.append(this.#repairButton(repair, {code, title}));
     }
     return row;
   }
 
-  async #repair(repair) {
+  async #repair(repair, answer) {
     return await ask(`${repairName(repair)}?`, ...repairLines(repair)) &&
-      this.#carryOut({do: 'repair', code: repair.code, path: repair.path});
+      this.#carryOut({do: 'repair', ...answer});
   }
 
-  #repairButton(repair) {
+  #repairButton(repair, answer) {
     const button = element('button', {type: 'button'}, repairName(repair));
     button.addEventListener('click', async () => {
-      if (await (repair.code === 'register' ? this.#register() : this.#repair(repair))) {
+      if (await (repair.code === 'register' ? this.#register() : this.#repair(repair, answer))) {
         // The button vanishes with its row.
         byId('check-up-again').focus();
         this.#look();

@@ -8,8 +8,7 @@ using Pc = MadeUpMachine;
 
 struct RepairableMachine {
     std::string code;
-    std::string repair;
-    std::string path;
+    std::string title;
     std::function<void(Pc&)> breakIt;
     /// What is still wrong after the repair.
     std::vector<std::string> rest{};
@@ -23,15 +22,14 @@ void portDiffers(Pc& pc) {
 
 TEST(CheckUp, RepairsWhatItOffersToRepair) {
     const std::vector<RepairableMachine> rows{
-        {"simconnect-port-differs", "write-file", "bridge/SimConnect.cfg", portDiffers},
-        {"simconnect-cfg-unusable", "write-file", "bridge/SimConnect.cfg",
+        {"simconnect-port-differs", "MSFS 2020 (Steam), SimConnect.xml", portDiffers},
+        {"simconnect-cfg-unusable", "SimConnect.cfg",
          [](Pc& pc) {
              portDiffers(pc);
              pc.files.write("bridge/SimConnect.cfg", "[SimConnect]\nProtocol=IPv5\n");
          }},
         {"community-missing",
-         "make-folder",
-         "Packages/Community",
+         "MSFS 2020 (Steam), MobiFlight module",
          [](Pc& pc) {
              pc.put("UserCfg.opt", "");
              pc.drop("Packages/Community");
@@ -43,13 +41,12 @@ TEST(CheckUp, RepairsWhatItOffersToRepair) {
         row.breakIt(pc);
         ASSERT_EQ(pc.complaints(), std::vector{row.code});
         CheckUp checkUp(pc.record(), pc.files.path("bridge/config/config.json"));
-        const std::string path = row.repair == "make-folder" ? pc.path(row.path) : pc.files.path(row.path);
         std::string error;
-        EXPECT_FALSE(checkUp.repair(row.repair, path + "x", error));
+        EXPECT_FALSE(checkUp.repair(row.code, "MSFS 2024 (Store)", error));
         EXPECT_EQ(pc.complaints(), std::vector{row.code});
-        EXPECT_TRUE(checkUp.repair(row.repair, path, error)) << error;
+        EXPECT_TRUE(checkUp.repair(row.code, row.title, error)) << error;
         EXPECT_EQ(pc.complaints(), row.rest);
-        EXPECT_FALSE(checkUp.repair(row.repair, path, error)) << "a second time";
+        EXPECT_FALSE(checkUp.repair(row.code, row.title, error)) << "a second time";
     }
 }
 
