@@ -40,7 +40,7 @@ bool isModuleFolder(const std::string& folder) {
 /// The module in a folder of its own or of its archive's name, in which it isn't seen.
 std::string nestedModule(const std::string& community) {
     for (const std::string& name : FileSystem::namesIn(community)) {
-        const std::string inside = pathInAnyCase(FileSystem::join(community, name), moduleName);
+        std::string inside = pathInAnyCase(FileSystem::join(community, name), moduleName);
         if (lowerCased(name).starts_with("mobiflight") && isModuleFolder(inside)) {
             return inside;
         }
