@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <charconv>
 #include <iterator>
+#include <optional>
+#include <utility>
 
 namespace {
 
@@ -48,9 +50,9 @@ PathStep bracketStep(std::string_view text) {
     std::size_t index = 0;
     const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), index);
     if (code == std::errc() && end == text.data() + text.size()) {
-        return {"", index, false};
+        return elementStep(index);
     }
-    return {std::string(text), std::nullopt, true};
+    return nameStep(std::string(text));
 }
 
 std::vector<PathStep> stepsOf(std::string_view path) {
@@ -59,7 +61,7 @@ std::vector<PathStep> stepsOf(std::string_view path) {
         if (path.front() == '[') {
             const std::size_t close = std::min(path.rfind("]."), path.size() - 1);
             const bool isProfile = !steps.empty() && steps.back().key == "profiles";
-            steps.push_back(isProfile ? PathStep{std::string(path.substr(1, close - 1)), std::nullopt, true}
+            steps.push_back(isProfile ? nameStep(std::string(path.substr(1, close - 1)))
                                       : bracketStep(path.substr(1, close - 1)));
             path.remove_prefix(std::min(close + 1, path.size()));
         } else {
@@ -67,7 +69,7 @@ std::vector<PathStep> stepsOf(std::string_view path) {
             if (size == 0) {
                 return {};
             }
-            steps.push_back({std::string(path.substr(0, size)), std::nullopt, false});
+            steps.push_back(keyStep(std::string(path.substr(0, size))));
             path.remove_prefix(size);
         }
         path.remove_prefix(path.starts_with('.') ? 1 : 0);
@@ -119,6 +121,18 @@ const JsonNode* follow(const JsonNode& node, const PathStep& step) {
 }
 
 } // namespace
+
+PathStep keyStep(std::string key) {
+    return {std::move(key), std::nullopt, false};
+}
+
+PathStep nameStep(std::string name) {
+    return {std::move(name), std::nullopt, true};
+}
+
+PathStep elementStep(std::size_t index) {
+    return {"", index, false};
+}
 
 MessagePlace placeInMessage(std::string_view message) {
     const PathText split = pathText(message);

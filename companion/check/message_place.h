@@ -17,6 +17,10 @@ struct PathStep {
     bool isName = false;
 };
 
+PathStep keyStep(std::string key);
+PathStep nameStep(std::string name);
+PathStep elementStep(std::size_t index);
+
 /// Which value of a file one of the bridge's messages is about.
 struct MessagePlace {
     std::vector<PathStep> path;

@@ -2,9 +2,9 @@
 
 #include "companion/demo/cockpit_action.h"
 #include "companion/demo/cockpit_configuration.h"
-#include "companion/demo/held_buttons.h"
 #include "companion/page/event_feed.h"
 #include "config/json.h"
+#include "simulation/boards/held_buttons.h"
 #include "simulation/rig/rig_observer.h"
 #include "simulation/simulator/simulator_controls.h"
 

@@ -21,12 +21,12 @@ void CheckTopic::good(std::string code, std::string found) {
     results.push_back({Mark::Good, std::move(code), title, std::move(found)});
 }
 
-void CheckTopic::warning(std::string code, std::string found, std::string remedy) {
-    results.push_back({Mark::Warning, std::move(code), title, std::move(found), std::move(remedy)});
+void CheckTopic::warning(std::string code, std::string found, std::string remedy, Repair repair) {
+    results.push_back({Mark::Warning, std::move(code), title, std::move(found), std::move(remedy), std::move(repair)});
 }
 
-void CheckTopic::fault(std::string code, std::string found, std::string remedy) {
-    results.push_back({Mark::Fault, std::move(code), title, std::move(found), std::move(remedy)});
+void CheckTopic::fault(std::string code, std::string found, std::string remedy, Repair repair) {
+    results.push_back({Mark::Fault, std::move(code), title, std::move(found), std::move(remedy), std::move(repair)});
 }
 
 bool isAllGood(const CheckResults& results) {

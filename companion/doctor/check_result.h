@@ -12,6 +12,16 @@ enum class Mark {
 /// "good", "warning" or "fault".
 const char* markName(Mark mark);
 
+/// What the setup page can do about an answer, after asking.
+struct Repair {
+    /// "register", "write-file" or "make-folder"; empty for none.
+    std::string code = {};
+    /// The file or folder; empty for "register".
+    std::string path = {};
+    /// The file's.
+    std::string text = {};
+};
+
 /// One answer of the check-up.
 struct CheckResult {
     Mark mark = Mark::Good;
@@ -22,6 +32,7 @@ struct CheckResult {
     std::string found;
     /// What to do; empty when nothing is to be done.
     std::string remedy = {};
+    Repair repair = {};
 };
 
 using CheckResults = std::vector<CheckResult>;
@@ -32,8 +43,8 @@ public:
     CheckTopic(CheckResults& results, std::string title);
 
     void good(std::string code, std::string found);
-    void warning(std::string code, std::string found, std::string remedy);
-    void fault(std::string code, std::string found, std::string remedy);
+    void warning(std::string code, std::string found, std::string remedy, Repair repair = {});
+    void fault(std::string code, std::string found, std::string remedy, Repair repair = {});
 
 private:
     CheckResults& results;

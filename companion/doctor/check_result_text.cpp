@@ -67,6 +67,10 @@ std::string checkResultsJson(const CheckResults& results) {
                          {"title", result.title},
                          {"found", result.found},
                          {"remedy", result.remedy}});
+        if (!result.repair.code.empty()) {
+            array.back()["repair"] = {
+                {"code", result.repair.code}, {"path", result.repair.path}, {"text", result.repair.text}};
+        }
     }
     // A path may hold bytes that aren't UTF-8.
     return array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';

@@ -1,6 +1,7 @@
 #include "companion/doctor/doctor.h"
 
 #include "companion/doctor/board_check.h"
+#include "companion/doctor/bridge_program.h"
 #include "companion/doctor/exe_xml_check.h"
 #include "companion/doctor/log_check.h"
 #include "companion/doctor/module_check.h"
@@ -9,22 +10,22 @@
 #include "companion/doctor/simconnect_check.h"
 #include "companion/doctor/simulator_folders.h"
 
+#include <algorithm>
+#include <cstddef>
+
 namespace {
 
-void checkSimulator(const SimulatorFolder& simulator, const std::string& bridge, const SimConnectEndpoints& endpoints,
-                    CheckResults& results) {
-    judgeExeXml(readExeXmlFacts(simulator), bridge, results);
-    if (simulator.isMain) {
-        judgeModule(readModuleFacts(simulator), results);
-        judgeSimConnectXml(readSimConnectXmlFacts(simulator), endpoints, results);
-    }
-}
-
 void checkSimulators(const Machine& machine, CheckResults& results) {
-    const SimConnectCfgFacts cfg = readSimConnectCfgFacts(machine);
     const std::vector<SimulatorFolder> simulators = simulatorFolders(machine.host);
-    for (const SimulatorFolder& simulator : simulators) {
-        checkSimulator(simulator, bridgePath(machine), cfg.endpoints, results);
+    std::vector<SimConnectXmlFacts> offers(simulators.size());
+    std::ranges::transform(simulators, offers.begin(), readSimConnectXmlFacts);
+    const SimConnectCfgFacts cfg = readSimConnectCfgFacts(machine, offers);
+    for (std::size_t i = 0; i < simulators.size(); ++i) {
+        judgeExeXml(readExeXmlFacts(simulators[i]), bridgePath(machine.host), results);
+        if (simulators[i].isMain) {
+            judgeModule(readModuleFacts(simulators[i]), results);
+            judgeSimConnectXml(offers[i], cfg, results);
+        }
     }
     if (simulators.empty()) {
         CheckTopic(results, "Simulator")

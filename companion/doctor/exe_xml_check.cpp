@@ -12,6 +12,10 @@ namespace {
 
 constexpr const char* registerRemedy = "Close the simulator and run \"VantrelBridgeHID --register\".";
 
+Repair registering() {
+    return {"register"};
+}
+
 /// The value of --config in a command line; quotes around it are optional.
 std::string configOption(std::string_view commandLine) {
     constexpr std::string_view option = "--config ";
@@ -83,7 +87,7 @@ private:
 
     void judgeUnregistered(const std::string& code, const std::string& found) {
         if (!facts.isInWine) {
-            topic.warning(code, found, registerRemedy);
+            topic.warning(code, found, registerRemedy, registering());
         }
     }
 
@@ -117,17 +121,18 @@ private:
             topic.fault("own-entry-broken", "the bridge's entry has no </Launch.Addon>",
                         "Add that line to " + facts.path + " behind the entry.");
         } else if (entry.isDisabled) {
-            topic.fault("registered-disabled", "the bridge's entry is disabled", registerRemedy);
+            topic.fault("registered-disabled", "the bridge's entry is disabled", registerRemedy, registering());
         } else if (!entry.pathExists.value_or(true)) {
             topic.fault("registered-path-missing", "the entry names " + entry.path + ", which doesn't exist",
-                        registerRemedy);
+                        registerRemedy, registering());
         } else if (!entry.configExists.value_or(true)) {
             topic.fault("registered-config-missing",
                         "the entry names the configuration " + entry.configPath + ", which doesn't exist",
-                        registerRemedy);
+                        registerRemedy, registering());
         } else if (entry.pathExists && !isSamePath(entry.path, bridgePath)) {
             topic.warning("registered-elsewhere", "the simulator starts another copy of the bridge: " + entry.path,
-                          "If you want the one beside vantrel, run \"VantrelBridgeHID --register\" in its folder.");
+                          "If you want the one beside vantrel, run \"VantrelBridgeHID --register\" in its folder.",
+                          registering());
         } else {
             topic.good("registered", "the simulator starts " + entry.path);
         }

@@ -14,8 +14,6 @@
 struct Machine {
     Host host;
     HidTransport hid;
-    /// The bridge's file name on this system.
-    std::string bridgeFileName;
     /// Says why the bridge doesn't use SimConnect.dll; an empty text when it does.
     std::function<std::string()> simConnectDllNotice;
     /// Where a SimConnect.cfg can be, the first that counts first.

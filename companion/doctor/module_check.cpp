@@ -40,7 +40,7 @@ bool isModuleFolder(const std::string& folder) {
 /// The module in a folder of its own or of its archive's name, in which it isn't seen.
 std::string nestedModule(const std::string& community) {
     for (const std::string& name : FileSystem::namesIn(community)) {
-        const std::string inside = pathInAnyCase(FileSystem::join(community, name), moduleName);
+        std::string inside = pathInAnyCase(FileSystem::join(community, name), moduleName);
         if (lowerCased(name).starts_with("mobiflight") && isModuleFolder(inside)) {
             return inside;
         }
@@ -113,14 +113,17 @@ private:
     void judgeMissingCommunity() {
         if (facts.namedPackages.empty()) {
             topic.fault("community-missing", "there is no Community folder " + facts.community,
-                        "Start the simulator once; it makes the folder.");
+                        "Start the simulator once; it makes the folder.", makingCommunity());
         } else {
             topic.fault("packages-missing",
                         facts.userCfgPath + " names the packages' folder " + facts.namedPackages +
                             ", which doesn't exist or has no folder Community",
-                        "Connect the drive, or correct the folder in the simulator's settings.");
+                        "Connect the drive, or correct the folder in the simulator's settings.", makingCommunity());
         }
     }
+
+    /// None where the packages' own folder isn't there either, as on a drive that isn't connected.
+    Repair makingCommunity() const { return facts.hasPackages ? Repair{"make-folder", facts.community} : Repair(); }
 
     void judgeMissingFolder() {
         if (facts.nestedFolder.empty()) {
@@ -171,6 +174,7 @@ ModuleFacts readModuleFacts(const SimulatorFolder& simulator) {
     facts.simulator = simulator.name;
     facts.community = communityFolder(simulator, packagesFolder(simulator, facts));
     facts.hasCommunity = FileSystem::existsOrFalse(facts.community);
+    facts.hasPackages = FileSystem::existsOrFalse(FileSystem::parentPath(facts.community));
     const std::string folder = pathInAnyCase(facts.community, moduleName);
     facts.nestedFolder = nestedModule(facts.community);
     if (FileSystem::existsOrFalse(folder) && (isModuleFolder(folder) || facts.nestedFolder.empty())) {

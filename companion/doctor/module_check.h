@@ -16,6 +16,8 @@ struct ModuleFacts {
     /// The folder that UserCfg.opt names, as it is there.
     std::string namedPackages;
     std::string community;
+    /// The folder that should have it.
+    bool hasPackages = false;
     bool hasCommunity = false;
     /// The module's folder; empty when there is none.
     std::string folder;

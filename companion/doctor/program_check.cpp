@@ -2,6 +2,7 @@
 
 #include "app/app_paths.h"
 #include "companion/check/configuration_check.h"
+#include "companion/doctor/bridge_program.h"
 #include "platform/file_system.h"
 #include "text/ascii.h"
 
@@ -62,10 +63,6 @@ void checkDownloadMark(const Machine& machine, const std::string& path, CheckRes
 
 } // namespace
 
-std::string bridgePath(const Machine& machine) {
-    return FileSystem::join(exeDirectory(machine.host), machine.bridgeFileName);
-}
-
 bool marksDownload(const std::string& zoneIdentifier) {
     constexpr std::string_view key = "zoneid";
     constexpr char firstForeignZone = '3';
@@ -81,7 +78,7 @@ bool marksDownload(const std::string& zoneIdentifier) {
 }
 
 void checkProgram(const Machine& machine, const std::string& configPath, CheckResults& results) {
-    const std::string bridge = bridgePath(machine);
+    const std::string bridge = bridgePath(machine.host);
     judgeBridge(bridge, FileSystem::existsOrFalse(bridge), results);
     CheckTopic topic(results, "Configuration");
     if (FileSystem::existsOrFalse(configPath)) {

@@ -8,8 +8,5 @@
 /// Looks for the bridge, its configuration, and the mark that Windows attaches to downloaded files.
 void checkProgram(const Machine& machine, const std::string& configPath, CheckResults& results);
 
-/// Where the bridge should be: beside this program.
-std::string bridgePath(const Machine& machine);
-
 /// Whether a mark of the web, the text of a file's Zone.Identifier, says that it came from the internet.
 bool marksDownload(const std::string& zoneIdentifier);

@@ -1,23 +1,12 @@
 #include "companion/doctor/running_check.h"
 
 #include "app/app_paths.h"
-#include "app/program_names.h"
+#include "companion/doctor/bridge_program.h"
 #include "platform/file_system.h"
-#include "text/ascii.h"
 
 #include <string_view>
 
 namespace {
-
-constexpr std::string_view executableEnding = ".exe";
-
-bool isProgram(std::string_view process, std::string_view name) {
-    if (process.size() > executableEnding.size() &&
-        equalsIgnoringCase(process.substr(process.size() - executableEnding.size()), executableEnding)) {
-        process.remove_suffix(executableEnding.size());
-    }
-    return equalsIgnoringCase(process, name);
-}
 
 /// The folder itself, or the nearest one above it that exists.
 std::string existingFolder(std::string folder) {
@@ -33,8 +22,8 @@ std::string existingFolder(std::string folder) {
 RunningFacts readRunningFacts(const Host& host) {
     RunningFacts facts;
     host.findProcess([&facts](std::string_view process) {
-        facts.bridge = facts.bridge || isProgram(process, programName);
-        if (isProgram(process, "FlightSimulator") || isProgram(process, "FlightSimulator2024")) {
+        facts.bridge = facts.bridge || isBridgeProcess(process);
+        if (isSimulatorProcess(process)) {
             facts.simulator = process;
         }
         return false;

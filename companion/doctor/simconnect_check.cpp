@@ -7,13 +7,17 @@
 #include "wire/pipe.h"
 
 #include <algorithm>
+#include <charconv>
+#include <set>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 namespace {
 
 /// Programs in Wine can't listen on ports below.
 constexpr std::uint16_t firstFreePort = 1024;
+constexpr const char* cfgName = "SimConnect.cfg";
 
 std::string endpointText(const SimConnectEndpoint& endpoint) {
     return endpoint.pipe.empty() ? endpoint.address + " port " + std::to_string(endpoint.port)
@@ -43,8 +47,18 @@ bool offersAny(const SimConnectXmlFacts& facts, const SimConnectEndpoint& endpoi
     return std::ranges::any_of(facts.entries, [&](const SimConnectEntry& entry) { return offers(entry, endpoint); });
 }
 
+/// Whether the bridge could connect there with an address of IPv4.
+bool isUsable(const SimConnectEntry& entry, bool isInWine) {
+    std::uint16_t port = 0;
+    const char* const end = entry.port.data() + entry.port.size();
+    const auto [read, error] = std::from_chars(entry.port.data(), end, port);
+    return !entry.isDisabled && lowerCased(entry.protocol) == "ipv4" && error == std::errc() && read == end &&
+           port >= (isInWine ? firstFreePort : 1);
+}
+
 /// Only TCP on this machine can be compared: another machine's file is elsewhere, and the pipe needs no entry.
-void judgeOffer(const SimConnectXmlFacts& facts, const SimConnectEndpoints& endpoints, CheckTopic& topic) {
+void judgeOffer(const SimConnectXmlFacts& facts, const SimConnectCfgFacts& client, CheckTopic& topic) {
+    const SimConnectEndpoints& endpoints = client.endpoints;
     const auto port = std::to_string(endpoints.front().port);
     if (!std::ranges::all_of(endpoints, isThisMachinesTcp)) {
         topic.good("simconnect-xml-good", facts.path);
@@ -52,7 +66,7 @@ void judgeOffer(const SimConnectXmlFacts& facts, const SimConnectEndpoints& endp
         topic.fault("simconnect-port-differs",
                     "the bridge connects to " + endpointsText(endpoints) + ", but " + facts.path +
                         " has no enabled entry for it",
-                    "Add an IPv4 entry with this port there, or change the port in SimConnect.cfg.");
+                    "Add an IPv4 entry with this port there, or change the port in SimConnect.cfg.", client.writing);
     } else if (facts.isInWine && endpoints.front().port < firstFreePort) {
         topic.fault("simconnect-port-low", "a simulator in Wine can't listen on port " + port,
                     "Choose a port above 1023 in both " + facts.path + " and SimConnect.cfg.");
@@ -63,10 +77,22 @@ void judgeOffer(const SimConnectXmlFacts& facts, const SimConnectEndpoints& endp
 
 } // namespace
 
-SimConnectCfgFacts readSimConnectCfgFacts(const Machine& machine) {
+std::string simConnectCfgText(const std::vector<SimConnectXmlFacts>& simulators) {
+    std::set<std::string> ports;
+    for (const SimConnectXmlFacts& simulator : simulators) {
+        const auto usable = std::ranges::find_if(
+            simulator.entries, [&](const SimConnectEntry& entry) { return isUsable(entry, simulator.isInWine); });
+        if (usable != simulator.entries.end()) {
+            ports.insert(usable->port);
+        }
+    }
+    return ports.size() == 1 ? "[SimConnect]\nProtocol=IPv4\nAddress=127.0.0.1\nPort=" + *ports.begin() + '\n' : "";
+}
+
+SimConnectCfgFacts readSimConnectCfgFacts(const Machine& machine, const std::vector<SimConnectXmlFacts>& simulators) {
     SimConnectCfgFacts facts;
     for (const std::string& folder : machine.simConnectCfgFolders) {
-        const std::string path = FileSystem::join(folder, "SimConnect.cfg");
+        const std::string path = FileSystem::join(folder, cfgName);
         if (facts.path.empty() && !folder.empty() && FileSystem::existsOrFalse(path)) {
             facts.path = path;
         }
@@ -74,6 +100,11 @@ SimConnectCfgFacts readSimConnectCfgFacts(const Machine& machine) {
     facts.result = findSimConnectEndpoints(machine.simConnectCfgFolders, 0, facts.endpoints);
     if (facts.result != simConnectOk) {
         facts.endpoints.clear();
+    }
+    const std::string text = simConnectCfgText(simulators);
+    if (!text.empty() && !machine.simConnectCfgFolders.empty()) {
+        const std::string first = FileSystem::join(machine.simConnectCfgFolders.front(), cfgName);
+        facts.writing = {"write-file", facts.path.empty() ? first : facts.path, text};
     }
     return facts;
 }
@@ -113,21 +144,22 @@ void judgeSimConnectCfg(const SimConnectCfgFacts& facts, CheckResults& results) 
     CheckTopic topic(results, "SimConnect.cfg");
     if (facts.result == simConnectInvalidArgument) {
         topic.fault("simconnect-cfg-no-section", facts.path + " has no section [SimConnect]",
-                    "Add the line \"[SimConnect]\" above its settings, or delete the file.");
+                    "Add the line \"[SimConnect]\" above its settings, or delete the file.", facts.writing);
     } else if (facts.result != simConnectOk) {
         topic.fault("simconnect-cfg-unusable", facts.path + " has an unknown Protocol, or an invalid Port or Address",
-                    "Write Protocol=IPv4, Address=127.0.0.1 and the simulator's Port, or delete the file.");
+                    "Write Protocol=IPv4, Address=127.0.0.1 and the simulator's Port, or delete the file.",
+                    facts.writing);
     } else if (!facts.path.empty()) {
         topic.good("simconnect-cfg-used", facts.path + ": the bridge connects to " + endpointsText(facts.endpoints));
     } else if (havePipes()) {
         topic.good("simconnect-cfg-none", "there is none; the bridge connects to " + endpointsText(facts.endpoints));
     } else {
         topic.warning("simconnect-cfg-none", "there is none; the bridge connects to " + endpointsText(facts.endpoints),
-                      "Write one beside the bridge with the address and port of your simulator.");
+                      "Write one beside the bridge with the address and port of your simulator.", facts.writing);
     }
 }
 
-void judgeSimConnectXml(const SimConnectXmlFacts& facts, const SimConnectEndpoints& endpoints, CheckResults& results) {
+void judgeSimConnectXml(const SimConnectXmlFacts& facts, const SimConnectCfgFacts& client, CheckResults& results) {
     CheckTopic topic(results, facts.simulator + ", SimConnect.xml");
     if (!facts.exists) {
         // The simulator makes it with its defaults.
@@ -139,7 +171,7 @@ void judgeSimConnectXml(const SimConnectXmlFacts& facts, const SimConnectEndpoin
     } else if (std::ranges::all_of(facts.entries, &SimConnectEntry::isDisabled)) {
         topic.warning("simconnect-xml-disabled", facts.path + " has no enabled entry, so perhaps nothing can connect",
                       "Rename the file; the simulator makes a new one when it starts.");
-    } else if (!endpoints.empty()) {
-        judgeOffer(facts, endpoints, topic);
+    } else if (!client.endpoints.empty()) {
+        judgeOffer(facts, client, topic);
     }
 }

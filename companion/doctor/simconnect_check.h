@@ -17,6 +17,8 @@ struct SimConnectCfgFacts {
     SimConnectResult result = simConnectOk;
     /// Empty when the file can't be used.
     SimConnectEndpoints endpoints;
+    /// Writes one that leads to the simulator, if it is known how.
+    Repair writing;
 };
 
 /// A way to reach the simulator, of its SimConnect.xml.
@@ -37,12 +39,16 @@ struct SimConnectXmlFacts {
     std::vector<SimConnectEntry> entries;
 };
 
-SimConnectCfgFacts readSimConnectCfgFacts(const Machine& machine);
 SimConnectXmlFacts readSimConnectXmlFacts(const SimulatorFolder& simulator);
+SimConnectCfgFacts readSimConnectCfgFacts(const Machine& machine, const std::vector<SimConnectXmlFacts>& simulators);
+
+/// The text with which the bridge reaches the simulators of this machine by TCP; empty unless one port leads to all
+/// that offer one.
+std::string simConnectCfgText(const std::vector<SimConnectXmlFacts>& simulators);
 
 /// `notice`: as in Machine.
 void judgeSimConnectDll(const std::string& notice, CheckResults& results);
 void judgeSimConnectCfg(const SimConnectCfgFacts& facts, CheckResults& results);
 
 /// Judges the file itself, and whether it offers one of the client's endpoints on this machine.
-void judgeSimConnectXml(const SimConnectXmlFacts& facts, const SimConnectEndpoints& endpoints, CheckResults& results);
+void judgeSimConnectXml(const SimConnectXmlFacts& facts, const SimConnectCfgFacts& client, CheckResults& results);

@@ -13,17 +13,9 @@ namespace {
 
 using CommandPath = std::vector<PathStep>;
 
-PathStep commandKey(std::string key) {
-    return {std::move(key), std::nullopt, false};
-}
-
-PathStep commandName(const std::string& name) {
-    return {normalizeName(name), std::nullopt, true};
-}
-
 /// From an entry to the command.
 CommandPath pathInEntry(const CommandPlace& place) {
-    return {commandKey("commands"), commandName(place.action), commandName(place.role)};
+    return {keyStep("commands"), nameStep(normalizeName(place.action)), nameStep(normalizeName(place.role))};
 }
 
 CommandPath joined(CommandPath path, const CommandPath& rest) {
@@ -39,7 +31,7 @@ std::vector<CommandPath> entriesOf(const JsonNode& root, const std::string& cont
         for (std::size_t i = 0; list != nullptr && i < list->children.size(); ++i) {
             const JsonNode* const name = list->children[i]->member("name");
             if (name != nullptr && normalizeName(name->value.string) == normalizeName(control)) {
-                entries.push_back({commandKey(section), PathStep{"", i, false}});
+                entries.push_back({keyStep(section), elementStep(i)});
             }
         }
     }
@@ -69,7 +61,7 @@ std::string newEntry(const CommandPlace& place, const std::string& command) {
 CommandPath behindLast(const JsonNode& root, const CommandPlace& place) {
     const char* const section = place.isKnob ? "knobs" : "buttons";
     const JsonNode* const list = root.member(section);
-    return {commandKey(section), PathStep{"", list == nullptr ? 0 : list->children.size(), false}};
+    return {keyStep(section), elementStep(list == nullptr ? 0 : list->children.size())};
 }
 
 /// Nothing but its name and an empty list of commands.
@@ -126,7 +118,7 @@ bool renameControlInCommands(std::string& text, const std::string& name, const s
         return false;
     }
     for (const CommandPath& entry : entriesOf(*document.root(), name)) {
-        setJsonValue(text, joined(entry, {commandKey("name")}), quotedJson(newName));
+        setJsonValue(text, joined(entry, {keyStep("name")}), quotedJson(newName));
     }
     return true;
 }

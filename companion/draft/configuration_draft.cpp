@@ -2,9 +2,9 @@
 
 #include "companion/draft/command_edit.h"
 #include "companion/draft/json_edit.h"
-#include "config/hid_event_map.h"
 #include "config/names.h"
 
+#include <map>
 #include <optional>
 #include <utility>
 
@@ -12,25 +12,9 @@ namespace {
 
 constexpr std::size_t mostSteps = 200;
 
-PathStep draftStep(std::string key) {
-    return {std::move(key), std::nullopt, false};
-}
-
-PathStep elementStep(std::size_t index) {
-    return {"", index, false};
-}
-
-HidEventMap readEventMap(const std::string& text) {
-    HidEventMap map;
-    std::string ignored;
-    map.parse(text, ignored);
-    return map;
-}
-
-/// The place of the board's entry in "devices"; behind the last entry if it has none.
-std::size_t deviceIndex(const std::string& settings, const std::string& boardId) {
-    const JsonDocument document("", settings);
-    const JsonNode* const devices = document.root() == nullptr ? nullptr : document.root()->member("devices");
+/// The board's entry in "devices"; the place behind the last entry if it has none.
+std::vector<PathStep> deviceEntry(const JsonNode& settings, const std::string& boardId) {
+    const JsonNode* const devices = settings.member("devices");
     std::size_t index = 0;
     for (; devices != nullptr && index < devices->children.size(); ++index) {
         const JsonNode* const id = devices->children[index]->member("boardId");
@@ -38,7 +22,26 @@ std::size_t deviceIndex(const std::string& settings, const std::string& boardId)
             break;
         }
     }
-    return index;
+    return {keyStep("devices"), elementStep(index)};
+}
+
+bool setRoleText(std::string& text, const std::string& boardId, const std::string& role) {
+    const JsonDocument document("", text);
+    if (document.root() == nullptr) {
+        return false;
+    }
+    std::vector<PathStep> path = deviceEntry(*document.root(), boardId);
+    const bool isListed = followPath(*document.root(), path).steps == path.size();
+    if (!isListed && !role.empty()) {
+        return setJsonValue(text, path,
+                            "{\"boardId\": " + quotedJson(boardId) + ", \"role\": " + quotedJson(role) + "}");
+    }
+    path.push_back(keyStep("role"));
+    if (role.empty()) {
+        removeJsonValue(text, path);
+        return true;
+    }
+    return setJsonValue(text, path, quotedJson(role));
 }
 
 } // namespace
@@ -84,8 +87,8 @@ bool ConfigurationDraft::change(ConfigurationPart part, const Change& change, st
 
 bool ConfigurationDraft::setUsbIds(const std::string& vendorId, const std::string& productId, std::string& error) {
     const Change edit = [&](std::string& text) {
-        return setJsonValue(text, {draftStep("hid"), draftStep("vid")}, quotedJson(vendorId)) &&
-               setJsonValue(text, {draftStep("hid"), draftStep("pid")}, quotedJson(productId));
+        return setJsonValue(text, {keyStep("hid"), keyStep("vid")}, quotedJson(vendorId)) &&
+               setJsonValue(text, {keyStep("hid"), keyStep("pid")}, quotedJson(productId));
     };
     return change(ConfigurationPart::Settings, edit, error);
 }
@@ -96,7 +99,7 @@ bool ConfigurationDraft::isNameFree(std::int32_t number, std::string_view name, 
         error = "A control's name has at least one letter or digit";
         return false;
     }
-    for (const auto& [other, otherName] : readEventMap(now[ConfigurationPart::EventMap]).controlIds) {
+    for (const auto& [other, otherName] : controlNames(now[ConfigurationPart::EventMap])) {
         if (other != number && normalizeName(otherName) == wanted) {
             error = "Control " + std::to_string(other) + " has this name already";
             return false;
@@ -109,16 +112,16 @@ bool ConfigurationDraft::nameControl(std::int32_t number, const std::string& nam
     if (!isNameFree(number, name, error)) {
         return false;
     }
-    const HidEventMap map = readEventMap(now[ConfigurationPart::EventMap]);
-    const auto old = map.controlIds.find(number);
-    if (old == map.controlIds.end()) {
+    const std::map<std::int32_t, std::string> names = controlNames(now[ConfigurationPart::EventMap]);
+    const auto old = names.find(number);
+    if (old == names.end()) {
         const Change add = [&](std::string& text) {
-            return setJsonValue(text, {draftStep("control_ids"), draftStep(name)}, std::to_string(number));
+            return setJsonValue(text, {keyStep("control_ids"), keyStep(name)}, std::to_string(number));
         };
         return change(ConfigurationPart::EventMap, add, error);
     }
     const Change renameKey = [&](std::string& text) {
-        return renameJsonKey(text, {draftStep("control_ids"), draftStep(old->second)}, name);
+        return renameJsonKey(text, {keyStep("control_ids"), keyStep(old->second)}, name);
     };
     const Change renameEntries = [&](std::string& text) { return renameControlInCommands(text, old->second, name); };
     ConfigurationTexts next = now;
@@ -141,32 +144,15 @@ bool ConfigurationDraft::clearCommand(const CommandPlace& place, std::string& er
 }
 
 bool ConfigurationDraft::setRole(const std::string& boardId, const std::string& role, std::string& error) {
-    const std::size_t index = deviceIndex(now[ConfigurationPart::Settings], boardId);
-    const std::vector<PathStep> entry{draftStep("devices"), elementStep(index)};
-    const Change edit = [&](std::string& text) {
-        std::vector<PathStep> path = entry;
-        path.push_back(draftStep("role"));
-        if (role.empty()) {
-            removeJsonValue(text, path);
-            return true;
-        }
-        return setJsonValue(text, path, quotedJson(role));
-    };
-    const Change add = [&](std::string& text) {
-        return setJsonValue(text, entry,
-                            "{\"boardId\": " + quotedJson(boardId) + ", \"role\": " + quotedJson(role) + "}");
-    };
-    const JsonDocument document("", now[ConfigurationPart::Settings]);
-    const bool isListed = document.root() != nullptr && followPath(*document.root(), entry).steps == entry.size();
-    return change(ConfigurationPart::Settings, isListed || role.empty() ? edit : add, error);
+    const Change edit = [&](std::string& text) { return setRoleText(text, boardId, role); };
+    return change(ConfigurationPart::Settings, edit, error);
 }
 
 bool ConfigurationDraft::setProfileValue(const std::string& profile, const std::string& part, const std::string& key,
                                          const std::string& value, std::string& error) {
-    const PathStep name{normalizeName(profile), std::nullopt, true};
+    const PathStep name = nameStep(normalizeName(profile));
     const Change edit = [&](std::string& text) {
-        return setJsonValue(text, {draftStep("outputs"), draftStep("profiles"), name, draftStep(part), draftStep(key)},
-                            value);
+        return setJsonValue(text, {keyStep("outputs"), keyStep("profiles"), name, keyStep(part), keyStep(key)}, value);
     };
     return change(ConfigurationPart::Settings, edit, error);
 }

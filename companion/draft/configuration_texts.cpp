@@ -10,17 +10,6 @@ namespace {
 const std::string emptyObject = "{\n  }";
 const std::string emptyArray = "[\n  ]";
 
-PathStep keyStep(const std::string& key) {
-    return {key, std::nullopt, false};
-}
-
-std::map<std::int32_t, std::string> readSampleNames() {
-    HidEventMap map;
-    std::string ignored;
-    map.parse(sampleTexts()[ConfigurationPart::EventMap], ignored);
-    return map.controlIds;
-}
-
 } // namespace
 
 ConfigurationTexts sampleTexts() {
@@ -41,7 +30,14 @@ ConfigurationTexts emptyTexts() {
     return texts;
 }
 
+std::map<std::int32_t, std::string> controlNames(const std::string& eventMap) {
+    HidEventMap map;
+    std::string ignored;
+    map.parse(eventMap, ignored);
+    return map.controlIds;
+}
+
 const std::map<std::int32_t, std::string>& sampleControlNames() {
-    static const std::map<std::int32_t, std::string> names = readSampleNames();
+    static const std::map<std::int32_t, std::string> names = controlNames(sampleTexts()[ConfigurationPart::EventMap]);
     return names;
 }

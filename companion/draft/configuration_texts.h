@@ -32,5 +32,8 @@ ConfigurationTexts sampleTexts();
 /// The settings of the sample set, without boards, names or commands.
 ConfigurationTexts emptyTexts();
 
-/// The names of the sample set's controls by number.
+/// The names of an event map's controls by number. Only what the bridge could read of the text counts.
+std::map<std::int32_t, std::string> controlNames(const std::string& eventMap);
+
+/// Those of the sample set.
 const std::map<std::int32_t, std::string>& sampleControlNames();

@@ -1,7 +1,6 @@
 #include "companion/draft/control_list.h"
 
 #include "companion/check/json_document.h"
-#include "config/hid_event_map.h"
 #include "config/names.h"
 
 #include <algorithm>
@@ -57,11 +56,8 @@ void readSections(const std::string& text, std::map<std::string, ListedControl>&
 } // namespace
 
 std::vector<ListedControl> listControls(const ConfigurationTexts& texts) {
-    HidEventMap map;
-    std::string ignored;
-    map.parse(texts[ConfigurationPart::EventMap], ignored);
     std::map<std::string, ListedControl> byName;
-    for (const auto& [number, name] : map.controlIds) {
+    for (const auto& [number, name] : controlNames(texts[ConfigurationPart::EventMap])) {
         byName[normalizeName(name)] = {number, name, false, {}};
     }
     readSections(texts[ConfigurationPart::Commands], byName);

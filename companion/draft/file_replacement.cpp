@@ -1,10 +1,12 @@
 #include "companion/draft/file_replacement.h"
 
+#include "companion/draft/flush.h"
 #include "platform/file_system.h"
 
 #include <cerrno>
 #include <cstddef>
 #include <fstream>
+#include <set>
 #include <system_error>
 
 namespace {
@@ -58,10 +60,15 @@ public:
     }
 
     bool run(std::string& error) {
+        const std::set<std::string> folders = changingFolders();
         error = prepare();
         while (error.empty() && replaced < files.size()) {
             error = replace(files[replaced]);
             replaced += error.empty() ? 1 : 0;
+        }
+        for (auto folder = folders.begin(); error.empty() && folder != folders.end(); ++folder) {
+            const std::string reason = operations.flush(*folder);
+            error = reason.empty() ? "" : *folder + " can't be written: " + reason;
         }
         if (!error.empty()) {
             error += undo();
@@ -74,6 +81,20 @@ private:
     std::vector<FileReplacement> files;
     std::size_t replaced = 0;
 
+    /// Those of the files, and those in which a folder is made. The current one has no name.
+    std::set<std::string> changingFolders() const {
+        std::set<std::string> folders;
+        for (const FileReplacement& file : files) {
+            std::string folder = FileSystem::parentPath(file.path);
+            folders.insert(folder.empty() ? "." : folder);
+            while (!folder.empty() && !FileSystem::existsOrFalse(folder)) {
+                folder = FileSystem::parentPath(folder);
+                folders.insert(folder.empty() ? "." : folder);
+            }
+        }
+        return folders;
+    }
+
     std::string prepare() const {
         for (const FileReplacement& file : files) {
             FileSystem::makeFolders(FileSystem::parentPath(file.path));
@@ -82,6 +103,7 @@ private:
             // The copy gives the new file the old one's permissions.
             std::string reason = file.exists ? operations.copy(file.path, newPath(file)) : "";
             reason = reason.empty() ? operations.write(newPath(file), file.text) : reason;
+            reason = reason.empty() ? operations.flush(newPath(file)) : reason;
             if (!reason.empty()) {
                 return file.path + " can't be written: " + reason;
             }
@@ -98,7 +120,8 @@ private:
     /// The earlier backup stays until this one is whole.
     std::string keepOld(const FileReplacement& file) const {
         FileSystem::remove(newBackupPath(file));
-        const std::string reason = operations.copy(file.path, newBackupPath(file));
+        std::string reason = operations.copy(file.path, newBackupPath(file));
+        reason = reason.empty() ? operations.flush(newBackupPath(file)) : reason;
         return reason.empty() ? operations.rename(newBackupPath(file), backupPath(file)) : reason;
     }
 
@@ -124,7 +147,7 @@ private:
 } // namespace
 
 FileOperations systemFileOperations() {
-    return {writeWhole, copyWhole, renameOver};
+    return {writeWhole, copyWhole, renameOver, flushToDisk};
 }
 
 bool replaceFiles(const std::vector<FileReplacement>& files, const FileOperations& operations, std::string& error) {

@@ -1,38 +1,19 @@
 #include "companion/setup/bridge_control.h"
 
-#include "app/app_paths.h"
-#include "app/program_names.h"
+#include "companion/doctor/bridge_program.h"
 #include "platform/file_system.h"
-#include "text/ascii.h"
 
-#include <string_view>
 #include <utility>
 
-namespace {
-
-std::string bridgeFileName(const Host& host) {
-    const std::string extension = ".exe";
-    const bool hasExtension = lowerCased(host.executablePath()).ends_with(extension);
-    return hasExtension ? programName + extension : programName;
-}
-
-} // namespace
-
-BridgeControl::BridgeControl(const Host& host, LineCallback onLine)
-    : host(host), onLine(std::move(onLine)), program(FileSystem::join(exeDirectory(host), bridgeFileName(host))) {}
+BridgeControl::BridgeControl(const Host& host, ProcessControl processes, LineCallback onLine)
+    : processes(std::move(processes)), onLine(std::move(onLine)), program(bridgePath(host)) {}
 
 bool BridgeControl::programExists() const {
     return FileSystem::existsOrFalse(program);
 }
 
-bool BridgeControl::isRunning() const {
-    const std::string name = FileSystem::fileName(program);
-    return wasStartedHere() ||
-           host.findProcess([&](std::string_view process) { return equalsIgnoringCase(process, name); });
-}
-
 bool BridgeControl::start(const std::string& configPath, std::string& error) {
-    if (isRunning()) {
+    if (wasStartedHere() || running()) {
         error = "The bridge is already running";
         return false;
     }
@@ -47,4 +28,12 @@ void BridgeControl::end() {
     if (child != nullptr) {
         child->write("quit\n");
     }
+}
+
+bool BridgeControl::endOther(std::int64_t process, std::string& error) {
+    // Its number may be another process's by now.
+    const std::optional<RunningBridge> bridge = running();
+    error = bridge && bridge->process == process ? processes.end(process) : "this bridge has ended already";
+    error = error.empty() ? "" : "The bridge wasn't ended: " + error;
+    return error.empty();
 }

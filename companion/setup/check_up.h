@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/platform.h"
+#include "companion/doctor/machine.h"
 
 #include <mutex>
 #include <string>
@@ -8,13 +8,17 @@
 /// The check-up of this machine, with the configuration as it is saved. Any thread.
 class CheckUp {
 public:
-    CheckUp(const Platform& platform, std::string configPath);
+    CheckUp(Machine machine, std::string configPath);
 
     /// Looks now, and gives the answers as a JSON array. May take seconds.
     std::string look();
 
+    /// Looks again, and writes the file or makes the folder that the answer of this code and title still offers. False
+    /// with the reason in `error`; nothing has changed then.
+    bool repair(const std::string& code, const std::string& title, std::string& error);
+
 private:
-    const Platform platform;
+    const Machine machine;
     const std::string configPath;
 
     // Held while looking: two at a time would write and remove the same test file.

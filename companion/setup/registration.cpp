@@ -1,6 +1,7 @@
 #include "companion/setup/registration.h"
 
 #include "app/program_names.h"
+#include "app/registration_commands.h"
 #include "registration/exe_xml_registrar.h"
 
 #include <cstddef>
@@ -45,7 +46,7 @@ std::vector<RegistrationPlace> registrationPlaces(const Host& host) {
 
 std::vector<RegistrationChange> registerBridge(const Host& host, const std::string& program,
                                                const std::string& configPath, std::string& error) {
-    const std::string arguments = "--config \"" + configPath + "\"";
+    const std::string arguments = registeredArguments(configPath);
     return changesOf(host, [&] { ExeXmlRegistrar::registerInExeXml(host, programName, program, arguments, error); });
 }
 

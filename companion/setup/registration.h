@@ -11,6 +11,8 @@ struct RegistrationPlace {
     std::string path;
     /// It lists the bridge.
     bool isRegistered = false;
+
+    bool operator==(const RegistrationPlace&) const = default;
 };
 
 /// The places of this machine.

@@ -10,6 +10,8 @@
 #include "mapping/output_state.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <map>
 #include <string_view>
 
@@ -30,6 +32,17 @@ void showOn(const HidTransport& transport, const AppConfig& config, const LedCom
     }
 }
 
+/// A text or a number, as JSON.
+std::string valueText(const JsonValue& json) {
+    const JsonValue* const value = find(json, "value");
+    if (value == nullptr || value->type == JsonType::String) {
+        return quotedJson(value == nullptr ? "" : value->string);
+    }
+    std::array<char, 32> digits{};
+    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value->number);
+    return {digits.data(), end};
+}
+
 bool complete(const CommandPlace& place, std::string& error) {
     if (place.control.empty() || place.action.empty() || place.role.empty()) {
         error = "A command needs a control with a name, an action and a role";
@@ -44,9 +57,6 @@ SetupController::Action SetupController::actionOf(const std::string& word) {
     static const std::map<std::string, Action> actions{
         {"addBoard", &SetupController::addBoard},
         {"removeBoard", &SetupController::removeBoard},
-        {"press", &SetupController::operate},
-        {"release", &SetupController::operate},
-        {"turn", &SetupController::operate},
         {"ids", &SetupController::setIds},
         {"role", &SetupController::setRole},
         {"name", &SetupController::nameControl},
@@ -62,6 +72,7 @@ SetupController::Action SetupController::actionOf(const std::string& word) {
         {"try", &SetupController::tryCommand},
         {"register", &SetupController::registerProgram},
         {"unregister", &SetupController::unregisterProgram},
+        {"repair", &SetupController::repair},
         {"startBridge", &SetupController::startBridge},
         {"endBridge", &SetupController::endBridge},
     };
@@ -69,30 +80,35 @@ SetupController::Action SetupController::actionOf(const std::string& word) {
     return found == actions.end() ? nullptr : found->second;
 }
 
-bool SetupController::act(const JsonValue& json, std::string& error) {
+bool SetupController::act(const JsonValue& json, const std::string& tab, std::string& error) {
     const std::string word = memberText(json, "do");
+    if (word == "press" || word == "release" || word == "turn") {
+        return operate(json, tab, error);
+    }
     const Action action = actionOf(word);
     if (action == nullptr) {
         error = "there is no action \"" + word + "\"";
         return false;
     }
     const std::lock_guard actionLock(actionMutex);
-    bool idsChanged = false;
-    bool done = false;
-    {
-        const std::lock_guard lock(mutex);
-        done = (this->*action)(json, error);
-        const std::shared_ptr<const BridgeConfiguration> read = configurationFor(false);
-        idsChanged = watchedIds != read->settings.hid.vid + ':' + read->settings.hid.pid;
-        realLive.setConfiguration(read);
-        virtualLive.setConfiguration(configurationFor(true));
-        showRoles(read->settings);
-        publishState();
-    }
-    if (idsChanged) {
-        restartRealBoards();
-    }
+    const bool done = (this->*action)(json, error);
+    followConfiguration();
+    const std::lock_guard lock(mutex);
+    publishState();
     return done;
+}
+
+bool SetupController::changeConfiguration(const Change& change, std::string& error) {
+    const auto next = std::make_shared<EditedConfiguration>(configuration());
+    const bool done = change(*next, error);
+    const std::lock_guard lock(mutex);
+    state.configuration = next;
+    return done;
+}
+
+bool SetupController::edit(const EditedConfiguration::Edit& edit, std::string& error) {
+    return changeConfiguration(
+        [&edit](EditedConfiguration& next, std::string& reason) { return next.change(edit, reason); }, error);
 }
 
 void SetupController::showRoles(const AppConfig& config) {
@@ -116,7 +132,7 @@ bool SetupController::removeBoard(const JsonValue& json, std::string& error) {
     return virtualBoards.remove(memberText(json, "board"));
 }
 
-bool SetupController::operate(const JsonValue& json, std::string& error) {
+bool SetupController::operate(const JsonValue& json, const std::string& tab, std::string& error) {
     const std::string word = memberText(json, "do");
     const std::string board = memberText(json, "board");
     const std::int32_t number = memberNumber(json, "control");
@@ -132,11 +148,11 @@ bool SetupController::operate(const JsonValue& json, std::string& error) {
         const auto speed = static_cast<std::uint8_t>(std::clamp(memberNumber(json, "speed"), 0, 0xFF));
         return virtualBoards.turn(board, control, static_cast<std::int8_t>(detents), speed);
     }
-    return word == "press" ? virtualBoards.press(board, control) : virtualBoards.release(board, control);
+    return word == "press" ? virtualBoards.press(board, control, tab) : virtualBoards.release(board, control);
 }
 
 bool SetupController::setIds(const JsonValue& json, std::string& error) {
-    return configuration.change(
+    return edit(
         [&](ConfigurationDraft& draft, std::string& reason) {
             return draft.setUsbIds(memberText(json, "vendor"), memberText(json, "product"), reason);
         },
@@ -144,7 +160,7 @@ bool SetupController::setIds(const JsonValue& json, std::string& error) {
 }
 
 bool SetupController::setRole(const JsonValue& json, std::string& error) {
-    return configuration.change(
+    return edit(
         [&](ConfigurationDraft& draft, std::string& reason) {
             return draft.setRole(memberText(json, "board"), memberText(json, "role"), reason);
         },
@@ -152,7 +168,7 @@ bool SetupController::setRole(const JsonValue& json, std::string& error) {
 }
 
 bool SetupController::nameControl(const JsonValue& json, std::string& error) {
-    return configuration.change(
+    return edit(
         [&](ConfigurationDraft& draft, std::string& reason) {
             return draft.nameControl(memberNumber(json, "control"), memberText(json, "name"), reason);
         },
@@ -161,28 +177,29 @@ bool SetupController::nameControl(const JsonValue& json, std::string& error) {
 
 bool SetupController::assign(const JsonValue& json, std::string& error) {
     const CommandPlace place = placeOf(json);
-    const auto edit = [&](ConfigurationDraft& draft, std::string& reason) {
+    const auto set = [&](ConfigurationDraft& draft, std::string& reason) {
         return draft.setCommand(place, memberText(json, "command"), reason);
     };
-    const bool done = complete(place, error) && configuration.change(edit, error);
-    state.progress.assigned = state.progress.assigned || done;
-    return done;
+    if (!complete(place, error) || !edit(set, error)) {
+        return false;
+    }
+    reach(&SetupProgress::assigned);
+    return true;
 }
 
 bool SetupController::clear(const JsonValue& json, std::string& error) {
     const CommandPlace place = placeOf(json);
-    const auto edit = [&](ConfigurationDraft& draft, std::string& reason) { return draft.clearCommand(place, reason); };
-    return complete(place, error) && configuration.change(edit, error);
+    const auto remove = [&](ConfigurationDraft& draft, std::string& reason) {
+        return draft.clearCommand(place, reason);
+    };
+    return complete(place, error) && edit(remove, error);
 }
 
 bool SetupController::setProfileValue(const JsonValue& json, std::string& error) {
-    const JsonValue* const value = find(json, "value");
-    const bool isText = value != nullptr && value->type == JsonType::String;
-    const std::string written = isText ? quotedJson(value->string) : std::to_string(memberNumber(json, "value"));
-    return configuration.change(
+    return edit(
         [&](ConfigurationDraft& draft, std::string& reason) {
             return draft.setProfileValue(memberText(json, "profile"), memberText(json, "part"), memberText(json, "key"),
-                                         written, reason);
+                                         valueText(json), reason);
         },
         error);
 }
@@ -203,7 +220,7 @@ bool SetupController::previewLight(const JsonValue& json, std::string& error) {
 }
 
 bool SetupController::takeSample(const JsonValue&, std::string& error) {
-    return configuration.change(
+    return edit(
         [](ConfigurationDraft& draft, std::string&) {
             // The settings name the user's own board, and the files that this writes to.
             ConfigurationTexts texts = sampleTexts();
@@ -215,7 +232,7 @@ bool SetupController::takeSample(const JsonValue&, std::string& error) {
 }
 
 bool SetupController::undo(const JsonValue&, std::string& error) {
-    return configuration.change(
+    return edit(
         [](ConfigurationDraft& draft, std::string&) {
             draft.undo();
             return true;
@@ -224,18 +241,24 @@ bool SetupController::undo(const JsonValue&, std::string& error) {
 }
 
 bool SetupController::save(const JsonValue& json, std::string& error) {
-    if (configuration.problem().empty() && !configuration.verdict().bridgeStarts &&
+    if (configuration().problem().empty() && !configuration().verdict().bridgeStarts &&
         !memberFlag(json, "despiteErrors")) {
-        error = "The bridge wouldn't start with this: " + configuration.verdict().refusal;
+        error = "The bridge wouldn't start with this: " + configuration().verdict().refusal;
         return false;
     }
-    const bool saved = configuration.save(error);
-    state.progress.saved = state.progress.saved || saved;
-    return saved;
+    if (!changeConfiguration([](EditedConfiguration& next, std::string& reason) { return next.save(reason); }, error)) {
+        return false;
+    }
+    reach(&SetupProgress::saved);
+    return true;
 }
 
 bool SetupController::reload(const JsonValue&, std::string& error) {
-    configuration.reload();
-    error = configuration.problem();
-    return error.empty();
+    return changeConfiguration(
+        [](EditedConfiguration& next, std::string& reason) {
+            next.reload();
+            reason = next.problem();
+            return reason.empty();
+        },
+        error);
 }

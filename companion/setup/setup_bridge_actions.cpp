@@ -7,8 +7,13 @@
 #include "wire/simconnect_open.h"
 
 bool SetupController::chooseSimulator(const JsonValue& json, std::string& error) {
-    state.simulatorIsVirtual = memberFlag(json, "virtual");
-    return startLink(error);
+    {
+        const std::lock_guard lock(mutex);
+        state.simulatorIsVirtual = memberFlag(json, "virtual");
+    }
+    const bool started = startLink(error);
+    look();
+    return started;
 }
 
 Platform SetupController::linkPlatform() const {
@@ -28,8 +33,7 @@ bool SetupController::startLink(std::string& error) {
     link.reset();
     const Platform chosen = linkPlatform();
     link = std::make_unique<ModuleLink>(chosen.simConnect, chosen.host);
-    state.simulatorState = link->state();
-    return link->start(configuration.forBridge()->settings.mobiflight, error);
+    return link->start(configuration().forBridge()->settings.mobiflight, error);
 }
 
 bool SetupController::tryCommand(const JsonValue& json, std::string& error) {
@@ -37,13 +41,15 @@ bool SetupController::tryCommand(const JsonValue& json, std::string& error) {
         error = std::string("The simulator isn't ready: it ") + linkStateText(link->state());
         return false;
     }
-    const bool sent = link->send(memberText(json, "command"), error);
-    state.progress.tried = state.progress.tried || sent;
-    return sent;
+    if (!link->send(memberText(json, "command"), error)) {
+        return false;
+    }
+    reach(&SetupProgress::tried);
+    return true;
 }
 
 bool SetupController::registerProgram(const JsonValue&, std::string& error) {
-    if (!configuration.files().exist()) {
+    if (!configuration().files().exist()) {
         error = "Save the configuration first: the simulator starts the bridge with the saved one";
         return false;
     }
@@ -51,7 +57,7 @@ bool SetupController::registerProgram(const JsonValue&, std::string& error) {
         error = "There is no bridge at " + bridge.programPath();
         return false;
     }
-    const std::string& path = configuration.files().paths()[ConfigurationPart::Settings];
+    const std::string& path = configuration().files().paths()[ConfigurationPart::Settings];
     const auto changes =
         registerBridge(platform.host, bridge.programPath(), FileSystem::resolved(path).value_or(path), error);
     events.publish("registration", changesJson(changes));
@@ -65,17 +71,24 @@ bool SetupController::unregisterProgram(const JsonValue&, std::string& error) {
     return error.empty();
 }
 
+bool SetupController::repair(const JsonValue& json, std::string& error) {
+    return checks.repair(memberText(json, "code"), memberText(json, "title"), error);
+}
+
 bool SetupController::startBridge(const JsonValue&, std::string& error) {
-    if (!configuration.files().exist()) {
+    if (!configuration().files().exist()) {
         error = "Save the configuration first: the bridge reads the saved one";
         return false;
     }
-    const bool started = bridge.start(configuration.files().paths()[ConfigurationPart::Settings], error);
+    const bool started = bridge.start(configuration().files().paths()[ConfigurationPart::Settings], error);
     look();
     return started;
 }
 
-bool SetupController::endBridge(const JsonValue&, std::string&) {
+bool SetupController::endBridge(const JsonValue& json, std::string& error) {
+    if (!bridge.wasStartedHere()) {
+        return bridge.endOther(memberNumber(json, "process"), error);
+    }
     bridge.end();
     return true;
 }

@@ -4,10 +4,9 @@
 #include "app/program_names.h"
 #include "companion/devices/board_list.h"
 #include "companion/live/live_text.h"
+#include "companion/setup/json_line.h"
 #include "mapping/event_decision.h"
 #include "platform/file_system.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <chrono>
@@ -22,10 +21,6 @@ constexpr std::chrono::milliseconds lookPeriod{500};
 constexpr std::int32_t virtualScanMs = 100;
 /// Lines of an earlier run that are still shown.
 constexpr std::size_t oldLines = 50;
-
-std::string eventLine(const EventJson& json) {
-    return json.dump(-1, ' ', false, EventJson::error_handler_t::replace);
-}
 
 std::int64_t millisecondsNow() {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
@@ -59,13 +54,15 @@ EventJson eventOf(const LiveReport& report, const DecodedEvent& decoded) {
 SetupController::SetupController(const Platform& platform, const SetupOptions& options)
     : platform(platform),
       options(options),
-      configuration(options.configPath),
-      bridge(this->platform.host, [this](const std::string& line) { publishLine("", line); }),
+      checks(systemMachine(platform), options.configPath),
+      bridge(platform.host, systemProcesses(), [this](const std::string& line) { publishLine("", line); }),
       bridgeLog(serviceLogPath(platform.host)),
       realLive(platform.hid, platform.host),
       virtualLive(virtualBoards.transport(), platform.host) {
-    state.progress.isFirst = configuration.problem().empty() && !configuration.files().exist();
+    state.configuration = std::make_shared<EditedConfiguration>(options.configPath);
+    state.progress.isFirst = configuration().problem().empty() && !configuration().files().exist();
     state.bridgeProgram = bridge.programPath();
+    state.howBridgeEnds = bridge.howOtherEnds();
 }
 
 SetupController::~SetupController() {
@@ -74,13 +71,14 @@ SetupController::~SetupController() {
 
 bool SetupController::start(std::string& error) {
     virtualSimulator.setRecordCallback([this](const SimulatorRecord& record) { onReceived(record); });
+    const std::lock_guard actionLock(actionMutex);
     if (!virtualSimulator.start(0, error) || !startLink(error) || !startBoards(virtualLive, true, error)) {
         return false;
     }
     for (int i = 0; i < options.virtualBoards; ++i) {
         virtualBoards.add();
     }
-    restartRealBoards();
+    followConfiguration();
     const std::vector<LogLine> lines = bridgeLog.newLines();
     for (std::size_t i = lines.size() - std::min(lines.size(), oldLines); i < lines.size(); ++i) {
         publishLine(lines[i].level, lines[i].message);
@@ -106,7 +104,7 @@ void SetupController::stop() {
 
 /// Virtual boards have ids of their own, so that they are there whatever the configuration says.
 std::shared_ptr<const BridgeConfiguration> SetupController::configurationFor(bool areVirtual) const {
-    std::shared_ptr<const BridgeConfiguration> read = configuration.forBridge();
+    std::shared_ptr<const BridgeConfiguration> read = configuration().forBridge();
     if (!areVirtual) {
         return read;
     }
@@ -118,16 +116,11 @@ std::shared_ptr<const BridgeConfiguration> SetupController::configurationFor(boo
 }
 
 bool SetupController::startBoards(LiveBoards& boards, bool areVirtual, std::string& error) {
-    std::shared_ptr<const BridgeConfiguration> read;
-    {
-        const std::lock_guard lock(mutex);
-        read = configurationFor(areVirtual);
-    }
     LiveObserver observer;
     observer.arrived = [this, areVirtual](const LiveBoard& board) { onArrival(board, areVirtual); };
     observer.left = [this, areVirtual](const LiveBoard& board) { onDeparture(board, areVirtual); };
     observer.reported = [this, areVirtual](const LiveReport& report) { onReport(report, areVirtual); };
-    return boards.start(std::move(read), std::move(observer), error);
+    return boards.start(configurationFor(areVirtual), std::move(observer), error);
 }
 
 /// Without usable ids there are no real boards, which the page shows.
@@ -135,12 +128,28 @@ void SetupController::restartRealBoards() {
     realLive.stop();
     {
         const std::lock_guard lock(mutex);
-        const HidConfig hid = configuration.forBridge()->settings.hid;
-        watchedIds = hid.vid + ':' + hid.pid;
         std::erase_if(state.boards, [](const ShownBoard& board) { return !board.isVirtual; });
     }
     std::string ignored;
     startBoards(realLive, false, ignored);
+}
+
+void SetupController::followConfiguration() {
+    const std::shared_ptr<const BridgeConfiguration> read = configuration().forBridge();
+    if (read == followed) {
+        return;
+    }
+    const bool areIdsNew = followed == nullptr || followed->settings.hid.vid != read->settings.hid.vid ||
+                           followed->settings.hid.pid != read->settings.hid.pid;
+    followed = read;
+    virtualLive.setConfiguration(configurationFor(true));
+    if (areIdsNew) {
+        restartRealBoards();
+    } else {
+        realLive.setConfiguration(read);
+    }
+    const std::lock_guard lock(mutex);
+    showRoles(read->settings);
 }
 
 void SetupController::onArrival(const LiveBoard& board, bool isVirtual) {
@@ -167,44 +176,52 @@ void SetupController::onReport(const LiveReport& report, bool isVirtual) {
             board.role = decoded.role;
         }
     }
-    SeenControl& seen = state.seen[decoded.event.controlId];
-    seen.isKnob = seen.isKnob || isTurn(decoded.action);
+    bool& isKnob = state.used[decoded.event.controlId];
+    isKnob = isKnob || isTurn(decoded.action);
     state.progress.pressed = true;
     // First, so that the page finds the control in the state.
     publishState();
-    events.publish("event", eventLine(eventOf(report, decoded)));
+    events.publish("event", jsonLine(eventOf(report, decoded)));
 }
 
 void SetupController::onReceived(const SimulatorRecord& record) {
     if (record.kind == SimulatorRecordKind::Executed) {
-        events.publish("received", eventLine({{"at", millisecondsNow()}, {"text", record.text}}));
+        events.publish("received", jsonLine({{"at", millisecondsNow()}, {"text", record.text}}));
     }
 }
 
 void SetupController::watch() {
-    std::unique_lock lock(mutex);
     while (watcher.running()) {
-        look();
+        {
+            const std::lock_guard actionLock(actionMutex);
+            look();
+        }
+        std::unique_lock lock(mutex);
         ending.wait_for(lock, lookPeriod, [this] { return !watcher.running(); });
     }
 }
 
 void SetupController::look() {
-    state.places = registrationPlaces(platform.host);
-    state.bridgeExists = bridge.programExists();
-    state.bridgeRuns = bridge.isRunning();
-    state.bridgeIsOurs = bridge.wasStartedHere();
-    state.simulatorState = link->state();
-    state.progress.registered =
-        std::ranges::any_of(state.places, [](const RegistrationPlace& place) { return place.isRegistered; });
-    state.changedOnDisk.clear();
-    if (configuration.problem().empty()) {
-        configuration.files().areUnchanged(state.changedOnDisk);
+    SetupSurroundings seen;
+    seen.places = registrationPlaces(platform.host);
+    seen.bridgeExists = bridge.programExists();
+    seen.bridge = bridge.running();
+    seen.bridgeIsOurs = bridge.wasStartedHere();
+    seen.simulator = link->state();
+    if (configuration().problem().empty()) {
+        configuration().files().areUnchanged(seen.changedOnDisk);
     }
     followLog();
     // They would grow for as long as the page is open.
     virtualSimulator.clearRecords();
+    const std::lock_guard lock(mutex);
+    state.surroundings = std::move(seen);
     publishState();
+}
+
+void SetupController::reach(bool SetupProgress::*step) {
+    const std::lock_guard lock(mutex);
+    state.progress.*step = true;
 }
 
 void SetupController::followLog() {
@@ -214,29 +231,32 @@ void SetupController::followLog() {
 }
 
 void SetupController::publishLine(const std::string& level, const std::string& text) {
-    events.publish("log", eventLine({{"at", millisecondsNow()}, {"level", level}, {"text", text}}));
+    events.publish("log", jsonLine({{"at", millisecondsNow()}, {"level", level}, {"text", text}}));
 }
 
 void SetupController::publishState() {
     for (ShownBoard& board : state.boards) {
         board.light = board.isVirtual ? virtualBoards.lightOf(board.name) : std::nullopt;
     }
-    events.setState(stateJson(state, configuration));
+    if (state != shown) {
+        shown = state;
+        events.setState(stateJson(state));
+    }
 }
 
 bool SetupController::hasUnsavedChanges() {
-    const std::lock_guard lock(mutex);
-    return configuration.hasUnsavedChanges();
+    const std::lock_guard actionLock(actionMutex);
+    return configuration().hasUnsavedChanges();
 }
 
 bool SetupController::hasBridge() {
-    const std::lock_guard lock(mutex);
+    const std::lock_guard actionLock(actionMutex);
     return bridge.wasStartedHere();
 }
 
 std::string SetupController::difference() {
-    const std::lock_guard lock(mutex);
-    return differenceJson(configuration);
+    const std::lock_guard actionLock(actionMutex);
+    return differenceJson(configuration());
 }
 
 std::string SetupController::devices() {

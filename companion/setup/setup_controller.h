@@ -3,6 +3,7 @@
 #include "companion/live/live_boards.h"
 #include "companion/page/event_feed.h"
 #include "companion/setup/bridge_control.h"
+#include "companion/setup/check_up.h"
 #include "companion/setup/edited_configuration.h"
 #include "companion/setup/setup_state.h"
 #include "companion/setup/virtual_boards.h"
@@ -13,10 +14,9 @@
 #include "simulation/simulator/virtual_simulator.h"
 
 #include <condition_variable>
-#include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 
 struct SetupOptions {
@@ -50,33 +50,43 @@ public:
     /// Every HID device of this machine, as JSON, to find the boards' ids.
     std::string devices();
 
-    /// Carries out one action, an object whose member "do" names it. False with the reason in `error`.
-    bool act(const JsonValue& json, std::string& error);
+    /// What `vantrel doctor` says now, as JSON.
+    std::string checkUp() { return checks.look(); }
+
+    /// Carries out one action, an object whose member "do" names it, for an open tab. False with the reason in `error`.
+    bool act(const JsonValue& json, const std::string& tab, std::string& error);
+    /// Releases the virtual boards' controls that this tab holds down.
+    void releaseControlsOf(const std::string& tab) { virtualBoards.releaseAllOf(tab); }
 
 private:
     const Platform platform;
     const SetupOptions options;
     EventFeed events;
+    CheckUp checks;
 
-    // Held across a whole action, so that one comes after the other. Taken before the other mutex.
+    // Held across a whole action or a whole look at the machine, which may be slow. Guards what follows. Taken before
+    // the other mutex.
     std::mutex actionMutex;
-
-    // Guards what follows. The boards' observers take it, so no board is started or stopped under it.
-    std::mutex mutex;
-    EditedConfiguration configuration;
-    SetupState state;
     BridgeControl bridge;
     /// Of a bridge that somebody else has started.
     LogFollower bridgeLog;
     VirtualSimulator virtualSimulator;
     /// To the simulator for trying commands.
     std::unique_ptr<ModuleLink> link;
+    /// What the boards' events are decoded by.
+    std::shared_ptr<const BridgeConfiguration> followed;
+
+    // Guards what follows. The boards' observers take it, so nothing slow happens under it, and no board is started or
+    // stopped. The configuration and the simulator's kind are only written with both mutexes held, so that one of them
+    // is enough to read them.
+    std::mutex mutex;
+    SetupState state;
+    /// As it was last published.
+    SetupState shown;
 
     VirtualBoards virtualBoards;
     LiveBoards realLive;
     LiveBoards virtualLive;
-    /// The ids that the real boards are looked for by.
-    std::string watchedIds;
 
     /// Looks at what changes by itself: the bridge, its log, the files, the registration.
     Worker watcher;
@@ -94,20 +104,26 @@ private:
     void watch();
     /// Any thread.
     void publishLine(const std::string& level, const std::string& text);
-    // These need the mutex held.
-    std::shared_ptr<const BridgeConfiguration> configurationFor(bool areVirtual) const;
-    void look();
-    void followLog();
+    // These need `mutex` held.
     void publishState();
     /// Of the boards whose role in the configuration has changed.
     void showRoles(const AppConfig& config);
+    // These need `actionMutex` held, and take the other.
+    const EditedConfiguration& configuration() const { return *state.configuration; }
+    std::shared_ptr<const BridgeConfiguration> configurationFor(bool areVirtual) const;
+    void look();
+    void followLog();
+    /// Passes a changed configuration on to the boards.
+    void followConfiguration();
+    void reach(bool SetupProgress::*step);
 
-    // The actions (setup_actions.cpp, setup_bridge_actions.cpp). These need the mutex held.
+    /// What is done on a virtual board waits for no action.
+    bool operate(const JsonValue& json, const std::string& tab, std::string& error);
+    // The actions (setup_actions.cpp, setup_bridge_actions.cpp). These need `actionMutex` held.
     using Action = bool (SetupController::*)(const JsonValue& json, std::string& error);
     static Action actionOf(const std::string& word);
     bool addBoard(const JsonValue& json, std::string& error);
     bool removeBoard(const JsonValue& json, std::string& error);
-    bool operate(const JsonValue& json, std::string& error);
     bool setIds(const JsonValue& json, std::string& error);
     bool setRole(const JsonValue& json, std::string& error);
     bool nameControl(const JsonValue& json, std::string& error);
@@ -123,9 +139,15 @@ private:
     bool tryCommand(const JsonValue& json, std::string& error);
     bool registerProgram(const JsonValue& json, std::string& error);
     bool unregisterProgram(const JsonValue& json, std::string& error);
+    bool repair(const JsonValue& json, std::string& error);
     bool startBridge(const JsonValue& json, std::string& error);
     bool endBridge(const JsonValue& json, std::string& error);
 
+    using Change = std::function<bool(EditedConfiguration& configuration, std::string& error)>;
+    /// Carries it out on a copy, which takes the configuration's place.
+    bool changeConfiguration(const Change& change, std::string& error);
+    /// The same for its draft.
+    bool edit(const EditedConfiguration::Edit& edit, std::string& error);
     bool startLink(std::string& error);
     Platform linkPlatform() const;
 };

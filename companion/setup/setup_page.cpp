@@ -11,7 +11,7 @@ constexpr int badSetupRequest = 400;
 PageReply carryOutSetup(SetupController& controller, const PageRequest& request) {
     const JsonParseResult parsed = JsonParser::parse(request.body);
     std::string error = parsed.error;
-    if (!parsed.ok || !controller.act(parsed.value, error)) {
+    if (!parsed.ok || !controller.act(parsed.value, request.tab, error)) {
         return refusal(badSetupRequest, error);
     }
     return jsonReply("{}");
@@ -28,23 +28,23 @@ PageReply judgeCommand(const PageRequest& request) {
 
 } // namespace
 
-Page setupPage(SetupController& controller, CheckUp& checkUp) {
+Page setupPage(SetupController& controller) {
     Page page{"The setup page", setupWebFiles(), controller.feed()};
     page.routes = {
         {"GET /api/catalogue", [](const PageRequest&) { return jsonReply(catalogueJson()); }},
         {"GET /api/difference", [&controller](const PageRequest&) { return jsonReply(controller.difference()); }},
         {"GET /api/devices", [&controller](const PageRequest&) { return jsonReply(controller.devices()); }},
-        {"GET /api/check-up", [&checkUp](const PageRequest&) { return jsonReply(checkUp.look()); }},
+        {"GET /api/check-up", [&controller](const PageRequest&) { return jsonReply(controller.checkUp()); }},
         {"POST /api/remarks", judgeCommand},
         {"POST /api/action", [&controller](const PageRequest& request) { return carryOutSetup(controller, request); }},
     };
+    page.onTabClosed = [&controller](const std::string& tab) { controller.releaseControlsOf(tab); };
     return page;
 }
 
 bool runSetupPage(const Platform& platform, const SetupPageOptions& options, std::ostream& screen, std::string& error) {
     SetupController controller(platform, options.setup);
-    CheckUp checkUp(platform, options.setup.configPath);
-    const Page page = setupPage(controller, checkUp);
+    const Page page = setupPage(controller);
     PageSession session(page);
     if (!session.open(options.port, error) || !controller.start(error)) {
         return false;

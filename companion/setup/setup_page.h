@@ -1,7 +1,6 @@
 #pragma once
 
 #include "companion/page/page.h"
-#include "companion/setup/check_up.h"
 #include "companion/setup/setup_controller.h"
 
 #include <cstdint>
@@ -16,8 +15,8 @@ struct SetupPageOptions {
     bool inBrowser = true;
 };
 
-/// The page of a controller and a check-up, which must outlive it.
-Page setupPage(SetupController& controller, CheckUp& checkUp);
+/// The page of a controller, which must outlive it.
+Page setupPage(SetupController& controller);
 
 /// Shows the setup page until the program is interrupted. False with the reason in `error` if it can't start.
 bool runSetupPage(const Platform& platform, const SetupPageOptions& options, std::ostream& screen, std::string& error);

@@ -3,22 +3,17 @@
 #include "companion/catalogue/event_catalogue.h"
 #include "companion/check/rpn_check.h"
 #include "companion/draft/line_diff.h"
+#include "companion/setup/json_line.h"
 #include "config/names.h"
 #include "platform/file_system.h"
 
-#include <nlohmann/json.hpp>
-
+#include <algorithm>
 #include <array>
 #include <utility>
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-/// Files may hold bytes that aren't UTF-8.
-std::string lineOf(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
 
 /// As light.js takes it.
 Json lightOf(const LedCommand& light) {
@@ -47,7 +42,8 @@ Json profilesOf(const OutputsConfig& outputs) {
                            {"min", backlight.min},
                            {"max", backlight.max},
                            {"default", backlight.defaultValue},
-                           {"value", backlight.value}}},
+                           {"value", backlight.value},
+                           {"scale", backlight.scale}}},
                          {"simDisconnected", effectOf(profile.simDisconnected)},
                          {"batteryOff", effectOf(profile.batteryOff)}});
     }
@@ -74,21 +70,21 @@ Json commandsOf(const ListedControl& control) {
 }
 
 /// The named controls and those that were used without having a name, by number.
-Json controlsOf(const SetupState& state, const EditedConfiguration& configuration) {
+Json controlsOf(const SetupState& state) {
     std::map<std::int32_t, Json> byNumber;
-    for (const ListedControl& control : configuration.controls()) {
+    for (const ListedControl& control : state.configuration->controls()) {
         byNumber[control.number] = {{"number", control.number},
                                     {"name", control.name},
                                     {"knob", control.isKnob},
                                     {"used", false},
                                     {"commands", commandsOf(control)}};
     }
-    for (const auto& [number, seen] : state.seen) {
+    for (const auto& [number, isKnob] : state.used) {
         if (!byNumber.contains(number)) {
             byNumber[number] = {{"number", number}, {"name", ""}, {"knob", false}, {"commands", Json::array()}};
         }
         Json& control = byNumber[number];
-        control["knob"] = control["knob"].get<bool>() || seen.isKnob;
+        control["knob"] = control["knob"].get<bool>() || isKnob;
         control["used"] = true;
     }
     Json array = Json::array();
@@ -110,10 +106,10 @@ Json findingsOf(const Findings& findings) {
     return array;
 }
 
-Json configurationOf(const SetupState& state, const EditedConfiguration& configuration) {
+Json configurationOf(const EditedConfiguration& configuration, const std::string& changedOnDisk) {
     Json json{{"path", configuration.files().paths()[ConfigurationPart::Settings]},
               {"problem", configuration.problem()},
-              {"changedOnDisk", state.changedOnDisk}};
+              {"changedOnDisk", changedOnDisk}};
     const AppConfig& settings = configuration.forBridge()->settings;
     json["vendorId"] = settings.hid.vid;
     json["productId"] = settings.hid.pid;
@@ -130,20 +126,27 @@ Json configurationOf(const SetupState& state, const EditedConfiguration& configu
     return json;
 }
 
-Json progressOf(const SetupProgress& progress) {
-    return {{"first", progress.isFirst}, {"pressed", progress.pressed}, {"assigned", progress.assigned},
-            {"tried", progress.tried},   {"saved", progress.saved},     {"registered", progress.registered}};
+Json progressOf(const SetupProgress& progress, const std::vector<RegistrationPlace>& places) {
+    return {
+        {"first", progress.isFirst},     {"pressed", progress.pressed},
+        {"assigned", progress.assigned}, {"tried", progress.tried},
+        {"saved", progress.saved},       {"registered", std::ranges::any_of(places, &RegistrationPlace::isRegistered)}};
 }
 
 Json bridgeOf(const SetupState& state) {
     Json places = Json::array();
-    for (const RegistrationPlace& place : state.places) {
+    const SetupSurroundings& surroundings = state.surroundings;
+    const RunningBridge bridge = surroundings.bridge.value_or(RunningBridge());
+    for (const RegistrationPlace& place : surroundings.places) {
         places.push_back({{"path", place.path}, {"registered", place.isRegistered}});
     }
     return {{"program", state.bridgeProgram},
-            {"exists", state.bridgeExists},
-            {"running", state.bridgeRuns},
-            {"ours", state.bridgeIsOurs},
+            {"exists", surroundings.bridgeExists},
+            {"running", surroundings.bridge || surroundings.bridgeIsOurs},
+            {"ours", surroundings.bridgeIsOurs},
+            {"process", bridge.process},
+            {"ofSimulator", bridge.isOfSimulator},
+            {"ending", state.howBridgeEnds},
             {"places", std::move(places)}};
 }
 
@@ -175,15 +178,16 @@ const char* linkStateText(LinkState link) {
     return "is ready";
 }
 
-std::string stateJson(const SetupState& state, const EditedConfiguration& configuration) {
-    const bool isEditable = configuration.problem().empty();
-    return lineOf(
-        {{"configuration", configurationOf(state, configuration)},
-         {"progress", progressOf(state.progress)},
+std::string stateJson(const SetupState& state) {
+    const SetupSurroundings& surroundings = state.surroundings;
+    const bool isEditable = state.configuration->problem().empty();
+    return jsonLine(
+        {{"configuration", configurationOf(*state.configuration, surroundings.changedOnDisk)},
+         {"progress", progressOf(state.progress, surroundings.places)},
          {"boards", boardsOf(state.boards)},
-         {"controls", isEditable ? controlsOf(state, configuration) : Json::array()},
+         {"controls", isEditable ? controlsOf(state) : Json::array()},
          {"bridge", bridgeOf(state)},
-         {"simulator", {{"virtual", state.simulatorIsVirtual}, {"state", linkStateText(state.simulatorState)}}}});
+         {"simulator", {{"virtual", state.simulatorIsVirtual}, {"state", linkStateText(surroundings.simulator)}}}});
 }
 
 std::string differenceJson(const EditedConfiguration& configuration) {
@@ -198,7 +202,7 @@ std::string differenceJson(const EditedConfiguration& configuration) {
             array.push_back({{"path", configuration.files().paths()[part]}, {"lines", diffLinesOf(lines)}});
         }
     }
-    return lineOf(array);
+    return jsonLine(array);
 }
 
 std::string changesJson(const std::vector<RegistrationChange>& changes) {
@@ -206,7 +210,7 @@ std::string changesJson(const std::vector<RegistrationChange>& changes) {
     for (const RegistrationChange& change : changes) {
         array.push_back({{"path", change.path}, {"lines", diffLinesOf(change.lines)}});
     }
-    return lineOf(array);
+    return jsonLine(array);
 }
 
 std::string catalogueJson() {
@@ -222,7 +226,7 @@ std::string catalogueJson() {
     for (const auto& [number, name] : sampleControlNames()) {
         names[std::to_string(number)] = name;
     }
-    return lineOf({{"events", std::move(events)}, {"names", std::move(names)}});
+    return jsonLine({{"events", std::move(events)}, {"names", std::move(names)}});
 }
 
 std::string remarksJson(const std::string& command) {
@@ -233,5 +237,5 @@ std::string remarksJson(const std::string& command) {
                          {"message", remark.message},
                          {"hint", remark.hint}});
     }
-    return lineOf(array);
+    return jsonLine(array);
 }

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,11 +24,8 @@ struct ShownBoard {
     std::string role;
     /// Of a virtual one, if it has received one.
     std::optional<LedCommand> light{};
-};
 
-/// A control that was used since the program was started.
-struct SeenControl {
-    bool isKnob = false;
+    bool operator==(const ShownBoard&) const = default;
 };
 
 /// How far a first configuration has come.
@@ -38,32 +36,48 @@ struct SetupProgress {
     bool assigned = false;
     bool tried = false;
     bool saved = false;
-    bool registered = false;
+
+    bool operator==(const SetupProgress&) const = default;
 };
 
-/// What the page shows, as far as it isn't in the configuration.
-struct SetupState {
-    std::vector<ShownBoard> boards;
-    /// By number.
-    std::map<std::int32_t, SeenControl> seen;
-    SetupProgress progress;
+/// What changes by itself on the machine.
+struct SetupSurroundings {
     std::vector<RegistrationPlace> places;
-    std::string bridgeProgram;
     bool bridgeExists = false;
-    bool bridgeRuns = false;
+    std::optional<RunningBridge> bridge;
+    /// This program has started it.
     bool bridgeIsOurs = false;
     /// The simulator for trying commands.
-    bool simulatorIsVirtual = true;
-    LinkState simulatorState = LinkState::Starting;
+    LinkState simulator = LinkState::Starting;
     /// Why the files can't be saved any more; empty if they can.
     std::string changedOnDisk;
+
+    bool operator==(const SetupSurroundings&) const = default;
+};
+
+/// What the page shows.
+struct SetupState {
+    /// Each change makes a new one. Never null.
+    std::shared_ptr<const EditedConfiguration> configuration;
+    std::vector<ShownBoard> boards;
+    /// The controls that were used since the program was started, and whether each was turned.
+    std::map<std::int32_t, bool> used;
+    SetupProgress progress;
+    SetupSurroundings surroundings;
+    std::string bridgeProgram;
+    /// One that another program has started.
+    std::string howBridgeEnds;
+    /// For trying commands.
+    bool simulatorIsVirtual = true;
+
+    bool operator==(const SetupState&) const = default;
 };
 
 /// What to say of the simulator, such as "is ready" or "doesn't run".
 const char* linkStateText(LinkState link);
 
 /// One line of JSON.
-std::string stateJson(const SetupState& state, const EditedConfiguration& configuration);
+std::string stateJson(const SetupState& state);
 
 /// What saving would write: for each changed file its path and the lines of the comparison.
 std::string differenceJson(const EditedConfiguration& configuration);

@@ -33,24 +33,28 @@ bool VirtualBoards::remove(const std::string& name) {
     if (slot.board == nullptr) {
         return false;
     }
+    {
+        const std::lock_guard lock(mutex);
+        slots.erase(name);
+    }
+    held.releaseAllOn(*slot.board);
     bus.unplug(slot.board);
-    const std::lock_guard lock(mutex);
-    slots.erase(name);
     return true;
 }
 
-bool VirtualBoards::press(const std::string& name, std::uint16_t control) {
-    const Slot slot = find(name);
-    if (slot.board != nullptr) {
-        slot.board->press(control, slot.mode);
+bool VirtualBoards::press(const std::string& name, std::uint16_t control, const std::string& holder) {
+    const std::lock_guard lock(mutex);
+    const auto found = slots.find(name);
+    if (found != slots.end()) {
+        held.press({found->second.board.get(), control, found->second.mode}, holder);
     }
-    return slot.board != nullptr;
+    return found != slots.end();
 }
 
 bool VirtualBoards::release(const std::string& name, std::uint16_t control) {
     const Slot slot = find(name);
     if (slot.board != nullptr) {
-        slot.board->release(control, slot.mode);
+        held.release({slot.board.get(), control, slot.mode});
     }
     return slot.board != nullptr;
 }

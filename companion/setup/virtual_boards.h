@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulation/boards/held_buttons.h"
 #include "simulation/boards/virtual_hid_bus.h"
 
 #include <cstdint>
@@ -8,6 +9,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 
 /// Boards for trying things out without hardware, on a bus of their own. They are known by their names, as the bridge
 /// would log them. Any thread.
@@ -30,9 +32,12 @@ public:
     std::optional<LedCommand> lightOf(const std::string& name) const;
 
     // What its user does. False if there is no board of that name.
-    bool press(const std::string& name, std::uint16_t control);
+    /// The control then reports that it is held down, until its release. `holder` names who presses it.
+    bool press(const std::string& name, std::uint16_t control, const std::string& holder);
     bool release(const std::string& name, std::uint16_t control);
     bool turn(const std::string& name, std::uint16_t control, std::int8_t detents, std::uint8_t speed);
+    /// Releases what this holder has pressed.
+    void releaseAllOf(const std::string& holder) { held.releaseAllOf(holder); }
 
 private:
     struct Slot {
@@ -41,10 +46,11 @@ private:
     };
 
     VirtualHidBus bus;
-    // Guards what follows.
+    // Guards the slots and their number. Held while a button is pressed, so that its board is there.
     mutable std::mutex mutex;
     std::map<std::string, Slot> slots;
     int made = 0;
+    HeldButtons held{[](const HeldButtons::Button&, std::string_view) {}};
 
     Slot find(const std::string& name) const;
 };

@@ -30,8 +30,12 @@ int listExeXmlFiles(const Host& host) {
     return 0;
 }
 
+std::string registeredArguments(const std::string& configPath) {
+    return "--config \"" + configPath + "\"";
+}
+
 int registerProgram(const Host& host, const std::string& configPath) {
-    const std::string arguments = "--config \"" + configPath + "\"";
+    const std::string arguments = registeredArguments(configPath);
     std::string error;
     const int files = ExeXmlRegistrar::registerInExeXml(host, programName, host.executablePath(), arguments, error);
     return report("Registered in", files, error);

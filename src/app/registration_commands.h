@@ -10,6 +10,9 @@
 /// Prints where EXE.xml files are or may be put on this machine.
 int listExeXmlFiles(const Host& host);
 
+/// The command line with which the simulator starts a registered program.
+std::string registeredArguments(const std::string& configPath);
+
 /// Makes the simulator start this program with that configuration file, whose path is passed on unchanged.
 int registerProgram(const Host& host, const std::string& configPath);
 

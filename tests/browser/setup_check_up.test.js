@@ -1,5 +1,6 @@
 import assert from 'node:assert/strict';
-import {existsSync, readFileSync, rmSync} from 'node:fs';
+import {existsSync, mkdirSync, readFileSync, rmSync, writeFileSync} from 'node:fs';
+import {dirname, join} from 'node:path';
 import {test} from 'node:test';
 import {isDeepStrictEqual} from 'node:util';
 import {waitFor} from './support/cockpit.js';
@@ -58,4 +59,19 @@ test('it looks again when asked to', async () => {
   rmSync(folder.exeXml);
   await view.button('Look again').click();
   await row(`warning: MSFS 2020 (Steam), EXE.xml: there is no ${folder.exeXml}`).waitFor();
+});
+
+test('it makes a folder after asking, and looks again', async () => {
+  const {view, folder} = shared;
+  const simulator = dirname(folder.exeXml);
+  writeFileSync(join(simulator, 'UserCfg.opt'), '');
+  mkdirSync(join(simulator, 'Packages'));
+  await view.button('Look again').click();
+  await view.button('Make the folder Community').click();
+  await view.page.locator('#ask-text').getByText(join(simulator, 'Packages', 'Community')).waitFor();
+  await view.button('No').click();
+  assert.ok(!existsSync(join(simulator, 'Packages', 'Community')));
+  await view.button('Make the folder Community').click();
+  await view.button('Yes').click();
+  await row("it isn't in " + join(simulator, 'Packages', 'Community')).waitFor();
 });

@@ -31,13 +31,16 @@ test('a changed value is shown at once, and saved without touching the others', 
   await view.page.locator('#light-values [name="effect"]').selectOption('FLASH');
   await waitFor(async () => (await light()).includes('flash 5 × 1000 ms at 20 %'));
   await choose('backlight');
+  await view.page.locator('#light-values [name="scale"]').fill('0.55');
+  await view.page.locator('#light-values [name="max"]').focus();
+  await waitFor(async () => (await light()).includes('steady at 44 %'));
   await view.page.locator('#light-values [name="mode"]').selectOption('FIXED');
   await view.page.locator('#light-values [name="value"]').fill('35');
   await view.page.locator('#light-values [name="mode"]').focus();
   await waitFor(async () => (await light()).includes('steady at 35 %'));
   await view.save();
   assert.deepEqual(JSON.parse(folder.read('config.json')).outputs.profiles.panel, {
-    backlight: {mode: 'fixed', min: 0, max: 100, default: 80, scale: 1, value: 35},
+    backlight: {mode: 'fixed', min: 0, max: 100, default: 80, scale: 0.55, value: 35},
     simDisconnected: {effect: 'flash', count: 4, periodMs: 150, level: 100},
     batteryOff: {effect: 'flash', count: 5, periodMs: 1000, level: 20},
   });

@@ -1,4 +1,5 @@
 import assert from 'node:assert/strict';
+import {readFileSync} from 'node:fs';
 import {createRequire} from 'node:module';
 import {test} from 'node:test';
 import {SetupPage, withSetupPage} from './support/setup_page.js';
@@ -9,7 +10,7 @@ const axePath = createRequire(import.meta.url).resolve('axe-core/axe.min.js');
 // What axe-core finds, as texts.
 async function faultsOf(view) {
   // The page's own policy forbids what the test adds.
-  await view.page.evaluate((source) => { (0, eval)(source); }, (await import('node:fs')).readFileSync(axePath, 'utf8'));
+  await view.page.evaluate((source) => { (0, eval)(source); }, readFileSync(axePath, 'utf8'));
   const {violations} = await view.page.evaluate(() => globalThis.axe.run());
   return violations.map(({id, nodes}) => `${id}: ${nodes.map(({html, failureSummary}) => `${html} ${failureSummary}`).join(' | ')}`);
 }
@@ -38,6 +39,9 @@ for (const colorScheme of ['light', 'dark']) {
       await fillPage(view);
       await view.openCheckUp();
       assert.deepEqual(await faultsOf(view), []);
+      await view.button('Register the bridge').click();
+      assert.deepEqual(await faultsOf(view), []);
+      await view.button('No').click();
       await view.button('Assign SOFTKEY_1').click();
       await view.page.locator('#event-search').fill('heading');
       await view.page.locator('#command').fill('(>K:AP_MASTR');

@@ -1,6 +1,7 @@
 // Buttons and knobs, operated by pointer, wheel, keyboard or screen reader.
 
 import {element} from './dom.js';
+import {makePressable} from './press.js';
 
 const degreesPerDetent = 15;
 /// Pixels for one detent on a touchpad, which has no notches.
@@ -10,10 +11,6 @@ const fastCount = 5;
 const fastWindowMs = 220;
 const slowSpeed = 1;
 const fastSpeed = 4;
-/// The shortest press, since no finger is faster: the bridge drops a press that still waits when its release comes.
-const tapMs = 100;
-/// A finger that stays so long on a key presses it, and no longer means to swipe.
-const touchMs = 150;
 
 function tip(control) {
   const commands = Object.entries(control.commands).map(([action, command]) => `${action}: ${command}`);
@@ -21,105 +18,14 @@ function tip(control) {
 }
 
 // Calls press(), then release() as often.
-export function makeButton(control, {press, release}) {
+export function makeButton(control, actions) {
   const button = element('button', {
     'type': 'button', 'class': 'key', 'data-control': control.name, 'data-part': control.part,
     'aria-label': `${control.name} button`, 'title': tip(control),
   }, element('span', {'class': 'legend'}, control.label || control.name));
   button.classList.toggle('bare', Object.keys(control.commands).length === 0);
-  let down = false;
-  let downSince = 0;
-  let ending = null;
-  const finish = () => {
-    clearTimeout(ending);
-    ending = null;
-    if (down) {
-      down = false;
-      button.classList.remove('down');
-      release();
-    }
-  };
-  const begin = () => {
-    if (ending !== null) {
-      finish();
-    }
-    if (!down) {
-      down = true;
-      downSince = performance.now();
-      button.classList.add('down');
-      press();
-    }
-  };
-  const end = () => {
-    if (down) {
-      ending ??= setTimeout(finish, Math.max(0, tapMs - (performance.now() - downSince)));
-    }
-  };
-  addPointer(button, begin, end);
-  button.addEventListener('blur', end);
-  const isPressKey = (event) => event.key === ' ' || event.key === 'Enter';
-  button.addEventListener('keydown', (event) => {
-    if (isPressKey(event)) {
-      event.preventDefault();
-      if (!event.repeat) {
-        begin();
-      }
-    }
-  });
-  button.addEventListener('keyup', (event) => {
-    if (isPressKey(event)) {
-      event.preventDefault();
-      end();
-    }
-  });
-  // A screen reader clicks with neither pointer nor key.
-  button.addEventListener('click', (event) => {
-    if (event.detail === 0 && !down) {
-      begin();
-      end();
-    }
-  });
-  button.addEventListener('contextmenu', (event) => event.preventDefault());
-  window.addEventListener('pagehide', finish);
-  document.addEventListener('visibilitychange', () => document.hidden && finish());
+  makePressable(button, actions);
   return button;
-}
-
-// A finger may begin a swipe on a key, which the browser reports as cancelled: so its press waits a moment.
-function addPointer(button, begin, end) {
-  let waiting = null;
-  const press = (pointerId) => {
-    waiting = null;
-    button.setPointerCapture(pointerId);
-    begin();
-  };
-  const forget = () => {
-    clearTimeout(waiting);
-    waiting = null;
-  };
-  button.addEventListener('pointerdown', ({button: which, pointerId, pointerType}) => {
-    if (which !== 0) {
-      return;
-    }
-    if (pointerType === 'touch') {
-      waiting = setTimeout(() => press(pointerId), touchMs);
-    } else {
-      press(pointerId);
-    }
-  });
-  button.addEventListener('pointerup', () => {
-    if (waiting !== null) {
-      forget();
-      begin();
-    }
-    end();
-  });
-  for (const kind of ['pointercancel', 'lostpointercapture']) {
-    button.addEventListener(kind, () => {
-      forget();
-      end();
-    });
-  }
 }
 
 // How fast a knob is turned, by the detents of the last moment.

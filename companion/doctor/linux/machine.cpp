@@ -1,6 +1,5 @@
 #include "companion/doctor/machine.h"
 
-#include "app/program_names.h"
 #include "platform/file_system.h"
 #include "wire/cfg_folders.h"
 
@@ -56,7 +55,6 @@ Machine systemMachine(const Platform& platform) {
     Machine machine;
     machine.host = platform.host;
     machine.hid = platform.hid;
-    machine.bridgeFileName = programName;
     machine.simConnectCfgFolders = simConnectCfgFolders();
     machine.canWriteInto = canWriteInto;
     machine.idsOfDevice = idsInSysfs;

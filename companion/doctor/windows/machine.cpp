@@ -1,6 +1,5 @@
 #include "companion/doctor/machine.h"
 
-#include "app/program_names.h"
 #include "platform/file_system.h"
 #include "text/ascii.h"
 #include "wire/cfg_folders.h"
@@ -42,7 +41,6 @@ Machine systemMachine(const Platform& platform) {
     Machine machine;
     machine.host = platform.host;
     machine.hid = platform.hid;
-    machine.bridgeFileName = std::string(programName) + ".exe";
     machine.simConnectDllNotice = platform.simConnect.notice;
     machine.simConnectCfgFolders = simConnectCfgFolders();
     machine.downloadMark = zoneIdentifier;

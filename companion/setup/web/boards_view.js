@@ -10,10 +10,13 @@ function byId(id) { return document.getElementById(id); }
 
 export class BoardsView {
   #carryOut;
+  #operate;
   #cards = new Map();
 
-  constructor(carryOut) {
+  // `operate` sends what is done on virtual boards, in order.
+  constructor(carryOut, operate) {
     this.#carryOut = carryOut;
+    this.#operate = operate;
     byId('find-device').addEventListener('click', () => this.#showDevices());
   }
 
@@ -38,7 +41,7 @@ export class BoardsView {
   }
 
   #add(board) {
-    const card = new BoardCard(board, this.#carryOut);
+    const card = new BoardCard(board, this.#carryOut, this.#operate);
     this.#cards.set(board.name, card);
     byId('boards').append(card.root);
   }
@@ -73,7 +76,7 @@ class BoardCard {
   #frame = 0;
   #panel = null;
 
-  constructor(board, carryOut) {
+  constructor(board, carryOut, operate) {
     this.root = element('article', {'class': 'board', 'aria-label': `Board ${board.name}`, 'data-board': board.name});
     const head = element('header', {}, element('h3', {}, board.name), this.#role);
     this.#lamp.hidden = true;
@@ -82,7 +85,7 @@ class BoardCard {
       const remove = element('button', {type: 'button'}, 'Unplug');
       remove.addEventListener('click', () => carryOut({do: 'removeBoard', board: board.name}));
       head.append(this.#lamp, this.#lightText, remove);
-      this.#panel = new VirtualPanel(board.name, carryOut);
+      this.#panel = new VirtualPanel(board.name, operate);
       this.root.append(this.#panel.root);
     } else {
       head.append(roleForm(board, carryOut));

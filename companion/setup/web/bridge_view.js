@@ -32,7 +32,7 @@ export class BridgeView {
     setText(byId('bridge-note'), noteOf(bridge));
     byId('bridge-start').disabled = bridge.running || !bridge.exists;
     byId('bridge-end').disabled = !bridge.ours;
-    byId('bridge-restart').disabled = !bridge.ours;
+    byId('bridge-restart').disabled = !bridge.running || !bridge.exists;
     if (this.#restarts && !bridge.running) {
       this.#restarts = false;
       this.#carryOut({do: 'startBridge'});
@@ -71,8 +71,13 @@ export class BridgeView {
     return await ask('Register the bridge?', 'The simulator then starts it. This adds an entry to:', ...places) && this.#carryOut({do: 'register'});
   }
 
+  // One that was started elsewhere is ended after a question only. In its place comes one that was started here.
   async #restart() {
-    this.#restarts = await this.#carryOut({do: 'endBridge'});
+    const {ours, process, ending} = this.#bridge;
+    if (ours || await ask('Restart the bridge?', `It was ${starterOf(this.#bridge)}. ${ending}`,
+      'Then it is started here, with the saved configuration, and ends with this program.')) {
+      this.#restarts = await this.#carryOut({do: 'endBridge', process});
+    }
   }
 
   async #unregister() {
@@ -109,12 +114,14 @@ function lineOf(line) {
   return level ? {at: line.at, level, text} : line;
 }
 
-function noteOf({exists, program, running, ours}) {
+function starterOf({ofSimulator}) { return ofSimulator ? 'started by the simulator' : 'started by another program'; }
+
+function noteOf({exists, program, running, ours, ...bridge}) {
   if (ours) {
     return 'It was started here, and ends with this program. Restart it after a save.';
   }
   if (running) {
-    return 'It was started by another program, most likely the simulator. It reads the files when it starts: restart it after a save.';
+    return `It was ${starterOf(bridge)}. It reads the files when it starts: restart it after a save.`;
   }
   return exists ? program : `There is no bridge at ${program}. Put this program beside it.`;
 }

@@ -1,22 +1,22 @@
 // The check-up of this PC, as "vantrel doctor" makes it.
 
+import {ask} from './ask.js';
 import {fetchJson} from './connection.js';
 import {element, setText} from './dom.js';
 
 const signs = {good: '✓', warning: '!', fault: '✗'};
-/// What registering the bridge repairs.
-const unregistered = new Set(['exe-xml-absent', 'not-registered', 'registered-disabled', 'registered-path-missing',
-  'registered-config-missing', 'registered-elsewhere']);
 
 function byId(id) { return document.getElementById(id); }
 
 export class CheckUpView {
+  #carryOut;
   #register;
   #canRegister = false;
   #isLooking = false;
 
   // `register` asks first, and gives whether it was done.
-  constructor(register) {
+  constructor(carryOut, register) {
+    this.#carryOut = carryOut;
     this.#register = register;
     byId('check-up').addEventListener('toggle', () => byId('check-up').open && this.#look());
     byId('check-up-again').addEventListener('click', () => this.#look());
@@ -54,20 +54,25 @@ export class CheckUpView {
     }
   }
 
-  #rowOf({mark, code, title, found, remedy}) {
+  #rowOf({mark, code, title, found, remedy, repair}) {
     const row = element('li', {'data-mark': mark}, element('span', {'class': 'mark', 'aria-hidden': 'true'}, signs[mark]),
       element('div', {}, element('p', {}, element('span', {'class': 'unseen'}, `${mark}: `), element('strong', {}, title), `: ${found}`),
         element('p', {'class': 'note'}, remedy)));
-    if (unregistered.has(code) && this.#canRegister) {
-      row.append(this.#registerButton());
+    if (repair && (repair.code !== 'register' || this.#canRegister)) {
+      row.append(this.#repairButton(repair, {code, title}));
     }
     return row;
   }
 
-  #registerButton() {
-    const button = element('button', {type: 'button'}, 'Register the bridge');
+  async #repair(repair, answer) {
+    return await ask(`${repairName(repair)}?`, ...repairLines(repair)) &&
+      this.#carryOut({do: 'repair', ...answer});
+  }
+
+  #repairButton(repair, answer) {
+    const button = element('button', {type: 'button'}, repairName(repair));
     button.addEventListener('click', async () => {
-      if (await this.#register()) {
+      if (await (repair.code === 'register' ? this.#register() : this.#repair(repair, answer))) {
         // The button vanishes with its row.
         byId('check-up-again').focus();
         this.#look();
@@ -75,6 +80,17 @@ export class CheckUpView {
     });
     return button;
   }
+}
+
+function repairName({code, path}) {
+  const name = path.split(/[\\/]/).at(-1);
+  return {register: 'Register the bridge', 'write-file': `Write ${name}`, 'make-folder': `Make the folder ${name}`}[code];
+}
+
+// What is done, for the question.
+function repairLines({code, path, text}) {
+  return code === 'make-folder' ? [path] : [path, 'The text:', ...text.trim().split('\n'),
+    'A file that is there is kept beside it, with .bak at the end of its name.'];
 }
 
 function countText(count, word) { return `${count} ${word}${count === 1 ? '' : 's'}`; }

@@ -42,7 +42,7 @@ export class ControlsView {
     const row = this.#rows.get(data.control);
     // A page that is opened late gets the last events, too.
     const isOld = Date.now() - data.at > freshMs;
-    if (!row || isOld || document.querySelector('dialog[open]')) {
+    if (!row || isOld || data.action === 'HOLD' || document.querySelector('dialog[open]')) {
       return;
     }
     row.root.hidden = false;
@@ -80,7 +80,12 @@ export class ControlsView {
 
   #list(data) {
     const events = byId('events');
-    events.prepend(element('li', {'data-kind': data.sends ? 'sends' : 'silent'},
+    const key = `${data.board} ${data.control} ${data.text}`;
+    // A control that is held down reports it again and again.
+    if (data.action === 'HOLD' && events.firstElementChild?.dataset.key === key) {
+      events.firstElementChild.remove();
+    }
+    events.prepend(element('li', {'data-kind': data.sends ? 'sends' : 'silent', 'data-key': key},
       element('time', {}, clockText(data.at)),
       element('span', {'class': 'text'}, `${data.name || data.control}: ${data.text}`),
       element('span', {'class': 'note'}, `${data.board}${data.role ? `, ${data.role}` : ''}: ${data.answer}`)));

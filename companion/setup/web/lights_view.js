@@ -6,7 +6,8 @@ const modes = {LVAR: 'follow the simulator', FIXED: 'always the same', OFF: 'dar
 const effects = {OFF: 'off', STEADY: 'steady', BREATHE: 'breathe', FLASH: 'flash'};
 const pulse = [['count', 'Count', 255], ['periodMs', 'Period in ms', 65535], ['level', 'Level in %', 100]];
 const fieldsOf = {
-  LVAR: [['min', 'Lowest in %', 100], ['max', 'Highest in %', 100], ['default', 'Before the first value, in %', 100]],
+  LVAR: [['min', 'Lowest in %', 100], ['max', 'Highest in %', 100], ['default', 'Before the first value, in %', 100],
+    ['scale', 'Times the simulator’s value', 100, {min: '0.01', step: 'any'}]],
   FIXED: [['value', 'Level in %', 100]], STEADY: [['brightness', 'Level in %', 100]], BREATHE: pulse, FLASH: pulse,
 };
 
@@ -50,21 +51,23 @@ export class LightsView {
     const focused = document.activeElement.name;
     const isBacklight = part === 'backlight';
     const key = isBacklight ? 'mode' : 'effect';
-    const fields = (fieldsOf[values[key]] ?? []).map(([name, label, max]) => numberField(name, label, max, values[name]));
+    const fields = (fieldsOf[values[key]] ?? []).map(([name, label, max, more]) => numberField(name, label, max, values[name], more));
     byId('light-values').replaceChildren(choiceField(key, isBacklight ? modes : effects, values[key] || 'OFF'), ...fields);
     byId('light-values').querySelector(`[name="${focused}"]`)?.focus();
   }
 
   async #set(field) {
-    const value = field.type === 'number' ? Math.round(Number(field.value)) : field.value.toLowerCase();
+    const value = field.type === 'number' ? Number(field.value) : field.value.toLowerCase();
     if (field.reportValidity() && await this.#carryOut({do: 'profile', ...this.#place(), key: field.name, value})) {
       this.#carryOut({do: 'preview', ...this.#place()});
     }
   }
 }
 
-function numberField(name, label, max, value) {
-  return element('label', {'class': 'field'}, `${label} `, element('input', {type: 'number', name, min: '0', max, value, required: ''}));
+// Whole numbers from 0 unless `more` says otherwise.
+function numberField(name, label, max, value, more = {}) {
+  return element('label', {'class': 'field'}, `${label} `,
+    element('input', {type: 'number', name, min: '0', max, value, required: '', ...more}));
 }
 
 function choiceField(name, choices, value) {

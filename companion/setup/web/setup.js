@@ -8,7 +8,7 @@ import {BoardsView} from './boards_view.js';
 import {BridgeView} from './bridge_view.js';
 import {Catalogue} from './catalogue.js';
 import {CheckUpView} from './check_up_view.js';
-import {hasToken, listen} from './connection.js';
+import {Actions, hasToken, listen} from './connection.js';
 import {ControlsView} from './controls_view.js';
 import {element, setText} from './dom.js';
 import {FindingsView} from './findings_view.js';
@@ -33,11 +33,12 @@ class SetupPage {
   constructor() {
     wireThemes(byId('themes'));
     const carryOut = (action) => this.carryOut(action);
+    const touches = new Actions((reason) => this.#trouble(reason));
     const saveBar = new SaveBar(carryOut);
     const bridge = new BridgeView(carryOut);
     this.#controls = new ControlsView(this.#catalogue, carryOut, (control) => this.#assign.open(control));
-    this.#views = [new BoardsView(carryOut), this.#controls, this.#assign, new LightsView(carryOut), new FindingsView(), bridge, saveBar,
-      new CheckUpView(() => bridge.register()),
+    this.#views = [new BoardsView(carryOut, (action) => touches.send(action)), this.#controls, this.#assign, new LightsView(carryOut), new FindingsView(), bridge, saveBar,
+      new CheckUpView(carryOut, () => bridge.register()),
       new Guide({review: () => saveBar.review(), register: () => bridge.register()})];
     for (const button of document.querySelectorAll('[data-do]')) {
       button.addEventListener('click', () => carryOut({do: button.dataset.do}));

@@ -58,7 +58,25 @@ FileOperations failingAt(int number) {
             [=](const std::string& from, const std::string& to) {
                 const std::string reason = fails();
                 return reason.empty() ? real.rename(from, to) : reason;
+            },
+            [=](const std::string& path) {
+                const std::string reason = fails();
+                return reason.empty() ? real.flush(path) : reason;
             }};
+}
+
+/// The system's operations, which note the names of what is flushed and renamed.
+FileOperations noting(std::vector<std::string>& steps) {
+    FileOperations operations = systemFileOperations();
+    operations.flush = [&steps, flush = operations.flush](const std::string& path) {
+        steps.push_back("flush " + FileSystem::fileName(path));
+        return flush(path);
+    };
+    operations.rename = [&steps, rename = operations.rename](const std::string& from, const std::string& to) {
+        steps.push_back("rename " + FileSystem::fileName(from));
+        return rename(from, to);
+    };
+    return operations;
 }
 
 } // namespace
@@ -152,10 +170,10 @@ TEST(ConfigurationFiles, OfWhichOneHasVanishedAreNotMadeAnew) {
 }
 
 TEST(ConfigurationFiles, StayAsTheyWereWhateverFails) {
-    // Two files with a copy and a text each, and one with its text.
-    constexpr int preparations = 2 * 2 + 1;
-    // Two files with a backup in two steps.
-    constexpr int operationCount = preparations + 2 * 3 + 1;
+    // Two files with a copy, a text and its flush each, and one without a copy.
+    constexpr int preparations = 2 * 3 + 2;
+    // Two files with a backup in three steps, then the folder.
+    constexpr int operationCount = preparations + 2 * 4 + 1 + 1;
     for (int failing = 1; failing <= operationCount + 1; ++failing) {
         const WrittenFiles written;
         written.folder.write("config.json.bak", "of an earlier save");
@@ -176,6 +194,30 @@ TEST(ConfigurationFiles, StayAsTheyWereWhateverFails) {
             EXPECT_EQ(after, before) << failing;
         }
     }
+}
+
+TEST(ConfigurationFiles, AreOnTheDiskBeforeTheyTakeAnothersPlaceAndAtTheEnd) {
+    const WrittenFiles written;
+    std::vector<std::string> steps;
+    ConfigurationFiles files(written.path("config.json"), noting(steps));
+    std::string error;
+    ASSERT_TRUE(files.read(error));
+    ASSERT_TRUE(files.save({{smallSettings + " ", files.texts()[ConfigurationPart::EventMap], "{}"}}, error)) << error;
+    EXPECT_EQ(steps, (std::vector<std::string>{"flush config.json.new", "flush hid_event_map.json.new",
+                                               "flush config.json.bak.new", "rename config.json.bak.new",
+                                               "rename config.json.new", "rename hid_event_map.json.new",
+                                               "flush " + FileSystem::fileName(written.folder.path())}));
+}
+
+TEST(ConfigurationFiles, AreFlushedWithTheFoldersThatAreMadeForThem) {
+    const TempFolder folder;
+    std::vector<std::string> steps;
+    ConfigurationFiles files(folder.path("outer/inner/config.json"), noting(steps));
+    std::string error;
+    ASSERT_TRUE(files.read(error) && files.save(emptyTexts(), error)) << error;
+    steps.erase(steps.begin(), steps.end() - 3);
+    EXPECT_EQ(steps,
+              (std::vector<std::string>{"flush " + FileSystem::fileName(folder.path()), "flush outer", "flush inner"}));
 }
 
 TEST(ConfigurationFiles, InAPlaceThatIsNoFolderAreNotSaved) {

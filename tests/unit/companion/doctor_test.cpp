@@ -1,5 +1,6 @@
 // Each row breaks one thing of a PC on which all is well: the check-up names it and nothing else.
 
+#include "companion/doctor/simconnect_check.h"
 #include "tests/unit/companion/made_up_machine.h"
 
 #include <gtest/gtest.h>
@@ -29,6 +30,13 @@ void expectNamed(const std::vector<BrokenMachine>& rows) {
             EXPECT_EQ(machine.complaints(), std::vector{row.code}) << static_cast<int>(installation);
         }
     }
+}
+
+SimConnectXmlFacts offering(const std::vector<SimConnectEntry>& entries, bool isInWine = false) {
+    SimConnectXmlFacts facts;
+    facts.isInWine = isInWine;
+    facts.entries = entries;
+    return facts;
 }
 
 void expectNamedOnce(const std::vector<BrokenMachine>& rows) {
@@ -162,6 +170,26 @@ TEST(Doctor, NamesWhatIsWrongWithTheWayToTheSimulator) {
                           pc.dllNotice = "C:\\SimConnect.dll can't be used: it failed to start (error 1114); using the "
                                          "built-in SimConnect client";
                       }}});
+}
+
+TEST(Doctor, KnowsTheSimConnectCfgIfOnePortLeadsToAllSimulators) {
+    const SimConnectEntry ipv4{"IPv4", "5001", false};
+    const std::vector<std::pair<std::vector<SimConnectXmlFacts>, std::string>> cases{
+        {{}, ""},
+        {{offering({})}, ""},
+        {{offering({ipv4})}, "5001"},
+        {{offering({{"IPv4", "500", true}, {"Pipe", "500", false}, {"IPv6", "501", false}, ipv4})}, "5001"},
+        {{offering({{"IPv4", "", false}, {"IPv4", "70000", false}, {"IPv4", "0", false}, {"IPv4", "5x", false}})}, ""},
+        {{offering({ipv4}), offering({}), offering({ipv4})}, "5001"},
+        {{offering({ipv4}), offering({{"ipv4", "5002", false}})}, ""},
+        {{offering({{"IPv4", "500", false}})}, "500"},
+        {{offering({{"IPv4", "500", false}}, true)}, ""},
+    };
+    for (const auto& [simulators, port] : cases) {
+        const std::string text =
+            port.empty() ? "" : "[SimConnect]\nProtocol=IPv4\nAddress=127.0.0.1\nPort=" + port + "\n";
+        EXPECT_EQ(simConnectCfgText(simulators), text);
+    }
 }
 
 TEST(Doctor, NamesWhatIsWrongWithTheBridge) {

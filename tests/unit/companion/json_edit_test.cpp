@@ -8,7 +8,7 @@ std::vector<PathStep> pathOf(const std::vector<std::string>& keys) {
     std::vector<PathStep> path;
     for (const std::string& key : keys) {
         const bool isIndex = key.find_first_not_of("0123456789") == std::string::npos;
-        path.push_back(isIndex ? PathStep{"", std::stoul(key), false} : PathStep{key, std::nullopt, false});
+        path.push_back(isIndex ? elementStep(std::stoul(key)) : keyStep(key));
     }
     return path;
 }

@@ -71,7 +71,6 @@ public:
         Machine machine;
         machine.host = host.record();
         machine.hid = bus.transport();
-        machine.bridgeFileName = "VantrelBridgeHID.exe";
         machine.simConnectDllNotice = [this] { return dllNotice; };
         machine.simConnectCfgFolders = {files.path("bridge")};
         machine.downloadMark = [this](const std::string& path) {

@@ -1,4 +1,4 @@
-#include "companion/demo/held_buttons.h"
+#include "simulation/boards/held_buttons.h"
 
 #include <algorithm>
 #include <utility>
