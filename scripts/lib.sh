@@ -61,3 +61,14 @@ install_node_modules() { # folder
   [ "$1/node_modules/.package-lock.json" -nt "$1/package-lock.json" ] ||
     npm ci --prefix "$1" --ignore-scripts --no-audit --no-fund --loglevel=error
 }
+
+# Lets programs of the Windows build run under Wine until `end_wine`. One server for all of them: otherwise it ends with
+# each, and a program that starts just then fails. The first program starts Wine's services, which keep its output open.
+start_wine() {
+  export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='mscoree,mshtml='
+  scripts/vm/make-wine-prefix.sh "$WINEPREFIX" || exit 1
+  wineserver -p
+  wine cmd /c exit >/dev/null 2>&1
+}
+
+end_wine() { wineserver -k; wineserver -w; }

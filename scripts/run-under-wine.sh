@@ -6,12 +6,8 @@ set -uo pipefail
 no_other_options "$@"
 [ $# -gt 0 ] || usage_error "no program named"
 
-export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='mscoree,mshtml='
-scripts/vm/make-wine-prefix.sh "$WINEPREFIX" || exit 1
-trap 'wineserver -k; wineserver -w' EXIT
-
-# One server for all programs: otherwise it ends with each, and a program that starts just then fails.
-wineserver -p
+start_wine
+trap end_wine EXIT
 
 mkdir -p build/test-logs
 failures=0

@@ -27,7 +27,7 @@ needs() {
     unit | schemas | scenarios | soak | system) echo linux ;;
     wine) echo windows ;;
     system_wine) echo linux windows ;;
-    browser) echo linux asan tsan ;;
+    browser) echo linux asan tsan windows ;;
   esac
 }
 
@@ -139,7 +139,7 @@ step_scenarios() {
 
 step_browser() {
   local preset failures=0
-  for preset in linux asan tsan; do
+  for preset in linux asan tsan windows; do
     scripts/browser-tests.sh "$preset" || failures=$((failures + 1))
   done
   return "$((failures > 0))"

@@ -15,7 +15,7 @@ DemoCommand::DemoCommand(CLI::App& program)
     command->footer(
         "Without --script and --replay, a page for the browser of this machine shows them until Ctrl+C.\n"
         "Exit code: 0 all was played, 1 a scenario failed or a log's line wasn't played, 2 wrong usage, 3 the page\n"
-        "can't be shown.\n"
+        "can't be shown, or a file can't be used.\n"
         "Examples:\n"
         "  vantrel demo\n"
         "  vantrel demo --config panels/config.json --port 8100\n"
@@ -55,13 +55,20 @@ void DemoCommand::addPlayedFiles() {
 }
 
 int DemoCommand::run(std::ostream& screen, std::ostream& err) const {
+    std::string error;
+    PlayOutcome outcome = PlayOutcome::AsExpected;
     if (!scripts.empty()) {
-        return runScripts(scripts, replay.fast, screen) ? ExitCode::good : ExitCode::findings;
+        outcome = runScripts(scripts, replay.fast, screen, error);
+    } else if (!replay.log.empty()) {
+        outcome = runReplay({replay.log, page.configPath, replay.fast}, screen, error);
+    } else {
+        return showPage(screen, err);
     }
-    if (!replay.log.empty()) {
-        return runReplay({replay.log, page.configPath, replay.fast}, screen) ? ExitCode::good : ExitCode::findings;
+    if (outcome == PlayOutcome::NotPlayed) {
+        err << "vantrel: " << error << '\n';
+        return ExitCode::couldNotLook;
     }
-    return showPage(screen, err);
+    return outcome == PlayOutcome::AsExpected ? ExitCode::good : ExitCode::findings;
 }
 
 int DemoCommand::showPage(std::ostream& screen, std::ostream& err) const {

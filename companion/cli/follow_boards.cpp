@@ -24,7 +24,8 @@ std::string noBoardText(const HidTransport& transport, const AppConfig& config) 
 } // namespace
 
 int followBoards(const Platform& platform, const std::shared_ptr<const BridgeConfiguration>& configuration,
-                 const LiveObserver& observer, const std::atomic<bool>& failed, std::ostream& err) {
+                 const LiveObserver& observer, const std::function<void()>& onStarted, const std::atomic<bool>& failed,
+                 std::ostream& err) {
     Interrupt::catchRequests(platform.host);
     LiveBoards live(platform.hid, platform.host);
     std::string error;
@@ -32,6 +33,7 @@ int followBoards(const Platform& platform, const std::shared_ptr<const BridgeCon
         err << "vantrel: " << error << '\n';
         return ExitCode::couldNotLook;
     }
+    onStarted();
     err << "Ctrl+C ends.\n" << std::flush;
     bool hadBoards = true;
     while (!Interrupt::requested() && !failed) {

@@ -3,29 +3,13 @@
 #include "companion/cli/chosen_configuration.h"
 #include "companion/cli/exit_code.h"
 #include "companion/cli/follow_boards.h"
+#include "companion/cli/record_file.h"
 #include "companion/recording/record_text.h"
-#include "hid/usb_ids.h"
 #include "platform/file_system.h"
 
 #include <CLI/CLI.hpp>
 
-#include <atomic>
-#include <cerrno>
 #include <ostream>
-#include <system_error>
-
-namespace {
-
-/// Looked at early, so that a record isn't emptied for a run that can't begin.
-bool hasUsbIds(const HidConfig& hid, std::ostream& err) {
-    const bool isGood = parseUsbIds(hid.vid, hid.pid).has_value();
-    if (!isGood) {
-        err << "vantrel: " << invalidUsbIds << ": \"vantrel check\" says where\n";
-    }
-    return isGood;
-}
-
-} // namespace
 
 RecordCommand::RecordCommand(CLI::App& program, const Platform& platform)
     : platform(platform), command(program.add_subcommand("record", "Write down what the boards send")) {
@@ -49,16 +33,6 @@ bool RecordCommand::mayWrite(std::ostream& err) const {
     return false;
 }
 
-bool RecordCommand::open(std::ofstream& stream, std::ostream& err) const {
-    errno = 0;
-    stream = FileSystem::openForWriting(file);
-    if (!stream.is_open()) {
-        err << "vantrel: " << file << " can't be opened: " << std::generic_category().message(errno == 0 ? EIO : errno)
-            << '\n';
-    }
-    return stream.is_open();
-}
-
 int RecordCommand::run(std::ostream& out, std::ostream& err) const {
     const auto configuration = chosenConfiguration(platform.host, configPath, err);
     std::string config;
@@ -74,26 +48,21 @@ int RecordCommand::run(std::ostream& out, std::ostream& err) const {
     if (!mayWrite(err)) {
         return ExitCode::wrongUsage;
     }
-    std::ofstream stream;
-    if (!hasUsbIds(configuration->settings.hid, err) || !open(stream, err)) {
-        return ExitCode::couldNotLook;
-    }
-    std::atomic<bool> failed{false};
+    RecordFile record(file);
     std::size_t reports = 0;
-    // Line by line, so that a record that is cut loses nothing.
-    const auto write = [&](const std::string& text) { failed = failed || !(stream << text << std::flush); };
     RecordText text(*configuration, platform.host.now());
-    write(text.header(config, buttons));
+    record.write(text.header(config, buttons));
     LiveObserver observer;
-    observer.arrived = [&](const LiveBoard& board) { write(text.arrived(board, platform.host.now())); };
-    observer.left = [&](const LiveBoard& board) { write(text.left(board, platform.host.now())); };
+    observer.arrived = [&](const LiveBoard& board) { record.write(text.arrived(board, platform.host.now())); };
+    observer.left = [&](const LiveBoard& board) { record.write(text.left(board, platform.host.now())); };
     observer.reported = [&](const LiveReport& report) {
-        write(text.reported(report));
+        record.write(text.reported(report));
         ++reports;
     };
-    const int code = failed ? ExitCode::couldNotLook : followBoards(platform, configuration, observer, failed, err);
-    if (failed) {
-        err << "vantrel: " << file << " can't be written, or the disk is full; what is in it can be played\n";
+    const int code = followBoards(
+        platform, configuration, observer, [&] { record.begin(); }, record.failed(), err);
+    if (record.failed()) {
+        err << "vantrel: " << record.problem() << '\n';
     } else if (code == ExitCode::good) {
         out << file << ": " << reports << " reports\n";
     }

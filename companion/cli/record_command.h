@@ -4,7 +4,6 @@
 
 #include <CLI/App.hpp>
 
-#include <fstream>
 #include <iosfwd>
 #include <string>
 
@@ -27,5 +26,4 @@ private:
     bool force = false;
 
     bool mayWrite(std::ostream& err) const;
-    bool open(std::ofstream& stream, std::ostream& err) const;
 };

@@ -36,7 +36,8 @@ int WatchCommand::run(std::ostream& out, std::ostream& err) const {
     observer.arrived = [&](const LiveBoard& board) { print(arrivalText(board)); };
     observer.left = [&](const LiveBoard& board) { print("board " + board.name + " has gone\n"); };
     observer.reported = [&](const LiveReport& report) { print(reportText(report, begin, raw)); };
-    const int code = followBoards(platform, configuration, observer, failed, err);
+    const int code = followBoards(
+        platform, configuration, observer, [] {}, failed, err);
     if (failed) {
         err << "vantrel: the output can't be written\n";
     }

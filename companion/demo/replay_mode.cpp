@@ -185,23 +185,21 @@ void printProblems(const std::string& path, const HidLog& log, std::ostream& scr
 
 } // namespace
 
-bool runReplay(const ReplayOptions& options, std::ostream& screen) {
+PlayOutcome runReplay(const ReplayOptions& options, std::ostream& screen, std::string& error) {
     CockpitConfiguration configuration;
     std::string text;
-    std::string error;
     if (!FileSystem::readFile(options.log, text)) {
-        screen << options.log << ": can't be read\n";
-        return false;
+        error = options.log + ": can't be read";
+        return PlayOutcome::NotPlayed;
     }
     if (!loadCockpitConfiguration(options.configPath, configuration, error)) {
-        screen << error << '\n';
-        return false;
+        return PlayOutcome::NotPlayed;
     }
     const HidLog log = parseHidLog(text);
     printProblems(options.log, log, screen);
     if (log.reports.empty()) {
-        screen << options.log << ": it has no report of a board; the log of a run with --hid-trace has some\n";
-        return false;
+        error = options.log + ": it has no report of a board; the log of a run with --hid-trace has some";
+        return PlayOutcome::NotPlayed;
     }
     screen << options.log << ": " << log.reports.size() << " reports of " << log.devices.size()
            << " boards, played with " << configuration.title << "\n\n";
@@ -210,5 +208,5 @@ bool runReplay(const ReplayOptions& options, std::ostream& screen) {
     screen << '\n'
            << options.log << ": " << (played ? "played" : "FAILED") << ", " << log.problems.size()
            << " lines skipped; the simulator received " << replay.commandCount() << " commands and events\n";
-    return played && log.problems.empty();
+    return played && log.problems.empty() ? PlayOutcome::AsExpected : PlayOutcome::Failed;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "companion/demo/play_outcome.h"
+
 #include <ostream>
 #include <string>
 
@@ -11,5 +13,6 @@ struct ReplayOptions {
     bool fast = false;
 };
 
-/// Sends the reports of a trace log's boards again and prints the result. True when every report was played.
-bool runReplay(const ReplayOptions& options, std::ostream& screen);
+/// Sends the reports of a trace log's boards again and prints the result. Failed if not every report was played;
+/// NotPlayed, with the reason in `error`, if a file can't be used or the log has no report.
+PlayOutcome runReplay(const ReplayOptions& options, std::ostream& screen, std::string& error);

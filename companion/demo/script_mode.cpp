@@ -1,5 +1,6 @@
 #include "companion/demo/script_mode.h"
 
+#include "platform/file_system.h"
 #include "simulation/scenarios/scenario_file.h"
 #include "simulation/scenarios/scenario_player.h"
 
@@ -8,10 +9,27 @@
 
 namespace {
 
-bool playScript(const std::string& path, bool fast, std::ostream& screen) {
+struct ScriptFile {
+    std::string path;
+    std::string text;
+};
+
+bool readScripts(const std::vector<std::string>& paths, std::vector<ScriptFile>& scripts, std::string& error) {
+    for (const std::string& path : paths) {
+        ScriptFile& script = scripts.emplace_back(ScriptFile{path, ""});
+        if (!FileSystem::readFile(path, script.text)) {
+            error = path + ": can't be read";
+            return false;
+        }
+    }
+    return true;
+}
+
+bool playScript(const ScriptFile& script, bool fast, std::ostream& screen) {
+    const std::string& path = script.path;
     Scenario scenario;
     std::string error;
-    if (!loadScenario(path, scenario, error)) {
+    if (!parseScenario(path, script.text, scenario, error)) {
         screen << error << '\n';
         return false;
     }
@@ -33,13 +51,17 @@ bool playScript(const std::string& path, bool fast, std::ostream& screen) {
 
 } // namespace
 
-bool runScripts(const std::vector<std::string>& scripts, bool fast, std::ostream& screen) {
+PlayOutcome runScripts(const std::vector<std::string>& scripts, bool fast, std::ostream& screen, std::string& error) {
+    std::vector<ScriptFile> files;
+    if (!readScripts(scripts, files, error)) {
+        return PlayOutcome::NotPlayed;
+    }
     std::size_t failed = 0;
-    for (const std::string& script : scripts) {
-        failed += playScript(script, fast, screen) ? 0 : 1;
+    for (const ScriptFile& file : files) {
+        failed += playScript(file, fast, screen) ? 0 : 1;
     }
-    if (scripts.size() > 1) {
-        screen << scripts.size() - failed << " scenarios passed, " << failed << " failed\n";
+    if (files.size() > 1) {
+        screen << files.size() - failed << " scenarios passed, " << failed << " failed\n";
     }
-    return failed == 0;
+    return failed == 0 ? PlayOutcome::AsExpected : PlayOutcome::Failed;
 }

@@ -278,12 +278,3 @@ bool parseScenario(const std::string& path, std::string_view text, Scenario& sce
     }
     return true;
 }
-
-bool loadScenario(const std::string& path, Scenario& scenario, std::string& error) {
-    std::string text;
-    if (!FileSystem::readFile(path, text)) {
-        error = path + ": can't be read";
-        return false;
-    }
-    return parseScenario(path, text, scenario, error);
-}

@@ -110,6 +110,3 @@ struct Scenario {
 
 /// False with "path:line:column: what is wrong" in `error`; `scenario` is then half read.
 bool parseScenario(const std::string& path, std::string_view text, Scenario& scenario, std::string& error);
-
-/// The same from a file.
-bool loadScenario(const std::string& path, Scenario& scenario, std::string& error);

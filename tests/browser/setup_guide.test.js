@@ -7,6 +7,7 @@ import {dirname, join} from 'node:path';
 import {test} from 'node:test';
 import {Cockpit, waitFor} from './support/cockpit.js';
 import {CockpitPage} from './support/cockpit_page.js';
+import {seenByProgram} from './support/program.js';
 import {withSetupPage} from './support/setup_page.js';
 
 const shared = withSetupPage();
@@ -74,18 +75,18 @@ test('saving shows what it writes first', async () => {
 test('registering asks, and shows what it has changed', async () => {
   const {view, folder} = shared;
   await view.page.locator('#guide-register').click();
-  await view.page.locator('#ask-text').getByText(folder.exeXml).waitFor();
+  await view.page.locator('#ask-text').getByText(seenByProgram(folder.exeXml)).waitFor();
   await view.button('No').click();
   assert.throws(() => readFileSync(folder.exeXml), /ENOENT/);
   await view.page.locator('#guide-register').click();
   await view.button('Yes').click();
   await view.page.locator('#registration').getByText('<Name>VantrelBridgeHID</Name>').waitFor();
-  assert.ok(readFileSync(folder.exeXml, 'utf8').includes(`--config "${folder.config}"`));
+  assert.ok(readFileSync(folder.exeXml, 'utf8').includes(`--config "${seenByProgram(folder.config)}"`));
   await waitFor(async () => await shared.view.page.locator('[data-step]:not([data-state="done"])').count() === 0);
 });
 
 test('the bridge then sends exactly this command', async () => {
-  const cockpit = await Cockpit.start('--config', shared.folder.config);
+  const cockpit = await Cockpit.start('--config', seenByProgram(shared.folder.config));
   try {
     const view = await CockpitPage.open(shared.browser, cockpit);
     await view.sessionReady();

@@ -42,6 +42,8 @@ protected:
 
 class LinuxVantrelLive : public VantrelLive {};
 
+class WindowsVantrelLive : public VantrelLive {};
+
 const std::string pressLine = "PFD  BUTTON (20) press: sends (>H:BUTTON_PRESS)";
 
 } // namespace
@@ -120,4 +122,13 @@ TEST_F(LinuxVantrelLive, WatchSaysThatNoBoardIsThereAndEndsInOrder) {
     EXPECT_TRUE(shows(*watch, "is there"));
     watch->sendSignal(SIGTERM);
     EXPECT_EQ(watch->waitForExit(), 0);
+}
+
+TEST_F(WindowsVantrelLive, BoardsAndDoctorHearTheBoard) {
+    installation = std::make_unique<BridgeInstallation>(files(), std::nullopt);
+    const std::string board = nameOf(plugBoard(model()));
+    EXPECT_EQ(countOf(run({"boards"}), "1234:ABCD  board " + board + '\n'), 1U);
+    const auto doctor = start({"doctor"});
+    EXPECT_EQ(doctor->waitForExit(), 1) << doctor->errorOutput();
+    EXPECT_EQ(countOf(doctor->output(), "Boards: " + board + " answers"), 1U) << doctor->output();
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/file_system.h"
+
 #include <windows.h>
 
 #include <optional>
@@ -25,9 +27,9 @@ inline Streams ownStreams() {
 /// One process, ended with this object at the latest.
 class ChildProcess {
 public:
-    explicit ChildProcess(std::string commandLine, const Streams& streams = {}, DWORD flags = 0,
-                          const char* workingFolder = nullptr) {
-        STARTUPINFOA start{};
+    explicit ChildProcess(std::wstring commandLine, const Streams& streams = {}, DWORD flags = 0,
+                          const std::wstring& workingFolder = L"") {
+        STARTUPINFOW start{};
         start.cb = sizeof start;
         start.dwFlags = STARTF_USESTDHANDLES;
         start.hStdInput = streams.input;
@@ -39,21 +41,17 @@ public:
             }
         }
         PROCESS_INFORMATION started{};
-        if (CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, TRUE, flags, nullptr, workingFolder, &start,
-                           &started)) {
-            keep(started);
+        if (CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, TRUE, flags, nullptr,
+                           workingFolder.empty() ? nullptr : workingFolder.c_str(), &start, &started)) {
+            CloseHandle(started.hThread);
+            process = started.hProcess;
         }
     }
-    /// With a command line outside the code page, and no streams.
-    ChildProcess(std::wstring commandLine, DWORD flags) {
-        STARTUPINFOW start{};
-        start.cb = sizeof start;
-        PROCESS_INFORMATION started{};
-        if (CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, flags, nullptr, nullptr, &start,
-                           &started)) {
-            keep(started);
-        }
-    }
+    /// With a command line in the system's code page.
+    explicit ChildProcess(const std::string& commandLine, const Streams& streams = {}, DWORD flags = 0,
+                          const std::string& workingFolder = "")
+        : ChildProcess(FileSystem::fromBytes(commandLine).wstring(), streams, flags,
+                       FileSystem::fromBytes(workingFolder).wstring()) {}
     ~ChildProcess() {
         if (process != nullptr) {
             TerminateProcess(process, 99);
@@ -76,11 +74,6 @@ public:
     }
 
 private:
-    void keep(const PROCESS_INFORMATION& started) {
-        CloseHandle(started.hThread);
-        process = started.hProcess;
-    }
-
     HANDLE process = nullptr;
 };
 

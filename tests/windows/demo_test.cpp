@@ -3,7 +3,7 @@
 #include "tests/windows/served_page.h"
 
 TEST(DemoOnWindows, ServesItsPageToThisMachineAndEndsInOrderWhileATabListens) {
-    ServedPage page("demo");
+    ServedPage page(L"demo");
     ASSERT_TRUE(page.isUp()) << page.printed();
     std::string body;
     EXPECT_EQ(page.get("/", body), 200);

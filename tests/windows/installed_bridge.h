@@ -56,7 +56,7 @@ public:
     /// from Wine.
     std::unique_ptr<ChildProcess> start(const std::string& arguments, const Streams& streams = {}) const {
         const std::string commandLine = '"' + executable + "\" " + arguments;
-        return std::make_unique<ChildProcess>(commandLine, streams, DETACHED_PROCESS, folder.c_str());
+        return std::make_unique<ChildProcess>(commandLine, streams, DETACHED_PROCESS, folder);
     }
 
     bool has(const std::string& name) const { return FileSystem::exists(path(name)); }

@@ -19,7 +19,7 @@ protected:
     std::unique_ptr<ChildProcess> startAs(const std::wstring& name) const {
         const std::filesystem::path copy = FileSystem::fromBytes(bridge.folder) / name;
         std::filesystem::copy_file(FileSystem::fromBytes(bridge.executable), copy);
-        return std::make_unique<ChildProcess>(L'"' + copy.wstring() + L'"', DETACHED_PROCESS);
+        return std::make_unique<ChildProcess>(L'"' + copy.wstring() + L'"', Streams(), DETACHED_PROCESS);
     }
 
     InstalledBridge bridge;

@@ -10,15 +10,24 @@
 #include <functional>
 #include <regex>
 
+/// The command line that runs vantrel.exe with these words.
+inline std::wstring vantrelCommand(const std::wstring& words) {
+    const std::string program = FileSystem::join(FileSystem::parentPath(builtExecutable()), "vantrel.exe");
+    return L'"' + FileSystem::fromBytes(program).wstring() + L"\" " + words;
+}
+
+/// No code page has all of this name.
+inline const std::wstring worldWideName =
+    L"J\u00FCrgen \u041A\u0438\u0440\u0438\u043B\u043B\u0438\u0446\u0430 \u65E5\u672C";
+
 /// A run of vantrel.exe that serves a page, and an independent client of that page.
 class ServedPage {
 public:
     /// `words`: the command with its options.
-    explicit ServedPage(const std::string& words) {
-        const std::string program = FileSystem::join(FileSystem::parentPath(builtExecutable()), "vantrel.exe");
+    explicit ServedPage(const std::wstring& words) {
         const HANDLE output =
             CreateFileA(outputPath.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS, 0, nullptr);
-        process = std::make_unique<ChildProcess>('"' + program + "\" " + words + " --no-browser --port 0",
+        process = std::make_unique<ChildProcess>(vantrelCommand(words + L" --no-browser --port 0"),
                                                  Streams{nullptr, output, output});
         CloseHandle(output);
         std::smatch match;

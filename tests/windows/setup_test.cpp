@@ -5,8 +5,10 @@
 
 TEST(SetupOnWindows, MakesAConfigurationAndRunsTheBridgeWithIt) {
     const TempFolder folder;
-    const std::string config = folder.path("new/config.json");
-    ServedPage page("setup --virtual-boards 1 --config \"" + config + '"');
+    const std::filesystem::path home = FileSystem::fromBytes(folder.path()) / worldWideName;
+    std::filesystem::create_directory(home);
+    const std::filesystem::path config = home / "new/config.json";
+    ServedPage page(L"setup --virtual-boards 1 --config \"" + config.wstring() + L'"');
     ASSERT_TRUE(page.isUp()) << page.printed();
     // Each step with what is waited for before it.
     const std::vector<std::pair<std::string, std::string>> steps{
@@ -33,8 +35,9 @@ TEST(SetupOnWindows, MakesAConfigurationAndRunsTheBridgeWithIt) {
     });
     EXPECT_EQ(next, steps.size());
     EXPECT_EQ(page.exitCode(), 0U);
+    std::filesystem::copy_file(home / "new/buttons.json", folder.path("buttons.json"));
     ButtonConfig buttons;
     std::string error;
-    EXPECT_TRUE(buttons.load(folder.path("new/buttons.json"), error)) << error;
+    EXPECT_TRUE(buttons.load(folder.path("buttons.json"), error)) << error;
     EXPECT_EQ(buttons.lookup("HDG", "CW", "PFD"), "(>K:HEADING_BUG_INC)");
 }

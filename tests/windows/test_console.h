@@ -43,6 +43,14 @@ public:
         return text;
     }
 
+    /// Whatever code page the console has.
+    bool shows(const std::wstring& text) const {
+        std::wstring cells(static_cast<std::size_t>(buffer().dwSize.X) * 3, L' ');
+        DWORD count = 0;
+        ReadConsoleOutputCharacterW(output, cells.data(), static_cast<DWORD>(cells.size()), COORD{0, 0}, &count);
+        return cells.find(text) != std::wstring::npos;
+    }
+
     bool shows(const std::string& text) const { return screen().find(text) != std::string::npos; }
 
     bool waitFor(const std::string& text) const {

@@ -9,6 +9,7 @@ bool isColourTerminal() {
     return GetConsoleMode(output, &mode) != 0 && SetConsoleMode(output, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
-bool showsUnicode(const Host&) {
-    return GetConsoleOutputCP() == CP_UTF8;
+bool showsUnicode(const Host& host) {
+    // Windows Terminal. The fonts of the older console have few of these characters.
+    return host.environmentVariable("WT_SESSION").has_value();
 }

@@ -55,15 +55,26 @@ private:
     std::atomic<bool> ended{false};
     std::thread reader;
 
+    /// Until the process ends: the output may stay open after that, since programs that it has started can have it too.
     void readOutput(LineSplitter lines) {
-        std::array<char, 4096> piece{};
-        DWORD size = 0;
-        while (ReadFile(output, piece.data(), static_cast<DWORD>(piece.size()), &size, nullptr) != 0) {
-            lines.add(std::string_view(piece.data(), size));
+        constexpr DWORD pauseMs = 50;
+        bool hasEnded = false;
+        while (!hasEnded) {
+            hasEnded = WaitForSingleObject(process, pauseMs) == WAIT_OBJECT_0;
+            readAvailable(lines);
         }
         lines.end();
-        WaitForSingleObject(process, INFINITE);
         ended = true;
+    }
+
+    void readAvailable(LineSplitter& lines) const {
+        std::array<char, 4096> piece{};
+        DWORD available = 0;
+        DWORD size = 0;
+        while (PeekNamedPipe(output, nullptr, 0, nullptr, &available, nullptr) != 0 && available > 0 &&
+               ReadFile(output, piece.data(), static_cast<DWORD>(piece.size()), &size, nullptr) != 0) {
+            lines.add(std::string_view(piece.data(), size));
+        }
     }
 };
 

@@ -1,11 +1,10 @@
 // Starts the program that is tested, and a browser on its page.
 
 import assert from 'node:assert/strict';
-import {spawn} from 'node:child_process';
 import {once} from 'node:events';
 import {chromium} from 'playwright-core';
+import {startVantrel} from './program.js';
 
-const program = process.env.VANTREL;
 const chromiumPath = process.env.CHROMIUM ?? '/usr/bin/chromium';
 const addressPattern = /http:\/\/127\.0\.0\.1:(\d+)\/#([0-9A-F]{32})/;
 const sanitizerPattern = /(Address|Thread|Leak|UndefinedBehavior)Sanitizer|runtime error:/;
@@ -27,13 +26,10 @@ export class Cockpit {
   // Another command that serves a page, with variables of the environment besides this process's.
   static async launch(words, environment = {}) {
     const cockpit = new Cockpit();
-    cockpit.process = spawn(program, words, {env: {...process.env, ...environment}});
+    cockpit.process = startVantrel(words, (text) => { cockpit.output += text; }, environment);
     cockpit.ended = once(cockpit.process, 'close');
     Cockpit.#running.add(cockpit);
     cockpit.ended.then(() => Cockpit.#running.delete(cockpit));
-    for (const stream of [cockpit.process.stdout, cockpit.process.stderr]) {
-      stream.setEncoding('utf8').on('data', (text) => { cockpit.output += text; });
-    }
     await waitFor(() => addressPattern.test(cockpit.output) || cockpit.process.exitCode !== null);
     assert.match(cockpit.output, addressPattern);
     [cockpit.address, cockpit.port, cockpit.token] = addressPattern.exec(cockpit.output);
@@ -65,11 +61,8 @@ export class Cockpit {
 
 // A program that is expected to end by itself.
 export async function runProgram(...options) {
-  const child = spawn(program, ['demo', ...options]);
   let output = '';
-  for (const stream of [child.stdout, child.stderr]) {
-    stream.setEncoding('utf8').on('data', (text) => { output += text; });
-  }
+  const child = startVantrel(['demo', ...options], (text) => { output += text; });
   const [code] = await once(child, 'close');
   assert.doesNotMatch(output, sanitizerPattern);
   return {code, output};

@@ -7,6 +7,7 @@ import {tmpdir} from 'node:os';
 import {join} from 'node:path';
 import {after, before} from 'node:test';
 import {Cockpit, launchBrowser, limit, waitFor} from './cockpit.js';
+import {seenByProgram} from './program.js';
 
 export class SetupPage {
   errors = [];
@@ -74,7 +75,8 @@ export class SetupFolder {
   read(name) { return readFileSync(join(this.path, 'config', name), 'utf8'); }
 
   start(...options) {
-    return Cockpit.launch(['setup', '--no-browser', '--port', '0', '--config', this.config, ...options], this.#environment);
+    const words = ['setup', '--no-browser', '--port', '0', '--config', seenByProgram(this.config), ...options];
+    return Cockpit.launch(words, this.#environment);
   }
 
   // The answers of the command.
@@ -83,7 +85,7 @@ export class SetupFolder {
       {encoding: 'utf8', env: {...process.env, ...this.#environment}}).stdout);
   }
 
-  get #environment() { return {APPDATA: this.path, LOCALAPPDATA: ''}; }
+  get #environment() { return {APPDATA: seenByProgram(this.path), LOCALAPPDATA: ''}; }
 
   remove() { rmSync(this.path, {recursive: true}); }
 }

@@ -1,9 +1,7 @@
 #include "companion/trial/module_link.h"
 
 #include "companion/trial/replay_shortfall.h"
-#include "platform/network_simconnect.h"
-#include "simulation/simulator/virtual_simulator.h"
-#include "tests/unit/simulation/simulator_client.h"
+#include "tests/unit/companion/simulator_platform.h"
 
 #include <atomic>
 #include <bit>
@@ -16,20 +14,6 @@ class ModuleLinkTest : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(simulator.start(0, error)) << error; }
 
-    SimConnectLibrary library() const {
-        SimConnectLibrary network = networkSimConnectLibrary();
-        network.open = [this](SimConnectHandle* handle, const char* name, void*, std::uint32_t, void*, std::uint32_t) {
-            return simConnectOpenAt(handle, name, simulator.endpoint(), {SimulatorClient::longWait});
-        };
-        return network;
-    }
-
-    Host host() {
-        Host system = systemPlatform().host;
-        system.findProcess = [this](const auto& visit) { return processRuns && visit("FlightSimulator.exe"); };
-        return system;
-    }
-
     bool startAndWaitFor(LinkState state) {
         return link.start({}, error) && waitUntil([&] { return link.state() == state; });
     }
@@ -40,7 +24,8 @@ protected:
     std::string error;
     VirtualSimulator simulator;
     std::atomic<bool> processRuns{true};
-    ModuleLink link{library(), host()};
+    const Platform platform = simulatorPlatform(simulator, processRuns);
+    ModuleLink link{platform.simConnect, platform.host};
 };
 
 } // namespace
@@ -69,7 +54,7 @@ TEST_F(ModuleLinkTest, ReadsValuesAlsoZeroAndEqualOnes) {
 TEST_F(ModuleLinkTest, ReadsAgainInTheNextRun) {
     simulator.setLVar("GEAR", 3);
     for (int run = 0; run < 3; ++run) {
-        ModuleLink another(library(), host());
+        ModuleLink another(platform.simConnect, platform.host);
         ASSERT_TRUE(another.start({}, error));
         ASSERT_TRUE(waitUntil([&] { return another.state() == LinkState::Ready; }));
         EXPECT_EQ(another.read("(L:GEAR)", 60s, error), 3.F) << error;

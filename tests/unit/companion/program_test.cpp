@@ -19,14 +19,18 @@ TEST(VantrelProgram, ExplainsWrongArguments) {
         {{}, ExitCode::wrongUsage, "A subcommand is required"},
         {{"chekc", "--help"}, ExitCode::good, "Usage: vantrel"},
         {{"--version"}, ExitCode::good, "vantrel "},
+        {{"demo", "--script", "absent.scenario"}, ExitCode::couldNotLook, "vantrel: absent.scenario: can't be read\n"},
+        {{"demo", "--replay", "absent.log"}, ExitCode::couldNotLook, "vantrel: absent.log: can't be read\n"},
     };
+    const Platform platform = systemPlatform();
     for (Row row : rows) {
         row.arguments.insert(row.arguments.begin(), "vantrel");
-        std::ostringstream printed;
-        EXPECT_EQ(
-            runVantrel(Platform(), static_cast<int>(row.arguments.size()), row.arguments.data(), printed, printed),
-            row.code)
+        std::ostringstream out;
+        std::ostringstream err;
+        EXPECT_EQ(runVantrel(platform, static_cast<int>(row.arguments.size()), row.arguments.data(), out, err),
+                  row.code)
             << row.printed;
-        EXPECT_NE(printed.str().find(row.printed), std::string::npos) << printed.str();
+        const std::string printed = row.code == ExitCode::good ? out.str() : err.str();
+        EXPECT_NE(printed.find(row.printed), std::string::npos) << printed;
     }
 }

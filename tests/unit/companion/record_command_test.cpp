@@ -17,17 +17,24 @@ TEST(RecordCommand, LeavesTheOldRecordWhenItCannotBegin) {
     struct Row {
         const char* vid;
         const char* file;
+        bool hasThreads;
         std::string error;
     };
     const std::string noFolder = std::generic_category().message(ENOENT);
-    for (const auto& [vid, file, error] : {Row{"zz", "old", "Invalid VID/PID"},
-                                           Row{"16C0", "none/new", "none/new can't be opened: " + noFolder + '\n'}}) {
+    for (const auto& [vid, file, hasThreads, error] :
+         {Row{"zz", "old", true, "Invalid VID/PID"}, Row{"16C0", "old", false, "Failed to start the worker: "},
+          Row{"16C0", "none/new", true, "none/new can't be opened: " + noFolder + '\n'}}) {
         const TempFolder folder;
         folder.write("config.json", std::string(R"({"hid": {"vid": ")") + vid +
                                         R"(", "pid": "27db"}, "mappings": {"buttonConfigPath": "buttons.json"}})");
         folder.write("buttons.json", R"({"buttons": []})");
         folder.write("old", "record");
-        const Platform platform = systemPlatform();
+        Platform platform = systemPlatform();
+        if (!hasThreads) {
+            platform.host.startThread = [](const auto&) -> std::thread {
+                throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
+            };
+        }
         CLI::App program;
         const RecordCommand command(program, platform);
         // In reverse, as the parser takes a list.
@@ -39,6 +46,6 @@ TEST(RecordCommand, LeavesTheOldRecordWhenItCannotBegin) {
         EXPECT_NE(err.str().find(error), std::string::npos) << err.str();
         std::string old;
         FileSystem::readFile(folder.path("old"), old);
-        EXPECT_EQ(old, "record") << vid;
+        EXPECT_EQ(old, "record") << error;
     }
 }

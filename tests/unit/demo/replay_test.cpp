@@ -26,9 +26,12 @@ std::string pressLine(int second, std::uint8_t control = 5) {
 
 class ReplayTest : public testing::Test {
 protected:
+    PlayOutcome outcome(const std::string& path, const std::string& configPath = "", bool fast = true) {
+        return runReplay({path, configPath, fast}, screen, error);
+    }
     /// Whether the whole log was played.
     bool replay(const std::string& log, const std::string& configPath = "", bool fast = true) {
-        return runReplay({folder.write("trace.log", log), configPath, fast}, screen);
+        return outcome(folder.write("trace.log", log), configPath, fast) == PlayOutcome::AsExpected;
     }
     void expectOutput(const std::vector<std::string>& texts) const {
         for (const std::string& text : texts) {
@@ -38,6 +41,7 @@ protected:
 
     TempFolder folder;
     std::ostringstream screen;
+    std::string error;
 };
 
 } // namespace
@@ -86,10 +90,12 @@ TEST_F(ReplayTest, PlaysMoreReportsThanABoardKeeps) {
 }
 
 TEST_F(ReplayTest, RefusesALogWithoutReportsAndFilesThatCannotBeRead) {
-    EXPECT_FALSE(replay("2026-01-31 12:00:00 [INFO] Application run loop started\n"));
-    expectOutput({"it has no report of a board"});
-    EXPECT_FALSE(replay(pressLine(0), folder.path("absent.json")));
-    expectOutput({"absent.json: "});
-    EXPECT_FALSE(runReplay({folder.path("absent.log"), "", true}, screen));
-    EXPECT_TRUE(screen.str().ends_with("absent.log: can't be read\n")) << screen.str();
+    const std::string empty = folder.write("empty.log", "2026-01-31 12:00:00 [INFO] Application run loop started\n");
+    EXPECT_EQ(outcome(empty), PlayOutcome::NotPlayed);
+    EXPECT_NE(error.find("it has no report of a board"), std::string::npos) << error;
+    EXPECT_EQ(outcome(empty, folder.path("absent.json")), PlayOutcome::NotPlayed);
+    EXPECT_NE(error.find("absent.json: "), std::string::npos) << error;
+    EXPECT_EQ(outcome(folder.path("absent.log")), PlayOutcome::NotPlayed);
+    EXPECT_EQ(error, folder.path("absent.log") + ": can't be read");
+    EXPECT_EQ(screen.str(), "");
 }

@@ -1,0 +1,48 @@
+#include "companion/cli/arguments.h"
+
+#include "platform/file_system.h"
+
+#include <windows.h>
+// Needs windows.h first.
+#include <shellapi.h>
+
+#include <filesystem>
+#include <memory>
+
+namespace {
+
+bool fitsCodePage(const std::filesystem::path& text) {
+    return FileSystem::fromBytes(FileSystem::toBytes(text)) == text;
+}
+
+/// The same for a file that doesn't exist, and where the volume has no short names.
+std::filesystem::path shortName(const std::filesystem::path& path) {
+    std::wstring name(GetShortPathNameW(path.c_str(), nullptr, 0), L'\0');
+    name.resize(GetShortPathNameW(path.c_str(), name.data(), static_cast<DWORD>(name.size())));
+    return name.empty() ? path : std::filesystem::path(name);
+}
+
+std::filesystem::path withinCodePage(const std::filesystem::path& path) {
+    std::filesystem::path result;
+    for (const std::filesystem::path& part : path) {
+        result /= part;
+        result = fitsCodePage(part) ? result : shortName(result);
+    }
+    return result;
+}
+
+std::string argumentBytes(const std::wstring& argument) {
+    return FileSystem::toBytes(fitsCodePage(argument) ? std::filesystem::path(argument) : withinCodePage(argument));
+}
+
+} // namespace
+
+std::vector<std::string> programArguments(int, const char* const*) {
+    int count = 0;
+    const std::unique_ptr<LPWSTR, decltype(&LocalFree)> words(CommandLineToArgvW(GetCommandLineW(), &count), LocalFree);
+    std::vector<std::string> arguments;
+    for (int i = 0; i < count; ++i) {
+        arguments.push_back(argumentBytes(words.get()[i]));
+    }
+    return arguments;
+}
