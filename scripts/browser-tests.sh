@@ -3,10 +3,16 @@
 #   browser-tests.sh [PRESET]        builds vantrel and the bridge in that preset (linux by default; asan and tsan check
 #                                    them while the browser drives them, without the tests of a page's looks;
 #                                    windows runs the tests that depend on the system, under Wine)
+#   browser-tests.sh --looks         only tests the pages' looks, with the preset linux
 #   browser-tests.sh --program FILE  tests a program that is already built
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 
+looks_only=false
+if [ "${1:-}" = --looks ]; then
+  looks_only=true
+  shift
+fi
 case "${1:-linux}" in
   --program)
     [ $# -eq 2 ] || usage_error "--program needs a file"
@@ -33,6 +39,7 @@ fi
 install_node_modules tests/browser
 cd tests/browser
 tests=(./*.test.js)
+[ "$looks_only" = false ] || tests=(./*looks.test.js)
 case "${preset:-}" in
   # What a page looks like is the same whatever checks the program.
   asan | tsan) mapfile -t tests < <(printf '%s\n' "${tests[@]}" | grep -v looks) ;;

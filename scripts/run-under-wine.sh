@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Runs unit test programs of the Windows build, once built, under Wine in a prefix of their own.
+# Runs unit test programs of the Windows build, once built, under Wine in a prefix of their own, two at a time.
 #   run-under-wine.sh NAME...   such as wire-tests
 set -uo pipefail
 . "$(dirname "$0")/lib.sh"
@@ -10,11 +10,15 @@ start_wine
 trap end_wine EXIT
 
 mkdir -p build/test-logs
-failures=0
+run_program() { # name
+  timeout 900 wine "build/windows/unit/$1.exe" --gtest_brief=1 --gtest_color=no >"build/test-logs/wine-$1.txt" 2>&1
+}
+export -f run_program
+
+code=0
+printf '%s\n' "$@" | xargs -P2 -I{} bash -c 'run_program {}' || code=1
 for name in "$@"; do
   echo "== $name.exe"
-  output=build/test-logs/wine-$name.txt
-  timeout 900 wine "build/windows/unit/$name.exe" --gtest_brief=1 --gtest_color=no >"$output" 2>&1 || failures=$((failures + 1))
-  tr -d '\r' <"$output"
+  tr -d '\r' <"build/test-logs/wine-$name.txt"
 done
-exit "$((failures > 0))"
+exit "$code"
