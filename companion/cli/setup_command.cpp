@@ -20,8 +20,8 @@ SetupCommand::SetupCommand(CLI::App& program, const Platform& platform)
     command->add_option("--virtual-boards", page.setup.virtualBoards, "Begin with virtual boards, to try it out")
         ->type_name("N")
         ->check(CLI::Range(0, mostVirtualBoards));
-    command->footer("The page is for the browser of this machine, until Ctrl+C. Your files change only when you save\n"
-                    "or register. The bridge may run meanwhile.\n"
+    command->footer("The page is for the browser of this machine, until Ctrl+C. Your files change only when you\n"
+                    "save, register, or agree to a repair. The bridge may run meanwhile.\n"
                     "Exit code: 0 after Ctrl+C, 2 wrong usage, 3 the page can't be shown.\n"
                     "Examples:\n"
                     "  vantrel setup\n"

@@ -85,11 +85,10 @@ private:
     std::set<std::string> changingFolders() const {
         std::set<std::string> folders;
         for (const FileReplacement& file : files) {
-            std::string folder = FileSystem::parentPath(file.path);
-            folders.insert(folder.empty() ? "." : folder);
-            while (!folder.empty() && !FileSystem::existsOrFalse(folder)) {
+            // A root is its own parent.
+            for (std::string folder = FileSystem::parentPath(file.path);
+                 folders.insert(folder.empty() ? "." : folder).second && !FileSystem::existsOrFalse(folder);) {
                 folder = FileSystem::parentPath(folder);
-                folders.insert(folder.empty() ? "." : folder);
             }
         }
         return folders;

@@ -9,7 +9,7 @@
 /// A bridge that runs.
 struct RunningBridge {
     std::int64_t process = 0;
-    /// The simulator is its parent. False, too, where the system doesn't say, as in Wine.
+    /// The simulator is its parent. False, too, where the system doesn't say, as on Linux of a bridge in Wine.
     bool isOfSimulator = false;
 
     bool operator==(const RunningBridge&) const = default;

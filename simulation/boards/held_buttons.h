@@ -23,7 +23,7 @@ public:
     static constexpr std::chrono::milliseconds firstHold{500};
     static constexpr std::chrono::milliseconds holdPeriod{100};
 
-    /// A button of a board, which must outlive this.
+    /// A button of a board, which must exist until the button is released.
     struct Button {
         VirtualBoard* board = nullptr;
         std::uint16_t controlId = 0;

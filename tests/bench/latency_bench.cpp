@@ -10,6 +10,7 @@
 
 #include <cstdio>
 #include <stdexcept>
+#include <string_view>
 
 namespace {
 
@@ -121,7 +122,8 @@ int runSubject(char** arguments) {
 
 int main(int argc, char** argv) {
     try {
-        return argc == 5 ? runSubject(argv + 1) : measure(argc > 1 ? shortRun : Extent());
+        return argc == 5 ? runSubject(argv + 1)
+                         : measure(argc == 2 && std::string_view(argv[1]) == "--check" ? shortRun : Extent());
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "latency-bench: %s\n", failure.what());
         return 1;

@@ -25,14 +25,15 @@ export class BridgeView {
     byId('log-filter').addEventListener('input', () => this.#filter());
   }
 
-  show({bridge}) {
+  show({bridge, configuration}) {
     this.#bridge = bridge;
     byId('bridge-state').dataset.state = bridge.running ? 'good' : '';
     setText(byId('bridge-state'), bridge.running ? 'running' : 'not running');
     setText(byId('bridge-note'), noteOf(bridge));
     byId('bridge-start').disabled = bridge.running || !bridge.exists;
     byId('bridge-end').disabled = !bridge.ours;
-    byId('bridge-restart').disabled = !bridge.running || !bridge.exists;
+    // Without saved files, the bridge that is ended couldn't be replaced.
+    byId('bridge-restart').disabled = !bridge.running || !bridge.exists || configuration.exists === false;
     if (this.#restarts && !bridge.running) {
       this.#restarts = false;
       this.#carryOut({do: 'startBridge'});
@@ -76,7 +77,11 @@ export class BridgeView {
     const {ours, process, ending} = this.#bridge;
     if (ours || await ask('Restart the bridge?', `It was ${starterOf(this.#bridge)}. ${ending}`,
       'Then it is started here, with the saved configuration, and ends with this program.')) {
-      this.#restarts = await this.#carryOut({do: 'endBridge', process});
+      // Before the action, since the end may be noticed before its answer comes.
+      this.#restarts = true;
+      if (!await this.#carryOut({do: 'endBridge', process})) {
+        this.#restarts = false;
+      }
     }
   }
 

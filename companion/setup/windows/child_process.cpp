@@ -12,6 +12,9 @@
 
 namespace {
 
+/// Room for what a bridge logs between two looks at its output, so that it never waits.
+constexpr DWORD pipeBytes = 256 * 1024;
+
 /// Both ends of a pipe, of which the child gets one.
 struct PipeEnds {
     HANDLE read = nullptr;
@@ -19,7 +22,7 @@ struct PipeEnds {
 
     explicit PipeEnds(bool childReads) {
         SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-        CreatePipe(&read, &write, &inherited, 0);
+        CreatePipe(&read, &write, &inherited, pipeBytes);
         SetHandleInformation(childReads ? write : read, HANDLE_FLAG_INHERIT, 0);
     }
 };

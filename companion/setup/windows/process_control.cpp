@@ -1,11 +1,11 @@
 #include "companion/setup/process_control.h"
 
+#include "companion/doctor/bridge_program.h"
 #include "platform/windows/wide_text.h"
 
 #include <tlhelp32.h>
 #include <windows.h>
 
-#include <algorithm>
 #include <optional>
 #include <system_error>
 
@@ -21,7 +21,8 @@ std::optional<std::uint64_t> startOf(std::int64_t id) {
     return isKnown ? std::optional((std::uint64_t{start.dwHighDateTime} << 32U) | start.dwLowDateTime) : std::nullopt;
 }
 
-/// The system gives a process's number to another one once it has ended, so a parent that is younger is none.
+/// The system gives a process's number to another one once it has ended, so a parent that is younger is none. Only the
+/// bridge's is asked for, since this opens both processes.
 void dropFalseParent(ProcessFacts& process) {
     const std::optional<std::uint64_t> start = startOf(process.id);
     const std::optional<std::uint64_t> parentStart = startOf(process.parent);
@@ -37,7 +38,11 @@ std::vector<ProcessFacts> listProcesses() {
         processes.push_back({entry.th32ProcessID, entry.th32ParentProcessID, utf8FromWide(entry.szExeFile)});
     }
     CloseHandle(snapshot);
-    std::ranges::for_each(processes, dropFalseParent);
+    for (ProcessFacts& process : processes) {
+        if (isBridgeProcess(process.name)) {
+            dropFalseParent(process);
+        }
+    }
     return processes;
 }
 
