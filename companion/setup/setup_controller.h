@@ -108,8 +108,9 @@ private:
     void publishState();
     /// Of the boards whose role in the configuration has changed.
     void showRoles(const AppConfig& config);
-    // These need `actionMutex` held, and take the other.
+    // Needs one of the mutexes held.
     const EditedConfiguration& configuration() const { return *state.configuration; }
+    // These need `actionMutex` held, and take the other.
     std::shared_ptr<const BridgeConfiguration> configurationFor(bool areVirtual) const;
     void look();
     void followLog();
