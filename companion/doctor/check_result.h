@@ -20,6 +20,8 @@ struct Repair {
     std::string path = {};
     /// The file's.
     std::string text = {};
+
+    bool operator==(const Repair& other) const = default;
 };
 
 /// One answer of the check-up.

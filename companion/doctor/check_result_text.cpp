@@ -47,6 +47,15 @@ std::string summary(const CheckResults& results) {
            (warnings == 1 ? " warning.\n" : " warnings.\n");
 }
 
+/// A path may hold bytes that aren't UTF-8.
+std::string replacingDump(const nlohmann::ordered_json& json, int indent) {
+    return json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+std::string inJson(const std::string& text) {
+    return nlohmann::ordered_json::parse(replacingDump(text, -1)).get<std::string>();
+}
+
 } // namespace
 
 std::string checkResultsText(const CheckResults& results, TextStyle style) {
@@ -57,6 +66,10 @@ std::string checkResultsText(const CheckResults& results, TextStyle style) {
         text += result.remedy.empty() ? "" : indent + withoutControls(result.remedy) + '\n';
     }
     return text + '\n' + summary(results);
+}
+
+Repair repairInJson(const Repair& repair) {
+    return {inJson(repair.code), inJson(repair.path), inJson(repair.text)};
 }
 
 std::string checkResultsJson(const CheckResults& results) {
@@ -72,6 +85,5 @@ std::string checkResultsJson(const CheckResults& results) {
                 {"code", result.repair.code}, {"path", result.repair.path}, {"text", result.repair.text}};
         }
     }
-    // A path may hold bytes that aren't UTF-8.
-    return array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
+    return replacingDump(array, 2) + '\n';
 }

@@ -16,3 +16,6 @@ std::string checkResultsText(const CheckResults& results, TextStyle style);
 
 /// The answers as a JSON array; companion/schemas/doctor.schema.json describes it.
 std::string checkResultsJson(const CheckResults& results);
+
+/// The repair as a reader of the JSON gets it: bytes that aren't UTF-8 are replaced.
+Repair repairInJson(const Repair& repair);

@@ -33,7 +33,7 @@ std::string CheckUp::look() {
     return checkResultsJson(examine(machine, configPath));
 }
 
-bool CheckUp::repair(const std::string& code, const std::string& title, std::string& error) {
+bool CheckUp::repair(const std::string& code, const std::string& title, const Repair& agreed, std::string& error) {
     const std::lock_guard lock(mutex);
     const CheckResults results = examine(machine, configPath);
     const auto offer = std::ranges::find_if(results, [&](const CheckResult& result) {
@@ -41,6 +41,10 @@ bool CheckUp::repair(const std::string& code, const std::string& title, std::str
     });
     if (offer == results.end()) {
         error = "There is no such fault any more. Look again";
+        return false;
+    }
+    if (repairInJson(offer->repair) != agreed) {
+        error = "The repair is a different one by now. Look again";
         return false;
     }
     return carryOutRepair(offer->repair, error);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "companion/doctor/check_result.h"
 #include "companion/doctor/machine.h"
 
 #include <mutex>
@@ -13,9 +14,9 @@ public:
     /// Looks now, and gives the answers as a JSON array. May take seconds.
     std::string look();
 
-    /// Looks again, and writes the file or makes the folder that the answer of this code and title still offers. False
-    /// with the reason in `error`; nothing has changed then.
-    bool repair(const std::string& code, const std::string& title, std::string& error);
+    /// Looks again, and writes the file or makes the folder if the answer of this code and title still offers what the
+    /// user has agreed to, a repair as the JSON shows it. False with the reason in `error`; nothing has changed then.
+    bool repair(const std::string& code, const std::string& title, const Repair& agreed, std::string& error);
 
 private:
     const Machine machine;

@@ -72,7 +72,6 @@ SetupController::Action SetupController::actionOf(const std::string& word) {
         {"try", &SetupController::tryCommand},
         {"register", &SetupController::registerProgram},
         {"unregister", &SetupController::unregisterProgram},
-        {"repair", &SetupController::repair},
         {"startBridge", &SetupController::startBridge},
         {"endBridge", &SetupController::endBridge},
     };
@@ -84,6 +83,9 @@ bool SetupController::act(const JsonValue& json, const std::string& tab, std::st
     const std::string word = memberText(json, "do");
     if (word == "press" || word == "release" || word == "turn") {
         return operate(json, tab, error);
+    }
+    if (word == "repair") {
+        return repair(json, error);
     }
     const Action action = actionOf(word);
     if (action == nullptr) {

@@ -72,7 +72,10 @@ bool SetupController::unregisterProgram(const JsonValue&, std::string& error) {
 }
 
 bool SetupController::repair(const JsonValue& json, std::string& error) {
-    return checks.repair(memberText(json, "code"), memberText(json, "title"), error);
+    const JsonValue* const shown = find(json, "repair");
+    const JsonValue agreed = shown == nullptr ? JsonValue() : *shown;
+    return checks.repair(memberText(json, "code"), memberText(json, "title"),
+                         {memberText(agreed, "code"), memberText(agreed, "path"), memberText(agreed, "text")}, error);
 }
 
 bool SetupController::startBridge(const JsonValue&, std::string& error) {

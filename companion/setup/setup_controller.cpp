@@ -154,7 +154,9 @@ void SetupController::followConfiguration() {
 
 void SetupController::onArrival(const LiveBoard& board, bool isVirtual) {
     const std::lock_guard lock(mutex);
-    state.boards.push_back({board.name, board.index, isVirtual, board.configuredRole, board.configuredRole});
+    state.boards.push_back({board.name, board.index, isVirtual, "", ""});
+    // The arrival's own role may come from a configuration that was replaced meanwhile.
+    showRoles(configuration().forBridge()->settings);
     publishState();
 }
 

@@ -108,8 +108,9 @@ private:
     void publishState();
     /// Of the boards whose role in the configuration has changed.
     void showRoles(const AppConfig& config);
-    // These need `actionMutex` held, and take the other.
+    // Needs one of the mutexes held.
     const EditedConfiguration& configuration() const { return *state.configuration; }
+    // These need `actionMutex` held, and take the other.
     std::shared_ptr<const BridgeConfiguration> configurationFor(bool areVirtual) const;
     void look();
     void followLog();
@@ -117,8 +118,10 @@ private:
     void followConfiguration();
     void reach(bool SetupProgress::*step);
 
-    /// What is done on a virtual board waits for no action.
+    // What is done on a virtual board waits for no action, and no action waits for a repair, which looks at the whole
+    // machine first. These need no mutex.
     bool operate(const JsonValue& json, const std::string& tab, std::string& error);
+    bool repair(const JsonValue& json, std::string& error);
     // The actions (setup_actions.cpp, setup_bridge_actions.cpp). These need `actionMutex` held.
     using Action = bool (SetupController::*)(const JsonValue& json, std::string& error);
     static Action actionOf(const std::string& word);
@@ -139,7 +142,6 @@ private:
     bool tryCommand(const JsonValue& json, std::string& error);
     bool registerProgram(const JsonValue& json, std::string& error);
     bool unregisterProgram(const JsonValue& json, std::string& error);
-    bool repair(const JsonValue& json, std::string& error);
     bool startBridge(const JsonValue& json, std::string& error);
     bool endBridge(const JsonValue& json, std::string& error);
 

@@ -30,6 +30,36 @@ test('undo takes one step back at a time', async () => {
   await view.row(22).getByRole('button', {name: 'Name it'}).waitFor();
 });
 
+// Gives the page's link a `cutLink` that ends it.
+function makeLinkCuttable() {
+  const real = window.fetch;
+  window.fetch = (path, options) => {
+    const cut = new AbortController();
+    window.cutLink = path === '/api/events' ? () => cut.abort() : window.cutLink;
+    return real(path, {...options, signal: cut.signal});
+  };
+}
+
+test('a user who leaves unsaved changes is asked, but not when the page finds its program again', async () => {
+  const {page} = shared.view;
+  const asked = [];
+  page.on('dialog', (dialog) => {
+    asked.push(dialog.type());
+    dialog.accept();
+  });
+  await page.addInitScript(makeLinkCuttable);
+  await page.reload();
+  assert.deepEqual(asked, ['beforeunload']);
+  await shared.view.waitForText('save-state', /^There is no configuration yet/);
+  await page.locator('#control-search').click();
+  const loaded = page.waitForEvent('load');
+  await page.evaluate(() => window.cutLink());
+  await loaded;
+  await shared.view.waitForText('save-state', /^There is no configuration yet/);
+  assert.deepEqual(asked, ['beforeunload']);
+  page.removeAllListeners('dialog');
+});
+
 test('a command for one role leaves that of the others', async () => {
   const {view, folder} = shared;
   await view.assign('LEFT', '(>K:AP_MASTER)');

@@ -9,12 +9,15 @@ TEST(PathsOnWindows, CheckReadsAConfigurationInAFolderThatNoCodePageCanName) {
     std::filesystem::create_directory(home);
     std::ofstream(home / "config.json") << shortConfig;
     std::ofstream(home / "buttons.json") << R"({"buttons": []})";
-    ChildPipe output;
-    const ChildProcess check(vantrelCommand(L"check --config \"" + (home / "config.json").wstring() + L'"'),
-                             {nullptr, output.writeEnd, output.writeEnd});
-    EXPECT_EQ(check.exitCode(), 1U);
-    const std::string printed = output.readAll();
-    EXPECT_NE(printed.find("The bridge would start: 0 errors"), std::string::npos) << printed;
+    for (const wchar_t* const option : {L"--config ", L"--config="}) {
+        ChildPipe output;
+        const ChildProcess check(
+            vantrelCommand(std::wstring(L"check ") + option + L'"' + (home / "config.json").wstring() + L'"'),
+            {nullptr, output.writeEnd, output.writeEnd});
+        EXPECT_EQ(check.exitCode(), 1U);
+        const std::string printed = output.readAll();
+        EXPECT_NE(printed.find("The bridge would start: 0 errors"), std::string::npos) << printed;
+    }
 }
 
 TEST(PathsOnWindows, AreShownByAConsoleOfAnotherCodePage) {

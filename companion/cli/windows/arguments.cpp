@@ -31,8 +31,15 @@ std::filesystem::path withinCodePage(const std::filesystem::path& path) {
     return result;
 }
 
+std::string pathBytes(const std::filesystem::path& path) {
+    return FileSystem::toBytes(fitsCodePage(path) ? path : withinCodePage(path));
+}
+
+/// An option's path may follow it in the same word, as in "--config=PATH".
 std::string argumentBytes(const std::wstring& argument) {
-    return FileSystem::toBytes(fitsCodePage(argument) ? std::filesystem::path(argument) : withinCodePage(argument));
+    const std::size_t equals = argument.starts_with(L"--") ? argument.find(L'=') : std::wstring::npos;
+    const std::size_t valueBegin = equals == std::wstring::npos ? 0 : equals + 1;
+    return FileSystem::toBytes(argument.substr(0, valueBegin)) + pathBytes(argument.substr(valueBegin));
 }
 
 } // namespace

@@ -66,7 +66,7 @@ export class CheckUpView {
 
   async #repair(repair, answer) {
     return await ask(`${repairName(repair)}?`, ...repairLines(repair)) &&
-      this.#carryOut({do: 'repair', ...answer});
+      this.#carryOut({do: 'repair', ...answer, repair});
   }
 
   #repairButton(repair, answer) {

@@ -11,6 +11,7 @@ function byId(id) { return document.getElementById(id); }
 export class SaveBar {
   #carryOut;
   #configuration = null;
+  #warn = (event) => this.#configuration?.unsaved && event.preventDefault();
 
   constructor(carryOut) {
     this.#carryOut = carryOut;
@@ -18,8 +19,11 @@ export class SaveBar {
     byId('review').addEventListener('click', () => this.review());
     byId('save').addEventListener('click', () => this.#save());
     byId('reload').addEventListener('click', () => this.#reload());
-    addEventListener('beforeunload', (event) => this.#configuration?.unsaved && event.preventDefault());
+    addEventListener('beforeunload', this.#warn);
   }
+
+  // For a page that is about to be loaded again: the program keeps the unsaved changes.
+  leaveUnasked() { removeEventListener('beforeunload', this.#warn); }
 
   show({configuration}) {
     this.#configuration = configuration;

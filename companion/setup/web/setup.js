@@ -28,18 +28,19 @@ class SetupPage {
   #assign = new AssignDialog(this.#catalogue);
   #views;
   #controls;
+  #saveBar;
   #wasLinked = false;
 
   constructor() {
     wireThemes(byId('themes'));
     const carryOut = (action) => this.carryOut(action);
     const touches = new Actions((reason) => this.#trouble(reason));
-    const saveBar = new SaveBar(carryOut);
+    this.#saveBar = new SaveBar(carryOut);
     const bridge = new BridgeView(carryOut);
     this.#controls = new ControlsView(this.#catalogue, carryOut, (control) => this.#assign.open(control));
-    this.#views = [new BoardsView(carryOut, (action) => touches.send(action)), this.#controls, this.#assign, new LightsView(carryOut), new FindingsView(), bridge, saveBar,
+    this.#views = [new BoardsView(carryOut, (action) => touches.send(action)), this.#controls, this.#assign, new LightsView(carryOut), new FindingsView(), bridge, this.#saveBar,
       new CheckUpView(carryOut, () => bridge.register()),
-      new Guide({review: () => saveBar.review(), register: () => bridge.register()})];
+      new Guide({review: () => this.#saveBar.review(), register: () => bridge.register()})];
     for (const button of document.querySelectorAll('[data-do]')) {
       button.addEventListener('click', () => carryOut({do: button.dataset.do}));
     }
@@ -88,6 +89,7 @@ class SetupPage {
     setText(byId('link'), linked ? 'live' : 'not connected');
     if (linked && this.#wasLinked) {
       // The program sends everything again, which this page shows already.
+      this.#saveBar.leaveUnasked();
       location.reload();
     }
     this.#wasLinked ||= linked;

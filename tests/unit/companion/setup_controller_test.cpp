@@ -71,6 +71,9 @@ TEST_F(SetupControllerTest, HoldsAControlDownUntilItsTabIsGone) {
     EXPECT_TRUE(act(R"({"do":"press","board":"virtual-1","control":5})")) << failure;
     EXPECT_TRUE(comes(R"("action":"HOLD")"));
     controller->releaseControlsOf("another tab");
+    // A release would come before this press.
+    EXPECT_TRUE(act(R"({"do":"press","board":"virtual-1","control":6})")) << failure;
+    EXPECT_TRUE(comes(R"("control":6)"));
     EXPECT_EQ(received.find(R"("action":"RELEASE")"), std::string::npos);
     controller->releaseControlsOf("tab");
     EXPECT_TRUE(comes(R"("action":"RELEASE")"));
