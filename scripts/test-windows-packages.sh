@@ -199,6 +199,7 @@ follows_its_switches() {
   check "the data folder's configuration stays" test -f "$data/config.json"
 }
 
+check "the manifests for winget and Scoop are right" tests/packages/check_manifests.py "$dist"
 make_older_packages || die "the older packages can't be built"
 installs_and_removes de_DE.UTF-8 'Jürgen Weiß'
 installs_and_removes fr_FR.UTF-8 'André'

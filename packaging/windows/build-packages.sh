@@ -2,8 +2,8 @@
 # Makes what Windows users download from an installed tree: the installer, the portable zip, and the manifests for winget
 # and Scoop.
 #   build-packages.sh STAGE DIST VERSION
-# SOURCE_DATE_EPOCH is the time that the files in the zip bear. With SIGN_CERTIFICATE and SIGN_KEY (PEM files), programs,
-# uninstaller and installer are signed; see sign.sh.
+# SOURCE_DATE_EPOCH is the time that the files in the zip bear. RELEASE_URL is the folder on the web from which users will
+# download the packages. With SIGN_CERTIFICATE, programs, uninstaller and installer are signed; sign.sh has the details.
 set -euo pipefail
 . "$(dirname "$0")/../../scripts/lib.sh"
 no_other_options "$@"
@@ -58,5 +58,8 @@ mkdir -p "$dist"
 for program in "$stage"/*.exe; do sign "$program"; done
 make_installer "$dist/VantrelBridge-$version-setup.exe"
 make_zip "$dist/VantrelBridge-$version-windows-x64.zip"
+release_url=${RELEASE_URL:-https://vantrelbridge.invalid/$version}
+packaging/windows/write_manifests.py "$dist" "$version" "$release_url"
+[ -n "${RELEASE_URL:-}" ] || say "the manifests for winget and Scoop lack the download address (RELEASE_URL)"
 [ -n "${SIGN_CERTIFICATE:-}" ] || say "unsigned: no certificate is given (SIGN_CERTIFICATE, SIGN_KEY)"
 (cd "$dist" && ls -l "VantrelBridge-$version-setup.exe" "VantrelBridge-$version-windows-x64.zip")

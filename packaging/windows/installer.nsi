@@ -1,6 +1,6 @@
 ; The installer of the Windows package, for one user and without administrator rights. build-packages.sh calls makensis
 ; with VERSION, VERSION_NUMBERS (four numbers), STAGE (the installed tree), FILE_LIST (its files, see below), OUTPUT
-; and, when it signs, SIGN (a command that takes the file's name).
+; and, when it signs, SIGN (a script that takes the file's name).
 ;
 ; Switches beside NSIS's own /S and /D=FOLDER:
 ;   /REGISTER, /NOREGISTER   whether the simulator starts the bridge; by default only a first installation registers it
@@ -45,7 +45,7 @@ VIAddVersionKey ProductVersion "${VERSION}"
 VIAddVersionKey LegalCopyright "All rights reserved"
 
 !ifdef SIGN
-  !uninstfinalize '${SIGN} "%1"'
+  !uninstfinalize '"${SIGN}" "%1"'
 !endif
 
 Var Unpacked    ; the folder in which all files arrive first, so that a full disk leaves the old version whole

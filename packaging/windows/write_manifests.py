@@ -16,7 +16,7 @@ import yaml
 IDENTIFIER = "VantrelBridge.VantrelBridgeHID"
 SCHEMA_VERSION = "1.6.0"
 SUMMARY = "Connects the USB boards of a home cockpit to Microsoft Flight Simulator 2020 and 2024"
-LICENCE = "All rights reserved"
+LICENCE = "All rights reserved"  # until LICENSE.txt names another
 
 
 def sha256(path):
@@ -69,8 +69,11 @@ def scoop(version, url, archive):
         "shortcuts": [["vantrel.exe", "VantrelBridge setup", "setup", "VantrelBridgeHID.exe"],
                       ["vantrel.exe", "Try it without hardware", "demo", "VantrelBridgeHID.exe"]],
         "persist": "config",
-        "pre_uninstall": ['Start-Process -Wait "$dir\\VantrelBridgeHID.exe" -ArgumentList "--unregister"'],
-        "notes": ['To start the bridge with the simulator: & "$dir\\VantrelBridgeHID.exe" --register'],
+        # Scoop runs this before an update, too, which the entry in EXE.xml outlives.
+        "pre_uninstall": ["if ($cmd -eq 'uninstall') {",
+                          '    Start-Process -Wait "$dir\\VantrelBridgeHID.exe" -ArgumentList "--unregister"',
+                          "}"],
+        "notes": ["To start the bridge with the simulator: VantrelBridgeHID --register"],
     }
 
 
