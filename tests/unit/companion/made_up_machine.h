@@ -70,6 +70,7 @@ public:
     Machine record() {
         Machine machine;
         machine.host = host.record();
+        machine.host.systemNotice = [this] { return systemNotice; };
         machine.hid = bus.transport();
         machine.bridgeFileName = "VantrelBridgeHID.exe";
         machine.simConnectDllNotice = [this] { return dllNotice; };
@@ -105,6 +106,7 @@ public:
     std::string bridge;
     std::string dllNotice;
     std::string markedFile;
+    std::string systemNotice;
     bool isLogWritable = true;
     std::optional<UsbIds> deviceIds = UsbIds{0x1234, 0xABCD};
     std::vector<std::string> udevRuleFolders;
