@@ -289,6 +289,17 @@ Function listInSettings
   WriteRegDWORD HKCU "${UNINSTALL_KEY}" "EstimatedSize" $0
 FunctionEnd
 
+Function listChangedFiles
+  StrCpy $0 0
+  ${Do}
+    IntOp $0 $0 + 1
+    ClearErrors
+    ${WordFind} $ExeXmlFiles "$\r$\n" "E+$0" $1
+    ${IfThen} ${Errors} ${|} ${ExitDo} ${|}
+    DetailPrint "Changed: $1"
+  ${Loop}
+FunctionEnd
+
 Function registerBridge
   Call explainUneditableExeXml
   Pop $0
@@ -297,15 +308,17 @@ Function registerBridge
     SetErrorLevel 3
   ${Else}
     !insertmacro runBridge "--register"
-    StrCpy $Outcome "$1$\r$\nThe simulator starts the bridge from now on.$\r$\n$\r$\nChanged files:$\r$\n$ExeXmlFiles"
+    StrCpy $Outcome "The simulator starts the bridge from now on. The list on the page before names the files that changed."
     ${If} $0 <> 0
       StrCpy $Outcome "The simulator does not start the bridge yet: $1"
       SetErrorLevel 3
     ${ElseIf} $ExeXmlFiles == ""
       StrCpy $Outcome "No simulator was found. Start it once, then register the bridge on the setup page."
+    ${Else}
+      Call listChangedFiles
     ${EndIf}
   ${EndIf}
-  DetailPrint "$Outcome"
+  DetailPrint $Outcome
 FunctionEnd
 
 Section
