@@ -28,7 +28,8 @@ formatting() { sources '*.cpp' '*.h' | xargs clang-format --dry-run -Werror; }
 # Most of clang-tidy's time goes into the headers of libraries, once for each file that it is given. So it is given all
 # sources of src/, of simulation/ and of companion/ as one, and fewer where their names clash.
 tidy_files() {
-  local flags=(-std=c++20 -Isrc -Isrc/wire/linux -I. -isystem build/third-party '-DVANTREL_VERSION="0"')
+  local flags=(-std=c++20 -Isrc -Isrc/wire/linux -I. -isystem build/third-party '-DVANTREL_VERSION="0"'
+    '-DBRIDGE_VERSION="0"' -DBRIDGE_WRITES_CRASH_LINE=true)
   local whole=build/tidy/${1//\//-}
   if [ $# -eq 1 ]; then
     clang-tidy --quiet "$1" -- "${flags[@]}"

@@ -8,14 +8,15 @@ set -euo pipefail
 
 build_packages=(cmake ninja-build g++ clang googletest libgtest-dev libbenchmark-dev nlohmann-json3-dev libcli11-dev
   libpugixml-dev libminizip-dev zlib1g-dev dpkg-dev)
+packaging_packages=(nsis osslsigncode zip python3-yaml)
 test_packages=(clang-format clang-tidy shellcheck libclang-rt-14-dev chromium g++-mingw-w64-x86-64-posix libz-mingw-w64-dev
   wine wine64
-  qemu-system-x86 busybox-static cpio python3 udev)
+  qemu-system-x86 busybox-static cpio python3 udev unzip locales openssl python3-jsonschema util-linux)
 
 case "${1:-}" in
   --build) packages=("${build_packages[@]}") ;;
   --coverage) packages=("${build_packages[@]}" gcovr) ;;
-  *) at_most 0 "$@"; packages=("${build_packages[@]}" "${test_packages[@]}") ;;
+  *) at_most 0 "$@"; packages=("${build_packages[@]}" "${packaging_packages[@]}" "${test_packages[@]}") ;;
 esac
 
 # Node may be there without Debian's package of it, and then that package doesn't go in beside it.

@@ -40,6 +40,7 @@ void checkSimulators(const Machine& machine, CheckResults& results) {
 
 CheckResults examine(const Machine& machine, const std::string& configPath) {
     CheckResults results;
+    checkSystem(machine.host, results);
     checkProgram(machine, configPath, results);
     checkSimulators(machine, results);
     if (machine.simConnectDllNotice) {

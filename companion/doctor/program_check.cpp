@@ -77,6 +77,13 @@ bool marksDownload(const std::string& zoneIdentifier) {
     return false;
 }
 
+void checkSystem(const Host& host, CheckResults& results) {
+    if (const std::string notice = host.systemNotice ? host.systemNotice() : ""; !notice.empty()) {
+        CheckTopic(results, "System")
+            .warning("system-too-old", notice, "Both simulators and the bridge need a newer version.");
+    }
+}
+
 void checkProgram(const Machine& machine, const std::string& configPath, CheckResults& results) {
     const std::string bridge = bridgePath(machine.host);
     judgeBridge(bridge, FileSystem::existsOrFalse(bridge), results);

@@ -5,6 +5,9 @@
 
 #include <string>
 
+/// Whether the system is new enough. Adds nothing when it is.
+void checkSystem(const Host& host, CheckResults& results);
+
 /// Looks for the bridge, its configuration, and the mark that Windows attaches to downloaded files.
 void checkProgram(const Machine& machine, const std::string& configPath, CheckResults& results);
 

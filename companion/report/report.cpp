@@ -1,5 +1,6 @@
 #include "companion/report/report.h"
 
+#include "app/program_names.h"
 #include "companion/check/configuration_check.h"
 #include "companion/doctor/board_check.h"
 #include "companion/doctor/check_result_text.h"
@@ -73,6 +74,7 @@ void addLogs(const Machine& machine, Collector& collector) {
         for (int number = 1; number <= oldLogs; ++number) {
             collector.addFile(name, logPath(folder) + '.' + std::to_string(number));
         }
+        collector.addFile(name, FileSystem::join(folder, crashFileName));
     }
 }
 

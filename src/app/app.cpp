@@ -24,6 +24,13 @@ std::string notFoundError(const Host& host, const std::string& configPath) {
     return candidates.empty() ? text : text + ")";
 }
 
+void logSystemNotice(const Host& host) {
+    const std::string notice = host.systemNotice ? host.systemNotice() : std::string();
+    if (!notice.empty()) {
+        logWarn(notice);
+    }
+}
+
 } // namespace
 
 // The parameter is moved from first, so the subsystems get their records from the member.
@@ -51,6 +58,7 @@ bool App::init(const std::string& configPath, bool consoleMode, std::string& err
     const std::string commonAppData = commonAppDataDirectory(platform.host);
     Logger::instance().configure(logDirectory(consoleMode, commonAppData, exeDir), programName, consoleMode);
     logInfo("Initializing application");
+    logSystemNotice(platform.host);
     if (!FileSystem::exists(configPath)) {
         error = notFoundError(platform.host, configPath);
         logError(error);

@@ -1,5 +1,6 @@
 #include "app/app_paths.h"
 
+#include "app/program_names.h"
 #include "platform/data_folder_name.h"
 #include "platform/file_system.h"
 
@@ -54,4 +55,8 @@ std::vector<std::string> configCandidates(const Host& host) {
         candidates.push_back(inDataFolder(commonAppData));
     }
     return candidates;
+}
+
+std::string crashLinePath(const Host& host, bool consoleMode) {
+    return FileSystem::join(logDirectory(consoleMode, commonAppDataDirectory(host), exeDirectory(host)), crashFileName);
 }

@@ -139,6 +139,9 @@ struct Host {
     std::function<std::int64_t()> now;
     /// Starts a thread. Throws std::system_error when the system gives none.
     std::function<std::thread(std::function<void()> body)> startThread;
+    /// What the user should know about the system, as a line for the log; empty when there is nothing to report. May be
+    /// left empty, which means the same.
+    std::function<std::string()> systemNotice;
 };
 
 struct Platform {

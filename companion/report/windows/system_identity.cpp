@@ -1,14 +1,10 @@
 #include "companion/report/system_identity.h"
 
+#include "platform/windows/windows_version.h"
+
 #include <windows.h>
 
 #include <array>
-
-namespace {
-
-using RtlGetVersion = LONG(WINAPI*)(OSVERSIONINFOW* version);
-
-} // namespace
 
 std::vector<std::string> computerNames() {
     std::vector<std::string> names;
@@ -24,17 +20,11 @@ std::vector<std::string> computerNames() {
 }
 
 std::string systemVersion() {
-    // GetVersionEx answers what the manifest allows, this function what is there. Wine has its version in the same
-    // library.
-    const HMODULE ntdll = GetModuleHandleA("ntdll.dll");
-    const auto getVersion =
-        reinterpret_cast<RtlGetVersion>(reinterpret_cast<void*>(GetProcAddress(ntdll, "RtlGetVersion")));
-    OSVERSIONINFOW version{};
-    version.dwOSVersionInfoSize = sizeof version;
-    if (getVersion == nullptr || getVersion(&version) != 0) {
+    const std::optional<WindowsVersion> version = windowsVersion();
+    if (!version) {
         return "Windows";
     }
-    return "Windows " + std::to_string(version.dwMajorVersion) + '.' + std::to_string(version.dwMinorVersion) + '.' +
-           std::to_string(version.dwBuildNumber) +
-           (GetProcAddress(ntdll, "wine_get_version") == nullptr ? "" : " (Wine)");
+    const bool isWine = GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr;
+    return "Windows " + std::to_string(version->major) + '.' + std::to_string(version->minor) + '.' +
+           std::to_string(version->build) + (isWine ? " (Wine)" : "");
 }

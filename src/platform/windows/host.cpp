@@ -2,12 +2,14 @@
 #include "platform/system_parts.h"
 #include "platform/windows/console.h"
 #include "platform/windows/wide_text.h"
+#include "platform/windows/windows_version.h"
 
 #include <shlobj.h>
 #include <tlhelp32.h>
 #include <windows.h>
 
 #include <array>
+#include <optional>
 
 namespace {
 
@@ -47,6 +49,11 @@ SingleInstance acquireSingleInstance(const std::string& name) {
     return GetLastError() == ERROR_ALREADY_EXISTS ? SingleInstance::AlreadyRunning : SingleInstance::Acquired;
 }
 
+std::string systemNotice() {
+    const std::optional<WindowsVersion> version = windowsVersion();
+    return version ? windowsVersionNotice(*version) : std::string();
+}
+
 } // namespace
 
 Host systemHost() {
@@ -57,5 +64,6 @@ Host systemHost() {
     host.acquireSingleInstance = acquireSingleInstance;
     host.attachConsole = attachToParentConsole;
     host.installControlHandler = installConsoleHandler;
+    host.systemNotice = systemNotice;
     return host;
 }

@@ -52,6 +52,15 @@ TEST_F(AppInit, UnreadableConfigurationIsTheLoadersErrorOnce) {
     EXPECT_EQ(host.threadsStarted(), 0U);
 }
 
+TEST_F(AppInit, NoticeAboutTheSystemIsAWarning) {
+    folder.write("config/config.json", "{");
+    Platform withNotice = platform();
+    withNotice.host.systemNotice = [] { return std::string("too old"); };
+    App app(withNotice);
+    EXPECT_FALSE(app.init(configPath, false, error));
+    EXPECT_EQ(log(), (Lines{"[INFO] Initializing application", "[WARN] too old", "[ERROR] " + error}));
+}
+
 TEST_F(AppInit, BrokenButtonTableIsFatalAfterABrokenEventMapAndLeavesTheErrorEmpty) {
     folder.write("config/map.json", "[]");
     folder.write("config/buttons.json", "nul");

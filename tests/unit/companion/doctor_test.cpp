@@ -202,6 +202,7 @@ TEST(Doctor, NamesWhatIsWrongWithTheBridge) {
         {"config-missing", [](M& pc) { FileSystem::remove(pc.files.path("bridge/config/config.json")); }},
         {"config-refused", [](M& pc) { pc.files.write("bridge/config/buttons.json", "{"); }},
         {"config-findings", [](M& pc) { pc.files.write("bridge/config/hid_event_map.json", R"({"event_type": {}})"); }},
+        {"system-too-old", [](M& pc) { pc.systemNotice = "too old"; }},
         {"download-mark", [](M& pc) { pc.markedFile = "VantrelBridgeHID.exe"; }},
         {"log-folder-unwritable", [](M& pc) { pc.isLogWritable = false; }},
         {"log-error", [](M& pc) { pc.putLog("2026-01-02 10:00:01 [ERROR] Config root must be an object\n"); }},

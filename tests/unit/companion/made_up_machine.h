@@ -70,6 +70,7 @@ public:
     Machine record() {
         Machine machine;
         machine.host = host.record();
+        machine.host.systemNotice = [this] { return systemNotice; };
         machine.hid = bus.transport();
         machine.simConnectDllNotice = [this] { return dllNotice; };
         machine.simConnectCfgFolders = {files.path("bridge")};
@@ -104,6 +105,7 @@ public:
     std::string bridge;
     std::string dllNotice;
     std::string markedFile;
+    std::string systemNotice;
     bool isLogWritable = true;
     std::optional<UsbIds> deviceIds = UsbIds{0x1234, 0xABCD};
     std::vector<std::string> udevRuleFolders;
