@@ -61,9 +61,16 @@ node_of() { # vendor, product
 }
 pilot_may_open() { as_pilot test -r "$1" -a -w "$1"; }
 
-# What a package could leave behind; not the database of packages, and what others keep of manual pages.
+# What the packages could leave behind: their own files and folders, and anything in /etc.
 installed_files() {
-  find /etc /usr /opt /var/lib -xdev \( -path /var/lib/dpkg -o -path /var/lib/systemd \) -prune -o -print | sort
+  local path
+  find /etc | sort
+  for path in $(packed_paths); do
+    [ ! -e "$path" ] || echo "$path"
+  done
+}
+packed_paths() {
+  for deb in "$older" "$package"; do dpkg-deb --fsys-tarfile "$deb" | tar -t; done | sed 's#^\.##' | sort -u
 }
 
 # Without other packages' triggers: to index all manual pages takes this machine many minutes.

@@ -1,7 +1,7 @@
 #include "companion/cli/completion_script.h"
 #include "companion/cli/completion_words.h"
+#include "companion/cli/completions_command.h"
 #include "companion/cli/exit_code.h"
-#include "companion/cli/program.h"
 
 #include <CLI/CLI.hpp>
 #include <gtest/gtest.h>
@@ -41,15 +41,16 @@ TEST(Completions, HaveTheCommandsAndOptionsOfTheProgram) {
 }
 
 TEST(Completions, ArePrintedForTheThreeShellsOnly) {
-    for (const auto& [shell, code] : {std::pair{"bash", ExitCode::good}, std::pair{"zsh", ExitCode::good},
-                                      std::pair{"fish", ExitCode::good}, std::pair{"cmd", ExitCode::wrongUsage}}) {
-        const char* const arguments[] = {"vantrel", "completions", shell};
+    for (const char* shell : {"bash", "zsh", "fish"}) {
+        CLI::App program("", "vantrel");
+        const CompletionsCommand command(program);
+        program.parse(std::string("completions ") + shell);
         std::ostringstream out;
-        std::ostringstream err;
-        EXPECT_EQ(runVantrel(Platform(), 3, arguments, out, err), code) << shell;
-        EXPECT_EQ(out.str().find("--real-simulator") != std::string::npos ||
-                      out.str().find("-l real-simulator") != std::string::npos,
-                  code == ExitCode::good)
-            << shell;
+        EXPECT_EQ(command.run(out), ExitCode::good);
+        EXPECT_EQ(out.str(), completionScript(shell, completionWords(program)));
+        EXPECT_FALSE(out.str().empty());
     }
+    CLI::App program("", "vantrel");
+    const CompletionsCommand command(program);
+    EXPECT_THROW(program.parse("completions cmd"), CLI::ValidationError);
 }
