@@ -7,9 +7,10 @@
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 update=""
-case "${1:-}" in
-  --update) update=yes; shift ;;
-esac
+if [ "${1:-}" = --update ]; then
+  update=yes
+  shift
+fi
 at_most 0 "$@"
 export LC_ALL=C
 

@@ -7,9 +7,10 @@
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 here=""
-case "${1:-}" in
-  --here) here=yes; shift ;;
-esac
+if [ "${1:-}" = --here ]; then
+  here=yes
+  shift
+fi
 at_most 0 "$@"
 
 [ -z "$(git status --porcelain)" ] || die "there are changes that no commit holds, which a clone doesn't have"

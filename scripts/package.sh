@@ -3,14 +3,15 @@
 # parts and SHA256SUMS. The same commit gives the same bytes.
 #   package.sh           on a fresh machine: installs what it needs, and builds from the beginning
 #   package.sh --quick   without the set-up, and from what build/release-linux and build/release-windows hold
-# docs/release.md says what to do with the result. Compilers take half of the time; 2 processors need about 10 minutes.
+# docs/release.md says what to do with the result.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 
 quick=""
-case "${1:-}" in
-  --quick) quick=yes; shift ;;
-esac
+if [ "${1:-}" = --quick ]; then
+  quick=yes
+  shift
+fi
 at_most 0 "$@"
 
 umask 022
@@ -68,6 +69,8 @@ summary() {
 
 [ -z "$(git status --porcelain)" ] || say "there are changes that no commit holds; don't publish these packages"
 if [ -z "$quick" ]; then
+  # What the caller's shell sets for compilers would change the bytes.
+  unset CMAKE_C_COMPILER_LAUNCHER CMAKE_CXX_COMPILER_LAUNCHER CFLAGS CXXFLAGS CPPFLAGS LDFLAGS
   scripts/setup.sh --packages
 fi
 rm -rf "$stages" "$dist"
