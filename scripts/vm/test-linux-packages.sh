@@ -116,6 +116,14 @@ completions() { # the words of a command line
 completes_command() { [ "$(completions vantrel doc)" = doctor ]; }
 completes_option() { [ "$(completions vantrel demo --real-s)" = --real-simulator ]; }
 
+# To systemd, an exit without an error and an end by SIGTERM are both clean. Without --console the bridge leaves that
+# signal to the system.
+ended_by_request() { # process
+  local code=0
+  wait "$1" || code=$?
+  [ "$code" -eq 0 ] || [ "$code" -eq 143 ]
+}
+
 # No systemd runs in this machine, so the unit is checked by systemd's own tool, and its command is run as it says.
 test_service() {
   echo "- service"
@@ -128,7 +136,7 @@ test_service() {
   service=$!
   check "the unit's command opens the board and says so in its log" eventually grep 'HID device connected' "$log"
   kill -TERM "$(pidof VantrelBridgeHID)"
-  check "it ends without an error when it is asked to" wait "$service"
+  check "it ends as systemd expects when it is asked to" ended_by_request "$service"
   tail -n 3 "$log"
 }
 
