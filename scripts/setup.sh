@@ -1,22 +1,25 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and this machine lacks. Safe to run again: it does nothing where all is there.
-#   setup.sh             all of it: compilers, cross compiler, Wine, libraries' sources, the test machine's kernel
+#   setup.sh             what scripts/test.sh needs: compilers, cross compiler, Wine, libraries' sources, the test
+#                        machine's kernel
 #   setup.sh --build     only what a native build and its unit tests need
-#   setup.sh --coverage  the same, and what scripts/coverage.sh needs
+#   setup.sh --packages  only what scripts/package.sh and the tests of the packages need
+#   setup.sh --coverage  what --build installs, and what scripts/coverage.sh needs
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 
 build_packages=(cmake ninja-build g++ clang googletest libgtest-dev libbenchmark-dev nlohmann-json3-dev libcli11-dev
   libpugixml-dev libminizip-dev zlib1g-dev dpkg-dev)
-packaging_packages=(nsis osslsigncode zip python3-yaml)
-test_packages=(clang-format clang-tidy shellcheck libclang-rt-14-dev chromium g++-mingw-w64-x86-64-posix libz-mingw-w64-dev
-  wine wine64
-  qemu-system-x86 busybox-static cpio python3 udev unzip locales openssl python3-jsonschema util-linux)
+test_packages=(clang-format clang-tidy shellcheck libclang-rt-14-dev chromium g++-mingw-w64-x86-64-posix
+  libz-mingw-w64-dev wine wine64 qemu-system-x86 busybox-static cpio python3 udev)
+packaging_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev pandoc lintian nsis osslsigncode zip unzip xz-utils git
+  python3 python3-yaml python3-jsonschema systemd zsh fish locales openssl util-linux)
 
 case "${1:-}" in
   --build) packages=("${build_packages[@]}") ;;
+  --packages) packages=("${build_packages[@]}" "${packaging_packages[@]}") ;;
   --coverage) packages=("${build_packages[@]}" gcovr) ;;
-  *) at_most 0 "$@"; packages=("${build_packages[@]}" "${packaging_packages[@]}" "${test_packages[@]}") ;;
+  *) at_most 0 "$@"; packages=("${build_packages[@]}" "${test_packages[@]}") ;;
 esac
 
 # Node may be there without Debian's package of it, and then that package doesn't go in beside it.
@@ -40,9 +43,8 @@ if [ "${#missing[@]}" -gt 0 ]; then
   fi
 fi
 
-if [ -n "${1:-}" ]; then
-  scripts/fetch-source.sh cpp-httplib
-else
-  scripts/fetch-source.sh cpp-httplib minizip
-  scripts/fetch-vm-kernel.sh
-fi
+case "${1:-}" in
+  "") scripts/fetch-source.sh cpp-httplib minizip; scripts/fetch-vm-kernel.sh ;;
+  --packages) scripts/fetch-source.sh cpp-httplib minizip ;;
+  *) scripts/fetch-source.sh cpp-httplib ;;
+esac

@@ -19,7 +19,8 @@ Commands::Commands(CLI::App& program, const Platform& platform)
       send(program, platform),
       value(program, platform),
       report(program, platform, VANTREL_VERSION),
-      demo(program) {}
+      demo(program),
+      completions(program) {}
 
 int Commands::run(std::ostream& out, std::ostream& err) const {
     // The demo's own stream to the screen: its bridge uses `out` while it runs in console mode.
@@ -38,6 +39,7 @@ int Commands::run(std::ostream& out, std::ostream& err) const {
         {value.isChosen(), [&] { return value.run(out, err); }},
         {report.isChosen(), [&] { return report.run(out, err); }},
         {demo.isChosen(), [&] { return demo.run(screen, err); }},
+        {completions.isChosen(), [&] { return completions.run(out); }},
     };
     int code = 0;
     for (const auto& [isChosen, run] : commands) {

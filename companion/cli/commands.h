@@ -2,6 +2,7 @@
 
 #include "companion/cli/boards_command.h"
 #include "companion/cli/check_command.h"
+#include "companion/cli/completions_command.h"
 #include "companion/cli/demo_command.h"
 #include "companion/cli/doctor_command.h"
 #include "companion/cli/light_command.h"
@@ -41,4 +42,5 @@ private:
     const ValueCommand value;
     const ReportCommand report;
     const DemoCommand demo;
+    const CompletionsCommand completions;
 };

@@ -5,18 +5,18 @@
 #include <CLI/CLI.hpp>
 
 #include <array>
-#include <charconv>
+#include <cstdio>
 #include <optional>
 #include <ostream>
 #include <string_view>
 
 namespace {
 
-/// As few digits as say which number it is.
-std::string shortestText(float value) {
-    std::array<char, 64> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
-    return {text.data(), end};
+/// The seven digits that the module delivers, without zeros at the end. std::to_chars would bring 100 KiB of tables.
+std::string sevenDigits(float value) {
+    std::array<char, 32> text{};
+    const int length = std::snprintf(text.data(), text.size(), "%.7g", static_cast<double>(value));
+    return {text.data(), static_cast<std::size_t>(length)};
 }
 
 } // namespace
@@ -52,6 +52,6 @@ int ValueCommand::run(std::ostream& out, std::ostream& err) const {
         err << "vantrel: " << error << '\n';
         return ExitCode::couldNotLook;
     }
-    out << shortestText(*value) << '\n';
+    out << sevenDigits(*value) << '\n';
     return ExitCode::good;
 }

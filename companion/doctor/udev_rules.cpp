@@ -71,6 +71,10 @@ std::string udevRuleFault(const UdevRuleFile& rule, const UsbIds& ids) {
         rule.text.find("ATTRS{idVendor}") != std::string::npos) {
         return "the ids in it must be in lower case";
     }
+    const bool hasThemInCapitals = rule.text.find(usbIdsText(ids)) != std::string::npos;
+    if (upperCased(rule.text).find("KERNELS==\"0003:" + usbIdsText(ids)) != std::string::npos && !hasThemInCapitals) {
+        return "the ids in it must be in capital letters";
+    }
     if (upperCased(rule.text).find(usbIdText(ids.productId)) == std::string::npos) {
         return "it lacks the product id " + usbIdText(ids.productId);
     }

@@ -240,6 +240,9 @@ TEST(Doctor, NamesWhatIsWrongWithTheBoards) {
          }},
         {"board-rule-wrong", closed("99-board.rules", rule)},
         {"board-rule-wrong", closed("70-board.rules", "hidraw 1234, TAG+=\"uaccess\"")},
+        {"board-rule-wrong", closed("70-board.rules", "hidraw KERNELS==\"0003:1234:abcd.*\", TAG+=\"uaccess\"")},
+        {"board-rule-without-effect",
+         closed("70-board.rules", "hidraw KERNELS==\"0003:1234:ABCD.*\", TAG+=\"uaccess\"")},
         {"board-rule-without-effect", closed("70-board.rules", rule)},
     });
 }
