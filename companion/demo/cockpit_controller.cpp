@@ -92,10 +92,6 @@ std::string CockpitController::panel() const {
     return jsonText(root);
 }
 
-void CockpitController::releaseButtonsOf(const std::string& tab) {
-    buttons.releaseAllOf(tab);
-}
-
 void CockpitController::watch() {
     while (watching) {
         {
@@ -261,8 +257,7 @@ bool CockpitController::actOnBoard(const CockpitAction& action, const std::strin
     const HeldButtons::Button button{&board, action.control, modeOf(action.board)};
     switch (action.kind) {
     case CockpitActionKind::Press:
-        buttons.press(button, tab);
-        break;
+        return buttons.press(button, tab, error);
     case CockpitActionKind::Release:
         buttons.release(button);
         break;

@@ -40,8 +40,10 @@ public:
 
     /// Carries out one action of the tab, an object whose member "do" names it. False with the reason in `error`.
     bool act(const JsonValue& json, const std::string& tab, std::string& error);
-    /// For a tab that is gone.
-    void releaseButtonsOf(const std::string& tab);
+    /// From now on, the tab may press buttons.
+    void openTab(const std::string& tab) { buttons.addHolder(tab); }
+    /// Releases those that it holds down.
+    void closeTab(const std::string& tab) { buttons.removeHolder(tab); }
 
 private:
     const CockpitConfiguration& configuration;

@@ -25,7 +25,8 @@ Page cockpitPage(CockpitController& controller) {
         {"GET /api/panel", [&controller](const PageRequest&) { return jsonReply(controller.panel()); }},
         {"POST /api/action", [&controller](const PageRequest& request) { return carryOut(controller, request); }},
     };
-    page.onTabClosed = [&controller](const std::string& tab) { controller.releaseButtonsOf(tab); };
+    page.onTabOpened = [&controller](const std::string& tab) { controller.openTab(tab); };
+    page.onTabClosed = [&controller](const std::string& tab) { controller.closeTab(tab); };
     return page;
 }
 

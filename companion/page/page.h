@@ -59,8 +59,9 @@ struct Page {
     const EmbeddedFiles& files;
     EventFeed& feed;
     std::map<std::string, PageHandler> routes{};
-    /// Called with a tab's name when its stream of events has ended: it was closed, or has crashed, or the session
-    /// ends.
+    /// Called with a tab's name when its stream of events begins.
+    std::function<void(const std::string& tab)> onTabOpened = [](const std::string&) {};
+    /// Called with its name when the stream has ended: the tab was closed, or has crashed, or the session ends.
     std::function<void(const std::string& tab)> onTabClosed = [](const std::string&) {};
     /// In bytes; a longer request is refused.
     std::size_t longestBody = 4096;

@@ -38,6 +38,7 @@ public:
     Listener(const Page& page, std::string tab, std::shared_ptr<std::atomic<int>> listeners)
         : page(page), tab(std::move(tab)), listeners(std::move(listeners)) {
         ++*this->listeners;
+        page.onTabOpened(this->tab);
     }
     ~Listener() {
         --*listeners;

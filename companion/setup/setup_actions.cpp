@@ -150,7 +150,7 @@ bool SetupController::operate(const JsonValue& json, const std::string& tab, std
         const auto speed = static_cast<std::uint8_t>(std::clamp(memberNumber(json, "speed"), 0, 0xFF));
         return virtualBoards.turn(board, control, static_cast<std::int8_t>(detents), speed);
     }
-    return word == "press" ? virtualBoards.press(board, control, tab) : virtualBoards.release(board, control);
+    return word == "press" ? virtualBoards.press(board, control, tab, error) : virtualBoards.release(board, control);
 }
 
 bool SetupController::setIds(const JsonValue& json, std::string& error) {

@@ -55,8 +55,10 @@ public:
 
     /// Carries out one action, an object whose member "do" names it, for an open tab. False with the reason in `error`.
     bool act(const JsonValue& json, const std::string& tab, std::string& error);
-    /// Releases the virtual boards' controls that this tab holds down.
-    void releaseControlsOf(const std::string& tab) { virtualBoards.releaseAllOf(tab); }
+    /// From now on, the tab may press the virtual boards' controls.
+    void openTab(const std::string& tab) { virtualBoards.addHolder(tab); }
+    /// Releases those that it holds down.
+    void closeTab(const std::string& tab) { virtualBoards.removeHolder(tab); }
 
 private:
     const Platform platform;

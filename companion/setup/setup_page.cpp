@@ -38,7 +38,8 @@ Page setupPage(SetupController& controller) {
         {"POST /api/remarks", judgeCommand},
         {"POST /api/action", [&controller](const PageRequest& request) { return carryOutSetup(controller, request); }},
     };
-    page.onTabClosed = [&controller](const std::string& tab) { controller.releaseControlsOf(tab); };
+    page.onTabOpened = [&controller](const std::string& tab) { controller.openTab(tab); };
+    page.onTabClosed = [&controller](const std::string& tab) { controller.closeTab(tab); };
     return page;
 }
 

@@ -42,13 +42,11 @@ bool VirtualBoards::remove(const std::string& name) {
     return true;
 }
 
-bool VirtualBoards::press(const std::string& name, std::uint16_t control, const std::string& holder) {
+bool VirtualBoards::press(const std::string& name, std::uint16_t control, const std::string& holder,
+                          std::string& error) {
     const std::lock_guard lock(mutex);
     const auto found = slots.find(name);
-    if (found != slots.end()) {
-        held.press({found->second.board.get(), control, found->second.mode}, holder);
-    }
-    return found != slots.end();
+    return found != slots.end() && held.press({found->second.board.get(), control, found->second.mode}, holder, error);
 }
 
 bool VirtualBoards::release(const std::string& name, std::uint16_t control) {

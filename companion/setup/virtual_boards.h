@@ -31,13 +31,16 @@ public:
     /// What a board's light shows; none for a board that has received nothing, or that isn't there.
     std::optional<LedCommand> lightOf(const std::string& name) const;
 
+    // Who may press controls. One who goes lets go of them.
+    void addHolder(const std::string& holder) { held.addHolder(holder); }
+    void removeHolder(const std::string& holder) { held.removeHolder(holder); }
+
     // What its user does. False if there is no board of that name.
-    /// The control then reports that it is held down, until its release. `holder` names who presses it.
-    bool press(const std::string& name, std::uint16_t control, const std::string& holder);
+    /// The control then reports that it is held down, until its release. Also false, with the reason in `error`, if the
+    /// holder isn't there.
+    bool press(const std::string& name, std::uint16_t control, const std::string& holder, std::string& error);
     bool release(const std::string& name, std::uint16_t control);
     bool turn(const std::string& name, std::uint16_t control, std::int8_t detents, std::uint8_t speed);
-    /// Releases what this holder has pressed.
-    void releaseAllOf(const std::string& holder) { held.releaseAllOf(holder); }
 
 private:
     struct Slot {

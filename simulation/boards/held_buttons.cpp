@@ -15,27 +15,8 @@ HeldButtons::~HeldButtons() {
     thread.join();
 }
 
-void HeldButtons::press(const Button& button, const std::string& holder) {
-    {
-        const std::lock_guard lock(mutex);
-        if (!down.try_emplace(button, Press{holder, Clock::now() + firstHold}).second) {
-            return;
-        }
-        sendPress(button);
-    }
-    changed.notify_all();
-}
-
-void HeldButtons::release(const Button& button) {
-    const std::lock_guard lock(mutex);
-    if (down.erase(button) > 0) {
-        sendRelease(button);
-    }
-}
-
 template <typename Chosen>
 void HeldButtons::releaseThose(Chosen chosen) {
-    const std::lock_guard lock(mutex);
     std::erase_if(down, [&](const auto& entry) {
         if (!chosen(entry)) {
             return false;
@@ -45,16 +26,50 @@ void HeldButtons::releaseThose(Chosen chosen) {
     });
 }
 
+void HeldButtons::addHolder(const std::string& holder) {
+    const std::lock_guard lock(mutex);
+    holders.insert(holder);
+}
+
+void HeldButtons::removeHolder(const std::string& holder) {
+    const std::lock_guard lock(mutex);
+    if (const auto found = holders.find(holder); found != holders.end()) {
+        holders.erase(found);
+    }
+    releaseThose([&](const auto& entry) { return entry.second.holder == holder; });
+}
+
+bool HeldButtons::press(const Button& button, const std::string& holder, std::string& error) {
+    {
+        const std::lock_guard lock(mutex);
+        if (!holder.empty() && !holders.contains(holder)) {
+            error = "This page isn't connected, so the button could stay down. Try again when it is";
+            return false;
+        }
+        if (!down.try_emplace(button, Press{holder, Clock::now() + firstHold}).second) {
+            return true;
+        }
+        sendPress(button);
+    }
+    changed.notify_all();
+    return true;
+}
+
+void HeldButtons::release(const Button& button) {
+    const std::lock_guard lock(mutex);
+    if (down.erase(button) > 0) {
+        sendRelease(button);
+    }
+}
+
 void HeldButtons::releaseAll() {
+    const std::lock_guard lock(mutex);
     releaseThose([](const auto&) { return true; });
 }
 
 void HeldButtons::releaseAllOn(const VirtualBoard& board) {
+    const std::lock_guard lock(mutex);
     releaseThose([&](const auto& entry) { return entry.first.board == &board; });
-}
-
-void HeldButtons::releaseAllOf(const std::string& holder) {
-    releaseThose([&](const auto& entry) { return entry.second.holder == holder; });
 }
 
 std::vector<std::uint16_t> HeldButtons::heldOn(const VirtualBoard& board) const {

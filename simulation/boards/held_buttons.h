@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -43,14 +44,17 @@ public:
     HeldButtons(const HeldButtons&) = delete;
     HeldButtons& operator=(const HeldButtons&) = delete;
 
-    /// Does nothing for a button that is already down. `holder` names who presses it.
-    void press(const Button& button, const std::string& holder);
+    /// Who may press buttons, by name. One who comes twice has to go twice.
+    void addHolder(const std::string& holder);
+    /// Releases what the holder has pressed.
+    void removeHolder(const std::string& holder);
+    /// Does nothing for a button that is already down. False with the reason in `error` if the holder isn't there:
+    /// nobody would release the button. One without a name always is, and sees to the release.
+    bool press(const Button& button, const std::string& holder, std::string& error);
     /// Does nothing for a button that isn't down.
     void release(const Button& button);
     void releaseAll();
     void releaseAllOn(const VirtualBoard& board);
-    /// Those that this holder has pressed.
-    void releaseAllOf(const std::string& holder);
     /// The controls of a board that are down.
     std::vector<std::uint16_t> heldOn(const VirtualBoard& board) const;
 
@@ -63,17 +67,18 @@ private:
     };
 
     const ReportCallback onReport;
-    // Guards the buttons and `ending`, and keeps the reports of one button in order.
+    // Guards the buttons, their holders and `ending`, and keeps the reports of one button in order.
     mutable std::mutex mutex;
     std::condition_variable changed;
     std::map<Button, Press> down;
+    std::multiset<std::string> holders;
     bool ending = false;
     std::thread thread;
 
     void repeat();
+    // These need the mutex held.
     template <typename Chosen>
     void releaseThose(Chosen chosen);
-    // These need the mutex held.
     void sendPress(const Button& button) const;
     void sendHold(const Button& button) const;
     void sendRelease(const Button& button) const;

@@ -20,6 +20,7 @@ protected:
         controller.emplace(platform, SetupOptions{folder.path("config.json")});
         std::string error;
         ASSERT_TRUE(controller->start(error)) << error;
+        controller->openTab("tab");
         bus.plug(board);
         ASSERT_TRUE(act(R"({"do":"ids","vendor":"1234","product":"ABCD"})")) << failure;
         ASSERT_TRUE(comes(R"("virtual":false)"));
@@ -70,11 +71,11 @@ TEST_F(SetupControllerTest, HoldsAControlDownUntilItsTabIsGone) {
     EXPECT_TRUE(comes(R"("virtual":true)"));
     EXPECT_TRUE(act(R"({"do":"press","board":"virtual-1","control":5})")) << failure;
     EXPECT_TRUE(comes(R"("action":"HOLD")"));
-    controller->releaseControlsOf("another tab");
+    controller->closeTab("another tab");
     // A release would come before this press.
     EXPECT_TRUE(act(R"({"do":"press","board":"virtual-1","control":6})")) << failure;
     EXPECT_TRUE(comes(R"("control":6)"));
     EXPECT_EQ(received.find(R"("action":"RELEASE")"), std::string::npos);
-    controller->releaseControlsOf("tab");
+    controller->closeTab("tab");
     EXPECT_TRUE(comes(R"("action":"RELEASE")"));
 }

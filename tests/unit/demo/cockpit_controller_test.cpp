@@ -15,6 +15,7 @@ protected:
         ASSERT_TRUE(loadCockpitConfiguration("", configuration, error)) << error;
         controller.emplace(configuration, RigSides{});
         ASSERT_TRUE(controller->start(error)) << error;
+        controller->openTab("tab");
         // The first light and the registration reach the feed in either order.
         ASSERT_TRUE(cameUp("MF.SimVars.Add.") && cameUp(R"("text": "steady 80"})"));
         received.clear();

@@ -30,12 +30,14 @@ protected:
 
     const EmbeddedFiles files{{"index.html", "<!doctype html>"}, {"own.js", ""}};
     EventFeed feed;
+    std::vector<std::string> openedTabs;
     std::vector<std::string> closedTabs;
     const Page page{"The page",
                     files,
                     feed,
                     {{"GET /api/panel", [](const PageRequest&) { return jsonReply("{}"); }},
                      {"POST /api/action", [](const PageRequest& asked) { return refusal(400, asked.body); }}},
+                    [this](const std::string& tab) { openedTabs.push_back(tab); },
                     [this](const std::string& tab) { closedTabs.push_back(tab); }};
     PageRequestHandler answers{page, token};
 };
@@ -92,8 +94,9 @@ TEST_F(PageRequestHandlerTest, StreamsWhatHappensUntilTheEnd) {
     EXPECT_FALSE(reply.stream(piece));
 }
 
-TEST_F(PageRequestHandlerTest, ReportsATabWhoseStreamEnds) {
+TEST_F(PageRequestHandlerTest, ReportsATabWhoseStreamBeginsAndEnds) {
     std::optional<PageReply> reply = answer("GET", "/api/events");
+    EXPECT_EQ(openedTabs, std::vector<std::string>{"tab"});
     EXPECT_TRUE(closedTabs.empty());
     reply.reset();
     EXPECT_EQ(closedTabs, std::vector<std::string>{"tab"});

@@ -18,6 +18,9 @@ protected:
                      std::to_string(report[6]) + ' ' + std::to_string(report[4]) + ' ' + std::to_string(report[8]));
             });
         }
+        for (const char* const holder : {"tab", "left", "right"}) {
+            buttons->addHolder(holder);
+        }
     }
 
     void note(Texts& texts, const std::string& text) {
@@ -29,6 +32,11 @@ protected:
         return texts;
     }
     Texts sent() { return copyOf(reports); }
+
+    bool press(const HeldButtons::Button& button, const std::string& holder) {
+        std::string error;
+        return buttons->press(button, holder, error);
+    }
 
     VirtualBoard first;
     VirtualBoard second;
@@ -45,8 +53,8 @@ protected:
 
 TEST_F(HeldButtonsTest, SendPressAndReleaseOnce) {
     buttons->release({&first, 5, 1});
-    buttons->press({&first, 5, 1}, "tab");
-    buttons->press({&first, 5, 1}, "tab");
+    press({&first, 5, 1}, "tab");
+    press({&first, 5, 1}, "tab");
     EXPECT_EQ(buttons->heldOn(first), std::vector<std::uint16_t>{5});
     EXPECT_TRUE(buttons->heldOn(second).empty());
     buttons->release({&first, 5, 1});
@@ -58,7 +66,7 @@ TEST_F(HeldButtonsTest, SendPressAndReleaseOnce) {
 
 TEST_F(HeldButtonsTest, RepeatAHoldUntilTheRelease) {
     const auto begin = std::chrono::steady_clock::now();
-    buttons->press({&first, 7, 0}, "tab");
+    press({&first, 7, 0}, "tab");
     ASSERT_TRUE(waitUntil([this] { return sent().size() >= 4; }));
     // Three holds: not before their time.
     EXPECT_GE(std::chrono::steady_clock::now() - begin, HeldButtons::firstHold + 2 * HeldButtons::holdPeriod);
@@ -70,27 +78,37 @@ TEST_F(HeldButtonsTest, RepeatAHoldUntilTheRelease) {
 }
 
 TEST_F(HeldButtonsTest, HoldButtonsOfTwoBoardsSideBySide) {
-    buttons->press({&first, 5, 0}, "tab");
-    buttons->press({&second, 5, 1}, "tab");
+    press({&first, 5, 0}, "tab");
+    press({&second, 5, 1}, "tab");
     buttons->release({&first, 5, 0});
     EXPECT_EQ(buttons->heldOn(second), std::vector<std::uint16_t>{5});
     ASSERT_TRUE(waitUntil([this] { return sent().back() == "2 5 1"; }));
 }
 
 TEST_F(HeldButtonsTest, ReleaseThoseOfOneHolder) {
-    buttons->press({&first, 5, 0}, "left");
-    buttons->press({&first, 6, 0}, "right");
-    buttons->press({&first, 5, 0}, "right");
-    buttons->releaseAllOf("right");
+    press({&first, 5, 0}, "left");
+    press({&first, 6, 0}, "right");
+    press({&first, 5, 0}, "right");
+    buttons->removeHolder("right");
     EXPECT_EQ(sent(), (Texts{"1 5 0", "1 6 0", "0 6 0"}));
 }
 
+TEST_F(HeldButtonsTest, ArePressedOnlyByThoseWhoAreThere) {
+    EXPECT_TRUE(press({&first, 4, 0}, ""));
+    buttons->addHolder("tab");
+    buttons->removeHolder("tab");
+    EXPECT_TRUE(press({&first, 5, 0}, "tab")) << "came twice";
+    buttons->removeHolder("tab");
+    EXPECT_FALSE(press({&first, 6, 0}, "tab"));
+    EXPECT_EQ(sent(), (Texts{"1 4 0", "1 5 0", "0 5 0"}));
+}
+
 TEST_F(HeldButtonsTest, ReleaseThoseOfOneBoardOrAll) {
-    buttons->press({&first, 5, 0}, "tab");
-    buttons->press({&second, 6, 1}, "tab");
+    press({&first, 5, 0}, "tab");
+    press({&second, 6, 1}, "tab");
     buttons->releaseAllOn(first);
     EXPECT_EQ(sent(), (Texts{"1 5 0", "1 6 1", "0 5 0"}));
-    buttons->press({&first, 7, 0}, "tab");
+    press({&first, 7, 0}, "tab");
     buttons->releaseAll();
     EXPECT_EQ(sent().size(), 6U);
     EXPECT_TRUE(buttons->heldOn(first).empty());
@@ -98,7 +116,7 @@ TEST_F(HeldButtonsTest, ReleaseThoseOfOneBoardOrAll) {
 }
 
 TEST_F(HeldButtonsTest, EndReleasesWhatIsStillDown) {
-    buttons->press({&first, 5, 0}, "tab");
+    press({&first, 5, 0}, "tab");
     buttons.reset();
     EXPECT_EQ(sent(), (Texts{"1 5 0", "0 5 0"}));
 }
