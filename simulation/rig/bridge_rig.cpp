@@ -106,6 +106,8 @@ Host BridgeRig::host() const {
         return visit("explorer.exe") || (listed->load() && visit("FlightSimulator.exe"));
     };
     host.executablePath = [path = FileSystem::toBytes(folder / "VantrelBridgeHID")] { return path; };
+    // The machine's own is no part of a story.
+    host.systemNotice = nullptr;
     host.commonDataFolder = [path = FileSystem::toBytes(folder)] { return path; };
     host.sleepFor = [pace = settings.pace, sleep = host.sleepFor](std::chrono::milliseconds wait) {
         sleep(pace.apply(wait));

@@ -1,7 +1,5 @@
 #include "platform/crash_line.h"
 
-#include "platform/file_system.h"
-
 #include <windows.h>
 
 #include <algorithm>
@@ -62,8 +60,7 @@ void findProgram() {
 } // namespace
 
 void installCrashLine(const std::string& path, std::string_view version) {
-    const std::wstring wide = FileSystem::fromBytes(path).wstring();
-    std::copy_n(wide.begin(), std::min(wide.size(), crashFile.size() - 1), crashFile.begin());
+    MultiByteToWideChar(CP_ACP, 0, path.c_str(), -1, crashFile.data(), static_cast<int>(crashFile.size()));
     std::copy_n(version.begin(), std::min(version.size(), crashedVersion.size() - 1), crashedVersion.begin());
     findProgram();
     ULONG reservedStack = 65536;
