@@ -84,6 +84,9 @@ TEST_F(MappingStress, BoardsSessionsAndTheEngineComeAndGo) {
             hid.scanDevices();
         }
         if (round % 5 == 1) {
+            // Nothing may reach the engine while it starts, so what was delivered must have been handled, too.
+            const std::size_t polls = sim.count(SimCall::CallDispatch);
+            ASSERT_TRUE(waitUntil([&] { return sim.count(SimCall::CallDispatch) > polls; })) << round;
             engine.stop();
             ASSERT_TRUE(startEngine());
         }
