@@ -19,8 +19,9 @@
 
 /// Decides what a board's events mean and what a board shows. Its three workers are classes of their own: EventRouter
 /// takes the events in order, HoldRepeater repeats held map buttons, OutputDriver keeps the boards' lights in step with
-/// the simulator. `start` and `stop` are called on one thread at a time; the other operations on any. No thread ever
-/// holds two of the mutexes of these classes at once, nor any of them across a call to another subsystem.
+/// the simulator. `start` and `stop` are called on one thread at a time; the other operations on any, but a backlight
+/// payload doesn't come during `start`. No thread ever holds two of the mutexes of these classes at once, nor any of
+/// them across a call to another subsystem.
 class MappingEngine {
 public:
     explicit MappingEngine(Host host);
