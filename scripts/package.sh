@@ -56,15 +56,16 @@ pack_symbols() {
 }
 
 summary() {
-  local program size
+  local program size too_large=""
   echo
   for program in "${programs[@]}"; do
     size=$(stat -c %s "$program")
     printf '%10d  %s\n' "$size" "${program#"$stages/"}"
-    [ "$size" -le "$size_limit" ] || die "$program is larger than $size_limit bytes"
+    [ "$size" -le "$size_limit" ] || too_large+=" ${program#"$stages/"}"
   done
   (cd "$dist" && find . -type f -printf '%10s  %P\n' | sort -k2)
   say "version $version, commit $(git rev-parse --short HEAD), in dist/, after $((SECONDS - started)) s"
+  [ -z "$too_large" ] || die "larger than $size_limit bytes:$too_large"
 }
 
 [ -z "$(git status --porcelain)" ] || say "there are changes that no commit holds; don't publish these packages"
