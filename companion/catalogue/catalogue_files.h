@@ -1,8 +1,6 @@
 #pragma once
 
-#include <map>
-#include <string>
-#include <string_view>
+#include "companion/embedded/embedded_files.h"
 
-/// The data files of this folder, built in, by name.
-const std::map<std::string, std::string_view>& catalogueFiles();
+/// The data files of this folder.
+const EmbeddedFiles& catalogueFiles();

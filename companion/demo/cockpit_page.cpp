@@ -1,7 +1,7 @@
 #include "companion/demo/cockpit_page.h"
 
 #include "companion/demo/cockpit_configuration.h"
-#include "companion/demo/embedded_files.h"
+#include "companion/demo/web_files.h"
 #include "companion/page/page_session.h"
 #include "config/json.h"
 

@@ -13,7 +13,7 @@ const std::string emptyArray = "[\n  ]";
 } // namespace
 
 ConfigurationTexts sampleTexts() {
-    const auto text = [](const char* name) { return std::string(sampleSet().at(name)); };
+    const auto text = [](const char* name) { return sampleSet().at(name); };
     return {{text("config.json"), text("hid_event_map.json"), text("buttons.json")}};
 }
 

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <map>
-#include <string>
-#include <string_view>
+#include "companion/embedded/embedded_files.h"
 
-/// The documentation's pages that this program reads, built in, by name.
-const std::map<std::string, std::string_view>& guideFiles();
+/// The documentation's pages that this program reads.
+const EmbeddedFiles& guideFiles();

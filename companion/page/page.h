@@ -1,6 +1,6 @@
 #pragma once
 
-#include "companion/page/embedded_files.h"
+#include "companion/embedded/embedded_files.h"
 #include "companion/page/event_feed.h"
 
 #include <cstddef>

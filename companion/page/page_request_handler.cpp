@@ -1,6 +1,7 @@
 #include "companion/page/page_request_handler.h"
 
 #include "companion/page/request_checks.h"
+#include "companion/page/shared_web_files.h"
 
 #include <chrono>
 #include <string_view>
@@ -74,7 +75,7 @@ PageReply PageRequestHandler::file(const std::string& name) const {
     const std::string wanted = name.empty() ? firstPage : name;
     for (const EmbeddedFiles* const files : {&page.files, &sharedWebFiles()}) {
         if (const auto found = files->find(wanted); found != files->end()) {
-            return {200, contentTypeOf(wanted), std::string(found->second)};
+            return {200, contentTypeOf(wanted), found->second};
         }
     }
     return nothingHere();

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <map>
-#include <string>
-#include <string_view>
+#include "companion/embedded/embedded_files.h"
 
-/// The files of config, built in, by name.
-const std::map<std::string, std::string_view>& sampleSet();
+/// The files of config.
+const EmbeddedFiles& sampleSet();

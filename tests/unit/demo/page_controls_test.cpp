@@ -1,4 +1,4 @@
-#include "companion/demo/embedded_files.h"
+#include "companion/demo/web_files.h"
 #include "simulation/simulator/simulator_controls.h"
 
 #include <gtest/gtest.h>
