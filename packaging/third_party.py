@@ -18,14 +18,14 @@ import time
 from dataclasses import dataclass
 
 ROOT = pathlib.Path(__file__).parent.parent
-LINUX, WINDOWS = "linux", "windows"
+LINUX, WINDOWS, INSTALLER = "linux", "windows", "installer"
 
 
 @dataclass
 class Part:
     name: str
     licence: str
-    # The Debian package of each system's build. Its version names the part's.
+    # The Debian package that each build takes it from. Its version names the part's.
     packages: dict
     # Where its licence text is: a package, and the paragraph of that package's copyright file.
     copyright_package: str
@@ -37,16 +37,20 @@ PARTS = [
     Part("JSON for Modern C++", "MIT", {LINUX: "nlohmann-json3-dev", WINDOWS: "nlohmann-json3-dev"}, "nlohmann-json3-dev"),
     Part("cpp-httplib", "MIT", {LINUX: "source:cpp-httplib", WINDOWS: "source:cpp-httplib"}, "source:cpp-httplib"),
     Part("minizip", "Zlib", {LINUX: "libminizip-dev", WINDOWS: "source:minizip"}, "libminizip-dev"),
-    Part("zlib", "Zlib", {LINUX: "zlib1g-dev", WINDOWS: "libz-mingw-w64-dev"}, "zlib1g-dev"),
+    Part("zlib", "Zlib", {WINDOWS: "libz-mingw-w64-dev"}, "libz-mingw-w64-dev"),
     Part("libstdc++ and libgcc", "GPL-3.0-or-later WITH GCC-exception-3.1",
          {LINUX: "libstdc++-12-dev", WINDOWS: "gcc-mingw-w64-x86-64-posix-runtime"}, "gcc-12-base"),
     Part("MinGW-w64 runtime", "ZPL-2.1", {WINDOWS: "mingw-w64-x86-64-dev"}, "mingw-w64-x86-64-dev"),
     Part("winpthreads", "MIT", {WINDOWS: "mingw-w64-x86-64-dev"}, "mingw-w64-x86-64-dev",
          "mingw-w64-libraries/winpthreads/*"),
+    Part("NSIS", "Zlib", {INSTALLER: "nsis-common"}, "nsis-common"),
+    Part("System plug-in of NSIS", "MIT", {INSTALLER: "nsis-common"}, "nsis-common", "Contrib/System/Source/Call.S"),
 ]
 
-# A package's ending, and the system whose programs it contains.
-SYSTEM_OF = {".deb": LINUX, "linux-x86_64.tar.gz": LINUX, "windows-x64.zip": WINDOWS, "setup.exe": WINDOWS}
+# A package's ending, and the builds whose parts it contains.
+BUILDS_IN = {".deb": [LINUX], "linux-x86_64.tar.gz": [LINUX], "windows-x64.zip": [WINDOWS],
+             "setup.exe": [WINDOWS, INSTALLER]}
+ONLY = {WINDOWS: ", on Windows only", INSTALLER: ", in the installer for Windows only"}
 
 
 def source_folder(package):
@@ -96,9 +100,9 @@ def notice(part):
 
 
 def notices():
-    print("The programs VantrelBridgeHID and vantrel contain parts that others wrote. These are their licences.")
+    print("VantrelBridge contains parts that others wrote. These are their licences.")
     for part in PARTS:
-        only = "" if LINUX in part.packages else ", on Windows only"
+        only = "" if LINUX in part.packages else ONLY[next(iter(part.packages))]
         print(f"\n{'=' * 80}\n{part.name} ({part.licence}){only}\n{'=' * 80}\n\n{notice(part)}")
 
 
@@ -106,8 +110,12 @@ def identifier(text):
     return "SPDXRef-" + re.sub(r"[^A-Za-z0-9.]+", "-", text).strip("-")
 
 
-def system_of(path):
-    return next(system for ending, system in SYSTEM_OF.items() if path.name.endswith(ending))
+def builds_in(path):
+    return next(builds for ending, builds in BUILDS_IN.items() if path.name.endswith(ending))
+
+
+def parts_of(build):
+    return [part for part in PARTS if build in part.packages]
 
 
 def package_record(path, version):
@@ -124,13 +132,13 @@ def package_record(path, version):
     }
 
 
-def part_record(part, system):
-    package = part.packages[system]
+def part_record(part, build):
+    package = part.packages[build]
     name = package.removeprefix("source:")
     version = installed_version(package)
     kind = "?arch=source" if package.startswith("source:") else ""
     return {
-        "SPDXID": identifier(f"{part.name} {system}"),
+        "SPDXID": identifier(f"{part.name} {build}"),
         "name": part.name,
         "versionInfo": version,
         "downloadLocation": "NOASSERTION",
@@ -148,13 +156,13 @@ def relationship(one, kind, other):
 
 
 def sbom(version, paths):
-    systems = sorted({system_of(path) for path in paths})
+    builds = sorted({build for path in paths for build in builds_in(path)})
     packages = [package_record(path, version) for path in paths]
-    parts = [part_record(part, system) for system in systems for part in PARTS if system in part.packages]
+    parts = [part_record(part, build) for build in builds for part in parts_of(build)]
     relationships = [relationship("SPDXRef-DOCUMENT", "DESCRIBES", package["SPDXID"]) for package in packages]
     for path in paths:
-        relationships += [relationship(identifier(path.name), "STATIC_LINK", identifier(f"{part.name} {system_of(path)}"))
-                          for part in PARTS if system_of(path) in part.packages]
+        relationships += [relationship(identifier(path.name), "STATIC_LINK", identifier(f"{part.name} {build}"))
+                          for build in builds_in(path) for part in parts_of(build)]
     digest = hashlib.sha256("".join(package["checksums"][0]["checksumValue"] for package in packages).encode()).hexdigest()
     document = {
         "spdxVersion": "SPDX-2.3",

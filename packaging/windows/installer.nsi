@@ -9,7 +9,7 @@
 ; Exit codes: 0 good, 1 cancelled, 2 nothing was changed, 3 installed, but not registered.
 
 Target amd64-unicode
-SetCompressor lzma
+SetCompressor zlib
 ; The packed times of files would make each build's bytes differ.
 SetDateSave off
 AllowSkipFiles off
