@@ -5,9 +5,10 @@ include(GNUInstallDirs)
 
 # What makes the bridge known to a Linux system: the rule for its boards, the service and the setup page in the menu.
 function(install_into_linux)
-  set(programs_folder ${CMAKE_INSTALL_FULL_BINDIR})
-  configure_file(${CMAKE_SOURCE_DIR}/packaging/linux/vantrelbridge.service.in
-                 ${CMAKE_BINARY_DIR}/vantrelbridge.service @ONLY)
+  # Only the installation knows where the program goes.
+  install(CODE "set(programs_folder \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\")
+    configure_file(\"${CMAKE_SOURCE_DIR}/packaging/linux/vantrelbridge.service.in\"
+                   \"${CMAKE_BINARY_DIR}/vantrelbridge.service\" @ONLY)")
   install(FILES packaging/linux/70-vantrelbridge.rules DESTINATION lib/udev/rules.d)
   install(FILES ${CMAKE_BINARY_DIR}/vantrelbridge.service DESTINATION lib/systemd/user)
   install(FILES packaging/linux/vantrelbridge-setup.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)

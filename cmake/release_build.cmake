@@ -1,11 +1,7 @@
 # Settings of the programs in the packages. Two builds of one commit give the same bytes, whatever folder they are in:
 # debug information and __FILE__ name paths below the source folder, and the linker writes no clock into an executable.
 # Code that nothing calls is left out.
-include(CheckPIESupported)
-check_pie_supported(LANGUAGES C CXX)
-set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-
-add_compile_options(-g -ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
+add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
 if(WIN32)
   add_link_options(-Wl,--no-insert-timestamp)
 else()

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# Checks the packages in dist/: each holds exactly the files of its list in packaging/manifests, and what the release
+# Checks packages: each holds exactly the files of its list in packaging/manifests, and what the release
 # claims is true: check sums, notices, the list of parts, lintian.
-#   check-packages.sh           compares
-#   check-packages.sh --update  writes the lists anew from the packages
+#   check-packages.sh [DIST]           compares
+#   check-packages.sh --update [DIST]  writes the lists anew from the packages
+# DIST is the folder that scripts/package.sh has filled, dist by default.
 # In a list, VERSION is the version, and pages and pictures of the manual count as their folder.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
@@ -11,11 +12,12 @@ if [ "${1:-}" = --update ]; then
   update=yes
   shift
 fi
-at_most 0 "$@"
+at_most 1 "$@"
+dist=$PWD/dist
+[ $# -eq 0 ] || dist=$(callers_path "$1")
 export LC_ALL=C
 
 version=$(sed -nE 's/^project\(VantrelBridgeHID VERSION ([0-9.]+) .*/\1/p' CMakeLists.txt)
-dist=$PWD/dist
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 

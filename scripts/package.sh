@@ -2,7 +2,8 @@
 # Builds the packages of a release into dist/: programs for Linux and Windows, their packages, the symbols, the list of
 # parts and SHA256SUMS. The same commit gives the same bytes.
 #   package.sh           on a fresh machine: installs what it needs, and builds from the beginning
-#   package.sh --quick   without the set-up, and from what build/release-linux and build/release-windows hold
+#   package.sh --quick   into build/test-packages, from the programs of the presets linux and windows and without set-up:
+#                        for testing the packages, not for publishing
 # docs/release.md says what to do with the result.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
@@ -21,6 +22,7 @@ export SOURCE_DATE_EPOCH
 started=$SECONDS
 stages=$PWD/build/packages
 dist=$PWD/dist
+[ -z "$quick" ] || dist=$PWD/build/test-packages
 size_limit=$((3 * 1024 * 1024))
 
 # The version is the project's, and the newest one that the changelog describes.
@@ -29,14 +31,16 @@ described=$(sed -nE '/^## /{s/^## ([^ ]+).*/\1/p;q}' CHANGELOG.md)
 [ -n "$version" ] || die "CMakeLists.txt names no version"
 [ "$version" = "$described" ] || die "CMakeLists.txt has version $version, but CHANGELOG.md begins with $described"
 
-build() { # system
-  local preset=release-$1 stage=$stages/$1 prefix=""
-  [ "$1" = windows ] || prefix=/usr
+build() { # system, prefix
+  local preset=$1
   say "building for $1"
-  [ -n "$quick" ] || rm -rf "build/$preset"
+  if [ -z "$quick" ]; then
+    preset=release-$1
+    rm -rf "build/$preset"
+  fi
   cmake --preset "$preset" >/dev/null
   cmake --build --preset "$preset" --target VantrelBridgeHID vantrel -- --quiet
-  cmake --install "build/$preset" --prefix "$stage$prefix" >/dev/null
+  DESTDIR=$stages/$1 cmake --install "build/$preset" --prefix "$2" >/dev/null
 }
 
 # Puts a program's symbols into a file of their own, to which the stripped program points.
@@ -64,7 +68,7 @@ summary() {
     [ "$size" -le "$size_limit" ] || too_large+=" ${program#"$stages/"}"
   done
   (cd "$dist" && find . -type f -printf '%10s  %P\n' | sort -k2)
-  say "version $version, commit $(git rev-parse --short HEAD), in dist/, after $((SECONDS - started)) s"
+  say "version $version, commit $(git rev-parse --short HEAD), in ${dist#"$PWD/"}/, after $((SECONDS - started)) s"
   [ -z "$too_large" ] || die "larger than $size_limit bytes:$too_large"
 }
 
@@ -76,8 +80,8 @@ if [ -z "$quick" ]; then
 fi
 rm -rf "$stages" "$dist"
 mkdir -p "$stages" "$dist"
-build linux
-build windows
+build linux /usr
+build windows /
 
 programs=("$stages"/linux/usr/bin/{VantrelBridgeHID,vantrel} "$stages"/windows/{VantrelBridgeHID,vantrel}.exe)
 for program in "${programs[@]:0:2}"; do separate_symbols "$program" ""; done

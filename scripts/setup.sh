@@ -1,19 +1,19 @@
 #!/usr/bin/env bash
 # Installs what building and testing need and this machine lacks. Safe to run again: it does nothing where all is there.
-#   setup.sh             what scripts/test.sh needs: compilers, cross compiler, Wine, libraries' sources, the test
-#                        machine's kernel
+#   setup.sh             what scripts/test.sh needs: compilers, cross compiler, Wine, the packages' tools, libraries'
+#                        sources, the test machine's kernel
 #   setup.sh --build     only what a native build and its unit tests need
-#   setup.sh --packages  only what scripts/package.sh and the tests of the packages need
+#   setup.sh --packages  only what scripts/package.sh needs
 #   setup.sh --coverage  what --build installs, and what scripts/coverage.sh needs
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 
 build_packages=(cmake ninja-build g++ clang googletest libgtest-dev libbenchmark-dev nlohmann-json3-dev libcli11-dev
   libpugixml-dev libminizip-dev zlib1g-dev dpkg-dev)
-test_packages=(clang-format clang-tidy shellcheck libclang-rt-14-dev chromium g++-mingw-w64-x86-64-posix
-  libz-mingw-w64-dev wine wine64 qemu-system-x86 busybox-static cpio python3 udev)
-packaging_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev pandoc lintian nsis osslsigncode zip unzip xz-utils git
-  python3 python3-yaml python3-jsonschema systemd zsh fish locales openssl util-linux)
+packaging_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev pandoc nsis osslsigncode zip xz-utils git python3 python3-yaml)
+test_packages=("${packaging_packages[@]}" clang-format clang-tidy shellcheck libclang-rt-14-dev chromium wine wine64
+  qemu-system-x86 busybox-static cpio udev lintian unzip python3-jsonschema systemd zsh fish locales openssl
+  util-linux)
 
 case "${1:-}" in
   --build) packages=("${build_packages[@]}") ;;

@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
-# Installs the packages for Linux in dist/ into the small test machine, uses them as an ordinary user, and removes them.
-# scripts/package.sh makes them. Takes no arguments.
+# Installs the packages for Linux into the small test machine, uses them as an ordinary user, and removes them.
+#   test-linux-packages.sh [DIST]   the folder that scripts/package.sh has filled, dist by default
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
-at_most 0 "$@"
+at_most 1 "$@"
+dist=dist
+[ $# -eq 0 ] || dist=$(callers_path "$1")
 
 version=$(sed -nE 's/^project\(VantrelBridgeHID VERSION ([0-9.]+) .*/\1/p' CMakeLists.txt)
-package=dist/vantrelbridge_${version}_amd64.deb
-archive=dist/VantrelBridge-$version-linux-x86_64.tar.gz
+package=$dist/vantrelbridge_${version}_amd64.deb
+archive=$dist/VantrelBridge-$version-linux-x86_64.tar.gz
 for file in "$package" "$archive"; do
   [ -e "$file" ] || die "no $file; scripts/package.sh makes it"
 done

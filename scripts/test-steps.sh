@@ -2,11 +2,11 @@
 # The steps of test.sh, one function each, and what runs and counts them. Sourced, not run; `steps` and
 # `results` are test.sh's.
 
-all_steps=(style docs linux unit schemas scenarios asan tsan browser windows wine fuzz soak system system_wine bench)
+all_steps=(style docs linux unit schemas scenarios asan tsan browser windows wine fuzz soak system system_wine packages bench)
 # Two lanes run side by side: one mostly compiles, the other mostly runs what the first has built and often only waits.
 # Both take about as long. The benchmarks measure, so they come last and have the machine to themselves.
 build_lane=(quick linux windows asan tsan style fuzz)
-run_lane=(docs unit schemas scenarios soak system wine system_wine browser)
+run_lane=(docs unit schemas scenarios soak system wine packages system_wine browser)
 alone=(bench)
 
 # The longest first, so that none runs alone at the end.
@@ -26,7 +26,7 @@ needs() {
   case "$1" in
     unit | schemas | scenarios | soak | system) echo linux ;;
     wine) echo windows ;;
-    system_wine) echo linux windows ;;
+    system_wine | packages) echo linux windows ;;
     browser) echo linux asan tsan windows ;;
   esac
 }
@@ -189,5 +189,18 @@ step_soak() {
 step_system() { scripts/system-tests.sh; }
 
 step_system_wine() { scripts/system-tests.sh --windows; }
+
+# The packages' own tests mostly wait, so they run side by side.
+step_packages() {
+  local packages=build/test-packages test outputs=() code=0
+  scripts/package.sh --quick
+  for test in check-packages test-linux-packages test-windows-packages test-windows-signing; do
+    "scripts/$test.sh" "$packages" >"$results/packages-$test.txt" 2>&1 &
+    outputs+=("$!")
+  done
+  for test in "${outputs[@]}"; do wait "$test" || code=1; done
+  cat "$results"/packages-*.txt
+  return "$code"
+}
 
 step_bench() { scripts/run-benchmarks.sh --check; }

@@ -18,7 +18,7 @@ version=${version%-setup.exe}
 [ -f "$setup" ] || die "no installer in $dist"
 
 work=$(mktemp -d)
-export WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d' LOCPATH=$work/locales LANGUAGE=C
+export WINEPREFIX=$work/pc WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d' LOCPATH=$work/locales LANGUAGE=C
 trap 'wineserver -k; wineserver -w; rm -rf "$work"' EXIT
 . scripts/windows-package-checks.sh
 
@@ -38,7 +38,7 @@ start_pc() { # locale, user name
   local roaming="C:\\users\\$2\\AppData\\Roaming"
   [ -d "$LOCPATH/$1" ] || { mkdir -p "$LOCPATH"; localedef -i "${1%.*}" -f UTF-8 "$LOCPATH/$1"; }
   wineserver -k 2>/dev/null
-  export LC_ALL=$1 WINEPREFIX=$work/pc
+  export LC_ALL=$1
   rm -rf "$WINEPREFIX"
   wineboot --init >/dev/null 2>&1
   wine winecfg -v win10

@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Writes what winget and Scoop need to know of a release: dist/winget/*.yaml and dist/scoop/vantrelbridge.json.
 
   write_manifests.py DIST VERSION RELEASE_URL

@@ -7,7 +7,7 @@ at_most 3 "$@"
 [ $# -eq 3 ] || usage_error "needs two packages and an archive"
 older=$1
 package=$2
-archive=$PWD/$3
+archive=$3
 home=/home/pilot
 log=$home/.local/share/VantrelBridge/logs/VantrelBridgeHID.log
 # The machine's root is a chroot, in which systemd's tools would do nothing.

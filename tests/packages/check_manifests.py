@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Checks the manifests for winget and Scoop in a folder of packages: check_manifests.py DIST"""
 import copy
 import hashlib
