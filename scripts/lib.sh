@@ -72,3 +72,9 @@ start_wine() {
 }
 
 end_wine() { wineserver -k; wineserver -w; }
+
+# Builds build/linux/tests/system/plug-in-board, with which the packages' tests plug in boards. They run side by side.
+build_plug_in_board() {
+  [ -e build/linux/build.ninja ] || cmake --preset linux >/dev/null
+  flock build/linux cmake --build --preset linux --target plug-in-board >/dev/null
+}

@@ -14,6 +14,8 @@ for file in "$package" "$archive"; do
   [ -e "$file" ] || die "no $file; scripts/package.sh makes it"
 done
 
+build_plug_in_board
+
 # An older package, to be upgraded: with a file that the new one lacks.
 older=$(mktemp -d "$PWD/build/older.XXXXXX")
 trap 'rm -rf "$older"' EXIT
@@ -22,4 +24,4 @@ sed -i "s/^Version: .*/Version: 0.0.1/" "$older/tree/DEBIAN/control"
 touch "$older/tree/usr/share/VantrelBridge/dropped-later"
 dpkg-deb --root-owner-group -Znone --build "$older/tree" "$older/older.deb" >/dev/null
 
-scripts/vm/run-in-vm.sh --time 1500 scripts/vm/test-linux-packages.sh "$older/older.deb" "$package" "$archive"
+scripts/vm/run-in-vm.sh --time 1500 --cpus 1 scripts/vm/test-linux-packages.sh "$older/older.deb" "$package" "$archive"

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs, updates and removes the Windows packages under Wine, as their users do.
+# Installs, updates and removes the Windows packages under Wine, as their users do, and plugs a board into the installed
+# bridge.
 #   test-windows-packages.sh [DIST]   the folder with installer and zip, dist by default
 set -uo pipefail
 . "$(dirname "$0")/lib.sh"
@@ -19,10 +20,20 @@ version=${version%-setup.exe}
 
 work=$(mktemp -d)
 export WINEPREFIX=$work/pc WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d' LOCPATH=$work/locales LANGUAGE=C
-trap 'wineserver -k; wineserver -w; rm -rf "$work"' EXIT
+machine=""
+trap '[ -z "$machine" ] || kill "$machine" 2>/dev/null; wineserver -k; wineserver -w; rm -rf "$work"' EXIT
 . scripts/windows-package-checks.sh
 
 # --- What the stories below do
+
+# Only the test machine has a HID stack for boards.
+start_test_machine() {
+  build_plug_in_board
+  scripts/vm/make-wine-prefix.sh build/wine-hid
+  scripts/vm/run-in-vm.sh --time 1500 --memory 3072 --cpus 1 scripts/vm/test-windows-installation.sh "$PWD/build/wine-hid" "$setup" \
+    >"$work/machine" 2>&1 &
+  machine=$!
+}
 
 make_older_packages() {
   unzip -q "$dist/VantrelBridge-$version-windows-x64.zip" -d "$work/zip"
@@ -199,6 +210,11 @@ follows_its_switches() {
   check "the data folder's configuration stays" test -f "$data/config.json"
 }
 
+test_machine_succeeds() {
+  wait "$machine" || { cat "$work/machine"; return 1; }
+}
+
+start_test_machine || die "the test machine can't be prepared"
 check "the manifests for winget and Scoop are right" tests/packages/check_manifests.py "$dist"
 make_older_packages || die "the older packages can't be built"
 installs_and_removes de_DE.UTF-8 'Jürgen Weiß'
@@ -209,4 +225,5 @@ updates
 refuses_what_it_cannot_edit
 leaves_nothing_half_done
 follows_its_switches
+check "in the test machine, the installed bridge serves a board" test_machine_succeeds
 report_checks

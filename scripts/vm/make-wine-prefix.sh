@@ -7,7 +7,8 @@ at_most 1 "$@"
 [ $# -eq 1 ] || usage_error "no folder named"
 cd "$OLDPWD"
 
-export WINEPREFIX=$1 WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='mscoree,mshtml='
+WINEPREFIX=$(realpath -m "$1")
+export WINEPREFIX WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='mscoree,mshtml='
 [ -e "$WINEPREFIX/ready" ] && exit
 say "making $WINEPREFIX"
 wineboot --init >/dev/null 2>&1

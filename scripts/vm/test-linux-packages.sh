@@ -51,7 +51,7 @@ start_the_system() {
 }
 
 plug_in() { # vendor, product
-  python3 scripts/vm/plug-in-board.py "$1" "$2" &
+  build/linux/tests/system/plug-in-board "$1" "$2" &
   boards+=($!)
   eventually has_node "$1" "$2"
 }
