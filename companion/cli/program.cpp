@@ -2,6 +2,7 @@
 
 #include "companion/cli/commands.h"
 #include "companion/cli/exit_code.h"
+#include "companion/report/companion_name.h"
 
 #include <CLI/CLI.hpp>
 
@@ -25,7 +26,7 @@ int refuse(const CLI::App& program, const CLI::ParseError& error, std::ostream& 
 } // namespace
 
 int runVantrel(const Platform& platform, int argc, const char* const* argv, std::ostream& out, std::ostream& err) {
-    CLI::App program("Sets up, checks and tries VantrelBridgeHID", "vantrel");
+    CLI::App program("Sets up, checks and tries VantrelBridgeHID", companionName);
     program.set_version_flag("--version", "vantrel " VANTREL_VERSION);
     program.require_subcommand(1);
     program.footer("\"vantrel check --help\" explains a command.\n"

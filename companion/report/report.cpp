@@ -6,6 +6,7 @@
 #include "companion/doctor/check_result_text.h"
 #include "companion/doctor/doctor.h"
 #include "companion/doctor/log_check.h"
+#include "companion/report/companion_name.h"
 #include "companion/report/system_identity.h"
 #include "platform/file_system.h"
 
@@ -74,7 +75,9 @@ void addLogs(const Machine& machine, Collector& collector) {
         for (int number = 1; number <= oldLogs; ++number) {
             collector.addFile(name, logPath(folder) + '.' + std::to_string(number));
         }
-        collector.addFile(name, FileSystem::join(folder, crashFileName));
+        for (const char* const program : {programName, companionName}) {
+            collector.addFile(name, FileSystem::join(folder, crashFileName(program)));
+        }
     }
 }
 

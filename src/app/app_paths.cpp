@@ -57,6 +57,7 @@ std::vector<std::string> configCandidates(const Host& host) {
     return candidates;
 }
 
-std::string crashLinePath(const Host& host, bool consoleMode) {
-    return FileSystem::join(logDirectory(consoleMode, commonAppDataDirectory(host), exeDirectory(host)), crashFileName);
+std::string crashLinePath(const Host& host, bool consoleMode, const std::string& program) {
+    const std::string folder = logDirectory(consoleMode, commonAppDataDirectory(host), exeDirectory(host));
+    return FileSystem::join(folder, crashFileName(program));
 }

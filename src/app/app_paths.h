@@ -21,5 +21,5 @@ std::string defaultConfigPath(const Host& host);
 /// The places that the search looks at, in its order.
 std::vector<std::string> configCandidates(const Host& host);
 
-/// The file beside the log that gets a line about a crash.
-std::string crashLinePath(const Host& host, bool consoleMode);
+/// The file beside the log that gets a line about a crash of that program.
+std::string crashLinePath(const Host& host, bool consoleMode, const std::string& program);

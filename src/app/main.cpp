@@ -1,6 +1,7 @@
 #include "app/app_paths.h"
 #include "app/command_line.h"
 #include "app/program.h"
+#include "app/program_names.h"
 #include "app/standard_outputs.h"
 #include "platform/crash_line.h"
 
@@ -9,8 +10,9 @@
 int main(int argc, char** argv) {
     const Platform platform = systemPlatform();
     // A sanitizer reports crashes itself.
-    if (BRIDGE_WRITES_CRASH_LINE) {
-        installCrashLine(crashLinePath(platform.host, parseCommandLine(argc, argv).console), BRIDGE_VERSION);
+    if (WRITES_CRASH_LINE) {
+        const bool console = parseCommandLine(argc, argv).console;
+        installCrashLine(crashLinePath(platform.host, console, programName), programName, BRIDGE_VERSION);
     }
     const int exitCode = runProgram(platform, argc, argv);
     // The console thread may block in a read of standard input forever. It then holds the stream's lock, for which an

@@ -37,11 +37,11 @@ private:
 
 std::size_t writeCrashLine(const CrashFacts& facts, std::span<char> buffer) {
     CrashText line(buffer);
-    line.add("VantrelBridgeHID ").add(facts.version).add(" crashed: ");
+    line.add(facts.program).add(" ").add(facts.version).add(" crashed: ");
     line.add(facts.kind).add(" ").addHex(facts.code).add(" at ");
     const std::uint64_t offset = facts.address - facts.programStart;
     if (facts.address >= facts.programStart && offset < facts.programSize) {
-        line.add("VantrelBridgeHID+").addHex(offset);
+        line.add(facts.program).add("+").addHex(offset);
     } else {
         line.addHex(facts.address).add(", outside the program");
     }

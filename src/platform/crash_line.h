@@ -8,6 +8,8 @@
 
 /// What a crashed process knows about its end.
 struct CrashFacts {
+    /// Its name.
+    std::string_view program;
     std::string_view version;
     /// What `code` is: "signal" or "exception".
     std::string_view kind;
@@ -26,4 +28,4 @@ std::size_t writeCrashLine(const CrashFacts& facts, std::span<char> buffer);
 /// From here on, a crash appends its line to the file at `path`, whose folder must exist by then, and the process then
 /// ends as it would have without it. A thread other than the caller's that runs out of stack leaves no line. Called
 /// once, on the main thread. A path beyond the system's limit gets no line.
-void installCrashLine(const std::string& path, std::string_view version);
+void installCrashLine(const std::string& path, std::string_view program, std::string_view version);

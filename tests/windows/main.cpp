@@ -31,7 +31,7 @@ int startRest(const std::string& commandLine) {
 /// Ends by an instruction that doesn't exist, or as an uncaught exception does.
 int crash(std::string_view kind, const char* file) {
     SetErrorMode(SEM_NOGPFAULTERRORBOX);
-    installCrashLine(file, "1.2.3");
+    installCrashLine(file, "VantrelBridgeHID", "1.2.3");
     if (kind == abortOption) {
         std::abort();
     }

@@ -1,5 +1,6 @@
-// What the executable says about itself.
+// What the executables say about themselves.
 
+#include "platform/file_system.h"
 #include "tests/windows/installed_bridge.h"
 
 #include <gtest/gtest.h>
@@ -10,9 +11,9 @@
 
 namespace {
 
-class BridgeResources : public testing::Test {
+class ProgramResources : public testing::TestWithParam<std::string> {
 protected:
-    ~BridgeResources() override { FreeLibrary(module); }
+    ~ProgramResources() override { FreeLibrary(module); }
 
     std::string resource(LPCSTR type, WORD number) const {
         const HRSRC found = FindResourceA(module, MAKEINTRESOURCEA(number), type);
@@ -23,18 +24,18 @@ protected:
         return {static_cast<const char*>(LockResource(loaded)), SizeofResource(module, found)};
     }
 
-    HMODULE module = LoadLibraryExA(builtExecutable().c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
-};
-
-std::vector<char> versionInformation() {
-    const std::string path = builtExecutable();
-    DWORD ignored = 0;
-    std::vector<char> data(GetFileVersionInfoSizeA(path.c_str(), &ignored));
-    if (!data.empty()) {
-        GetFileVersionInfoA(path.c_str(), 0, static_cast<DWORD>(data.size()), data.data());
+    std::vector<char> versionInformation() const {
+        DWORD ignored = 0;
+        std::vector<char> data(GetFileVersionInfoSizeA(path.c_str(), &ignored));
+        if (!data.empty()) {
+            GetFileVersionInfoA(path.c_str(), 0, static_cast<DWORD>(data.size()), data.data());
+        }
+        return data;
     }
-    return data;
-}
+
+    std::string path = FileSystem::join(FileSystem::parentPath(builtExecutable()), GetParam() + ".exe");
+    HMODULE module = LoadLibraryExA(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+};
 
 std::string versionText(const std::vector<char>& data, const std::string& name) {
     void* text = nullptr;
@@ -43,13 +44,13 @@ std::string versionText(const std::vector<char>& data, const std::string& name) 
     return found ? static_cast<const char*>(text) : "";
 }
 
-TEST_F(BridgeResources, VersionIsTheProjectsInTextAndNumbers) {
+TEST_P(ProgramResources, VersionIsTheProjectsInTextAndNumbers) {
     const std::vector<char> data = versionInformation();
     ASSERT_FALSE(data.empty());
     EXPECT_EQ(versionText(data, "FileVersion"), BRIDGE_VERSION);
     EXPECT_EQ(versionText(data, "ProductVersion"), BRIDGE_VERSION);
     EXPECT_EQ(versionText(data, "ProductName"), "VantrelBridgeHID");
-    EXPECT_EQ(versionText(data, "OriginalFilename"), "VantrelBridgeHID.exe");
+    EXPECT_EQ(versionText(data, "OriginalFilename"), GetParam() + ".exe");
     EXPECT_NE(versionText(data, "FileDescription"), "");
 
     void* found = nullptr;
@@ -65,7 +66,7 @@ TEST_F(BridgeResources, VersionIsTheProjectsInTextAndNumbers) {
     EXPECT_EQ(fixed->dwFileType, static_cast<DWORD>(VFT_APP));
 }
 
-TEST_F(BridgeResources, IconComesInFourSizes) {
+TEST_P(ProgramResources, IconComesInFourSizes) {
     const std::string group = resource(RT_GROUP_ICON, 1);
     // A head of 6 bytes, then 14 for each picture: its width first, 0 for 256, and its number last.
     constexpr std::size_t headSize = 6;
@@ -81,7 +82,7 @@ TEST_F(BridgeResources, IconComesInFourSizes) {
     EXPECT_EQ(widths, (std::vector<int>{16, 32, 48, 0}));
 }
 
-TEST_F(BridgeResources, ManifestAsksForNoRightsAndNoCodePageAndNamesTheSystems) {
+TEST_P(ProgramResources, ManifestAsksForNoRightsAndNoCodePageAndNamesTheSystems) {
     const std::string manifest = resource(RT_MANIFEST, 1);
     EXPECT_NE(manifest.find(R"(<requestedExecutionLevel level="asInvoker" uiAccess="false"/>)"), std::string::npos);
     EXPECT_NE(manifest.find(R"(<supportedOS Id="{8e0f7a12-bfb3-4fe8-b9a5-48fd50a15a9a}"/>)"), std::string::npos);
@@ -89,5 +90,8 @@ TEST_F(BridgeResources, ManifestAsksForNoRightsAndNoCodePageAndNamesTheSystems) 
     // EXE.xml takes the bytes of paths as they are and declares the system's code page.
     EXPECT_EQ(manifest.find("<activeCodePage"), std::string::npos);
 }
+
+INSTANTIATE_TEST_SUITE_P(All, ProgramResources, testing::Values("VantrelBridgeHID", "vantrel"),
+                         [](const auto& program) { return program.param; });
 
 } // namespace

@@ -22,6 +22,7 @@ namespace {
 
 // A signal handler reaches nothing else. Written once, before it is installed.
 std::array<char, 4096> crashFile{};
+std::array<char, 64> crashedProgram{};
 std::array<char, 64> crashedVersion{};
 std::array<char, 65536> crashStack{};
 
@@ -30,7 +31,8 @@ std::uint64_t asNumber(const void* address) {
 }
 
 CrashFacts factsOfSignal(int signal, const ucontext_t& context) {
-    return {.version = crashedVersion.data(),
+    return {.program = crashedProgram.data(),
+            .version = crashedVersion.data(),
             .kind = "signal",
             .code = static_cast<std::uint64_t>(signal),
             .address = static_cast<std::uint64_t>(context.uc_mcontext.gregs[REG_RIP]),
@@ -63,8 +65,9 @@ void keepText(std::string_view text, std::array<char, size>& room) {
 
 } // namespace
 
-void installCrashLine(const std::string& path, std::string_view version) {
+void installCrashLine(const std::string& path, std::string_view program, std::string_view version) {
     keepText(path, crashFile);
+    keepText(program, crashedProgram);
     keepText(version, crashedVersion);
     stack_t stack{};
     stack.ss_sp = crashStack.data();

@@ -14,13 +14,15 @@ namespace {
 
 // A crashed process reads nothing else. Written once, before the filter is installed.
 std::array<wchar_t, 1024> crashFile{};
+std::array<char, 64> crashedProgram{};
 std::array<char, 64> crashedVersion{};
 std::uint64_t crashProgramStart = 0;
 std::uint64_t crashProgramSize = 0;
 
 void appendCrashLine(std::string_view kind, std::uint64_t code, std::uint64_t address) {
     std::array<char, 256> line{};
-    const std::size_t length = writeCrashLine({.version = crashedVersion.data(),
+    const std::size_t length = writeCrashLine({.program = crashedProgram.data(),
+                                               .version = crashedVersion.data(),
                                                .kind = kind,
                                                .code = code,
                                                .address = address,
@@ -57,11 +59,16 @@ void findProgram() {
     crashProgramSize = headers.OptionalHeader.SizeOfImage;
 }
 
+void keepText(std::string_view text, std::array<char, 64>& room) {
+    std::copy_n(text.begin(), std::min(text.size(), room.size() - 1), room.begin());
+}
+
 } // namespace
 
-void installCrashLine(const std::string& path, std::string_view version) {
+void installCrashLine(const std::string& path, std::string_view program, std::string_view version) {
     MultiByteToWideChar(CP_ACP, 0, path.c_str(), -1, crashFile.data(), static_cast<int>(crashFile.size()));
-    std::copy_n(version.begin(), std::min(version.size(), crashedVersion.size() - 1), crashedVersion.begin());
+    keepText(program, crashedProgram);
+    keepText(version, crashedVersion);
     findProgram();
     ULONG reservedStack = 65536;
     SetThreadStackGuarantee(&reservedStack);

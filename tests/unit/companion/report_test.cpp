@@ -101,12 +101,14 @@ TEST(Report, HoldsAnswerVersionsConfigurationAndLogs) {
     pc.putLog("");
     pc.files.write("Data/VantrelBridge/logs/VantrelBridgeHID.log.1", "old");
     pc.files.write("Data/VantrelBridge/logs/VantrelBridgeHID.crash.log", "crashed");
+    pc.files.write("Data/VantrelBridge/logs/vantrel.crash.log", "crashed");
     pc.files.write("bridge/VantrelBridgeHID.log", "console");
     const Report report = reportOf(pc);
-    EXPECT_EQ(namesOf(report), (std::vector<std::string>{
-                                   "doctor.txt", "versions.txt", "config/config.json", "config/hid_event_map.json",
-                                   "config/buttons.json", "logs/VantrelBridgeHID.log", "logs/VantrelBridgeHID.log.1",
-                                   "logs/VantrelBridgeHID.crash.log", "logs-with-console/VantrelBridgeHID.log"}));
+    EXPECT_EQ(namesOf(report),
+              (std::vector<std::string>{"doctor.txt", "versions.txt", "config/config.json", "config/hid_event_map.json",
+                                        "config/buttons.json", "logs/VantrelBridgeHID.log",
+                                        "logs/VantrelBridgeHID.log.1", "logs/VantrelBridgeHID.crash.log",
+                                        "logs/vantrel.crash.log", "logs-with-console/VantrelBridgeHID.log"}));
     EXPECT_TRUE(contentOf(report, "versions.txt").starts_with("vantrel 1.2.3\n"));
     EXPECT_EQ(contentOf(report, "logs-with-console/VantrelBridgeHID.log"), "console");
 }

@@ -9,7 +9,8 @@ namespace {
 
 std::string crashLine(std::uint64_t address, std::size_t room = 256) {
     std::array<char, 256> buffer{};
-    const CrashFacts facts{.version = "1.2.3",
+    const CrashFacts facts{.program = "vantrel",
+                           .version = "1.2.3",
                            .kind = "exception",
                            .code = 0xC0000005,
                            .address = address,
@@ -19,16 +20,16 @@ std::string crashLine(std::uint64_t address, std::size_t room = 256) {
 }
 
 TEST(CrashLine, GivesTheOffsetInTheProgram) {
-    const std::string begin = "VantrelBridgeHID 1.2.3 crashed: exception 0xC0000005 at ";
-    EXPECT_EQ(crashLine(0x140000000), begin + "VantrelBridgeHID+0x0\n");
-    EXPECT_EQ(crashLine(0x140000FFF), begin + "VantrelBridgeHID+0xFFF\n");
+    const std::string begin = "vantrel 1.2.3 crashed: exception 0xC0000005 at ";
+    EXPECT_EQ(crashLine(0x140000000), begin + "vantrel+0x0\n");
+    EXPECT_EQ(crashLine(0x140000FFF), begin + "vantrel+0xFFF\n");
     EXPECT_EQ(crashLine(0x140001000), begin + "0x140001000, outside the program\n");
     EXPECT_EQ(crashLine(0x13FFFFFFF), begin + "0x13FFFFFFF, outside the program\n");
     EXPECT_EQ(crashLine(UINT64_MAX), begin + "0xFFFFFFFFFFFFFFFF, outside the program\n");
 }
 
 TEST(CrashLine, IsCutToItsRoom) {
-    EXPECT_EQ(crashLine(0x140000000, 20), "VantrelBridgeHID 1.2");
+    EXPECT_EQ(crashLine(0x140000000, 20), "vantrel 1.2.3 crashe");
 }
 
 } // namespace

@@ -39,7 +39,7 @@ TEST_P(CrashOnLinux, LeavesOneLineAndTheSystemsSignal) {
     const std::string file = folder.path("crash.log");
     EXPECT_EXIT(
         {
-            installCrashLine(file, "1.2.3");
+            installCrashLine(file, "VantrelBridgeHID", "1.2.3");
             GetParam().crash();
         },
         testing::KilledBySignal(GetParam().signal), "");

@@ -1,0 +1,4 @@
+#pragma once
+
+/// What this program calls itself.
+constexpr const char* companionName = "vantrel";
