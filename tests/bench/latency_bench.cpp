@@ -25,7 +25,7 @@ struct Extent {
     double idleSeconds = 10;
 };
 
-constexpr Extent shortRun{.reportsPerRound = 2000, .floodReports = 200000, .idleSeconds = 4};
+constexpr Extent shortRun{.reportsPerRound = 1000, .floodReports = 200000, .idleSeconds = 3};
 
 /// Writes the configuration of `controls` buttons, one command each, and returns its path.
 std::string writeConfiguration(const TempFolder& folder) {
