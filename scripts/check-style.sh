@@ -29,7 +29,7 @@ formatting() { sources '*.cpp' '*.h' | xargs clang-format --dry-run -Werror; }
 # sources of src/, of simulation/ and of companion/ as one, and fewer where their names clash.
 tidy_files() {
   local flags=(-std=c++20 -Isrc -Isrc/wire/linux -I. -isystem build/third-party '-DVANTREL_VERSION="0"'
-    '-DBRIDGE_VERSION="0"' -DBRIDGE_WRITES_CRASH_LINE=true)
+    '-DBRIDGE_VERSION="0"' -DWRITES_CRASH_LINE=true)
   local whole=build/tidy/${1//\//-}
   if [ $# -eq 1 ]; then
     clang-tidy --quiet "$1" -- "${flags[@]}"
