@@ -12,6 +12,7 @@ import sys
 
 DOCUMENT_KEYS = {"spdxVersion", "dataLicense", "SPDXID", "name", "documentNamespace", "creationInfo",
                  "hasExtractedLicensingInfos", "packages", "relationships"}
+KINDS = {"DESCRIBES", "STATIC_LINK", "DYNAMIC_LINK", "BUILD_TOOL_OF"}
 
 
 def faults_of_package(package):
@@ -49,11 +50,14 @@ def faults(document, dist):
     for each in document["relationships"]:
         if each["spdxElementId"] not in names or each["relatedSpdxElement"] not in names:
             yield f"a relationship leads nowhere: {each}"
-    related = {each["relatedSpdxElement"] for each in document["relationships"]}
-    yield from (f"nothing contains {name}" for name in names - related - {"SPDXRef-DOCUMENT"})
-    linked = {each["relatedSpdxElement"] for each in document["relationships"] if each["relationshipType"] == "STATIC_LINK"}
-    if not linked:
-        yield "no part is linked"
+    yield from faults_of_relationships(names, document["relationships"])
+
+
+def faults_of_relationships(names, relationships):
+    related = {each[end] for each in relationships for end in ("spdxElementId", "relatedSpdxElement")}
+    yield from (f"nothing relates to {name}" for name in names - related)
+    kinds = {each["relationshipType"] for each in relationships}
+    yield from (f"it lists nothing as {kind}" for kind in KINDS - kinds)
 
 
 def main(file, dist):

@@ -47,6 +47,14 @@ PARTS = [
     Part("System plug-in of NSIS", "MIT", {INSTALLER: "nsis-common"}, "nsis-common", "Contrib/System/Source/Call.S"),
 ]
 
+# Libraries of the system that the programs load when they start: name, licence, Debian package.
+LOADED = {LINUX: [("GNU C library", "LGPL-2.1-or-later", "libc6"), ("zlib", "Zlib", "zlib1g")]}
+
+# Debian packages whose versions decide about the bytes of a build.
+TOOLS = {LINUX: ["binutils", "dpkg", "g++-12", "gzip", "libc6-dev", "pandoc", "tar"],
+         WINDOWS: ["binutils-mingw-w64-x86-64", "g++-mingw-w64-x86-64-posix", "zip"],
+         INSTALLER: ["nsis"]}
+
 # A package's ending, and the builds whose parts it contains.
 BUILDS_IN = {".deb": [LINUX], "linux-x86_64.tar.gz": [LINUX], "windows-x64.zip": [WINDOWS],
              "setup.exe": [WINDOWS, INSTALLER]}
@@ -132,37 +140,53 @@ def package_record(path, version):
     }
 
 
-def part_record(part, build):
-    package = part.packages[build]
-    name = package.removeprefix("source:")
+def debian_record(spdx_id, name, package, licence, owners="NOASSERTION"):
     version = installed_version(package)
     kind = "?arch=source" if package.startswith("source:") else ""
+    place = f"{package.removeprefix('source:')}@{version.replace(':', '%3A')}".replace("+", "%2B")
     return {
-        "SPDXID": identifier(f"{part.name} {build}"),
-        "name": part.name,
+        "SPDXID": spdx_id,
+        "name": name,
         "versionInfo": version,
         "downloadLocation": "NOASSERTION",
         "filesAnalyzed": False,
-        "licenseConcluded": part.licence,
-        "licenseDeclared": part.licence,
-        "copyrightText": notice(part).partition("\n\n")[0],
+        "licenseConcluded": licence,
+        "licenseDeclared": licence,
+        "copyrightText": owners,
         "externalRefs": [{"referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl",
-                          "referenceLocator": f"pkg:deb/debian/{name}@{version.replace(':', '%3A').replace('+', '%2B')}{kind}"}],
+                          "referenceLocator": f"pkg:deb/debian/{place}{kind}"}],
     }
+
+
+# What a build has taken from others: how it relates to the packages, and its record.
+def taken_by(build):
+    for part in parts_of(build):
+        yield "STATIC_LINK", debian_record(identifier(f"{part.name} {build}"), part.name, part.packages[build], part.licence,
+                                           notice(part).partition("\n\n")[0])
+    for name, licence, package in LOADED.get(build, []):
+        yield "DYNAMIC_LINK", debian_record(identifier(f"{name} loaded {build}"), name, package, licence)
+    for package in TOOLS[build]:
+        yield "BUILD_TOOL_OF", debian_record(identifier(f"{package} tool {build}"), package, package, "NOASSERTION")
 
 
 def relationship(one, kind, other):
     return {"spdxElementId": one, "relationshipType": kind, "relatedSpdxElement": other}
 
 
+def relation(path, kind, taken):
+    ends = [identifier(path.name), taken["SPDXID"]]
+    if kind == "BUILD_TOOL_OF":
+        ends.reverse()
+    return relationship(ends[0], kind, ends[1])
+
+
 def sbom(version, paths):
     builds = sorted({build for path in paths for build in builds_in(path)})
     packages = [package_record(path, version) for path in paths]
-    parts = [part_record(part, build) for build in builds for part in parts_of(build)]
+    taken = {build: list(taken_by(build)) for build in builds}
     relationships = [relationship("SPDXRef-DOCUMENT", "DESCRIBES", package["SPDXID"]) for package in packages]
     for path in paths:
-        relationships += [relationship(identifier(path.name), "STATIC_LINK", identifier(f"{part.name} {build}"))
-                          for build in builds_in(path) for part in parts_of(build)]
+        relationships += [relation(path, kind, record) for build in builds_in(path) for kind, record in taken[build]]
     digest = hashlib.sha256("".join(package["checksums"][0]["checksumValue"] for package in packages).encode()).hexdigest()
     document = {
         "spdxVersion": "SPDX-2.3",
@@ -176,7 +200,7 @@ def sbom(version, paths):
         },
         "hasExtractedLicensingInfos": [{"licenseId": "LicenseRef-VantrelBridge", "name": "The licence of VantrelBridge",
                                         "extractedText": (ROOT / "LICENSE.txt").read_text(encoding="utf-8")}],
-        "packages": packages + parts,
+        "packages": packages + [record for build in builds for _, record in taken[build]],
         "relationships": relationships,
     }
     print(json.dumps(document, indent=2, ensure_ascii=False))

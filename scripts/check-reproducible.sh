@@ -20,9 +20,9 @@ mkdir -p build
 work=$(mktemp -d "$PWD/build/reproducible.XXXXXX")
 
 # The sources that scripts/setup.sh fetches are the same for all.
-build_clone() { # name
+build_clone() { # name, the permissions that its sources lack
   local clone=$work/$1
-  git clone --quiet . "$clone"
+  (umask "$2" && git clone --quiet . "$clone")
   git -C "$clone" -c advice.detachedHead=false checkout --quiet "$(git rev-parse HEAD)"
   mkdir -p "$clone/build"
   cp -r build/third-party "$clone/build/"
@@ -32,11 +32,11 @@ build_clone() { # name
 scripts/setup.sh --packages
 second=$work/another-folder/inside
 mkdir -p "$work/another-folder"
-build_clone another-folder/inside
+build_clone another-folder/inside 077
 first=$PWD
 if [ -z "$here" ]; then
   first=$work/one
-  build_clone one
+  build_clone one 022
 fi
 
 files_of() { (cd "$1/dist" && find . -type f | sort); }

@@ -30,8 +30,8 @@ void checkSimulators(const Machine& machine, CheckResults& results) {
     if (simulators.empty()) {
         CheckTopic(results, "Simulator")
             .warning("simulator-missing", "no folder of Microsoft Flight Simulator",
-                     "Start the simulator once, as this user. On Linux, set APPDATA and LOCALAPPDATA first "
-                     "(docs/registration.md).");
+                     "Start the simulator once, as this user. If it runs in Wine without Steam, set APPDATA and "
+                     "LOCALAPPDATA first (docs/registration.md).");
     }
     judgeSimConnectCfg(cfg, results);
 }

@@ -75,6 +75,15 @@ void judgeOffer(const SimConnectXmlFacts& facts, const SimConnectCfgFacts& clien
     }
 }
 
+/// The first folder that the bridge looks into and this user may write into: a package puts the bridge where nobody
+/// may.
+std::string folderOfNewCfg(const Machine& machine) {
+    const auto folder = std::ranges::find_if(machine.simConnectCfgFolders, [&machine](const std::string& each) {
+        return !each.empty() && machine.canWriteInto(each);
+    });
+    return folder == machine.simConnectCfgFolders.end() ? "" : *folder;
+}
+
 } // namespace
 
 std::string simConnectCfgText(const std::vector<SimConnectXmlFacts>& simulators) {
@@ -102,9 +111,10 @@ SimConnectCfgFacts readSimConnectCfgFacts(const Machine& machine, const std::vec
         facts.endpoints.clear();
     }
     const std::string text = simConnectCfgText(simulators);
-    if (!text.empty() && !machine.simConnectCfgFolders.empty()) {
-        const std::string first = FileSystem::join(machine.simConnectCfgFolders.front(), cfgName);
-        facts.writing = {"write-file", facts.path.empty() ? first : facts.path, text};
+    if (!text.empty() && !facts.path.empty()) {
+        facts.writing = {"write-file", facts.path, text};
+    } else if (const std::string folder = text.empty() ? "" : folderOfNewCfg(machine); !folder.empty()) {
+        facts.writing = {"write-file", FileSystem::join(folder, cfgName), text};
     }
     return facts;
 }
@@ -154,8 +164,10 @@ void judgeSimConnectCfg(const SimConnectCfgFacts& facts, CheckResults& results) 
     } else if (havePipes()) {
         topic.good("simconnect-cfg-none", "there is none; the bridge connects to " + endpointsText(facts.endpoints));
     } else {
-        topic.warning("simconnect-cfg-none", "there is none; the bridge connects to " + endpointsText(facts.endpoints),
-                      "Write one beside the bridge with the address and port of your simulator.", facts.writing);
+        topic.warning(
+            "simconnect-cfg-none", "there is none; the bridge connects to " + endpointsText(facts.endpoints),
+            "Write one beside the bridge or in your home folder, with the address and port of your simulator.",
+            facts.writing);
     }
 }
 

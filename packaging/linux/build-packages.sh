@@ -39,7 +39,7 @@ archive() {
     sed "s/@needed@/$needed/" "$here/start.sh.in" >"$folder/$program"
     chmod 755 "$folder/$program"
   done
-  cp "$here/README-archive.txt" "$folder/README.txt"
+  install -m 644 "$here/README-archive.txt" "$folder/README.txt"
   tar -C "$work" --sort=name --mtime="@$SOURCE_DATE_EPOCH" --owner=0 --group=0 --numeric-owner --format=gnu -c "$name" |
     gzip -9n >"$dist/$name.tar.gz"
 }
@@ -51,14 +51,16 @@ dependencies() {
   (cd "$work/shlibdeps" && dpkg-shlibdeps -O "$stage"/usr/bin/* 2>/dev/null) | sed -n 's/^shlibs:Depends=//p'
 }
 
+# In KiB. Of a folder, each file system says another size.
+installed_size() { find "$1" -printf '%y %s\n' | awk '{ size += $1 == "f" ? int(($2 + 1023) / 1024) : 1 } END { print size }'; }
+
 debian_documents() {
   local root=$1/usr/share/doc/vantrelbridge
   python3 "$here/debian_documents.py" copyright >"$root/copyright"
   python3 "$here/debian_documents.py" changelog "$version" | gzip -9n >"$root/changelog.gz"
-  # Debian's copyright file has what these say.
+  # Debian's copyright file has what it says.
   rm "$root/LICENSE.txt"
-  mkdir -p "$1/usr/share/doc-base"
-  cp "$here/vantrelbridge.doc-base" "$1/usr/share/doc-base/vantrelbridge.vantrelbridge"
+  install -Dm 644 "$here/vantrelbridge.doc-base" "$1/usr/share/doc-base/vantrelbridge.vantrelbridge"
 }
 
 debian_package() {
@@ -67,7 +69,7 @@ debian_package() {
   cp -a "$stage/usr" "$root/"
   debian_documents "$root"
   mkdir "$root/DEBIAN"
-  sed -e "s/@version@/$version/" -e "s/@size@/$(du -sk --apparent-size "$root/usr" | cut -f1)/" \
+  sed -e "s/@version@/$version/" -e "s/@size@/$(installed_size "$root/usr")/" \
     -e "s/@dependencies@/$(dependencies)/" "$here/control.in" >"$root/DEBIAN/control"
   for script in postinst postrm; do
     install -m 755 "$here/$script" "$root/DEBIAN/$script"
@@ -80,6 +82,5 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 man_pages
 completions
-find "$stage" -name '*.md' -exec chmod 644 {} +
 archive
 debian_package

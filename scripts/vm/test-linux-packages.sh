@@ -41,18 +41,33 @@ as_pilot() {
     env -i HOME="$home" PATH=/usr/bin:/bin LANG=C.UTF-8 SYSTEMD_IGNORE_CHROOT=1 XDG_RUNTIME_DIR=/run/user/pilot "$@")
 }
 
-# udevd, and in place of a login the file in which logind says who is at the screen.
+# udevd, the journal, and in place of a login the file in which logind says who is at the screen.
 start_the_system() {
   useradd --create-home pilot
   [ -e /dev/fd ] || ln -s /proc/self/fd /dev/fd
-  mkdir -p /run/udev /run/systemd/seats
+  [ -s /etc/machine-id ] || systemd-machine-id-setup >/dev/null 2>&1
+  mount -t cgroup2 cgroup2 /sys/fs/cgroup
+  mkdir -p /run/udev /run/systemd/seats /run/systemd/system /run/systemd/journal
   printf 'ACTIVE=1\nACTIVE_UID=%s\n' "$(id -u pilot)" >/run/systemd/seats/seat0
   /lib/systemd/systemd-udevd --daemon --resolve-names=never
+  /lib/systemd/systemd-journald >/tmp/journald 2>&1 &
+  background+=($!)
+  eventually test -S /run/systemd/journal/socket
+}
+
+# The user's own systemd, with a group of processes that it may divide.
+log_in() {
+  mkdir -p /run/user/pilot /sys/fs/cgroup/pilot
+  chown -R pilot: /run/user/pilot /sys/fs/cgroup/pilot
+  (echo "$BASHPID" >/sys/fs/cgroup/pilot/cgroup.procs && as_pilot SYSTEMD_LOG_TARGET=journal /lib/systemd/systemd --user) \
+    >/tmp/login 2>&1 &
+  background+=($!)
+  eventually test -S /run/user/pilot/systemd/private
 }
 
 plug_in() { # vendor, product
   build/linux/tests/system/plug-in-board "$1" "$2" &
-  boards+=($!)
+  background+=($!)
   eventually has_node "$1" "$2"
 }
 has_node() { [ -n "$(node_of "$1" "$2")" ]; }
@@ -83,6 +98,7 @@ test_installation() {
   echo "- installation"
   installed_files >/tmp/before
   plug_in 1234 abcd
+  first_board=$!
   check "without the rule the board is closed" fails pilot_may_open "$(node_of 1234 abcd)"
   check "the older package is installed" run_dpkg -i "$older"
   check "the board that is plugged in is open to the user at the screen" eventually pilot_may_open "$(node_of 1234 abcd)"
@@ -116,28 +132,41 @@ completions() { # the words of a command line
 completes_command() { [ "$(completions vantrel doc)" = doctor ]; }
 completes_option() { [ "$(completions vantrel demo --real-s)" = --real-simulator ]; }
 
-# To systemd, an exit without an error and an end by SIGTERM are both clean. Without --console the bridge leaves that
-# signal to the system.
-ended_by_request() { # process
-  local code=0
-  wait "$1" || code=$?
-  [ "$code" -eq 0 ] || [ "$code" -eq 143 ]
-}
+service() { as_pilot systemctl --user "$@" vantrelbridge; }
+service_has() { [ "$(service show --property "$1" --value)" = "$2" ]; }
+times_started_again() { [ "$(service show --property NRestarts --value)" -ge "$1" ]; }
+the_journal_has() { journalctl --no-pager USER_UNIT=vantrelbridge.service | grep "$1"; }
 
-# No systemd runs in this machine, so the unit is checked by systemd's own tool, and its command is run as it says.
+# Without --console the bridge leaves SIGTERM to the system, so the journal alone has a line about its end.
 test_service() {
   echo "- service"
-  local unit=/usr/lib/systemd/user/vantrelbridge.service command service
-  mkdir -p /run/user/pilot
-  chown pilot: /run/user/pilot
-  check "the unit is valid" as_pilot systemd-analyze --user verify "$unit"
-  command=$(sed -n 's/^ExecStart=//p' "$unit")
-  as_pilot "$command" </dev/null >/tmp/service 2>&1 &
-  service=$!
-  check "the unit's command opens the board and says so in its log" eventually grep 'HID device connected' "$log"
+  log_in
+  check "the unit is valid" as_pilot systemd-analyze --user verify /usr/lib/systemd/user/vantrelbridge.service
+  check "the service starts" service enable --now
+  check "it opens the board and says so in its log" eventually grep 'HID device connected' "$log"
+  check "the journal says that it has started" eventually the_journal_has 'Started .*Bridge'
+  check "the service stops" service stop
+  check "it has not failed" service_has Result success
+  check "the journal says that it has stopped" eventually the_journal_has 'Stopped .*Bridge'
+}
+
+test_restarts() {
+  echo "- the service's restarts"
+  local configuration=$home/.local/share/VantrelBridge/config.json other
+  mv "$configuration" "$configuration.away"
+  service start
+  check "a bridge that can't start has failed" eventually service_has ActiveState failed
+  check "it isn't started again" service_has NRestarts 0
+  mv "$configuration.away" "$configuration"
+  as_pilot VantrelBridgeHID </dev/null >/dev/null 2>&1 &
+  other=$!
+  eventually pidof VantrelBridgeHID
+  service start
+  check "it is started again for as long as another bridge runs" eventually times_started_again 6
   kill -TERM "$(pidof VantrelBridgeHID)"
-  check "it ends as systemd expects when it is asked to" ended_by_request "$service"
-  tail -n 3 "$log"
+  wait "$other"
+  check "it runs when the other has ended" eventually service_has SubState running
+  service disable --now
 }
 
 test_upgrade_and_purge() {
@@ -148,36 +177,60 @@ test_upgrade_and_purge() {
   check "the board is still open to the user" pilot_may_open "$(node_of 1234 abcd)"
   check "the user's configuration is as it was" sha256sum --check --quiet /tmp/configuration
   check "the package is purged" run_dpkg --purge vantrelbridge
+  kill "$first_board"
+  eventually fails has_node 1234 abcd
+  plug_in 1234 abcd
+  udevadm settle
+  check "the board is closed when it is plugged in again" fails pilot_may_open "$(node_of 1234 abcd)"
   installed_files >/tmp/after
   check "nothing is left" diff /tmp/before /tmp/after
   check "the user's configuration is as it was" sha256sum --check --quiet /tmp/configuration
 }
 
-says_what_is_too_old() {
+# A program that asks for more than this system has, in place of a system that has less.
+says_what_is_missing() { # program, what is changed in it, what the system says about it
   local answer
-  answer=$(as_pilot env PATH=/tmp/old:/usr/bin:/bin "$1" --version 2>&1) && return 1
-  grep 'glibc 2.31) is too old' <<<"$answer"
+  cp "$1" /tmp/program
+  sed "$2" /tmp/program >"$1"
+  answer=$(as_pilot "$folder/vantrel" --version 2>&1) && return 1
+  cp /tmp/program "$1"
+  echo "$answer"
+  grep 'glibc 2.36 or newer and zlib is needed' <<<"$answer" && grep "$3" <<<"$answer"
 }
+
+# The lines of README.txt that set the service up, from the first to the last of them.
+set_up_service() {
+  # shellcheck disable=SC2016 # The inner shell is the one to expand it.
+  as_pilot bash -ec 'cd "$1"; eval "$(sed -n "/^  mkdir/,/restart/p" README.txt)"' bash "$folder"
+}
+runs_from_folder() { [ "$(readlink "/proc/$(pidof VantrelBridgeHID)/exe")" = "$folder/usr/bin/VantrelBridgeHID" ]; }
 
 test_archive() {
   echo "- archive"
-  local folder
-  folder=$home/$(basename "$archive" .tar.gz)
-  as_pilot tar -xf "$archive"
+  local folder program
+  folder="$home/my programs/$(basename "$archive" .tar.gz)"
+  program=$folder/usr/bin/vantrel
+  as_pilot mkdir "$home/my programs"
+  as_pilot tar -C "$home/my programs" -xf "$archive"
   check "its vantrel runs" as_pilot "$folder/vantrel" --version
   check "its bridge runs" as_pilot "$folder/VantrelBridgeHID" --list-exe-xml
-  mkdir /tmp/old
-  printf '#!/bin/sh\necho glibc 2.31\n' >/tmp/old/getconf
-  chmod -R 755 /tmp/old
-  check "on an old system it says what it needs" says_what_is_too_old "$folder/vantrel"
+  check "the service is set up as README.txt says" set_up_service
+  check "it runs the archive's bridge" eventually runs_from_folder
+  service stop
+  check "it says that the C library is too old" \
+    says_what_is_missing "$program" 's/GLIBC_2\.36/GLIBC_9.36/' "version .GLIBC_9.36' not found"
+  check "it says that zlib is missing" says_what_is_missing "$program" 's/libz\.so\.1/libq.so.1/' 'libq.so.1 => not found'
+  check "it says that this isn't its C library" \
+    says_what_is_missing "$program" 's/ld-linux-x86-64/ld-linux-q86-64/' 'vantrel: not found'
 }
 
-boards=()
+background=()
 start_the_system
 test_installation
 test_use
 test_service
+test_restarts
 test_upgrade_and_purge
 test_archive
-kill "${boards[@]}"
+kill "${background[@]}" 2>/dev/null
 report_checks

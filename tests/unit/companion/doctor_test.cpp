@@ -192,6 +192,18 @@ TEST(Doctor, KnowsTheSimConnectCfgIfOnePortLeadsToAllSimulators) {
     }
 }
 
+TEST(Doctor, OffersASimConnectCfgWhereTheUserMayWrite) {
+    MadeUpMachine pc(Installation::Steam2020);
+    Machine machine = pc.record();
+    machine.simConnectCfgFolders = {"programs", "home"};
+    for (const std::string mayWriteInto : {"programs", "home", "nowhere"}) {
+        machine.canWriteInto = [&mayWriteInto](const std::string& folder) { return folder == mayWriteInto; };
+        const SimConnectCfgFacts facts = readSimConnectCfgFacts(machine, {offering({{"IPv4", "5001", false}})});
+        EXPECT_EQ(facts.writing.path,
+                  mayWriteInto == "nowhere" ? "" : FileSystem::join(mayWriteInto, "SimConnect.cfg"));
+    }
+}
+
 TEST(Doctor, NamesWhatIsWrongWithTheBridge) {
     using M = MadeUpMachine;
     expectNamedOnce({
