@@ -45,7 +45,7 @@ VIAddVersionKey ProductVersion "${VERSION}"
 VIAddVersionKey LegalCopyright "All rights reserved"
 
 !ifdef SIGN
-  !uninstfinalize '"${SIGN}" "%1"'
+  !uninstfinalize '"${SIGN}" "%1"' = 0
 !endif
 
 Var Unpacked    ; the folder in which all files arrive first, so that a full disk leaves the old version whole
