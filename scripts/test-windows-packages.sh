@@ -43,6 +43,14 @@ make_older_packages() {
   older=$work/older-dist/VantrelBridge-0.0.1-setup.exe
 }
 
+# Whose bridge Windows doesn't start, as if a virus scanner held it back.
+make_blocked_packages() {
+  cp -r "$work/zip/VantrelBridge-$version" "$work/blocked"
+  echo 'no program' >"$work/blocked/VantrelBridgeHID.exe"
+  packaging/windows/build-packages.sh "$work/blocked" "$work/blocked-dist" "$version" >/dev/null
+  blocked=$work/blocked-dist/VantrelBridge-$version-setup.exe
+}
+
 # A prefix of its own for a user of that name, with the code page of that locale.
 start_pc() { # locale, user name
   local user_folders='HKCU\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders'
@@ -182,6 +190,10 @@ leaves_nothing_half_done() {
   check "a full disk fails the installation" exits_with 2 with_a_full_disk wine "$setup" /S
   picture "$work/after"
   check "and leaves nothing" diff "$work/before" "$work/after"
+  check "a bridge that doesn't start gives exit code 3" exits_with 3 wine "$blocked" /S
+  check "and can be uninstalled" uninstall /REMOVEDATA
+  picture "$work/after"
+  check "and leaves nothing" diff "$work/before" "$work/after"
   wine winecfg -v win7
   check "an old Windows fails the installation" exits_with 2 wine "$setup" /S
   picture "$work/after"
@@ -217,6 +229,7 @@ test_machine_succeeds() {
 start_test_machine || die "the test machine can't be prepared"
 check "the manifests for winget and Scoop are right" tests/packages/check_manifests.py "$dist"
 make_older_packages || die "the older packages can't be built"
+make_blocked_packages || die "the blocked packages can't be built"
 installs_and_removes de_DE.UTF-8 'Jürgen Weiß'
 installs_and_removes fr_FR.UTF-8 'André'
 installs_and_removes ru_RU.UTF-8 'Иван Петров'

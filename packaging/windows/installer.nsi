@@ -309,7 +309,7 @@ Function registerBridge
   ${Else}
     !insertmacro runBridge "--register"
     StrCpy $Outcome "The simulator starts the bridge from now on. The list on the page before names the files that changed."
-    ${If} $0 <> 0
+    ${If} $0 != 0
       StrCpy $Outcome "The simulator does not start the bridge yet: $1"
       SetErrorLevel 3
     ${ElseIf} $ExeXmlFiles == ""
@@ -353,12 +353,26 @@ Function un.onInit
   ${EndIf}
 FunctionEnd
 
+; Without the program nobody could ever uninstall what a virus scanner has left.
+Function un.allowEntryToStay
+  MessageBox MB_OKCANCEL|MB_ICONEXCLAMATION "VantrelBridgeHID.exe doesn't start; a virus scanner may have removed it. So its \
+entry stays in EXE.xml, the simulator's list of programs, until you delete it there or install the bridge again.\
+$\r$\n$\r$\nRemove everything else?" /SD IDOK IDOK goOn
+  SetErrorLevel 1
+  Abort "Cancelled. Nothing was removed."
+  goOn:
+FunctionEnd
+
 Function un.unregisterBridge
   Call un.explainUneditableExeXml
   Pop $1
   ${If} $1 == ""
     !insertmacro runBridge "--unregister"
     ${IfThen} $0 == 0 ${|} Return ${|}
+    ${If} $0 == "error"
+      Call un.allowEntryToStay
+      Return
+    ${EndIf}
   ${EndIf}
   MessageBox MB_ICONSTOP "The bridge can't be removed from the simulator's list of programs, so nothing was removed: $1" \
     /SD IDOK
