@@ -108,6 +108,16 @@ start_bridge() {
   eventually grep -qs 'Application run loop started' "$data/logs/VantrelBridgeHID.log"
 }
 
+# Keeps a file open in a program until `release_file`.
+hold_file() {
+  (cd "${1%/*}" && wine cmd /c "ping -n 600 127.0.0.1 <${1##*/}" >/dev/null 2>&1) &
+  eventually is_open "$1"
+}
+
+is_open() { [ -n "$(find /proc/[0-9]*/fd -lname "$1" -print -quit 2>/dev/null)" ]; }
+
+release_file() { wine taskkill /F /IM ping.exe >/dev/null; }
+
 uninstall() { # switches...
   wine "$installed/uninstall.exe" /S "$@"
   eventually test ! -e "$installed/uninstall.exe"
@@ -138,6 +148,10 @@ updates() {
   start_pc de_DE.UTF-8 'Jürgen Weiß'
   check "the older version installs" wine "$older" /S
   check "an older file is there" test -f "$installed/docs/old.md"
+  hold_file "$installed/docs/README.md"
+  check "a file in use fails the update" exits_with 2 wine "$setup" /S
+  check "and leaves the older version" test -f "$installed/docs/old.md" -a ! -e "$installed/unpacked.tmp"
+  release_file
   echo '{"mine": 1}' >"$installed/config/buttons.json"
   rm "$installed/config/hid_event_map.json"
   sed -i 's/config.json"</mine.json"</' "$store/EXE.xml"
@@ -209,7 +223,12 @@ follows_its_switches() {
   installed="$WINEPREFIX/drive_c/My add-ons/Bridge"
   mkdir -p "$installed"
   echo 'mine' >"$installed/mine.txt"
+  echo 'mine, too' >"$installed/README.md"
   # NSIS takes the folder without quotes, which Wine adds around an argument with a blank.
+  check "a folder with another README.md fails the installation" \
+    exits_with 2 wine "$setup" /S '/D=C:\My' 'add-ons\Bridge'
+  check "and leaves it" grep -q 'mine, too' "$installed/README.md"
+  rm "$installed/README.md"
   check "installs elsewhere, unregistered" wine "$setup" /S /NOREGISTER '/D=C:\My' 'add-ons\Bridge'
   check "there" test -f "$installed/VantrelBridgeHID.exe"
   check "EXE.xml is as it was" cmp "$work/good" "$store/EXE.xml"

@@ -1,6 +1,6 @@
 ; The installer of the Windows package, for one user and without administrator rights. build-packages.sh calls makensis
-; with VERSION, VERSION_NUMBERS (four numbers), STAGE (the installed tree), FILE_LIST (its files, see below), OUTPUT
-; and, when it signs, SIGN (a script that takes the file's name).
+; with VERSION, VERSION_NUMBERS (four numbers), STAGE (the installed tree), KIBIBYTES (its size), FILE_LIST (its files,
+; see below), OUTPUT and, when it signs, SIGN (a script that takes the file's name).
 ;
 ; Switches beside NSIS's own /S and /D=FOLDER:
 ;   /REGISTER, /NOREGISTER   whether the simulator starts the bridge; by default only a first installation registers it
@@ -22,7 +22,6 @@ ManifestSupportedOS Win10
 !include LogicLib.nsh
 !include FileFunc.nsh
 !include WinVer.nsh
-!include x64.nsh
 
 !define PRODUCT VantrelBridge
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\${PRODUCT}"
@@ -70,6 +69,7 @@ Var Checkbox
 version is installed, your configuration stays as it is.$\r$\n$\r$\nClose the simulator before you go on."
 !insertmacro MUI_PAGE_WELCOME
 !define MUI_PAGE_CUSTOMFUNCTION_PRE skipOnUpgrade
+!define MUI_PAGE_CUSTOMFUNCTION_LEAVE refuseForeignFiles
 !insertmacro MUI_PAGE_DIRECTORY
 Page custom showSimulatorPage leaveSimulatorPage
 !insertmacro MUI_PAGE_INSTFILES
@@ -182,7 +182,8 @@ FunctionEnd
 ; --- Install
 
 ; FILE_LIST has a line `enterFolder FOLDER` for each folder, before its lines `packedFile FOLDER NAME`, and at the end
-; `leaveFolder FOLDER`, the innermost first. Each use of the list defines what these do.
+; `leaveFolder FOLDER`, the innermost first. FOLDER is empty, or begins with a backslash. Each use of the list defines
+; what these do.
 !macro forgetListMacros
   !macroundef enterFolder
   !macroundef packedFile
@@ -190,10 +191,33 @@ FunctionEnd
 !macroend
 
 !macro enterFolder folder
-  SetOutPath "$Unpacked\${folder}"
 !macroend
 !macro packedFile folder name
-  File "${STAGE}/${folder}/${name}"
+  ${IfThen} ${FileExists} "$INSTDIR${folder}\${name}" ${|} StrCpy $0 "$INSTDIR${folder}\${name}" ${|}
+!macroend
+!macro leaveFolder folder
+!macroend
+Function refuseForeignFiles
+  ${If} $IsUpgrade = 1
+  ${OrIf} ${FileExists} "$INSTDIR\VantrelBridgeHID.exe"
+    Return
+  ${EndIf}
+  StrCpy $0 ""
+  !include "${FILE_LIST}"
+  !insertmacro packedFile "" "uninstall.exe"
+  ${If} $0 != ""
+    MessageBox MB_ICONEXCLAMATION "$0 belongs to something else, and the installation would replace it. Choose another \
+folder." /SD IDOK
+    Abort
+  ${EndIf}
+FunctionEnd
+!insertmacro forgetListMacros
+
+!macro enterFolder folder
+  SetOutPath "$Unpacked${folder}"
+!macroend
+!macro packedFile folder name
+  File "${STAGE}${folder}/${name}"
 !macroend
 !macro leaveFolder folder
 !macroend
@@ -207,11 +231,32 @@ FunctionEnd
 !insertmacro forgetListMacros
 
 !macro enterFolder folder
-  CreateDirectory "$INSTDIR\${folder}"
 !macroend
 !macro packedFile folder name
-  Delete "$INSTDIR\${folder}\${name}"
-  Rename "$Unpacked\${folder}\${name}" "$INSTDIR\${folder}\${name}"
+  StrCpy $0 "${folder}\${name}" "" 1
+  Call refuseFileInUse
+!macroend
+!macro leaveFolder folder
+!macroend
+Function refuseFilesInUse
+  !include "${FILE_LIST}"
+FunctionEnd
+!insertmacro forgetListMacros
+
+Function refuseFileInUse ; the file $0
+  Call isInUse
+  ${If} $1 = 1
+    Abort "$INSTDIR\$0 is write-protected, or a program uses it. Nothing was changed. Close the program, then run this one \
+again."
+  ${EndIf}
+FunctionEnd
+
+!macro enterFolder folder
+  CreateDirectory "$INSTDIR${folder}"
+!macroend
+!macro packedFile folder name
+  Delete "$INSTDIR${folder}\${name}"
+  Rename "$Unpacked${folder}\${name}" "$INSTDIR${folder}\${name}"
 !macroend
 !macro leaveFolder folder
 !macroend
@@ -285,8 +330,7 @@ Function listInSettings
   WriteRegStr HKCU "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\uninstall.exe" /S'
   WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoModify" 1
   WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoRepair" 1
-  ${GetSize} $INSTDIR "/S=0K" $0 $1 $2
-  WriteRegDWORD HKCU "${UNINSTALL_KEY}" "EstimatedSize" $0
+  WriteRegDWORD HKCU "${UNINSTALL_KEY}" "EstimatedSize" ${KIBIBYTES}
 FunctionEnd
 
 Function listChangedFiles
@@ -322,8 +366,11 @@ Function registerBridge
 FunctionEnd
 
 Section
+  AddSize ${KIBIBYTES}
+  Call refuseForeignFiles
   Call unpackFiles
   Call endPrograms
+  Call refuseFilesInUse
   Call removeOldFiles
   Call moveFiles
   Call addConfiguration
@@ -383,10 +430,10 @@ FunctionEnd
 !macro enterFolder folder
 !macroend
 !macro packedFile folder name
-  Delete "$INSTDIR\${folder}\${name}"
+  Delete "$INSTDIR${folder}\${name}"
 !macroend
 !macro leaveFolder folder
-  RMDir "$INSTDIR\${folder}"
+  RMDir "$INSTDIR${folder}"
 !macroend
 Function un.removeFiles
   SetOutPath $TEMP
@@ -414,8 +461,8 @@ Section un.
     Call un.removeFiles
     Return
   ${EndIf}
-  Call un.unregisterBridge
   Call un.endPrograms
+  Call un.unregisterBridge
   Call un.removeFiles
   Call un.removeData
   RMDir /r "$SMPROGRAMS\${PRODUCT}"
