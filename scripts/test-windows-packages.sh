@@ -21,14 +21,15 @@ version=${version%-setup.exe}
 work=$(mktemp -d)
 export WINEPREFIX=$work/pc WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d' LOCPATH=$work/locales LANGUAGE=C
 machine=""
-trap '[ -z "$machine" ] || kill "$machine" 2>/dev/null; wineserver -k; wineserver -w; rm -rf "$work"' EXIT
+trap '[ -z "$machine" ] || kill "$machine" 2>/dev/null; wineserver -k; wineserver -w; end_screen; rm -rf "$work"' EXIT
 . scripts/windows-package-checks.sh
+. scripts/windows-package-pages.sh
 
 # --- What the stories below do
 
 # Only the test machine has a HID stack for boards.
 start_test_machine() {
-  build_plug_in_board
+  build_test_program linux plug-in-board
   scripts/vm/make-wine-prefix.sh build/wine-hid
   scripts/vm/run-in-vm.sh --time 1500 --memory 3072 --cpus 1 scripts/vm/test-windows-installation.sh "$PWD/build/wine-hid" "$setup" \
     >"$work/machine" 2>&1 &
@@ -199,7 +200,7 @@ refuses_what_it_cannot_edit() {
 
 leaves_nothing_half_done() {
   echo "== refused installations"
-  start_pc de_DE.UTF-8 'plain'
+  start_pc en_US.UTF-8 'plain'
   picture "$work/before"
   check "a full disk fails the installation" exits_with 2 with_a_full_disk wine "$setup" /S
   picture "$work/after"
@@ -212,6 +213,7 @@ leaves_nothing_half_done() {
   check "an old Windows fails the installation" exits_with 2 wine "$setup" /S
   picture "$work/after"
   check "and leaves nothing" diff "$work/before" "$work/after"
+  wine winecfg -v win10
 }
 
 follows_its_switches() {
@@ -247,6 +249,7 @@ test_machine_succeeds() {
 
 start_test_machine || die "the test machine can't be prepared"
 check "the manifests for winget and Scoop are right" tests/packages/check_manifests.py "$dist"
+build_test_program windows window-texts || die "the reader of the installer's pages can't be built"
 make_older_packages || die "the older packages can't be built"
 make_blocked_packages || die "the blocked packages can't be built"
 installs_and_removes de_DE.UTF-8 'Jürgen Weiß'
@@ -255,7 +258,12 @@ installs_and_removes ru_RU.UTF-8 'Иван Петров'
 installs_and_removes ja_JP.UTF-8 '山田 太郎'
 updates
 refuses_what_it_cannot_edit
-leaves_nothing_half_done
 follows_its_switches
+# The following stories share one PC, with a screen.
+start_screen
+leaves_nothing_half_done
+changes_nothing_when_cancelled
+installs_by_keyboard
+keeps_all_when_not_uninstalled
 check "in the test machine, the installed bridge serves a board" test_machine_succeeds
 report_checks

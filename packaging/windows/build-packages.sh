@@ -41,9 +41,11 @@ make_installer() { # output
   cp -r "$stage" "$tree"
   mv "$tree/config" "$tree/sample" # so that it arrives beside the user's configuration
   installer_list "$tree" >"$work/files.nsh"
+  PYTHONDONTWRITEBYTECODE=1 packaging/windows/draw_wizard_picture.py "$work/wizard.bmp"
   [ -z "${SIGN_CERTIFICATE:-}" ] || options+=("-DSIGN=$PWD/packaging/windows/sign.sh")
   makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DVERSION_NUMBERS=${version%%[-+]*}.0" "-DSTAGE=$tree" \
-    "-DKIBIBYTES=$(kibibytes "$tree")" "-DFILE_LIST=$work/files.nsh" "-DOUTPUT=$1" "${options[@]}" packaging/windows/installer.nsi
+    "-DKIBIBYTES=$(kibibytes "$tree")" "-DFILE_LIST=$work/files.nsh" "-DPICTURE=$work/wizard.bmp" "-DOUTPUT=$1" \
+    "${options[@]}" packaging/windows/installer.nsi
   sign "$1"
 }
 

@@ -1,6 +1,7 @@
 ; The installer of the Windows package, for one user and without administrator rights. build-packages.sh calls makensis
 ; with VERSION, VERSION_NUMBERS (four numbers), STAGE (the installed tree), KIBIBYTES (its size), FILE_LIST (its files,
-; see below), OUTPUT and, when it signs, SIGN (a script that takes the file's name).
+; see below), PICTURE (beside the text of the first and last page), OUTPUT and, when it signs, SIGN (a script that takes
+; the file's name).
 ;
 ; Switches beside NSIS's own /S and /D=FOLDER:
 ;   /REGISTER, /NOREGISTER   whether the simulator starts the bridge; by default only a first installation registers it
@@ -59,6 +60,7 @@ Var Checkbox
 
 !define MUI_ICON "VantrelBridgeHID.ico"
 !define MUI_UNICON "VantrelBridgeHID.ico"
+!define MUI_WELCOMEFINISHPAGE_BITMAP "${PICTURE}"
 !define MUI_ABORTWARNING
 !define MUI_FINISHPAGE_NOAUTOCLOSE
 !define MUI_UNFINISHPAGE_NOAUTOCLOSE
@@ -78,7 +80,7 @@ Page custom showSimulatorPage leaveSimulatorPage
 !define MUI_FINISHPAGE_TEXT_LARGE
 !define MUI_FINISHPAGE_RUN "$INSTDIR\vantrel.exe"
 !define MUI_FINISHPAGE_RUN_PARAMETERS "setup"
-!define MUI_FINISHPAGE_RUN_TEXT "Open the setup page"
+!define MUI_FINISHPAGE_RUN_TEXT "&Open the setup page"
 !insertmacro MUI_PAGE_FINISH
 
 UninstPage custom un.showDataPage un.leaveDataPage
@@ -145,15 +147,15 @@ FunctionEnd
 
 Function showSimulatorPage
   Call skipOnUpgrade
-  !insertmacro MUI_HEADER_TEXT "Start with the simulator" "Shall the simulator start the bridge?"
+  !insertmacro MUI_HEADER_TEXT "Start with the simulator" "Should the simulator start the bridge?"
   nsDialogs::Create 1018
   Pop $0
   ${NSD_CreateCheckbox} 0 0 100% 12u "&Start the bridge whenever the simulator starts (recommended)"
   Pop $Checkbox
   ${NSD_SetState} $Checkbox $Register
-  ${NSD_CreateLabel} 0 20u 100% 60u "The installer adds the bridge to EXE.xml, the simulator's list of programs that it \
-starts, of each simulator on this PC. Entries of other programs stay as they are, and a copy of the file stays beside \
-it as EXE.xml.bak. The next page shows which files changed. Uninstalling removes the entry.$\r$\n$\r$\nYou can change \
+  ${NSD_CreateLabel} 0 20u 100% 60u "The installer adds the bridge to EXE.xml, the list of programs that a simulator \
+starts, for each simulator on this PC. Entries of other programs stay as they are, and a copy of each file is kept \
+beside it as EXE.xml.bak. The next page shows which files changed. Uninstalling removes the entry.$\r$\n$\r$\nYou can change \
 this later on the setup page."
   Pop $0
   nsDialogs::Show
