@@ -40,7 +40,7 @@ has_exited_with() { # exit code
 # What a program without administrator rights may change there, without Wine's own keys.
 registry() { # file
   (cd "$work" && wine reg export 'HKCU\Software' registry.reg /y) >/dev/null
-  iconv -f UTF-16 -t UTF-8 "$work/registry.reg" | tr -d '\r' | grep -vE '^$|\\Software\\Wine\\' >"$1"
+  iconv -f UTF-16 -t UTF-8 "$work/registry.reg" | tr -d '\r' | grep -vE '^$|.Software.Wine.' >"$1"
 }
 
 setup_page_runs() { grep -qsE 'Programs.VantrelBridge.vantrel[.]exe' /proc/[0-9]*/cmdline; }
