@@ -71,7 +71,7 @@ installs_by_keyboard() {
   answer "Close the simulator before you go on." Return
   answer "Space required: 5." Return
   answer "[x] &Start the bridge whenever the simulator starts" Return
-  answer "Setup was completed successfully." Return
+  answer "&Next >" Return # which is grey until all is installed
   answer "The simulator starts the bridge from now on." alt+o
   answer "&Open the setup page" Return
   check "the installer ends with exit code 0" has_exited_with 0
@@ -89,5 +89,5 @@ keeps_all_when_not_uninstalled() {
   answer "Cancelled. Nothing was changed." Escape
   check "the bridge still runs" not has_ended "$bridge_pid"
   check "both simulators start it" each_exe_xml has_entry
-  check "its files are there" check_installed_files
+  check_installed_files
 }

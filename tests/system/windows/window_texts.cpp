@@ -1,5 +1,5 @@
-// Prints the texts of all visible windows, one control a line, "[x] " before those that are ticked: for tests of the
-// installer's pages.
+// Prints the texts of all windows that are visible and not greyed, one control a line, "[x] " before those that are
+// ticked: for tests of the installer's pages.
 
 #include <windows.h>
 
@@ -9,7 +9,7 @@ namespace {
 
 BOOL CALLBACK printText(HWND window, LPARAM /*unused*/) {
     wchar_t text[1024];
-    if (!IsWindowVisible(window) || InternalGetWindowText(window, text, 1024) == 0) {
+    if (!IsWindowVisible(window) || !IsWindowEnabled(window) || InternalGetWindowText(window, text, 1024) == 0) {
         return TRUE;
     }
     char bytes[3 * 1024];
