@@ -73,8 +73,9 @@ start_wine() {
 
 end_wine() { wineserver -k; wineserver -w; }
 
-# Builds build/linux/tests/system/plug-in-board, with which the packages' tests plug in boards. They run side by side.
-build_plug_in_board() {
-  [ -e build/linux/build.ninja ] || cmake --preset linux >/dev/null
-  flock build/linux cmake --build --preset linux --target plug-in-board >/dev/null
+# Builds one of the programs in build/PRESET/tests/system with which the packages' tests plug in boards and read windows.
+# These tests run side by side.
+build_test_program() { # preset, target
+  [ -e "build/$1/build.ninja" ] || cmake --preset "$1" >/dev/null
+  flock "build/$1" cmake --build --preset "$1" --target "$2" >/dev/null
 }

@@ -13,7 +13,7 @@ build_packages=(cmake ninja-build g++ clang googletest libgtest-dev libbenchmark
 packaging_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev pandoc nsis osslsigncode zip xz-utils git python3 python3-yaml)
 test_packages=("${packaging_packages[@]}" clang-format clang-tidy man-db shellcheck libclang-rt-14-dev chromium wine wine64
   qemu-system-x86 busybox-static cpio udev lintian unzip python3-jsonschema systemd zsh fish locales openssl
-  util-linux)
+  util-linux xvfb xdotool)
 
 case "${1:-}" in
   --build) packages=("${build_packages[@]}") ;;

@@ -21,14 +21,15 @@ version=${version%-setup.exe}
 work=$(mktemp -d)
 export WINEPREFIX=$work/pc WINEDEBUG=-all DISPLAY='' WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d' LOCPATH=$work/locales LANGUAGE=C
 machine=""
-trap '[ -z "$machine" ] || kill "$machine" 2>/dev/null; wineserver -k; wineserver -w; rm -rf "$work"' EXIT
+trap '[ -z "$machine" ] || kill "$machine" 2>/dev/null; wineserver -k; wineserver -w; end_screen; rm -rf "$work"' EXIT
 . scripts/windows-package-checks.sh
+. scripts/windows-package-pages.sh
 
 # --- What the stories below do
 
 # Only the test machine has a HID stack for boards.
 start_test_machine() {
-  build_plug_in_board
+  build_test_program linux plug-in-board
   scripts/vm/make-wine-prefix.sh build/wine-hid
   scripts/vm/run-in-vm.sh --time 1500 --memory 3072 --cpus 1 scripts/vm/test-windows-installation.sh "$PWD/build/wine-hid" "$setup" \
     >"$work/machine" 2>&1 &
@@ -41,6 +42,14 @@ make_older_packages() {
   echo "gone in the next version" >"$work/older/docs/old.md"
   packaging/windows/build-packages.sh "$work/older" "$work/older-dist" 0.0.1 >/dev/null
   older=$work/older-dist/VantrelBridge-0.0.1-setup.exe
+}
+
+# Whose bridge Windows doesn't start, as if a virus scanner held it back.
+make_blocked_packages() {
+  cp -r "$work/zip/VantrelBridge-$version" "$work/blocked"
+  echo 'no program' >"$work/blocked/VantrelBridgeHID.exe"
+  packaging/windows/build-packages.sh "$work/blocked" "$work/blocked-dist" "$version" >/dev/null
+  blocked=$work/blocked-dist/VantrelBridge-$version-setup.exe
 }
 
 # A prefix of its own for a user of that name, with the code page of that locale.
@@ -100,6 +109,16 @@ start_bridge() {
   eventually grep -qs 'Application run loop started' "$data/logs/VantrelBridgeHID.log"
 }
 
+# Keeps a file open in a program until `release_file`.
+hold_file() {
+  (cd "${1%/*}" && wine cmd /c "ping -n 600 127.0.0.1 <${1##*/}" >/dev/null 2>&1) &
+  eventually is_open "$1"
+}
+
+is_open() { [ -n "$(find /proc/[0-9]*/fd -lname "$1" -print -quit 2>/dev/null)" ]; }
+
+release_file() { wine taskkill /F /IM ping.exe >/dev/null; }
+
 uninstall() { # switches...
   wine "$installed/uninstall.exe" /S "$@"
   eventually test ! -e "$installed/uninstall.exe"
@@ -130,6 +149,10 @@ updates() {
   start_pc de_DE.UTF-8 'Jürgen Weiß'
   check "the older version installs" wine "$older" /S
   check "an older file is there" test -f "$installed/docs/old.md"
+  hold_file "$installed/docs/README.md"
+  check "a file in use fails the update" exits_with 2 wine "$setup" /S
+  check "and leaves the older version" test -f "$installed/docs/old.md" -a ! -e "$installed/unpacked.tmp"
+  release_file
   echo '{"mine": 1}' >"$installed/config/buttons.json"
   rm "$installed/config/hid_event_map.json"
   sed -i 's/config.json"</mine.json"</' "$store/EXE.xml"
@@ -177,15 +200,20 @@ refuses_what_it_cannot_edit() {
 
 leaves_nothing_half_done() {
   echo "== refused installations"
-  start_pc de_DE.UTF-8 'plain'
+  start_pc en_US.UTF-8 'plain'
   picture "$work/before"
   check "a full disk fails the installation" exits_with 2 with_a_full_disk wine "$setup" /S
+  picture "$work/after"
+  check "and leaves nothing" diff "$work/before" "$work/after"
+  check "a bridge that doesn't start gives exit code 3" exits_with 3 wine "$blocked" /S
+  check "and can be uninstalled" uninstall /REMOVEDATA
   picture "$work/after"
   check "and leaves nothing" diff "$work/before" "$work/after"
   wine winecfg -v win7
   check "an old Windows fails the installation" exits_with 2 wine "$setup" /S
   picture "$work/after"
   check "and leaves nothing" diff "$work/before" "$work/after"
+  wine winecfg -v win10
 }
 
 follows_its_switches() {
@@ -197,7 +225,12 @@ follows_its_switches() {
   installed="$WINEPREFIX/drive_c/My add-ons/Bridge"
   mkdir -p "$installed"
   echo 'mine' >"$installed/mine.txt"
+  echo 'mine, too' >"$installed/README.md"
   # NSIS takes the folder without quotes, which Wine adds around an argument with a blank.
+  check "a folder with another README.md fails the installation" \
+    exits_with 2 wine "$setup" /S '/D=C:\My' 'add-ons\Bridge'
+  check "and leaves it" grep -q 'mine, too' "$installed/README.md"
+  rm "$installed/README.md"
   check "installs elsewhere, unregistered" wine "$setup" /S /NOREGISTER '/D=C:\My' 'add-ons\Bridge'
   check "there" test -f "$installed/VantrelBridgeHID.exe"
   check "EXE.xml is as it was" cmp "$work/good" "$store/EXE.xml"
@@ -216,14 +249,21 @@ test_machine_succeeds() {
 
 start_test_machine || die "the test machine can't be prepared"
 check "the manifests for winget and Scoop are right" tests/packages/check_manifests.py "$dist"
+build_test_program windows window-texts || die "the reader of the installer's pages can't be built"
 make_older_packages || die "the older packages can't be built"
+make_blocked_packages || die "the blocked packages can't be built"
 installs_and_removes de_DE.UTF-8 'Jürgen Weiß'
 installs_and_removes fr_FR.UTF-8 'André'
 installs_and_removes ru_RU.UTF-8 'Иван Петров'
 installs_and_removes ja_JP.UTF-8 '山田 太郎'
 updates
 refuses_what_it_cannot_edit
-leaves_nothing_half_done
 follows_its_switches
+# The following stories share one PC, with a screen.
+start_screen
+leaves_nothing_half_done
+changes_nothing_when_cancelled
+installs_by_keyboard
+keeps_all_when_not_uninstalled
 check "in the test machine, the installed bridge serves a board" test_machine_succeeds
 report_checks

@@ -32,6 +32,16 @@ build_signed() {
   build "$1" "SIGN_CERTIFICATE=$work/certificate.pem" "SIGN_KEY=$work/key.pem"
 }
 
+# As with a key's device that is pulled out after the programs are signed: the uninstaller comes next, and its name is a
+# temporary one.
+build_signing_programs_only() { # output folder
+  mkdir -p "$work/bin"
+  printf '#!/bin/sh\ncase "$*" in *.exe*) exec %s "$@" ;; esac\nexit 1\n' "$(command -v osslsigncode)" \
+    >"$work/bin/osslsigncode"
+  chmod +x "$work/bin/osslsigncode"
+  PATH=$work/bin:$PATH build_signed "$1"
+}
+
 is_signed() { osslsigncode verify -CAfile "$work/certificate.pem" -TSA-CAfile "$work/certificate.pem" -in "$1"; }
 
 installs_uninstaller() {
@@ -56,6 +66,7 @@ done
 check "the signed installer installs" installs_uninstaller
 check "the uninstaller is signed" is_signed "$WINEPREFIX/drive_c/Bridge/uninstall.exe"
 check "the manifests have the signed files' check sums" tests/packages/check_manifests.py "$work/signed"
+check "a build whose uninstaller can't be signed fails" not build_signing_programs_only "$work/half"
 check "a second signed build" build_signed "$work/again"
 check "has the same installer" cmp "$work/signed/$setup" "$work/again/$setup"
 check "has the same zip" cmp "$work/signed/VantrelBridge-$version-windows-x64.zip" \

@@ -21,27 +21,31 @@ sign() { # file
   [ -z "${SIGN_CERTIFICATE:-}" ] || packaging/windows/sign.sh "$1"
 }
 
-# The folders and files of a tree, as installer.nsi includes them. The sample set arrives beside the user's configuration.
+# The folders and files of a tree, as installer.nsi includes them: "" or "\docs", and names.
 installer_list() { # tree
   local folders name
-  mapfile -t folders < <(cd "$1" && find . -type d | sort)
+  mapfile -t folders < <(cd "$1" && find . -type d | sed 's/^\.//' | sort)
   for folder in "${folders[@]}"; do
     echo "!insertmacro enterFolder \"${folder//\//\\}\""
-    (cd "$1" && find "$folder" -maxdepth 1 -type f -printf '%f\n' | sort) | while read -r name; do
+    (cd "$1/$folder" && find . -maxdepth 1 -type f -printf '%f\n' | sort) | while read -r name; do
       echo "!insertmacro packedFile \"${folder//\//\\}\" \"$name\""
     done
   done
   printf '%s\n' "${folders[@]//\//\\}" | sort -r | sed 's/.*/!insertmacro leaveFolder "&"/'
 }
 
+kibibytes() { find "$1" -type f -printf '%s\n' | awk '{ sum += $1 } END { print int(sum / 1024) + 1 }'; } # tree
+
 make_installer() { # output
   local tree=$work/installed options=()
   cp -r "$stage" "$tree"
-  mv "$tree/config" "$tree/sample"
+  mv "$tree/config" "$tree/sample" # so that it arrives beside the user's configuration
   installer_list "$tree" >"$work/files.nsh"
+  PYTHONDONTWRITEBYTECODE=1 packaging/windows/draw_wizard_picture.py "$work/wizard.bmp"
   [ -z "${SIGN_CERTIFICATE:-}" ] || options+=("-DSIGN=$PWD/packaging/windows/sign.sh")
   makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DVERSION_NUMBERS=${version%%[-+]*}.0" "-DSTAGE=$tree" \
-    "-DFILE_LIST=$work/files.nsh" "-DOUTPUT=$1" "${options[@]}" packaging/windows/installer.nsi
+    "-DKIBIBYTES=$(kibibytes "$tree")" "-DFILE_LIST=$work/files.nsh" "-DPICTURE=$work/wizard.bmp" "-DOUTPUT=$1" \
+    "${options[@]}" packaging/windows/installer.nsi
   sign "$1"
 }
 

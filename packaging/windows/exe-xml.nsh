@@ -8,11 +8,16 @@ ${Using:StrFunc} UnStrStr
 
 Var ExeXmlFiles ; those of this PC, one a line
 
-; Runs the bridge with that option. Its exit code is then in $0, and its output in $1.
+; Runs the bridge with that option. Its exit code, or "error" if Windows can't start it, is then in $0, and its output or
+; the reason in $1.
 !macro runBridge option
   nsExec::ExecToStack '"$INSTDIR\VantrelBridgeHID.exe" ${option}'
   Pop $0
   Pop $1
+  ${If} $0 == "error"
+    StrCpy $1 "VantrelBridgeHID.exe doesn't start. A virus scanner or Windows may block it. Allow it there, and register \
+the bridge on the setup page."
+  ${EndIf}
 !macroend
 
 !macro exeXmlFunctions un findText

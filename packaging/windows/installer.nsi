@@ -1,6 +1,7 @@
 ; The installer of the Windows package, for one user and without administrator rights. build-packages.sh calls makensis
-; with VERSION, VERSION_NUMBERS (four numbers), STAGE (the installed tree), FILE_LIST (its files, see below), OUTPUT
-; and, when it signs, SIGN (a script that takes the file's name).
+; with VERSION, VERSION_NUMBERS (four numbers), STAGE (the installed tree), KIBIBYTES (its size), FILE_LIST (its files,
+; see below), PICTURE (beside the text of the first and last page), OUTPUT and, when it signs, SIGN (a script that takes
+; the file's name).
 ;
 ; Switches beside NSIS's own /S and /D=FOLDER:
 ;   /REGISTER, /NOREGISTER   whether the simulator starts the bridge; by default only a first installation registers it
@@ -22,7 +23,6 @@ ManifestSupportedOS Win10
 !include LogicLib.nsh
 !include FileFunc.nsh
 !include WinVer.nsh
-!include x64.nsh
 
 !define PRODUCT VantrelBridge
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\${PRODUCT}"
@@ -45,7 +45,7 @@ VIAddVersionKey ProductVersion "${VERSION}"
 VIAddVersionKey LegalCopyright "All rights reserved"
 
 !ifdef SIGN
-  !uninstfinalize '"${SIGN}" "%1"'
+  !uninstfinalize '"${SIGN}" "%1"' = 0
 !endif
 
 Var Unpacked    ; the folder in which all files arrive first, so that a full disk leaves the old version whole
@@ -60,6 +60,7 @@ Var Checkbox
 
 !define MUI_ICON "VantrelBridgeHID.ico"
 !define MUI_UNICON "VantrelBridgeHID.ico"
+!define MUI_WELCOMEFINISHPAGE_BITMAP "${PICTURE}"
 !define MUI_ABORTWARNING
 !define MUI_FINISHPAGE_NOAUTOCLOSE
 !define MUI_UNFINISHPAGE_NOAUTOCLOSE
@@ -70,6 +71,7 @@ Var Checkbox
 version is installed, your configuration stays as it is.$\r$\n$\r$\nClose the simulator before you go on."
 !insertmacro MUI_PAGE_WELCOME
 !define MUI_PAGE_CUSTOMFUNCTION_PRE skipOnUpgrade
+!define MUI_PAGE_CUSTOMFUNCTION_LEAVE refuseForeignFiles
 !insertmacro MUI_PAGE_DIRECTORY
 Page custom showSimulatorPage leaveSimulatorPage
 !insertmacro MUI_PAGE_INSTFILES
@@ -78,7 +80,7 @@ Page custom showSimulatorPage leaveSimulatorPage
 !define MUI_FINISHPAGE_TEXT_LARGE
 !define MUI_FINISHPAGE_RUN "$INSTDIR\vantrel.exe"
 !define MUI_FINISHPAGE_RUN_PARAMETERS "setup"
-!define MUI_FINISHPAGE_RUN_TEXT "Open the setup page"
+!define MUI_FINISHPAGE_RUN_TEXT "&Open the setup page"
 !insertmacro MUI_PAGE_FINISH
 
 UninstPage custom un.showDataPage un.leaveDataPage
@@ -145,15 +147,15 @@ FunctionEnd
 
 Function showSimulatorPage
   Call skipOnUpgrade
-  !insertmacro MUI_HEADER_TEXT "Start with the simulator" "Shall the simulator start the bridge?"
+  !insertmacro MUI_HEADER_TEXT "Start with the simulator" "Should the simulator start the bridge?"
   nsDialogs::Create 1018
   Pop $0
   ${NSD_CreateCheckbox} 0 0 100% 12u "&Start the bridge whenever the simulator starts (recommended)"
   Pop $Checkbox
   ${NSD_SetState} $Checkbox $Register
-  ${NSD_CreateLabel} 0 20u 100% 60u "The installer adds the bridge to EXE.xml, the simulator's list of programs that it \
-starts, of each simulator on this PC. Entries of other programs stay as they are, and a copy of the file stays beside \
-it as EXE.xml.bak. The next page shows which files changed. Uninstalling removes the entry.$\r$\n$\r$\nYou can change \
+  ${NSD_CreateLabel} 0 20u 100% 60u "The installer adds the bridge to EXE.xml, the list of programs that a simulator \
+starts, for each simulator on this PC. Entries of other programs stay as they are, and a copy of each file is kept \
+beside it as EXE.xml.bak. The next page shows which files changed. Uninstalling removes the entry.$\r$\n$\r$\nYou can change \
 this later on the setup page."
   Pop $0
   nsDialogs::Show
@@ -182,7 +184,8 @@ FunctionEnd
 ; --- Install
 
 ; FILE_LIST has a line `enterFolder FOLDER` for each folder, before its lines `packedFile FOLDER NAME`, and at the end
-; `leaveFolder FOLDER`, the innermost first. Each use of the list defines what these do.
+; `leaveFolder FOLDER`, the innermost first. FOLDER is empty, or begins with a backslash. Each use of the list defines
+; what these do.
 !macro forgetListMacros
   !macroundef enterFolder
   !macroundef packedFile
@@ -190,10 +193,33 @@ FunctionEnd
 !macroend
 
 !macro enterFolder folder
-  SetOutPath "$Unpacked\${folder}"
 !macroend
 !macro packedFile folder name
-  File "${STAGE}/${folder}/${name}"
+  ${IfThen} ${FileExists} "$INSTDIR${folder}\${name}" ${|} StrCpy $0 "$INSTDIR${folder}\${name}" ${|}
+!macroend
+!macro leaveFolder folder
+!macroend
+Function refuseForeignFiles
+  ${If} $IsUpgrade = 1
+  ${OrIf} ${FileExists} "$INSTDIR\VantrelBridgeHID.exe"
+    Return
+  ${EndIf}
+  StrCpy $0 ""
+  !include "${FILE_LIST}"
+  !insertmacro packedFile "" "uninstall.exe"
+  ${If} $0 != ""
+    MessageBox MB_ICONEXCLAMATION "$0 belongs to something else, and the installation would replace it. Choose another \
+folder." /SD IDOK
+    Abort
+  ${EndIf}
+FunctionEnd
+!insertmacro forgetListMacros
+
+!macro enterFolder folder
+  SetOutPath "$Unpacked${folder}"
+!macroend
+!macro packedFile folder name
+  File "${STAGE}${folder}/${name}"
 !macroend
 !macro leaveFolder folder
 !macroend
@@ -207,11 +233,32 @@ FunctionEnd
 !insertmacro forgetListMacros
 
 !macro enterFolder folder
-  CreateDirectory "$INSTDIR\${folder}"
 !macroend
 !macro packedFile folder name
-  Delete "$INSTDIR\${folder}\${name}"
-  Rename "$Unpacked\${folder}\${name}" "$INSTDIR\${folder}\${name}"
+  StrCpy $0 "${folder}\${name}" "" 1
+  Call refuseFileInUse
+!macroend
+!macro leaveFolder folder
+!macroend
+Function refuseFilesInUse
+  !include "${FILE_LIST}"
+FunctionEnd
+!insertmacro forgetListMacros
+
+Function refuseFileInUse ; the file $0
+  Call isInUse
+  ${If} $1 = 1
+    Abort "$INSTDIR\$0 is write-protected, or a program uses it. Nothing was changed. Close the program, then run this one \
+again."
+  ${EndIf}
+FunctionEnd
+
+!macro enterFolder folder
+  CreateDirectory "$INSTDIR${folder}"
+!macroend
+!macro packedFile folder name
+  Delete "$INSTDIR${folder}\${name}"
+  Rename "$Unpacked${folder}\${name}" "$INSTDIR${folder}\${name}"
 !macroend
 !macro leaveFolder folder
 !macroend
@@ -285,8 +332,7 @@ Function listInSettings
   WriteRegStr HKCU "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\uninstall.exe" /S'
   WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoModify" 1
   WriteRegDWORD HKCU "${UNINSTALL_KEY}" "NoRepair" 1
-  ${GetSize} $INSTDIR "/S=0K" $0 $1 $2
-  WriteRegDWORD HKCU "${UNINSTALL_KEY}" "EstimatedSize" $0
+  WriteRegDWORD HKCU "${UNINSTALL_KEY}" "EstimatedSize" ${KIBIBYTES}
 FunctionEnd
 
 Function listChangedFiles
@@ -309,7 +355,7 @@ Function registerBridge
   ${Else}
     !insertmacro runBridge "--register"
     StrCpy $Outcome "The simulator starts the bridge from now on. The list on the page before names the files that changed."
-    ${If} $0 <> 0
+    ${If} $0 != 0
       StrCpy $Outcome "The simulator does not start the bridge yet: $1"
       SetErrorLevel 3
     ${ElseIf} $ExeXmlFiles == ""
@@ -322,8 +368,11 @@ Function registerBridge
 FunctionEnd
 
 Section
+  AddSize ${KIBIBYTES}
+  Call refuseForeignFiles
   Call unpackFiles
   Call endPrograms
+  Call refuseFilesInUse
   Call removeOldFiles
   Call moveFiles
   Call addConfiguration
@@ -353,12 +402,26 @@ Function un.onInit
   ${EndIf}
 FunctionEnd
 
+; Without the program nobody could ever uninstall what a virus scanner has left.
+Function un.allowEntryToStay
+  MessageBox MB_OKCANCEL|MB_ICONEXCLAMATION "VantrelBridgeHID.exe doesn't start; a virus scanner may have removed it. So its \
+entry stays in EXE.xml, the simulator's list of programs, until you delete it there or install the bridge again.\
+$\r$\n$\r$\nRemove everything else?" /SD IDOK IDOK goOn
+  SetErrorLevel 1
+  Abort "Cancelled. Nothing was removed."
+  goOn:
+FunctionEnd
+
 Function un.unregisterBridge
   Call un.explainUneditableExeXml
   Pop $1
   ${If} $1 == ""
     !insertmacro runBridge "--unregister"
     ${IfThen} $0 == 0 ${|} Return ${|}
+    ${If} $0 == "error"
+      Call un.allowEntryToStay
+      Return
+    ${EndIf}
   ${EndIf}
   MessageBox MB_ICONSTOP "The bridge can't be removed from the simulator's list of programs, so nothing was removed: $1" \
     /SD IDOK
@@ -369,10 +432,10 @@ FunctionEnd
 !macro enterFolder folder
 !macroend
 !macro packedFile folder name
-  Delete "$INSTDIR\${folder}\${name}"
+  Delete "$INSTDIR${folder}\${name}"
 !macroend
 !macro leaveFolder folder
-  RMDir "$INSTDIR\${folder}"
+  RMDir "$INSTDIR${folder}"
 !macroend
 Function un.removeFiles
   SetOutPath $TEMP
@@ -400,8 +463,8 @@ Section un.
     Call un.removeFiles
     Return
   ${EndIf}
-  Call un.unregisterBridge
   Call un.endPrograms
+  Call un.unregisterBridge
   Call un.removeFiles
   Call un.removeData
   RMDir /r "$SMPROGRAMS\${PRODUCT}"

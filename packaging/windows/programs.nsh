@@ -1,8 +1,9 @@
-; Ends those of our programs that run from $INSTDIR, since Windows lets nobody replace or remove a running program.
+; Ends those of our programs that run from $INSTDIR, since Windows lets nobody replace or remove a running program, nor
+; any other file that a program keeps open.
 
 !macro endProgramsFunctions un
 
-Function ${un}isRunning ; the program $0; sets $1
+Function ${un}isInUse ; the file $0; sets $1
   StrCpy $1 0
   ${If} ${FileExists} "$INSTDIR\$0"
     ClearErrors
@@ -19,7 +20,7 @@ FunctionEnd
 Function ${un}endProgram ; the program $0
   StrCpy $3 0
   ${Do}
-    Call ${un}isRunning
+    Call ${un}isInUse
     ${IfThen} $1 = 0 ${|} Return ${|}
     ${If} $3 = 0
       MessageBox MB_OKCANCEL|MB_ICONEXCLAMATION "$0 is running. End it and go on?$\r$\n$\r$\nIf the setup page is open, \
@@ -38,9 +39,9 @@ save your changes first. The bridge starts again with the simulator." /SD IDOK I
 FunctionEnd
 
 Function ${un}endPrograms
-  StrCpy $0 "VantrelBridgeHID.exe"
+  StrCpy $0 "vantrel.exe" ; the setup page may start the bridge
   Call ${un}endProgram
-  StrCpy $0 "vantrel.exe"
+  StrCpy $0 "VantrelBridgeHID.exe"
   Call ${un}endProgram
 FunctionEnd
 !macroend
