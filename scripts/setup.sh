@@ -8,7 +8,7 @@
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 
-build_packages=(cmake ninja-build g++ clang googletest libgtest-dev libbenchmark-dev nlohmann-json3-dev libcli11-dev
+build_packages=(cmake ninja-build g++ clang lld googletest libgtest-dev libbenchmark-dev nlohmann-json3-dev libcli11-dev
   libpugixml-dev libminizip-dev zlib1g-dev dpkg-dev)
 packaging_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev pandoc nsis osslsigncode zip xz-utils git python3 python3-yaml)
 test_packages=("${packaging_packages[@]}" clang-format clang-tidy man-db shellcheck libclang-rt-14-dev chromium wine wine64
