@@ -217,22 +217,26 @@ leaves_nothing_half_done() {
 }
 
 follows_its_switches() {
+  local name
   echo "== switches"
   start_pc de_DE.UTF-8 'plain'
   mkdir -p "$data"
-  echo '{}' >"$data/config.json"
+  cp "$work/zip/VantrelBridge-$version/config/"*.json "$data/"
   cp "$store/EXE.xml" "$work/good"
-  installed="$WINEPREFIX/drive_c/My add-ons/Bridge"
+  # With the longest of our files below it, not far from what Windows allows.
+  name=$(printf 'long%.0s' {1..40})
+  installed="$WINEPREFIX/drive_c/My add-ons/$name"
   mkdir -p "$installed"
   echo 'mine' >"$installed/mine.txt"
   echo 'mine, too' >"$installed/README.md"
   # NSIS takes the folder without quotes, which Wine adds around an argument with a blank.
   check "a folder with another README.md fails the installation" \
-    exits_with 2 wine "$setup" /S '/D=C:\My' 'add-ons\Bridge'
+    exits_with 2 wine "$setup" /S '/D=C:\My' "add-ons\\$name"
   check "and leaves it" grep -q 'mine, too' "$installed/README.md"
   rm "$installed/README.md"
-  check "installs elsewhere, unregistered" wine "$setup" /S /NOREGISTER '/D=C:\My' 'add-ons\Bridge'
+  check "installs elsewhere, unregistered" wine "$setup" /S /NOREGISTER '/D=C:\My' "add-ons\\$name"
   check "there" test -f "$installed/VantrelBridgeHID.exe"
+  check "the bridge runs there" start_bridge
   check "EXE.xml is as it was" cmp "$work/good" "$store/EXE.xml"
   check "nothing hides the configuration in the data folder" test ! -e "$installed/config"
   check "an update finds the place" wine "$setup" /S

@@ -82,10 +82,11 @@ TEST_P(ProgramResources, IconComesInFourSizes) {
     EXPECT_EQ(widths, (std::vector<int>{16, 32, 48, 0}));
 }
 
-TEST_P(ProgramResources, ManifestAsksForNoRightsAndNoCodePageAndNamesTheSystems) {
+TEST_P(ProgramResources, ManifestAsksForLongPathsButNoRightsAndNoCodePageAndNamesTheSystems) {
     const std::string manifest = resource(RT_MANIFEST, 1);
     EXPECT_NE(manifest.find(R"(<requestedExecutionLevel level="asInvoker" uiAccess="false"/>)"), std::string::npos);
     EXPECT_NE(manifest.find(R"(<supportedOS Id="{8e0f7a12-bfb3-4fe8-b9a5-48fd50a15a9a}"/>)"), std::string::npos);
+    EXPECT_NE(manifest.find(">true</longPathAware>"), std::string::npos);
     EXPECT_NE(manifest.find("version=\"" BRIDGE_VERSION ".0\""), std::string::npos);
     // EXE.xml takes the bytes of paths as they are and declares the system's code page.
     EXPECT_EQ(manifest.find("<activeCodePage"), std::string::npos);
