@@ -49,13 +49,13 @@ std::string quotedKey(const std::string& key) {
     return '"' + key + '"';
 }
 
-/// Repairs what one message is about, so that the bridge gets past it. Works on a text whose document it keeps.
-class Repair {
+/// Changes what one message is about, so that the bridge gets past it. Works on a text whose document it keeps.
+class Workaround {
 public:
-    Repair(const JsonDocument& document, const MessagePlace& place)
+    Workaround(const JsonDocument& document, const MessagePlace& place)
         : document(document), place(place), found(followPath(*document.root(), place.path)) {}
 
-    /// The repaired text; nothing when there is nothing to repair.
+    /// The changed text; nothing when there is nothing to change.
     std::optional<std::string> text() const {
         const auto replacement = std::ranges::find(replacements, textOf(place.path), &Replacement::place);
         if (replacement != replacements.end()) {
@@ -118,7 +118,7 @@ std::optional<std::string> repairedText(const std::string& text, const std::stri
     if (document.root() == nullptr || place.path.empty()) {
         return std::nullopt;
     }
-    return Repair(document, place).text();
+    return Workaround(document, place).text();
 }
 
 } // namespace

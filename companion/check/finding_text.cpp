@@ -1,6 +1,6 @@
 #include "companion/check/finding_text.h"
 
-#include <nlohmann/json.hpp>
+#include "companion/json/json_text.h"
 
 #include <algorithm>
 
@@ -102,6 +102,5 @@ std::string findingsJson(const Findings& findings) {
                          {"message", finding.message},
                          {"hint", finding.hint}});
     }
-    // A path or a key may hold bytes that aren't UTF-8.
-    return array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
+    return jsonDocument(array);
 }

@@ -1,7 +1,6 @@
 #include "companion/devices/board_list.h"
+#include "companion/json/json_text.h"
 #include "hid/usb_ids.h"
-
-#include <nlohmann/json.hpp>
 
 namespace {
 
@@ -55,5 +54,5 @@ std::string boardsJson(const std::vector<ListedBoard>& boards) {
         }
         array.push_back(std::move(entry));
     }
-    return array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
+    return jsonDocument(array);
 }

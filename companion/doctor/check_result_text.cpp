@@ -1,6 +1,6 @@
 #include "companion/doctor/check_result_text.h"
 
-#include <nlohmann/json.hpp>
+#include "companion/json/json_text.h"
 
 #include <algorithm>
 
@@ -47,13 +47,8 @@ std::string summary(const CheckResults& results) {
            (warnings == 1 ? " warning.\n" : " warnings.\n");
 }
 
-/// A path may hold bytes that aren't UTF-8.
-std::string replacingDump(const nlohmann::ordered_json& json, int indent) {
-    return json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
-}
-
 std::string inJson(const std::string& text) {
-    return nlohmann::ordered_json::parse(replacingDump(text, -1)).get<std::string>();
+    return nlohmann::ordered_json::parse(jsonLine(text)).get<std::string>();
 }
 
 } // namespace
@@ -85,5 +80,5 @@ std::string checkResultsJson(const CheckResults& results) {
                 {"code", result.repair.code}, {"path", result.repair.path}, {"text", result.repair.text}};
         }
     }
-    return replacingDump(array, 2) + '\n';
+    return jsonDocument(array);
 }

@@ -8,8 +8,8 @@
 namespace {
 
 /// Null for a text that isn't JSON.
-nlohmann::json parsed(std::string_view text) {
-    return nlohmann::json::parse(text, nullptr, false);
+nlohmann::ordered_json parsed(std::string_view text) {
+    return nlohmann::ordered_json::parse(text, nullptr, false);
 }
 
 std::array<unsigned, 3> numbersOf(const std::string& version) {
@@ -26,7 +26,7 @@ std::array<unsigned, 3> numbersOf(const std::string& version) {
 } // namespace
 
 std::optional<std::string> packageVersion(std::string_view manifest) {
-    const nlohmann::json root = parsed(manifest);
+    const nlohmann::ordered_json root = parsed(manifest);
     if (!root.is_object() || !root.contains("package_version") || !root["package_version"].is_string()) {
         return std::nullopt;
     }
@@ -34,12 +34,12 @@ std::optional<std::string> packageVersion(std::string_view manifest) {
 }
 
 std::optional<std::vector<PackageFile>> packageFiles(std::string_view layout) {
-    const nlohmann::json root = parsed(layout);
+    const nlohmann::ordered_json root = parsed(layout);
     if (!root.is_object() || !root.contains("content") || !root["content"].is_array()) {
         return std::nullopt;
     }
     std::vector<PackageFile> files;
-    for (const nlohmann::json& entry : root["content"]) {
+    for (const nlohmann::ordered_json& entry : root["content"]) {
         if (entry.is_object() && entry.contains("path") && entry["path"].is_string() && entry.contains("size") &&
             entry["size"].is_number_unsigned()) {
             files.push_back({entry["path"].get<std::string>(), entry["size"].get<std::uint64_t>()});

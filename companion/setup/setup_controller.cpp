@@ -3,8 +3,8 @@
 #include "app/app_paths.h"
 #include "app/program_names.h"
 #include "companion/devices/board_list.h"
+#include "companion/json/json_text.h"
 #include "companion/live/live_text.h"
-#include "companion/setup/json_line.h"
 #include "mapping/event_decision.h"
 #include "platform/file_system.h"
 

@@ -3,7 +3,7 @@
 #include "companion/catalogue/event_catalogue.h"
 #include "companion/check/rpn_check.h"
 #include "companion/draft/line_diff.h"
-#include "companion/setup/json_line.h"
+#include "companion/json/json_text.h"
 #include "config/names.h"
 #include "platform/file_system.h"
 
