@@ -13,9 +13,9 @@ constexpr std::string_view commandSuffix = ".Command";
 constexpr std::string_view responseSuffix = ".Response";
 constexpr std::string_view lvarsSuffix = ".LVars";
 constexpr std::string_view stringVarsSuffix = ".StringVars";
-constexpr std::size_t messageAreaSize = 1024;
-constexpr std::size_t lvarsAreaSize = 4096;
-constexpr std::size_t stringVarsAreaSize = 8192;
+constexpr std::size_t messageBytes = 1024;
+constexpr std::size_t lvarsBytes = 4096;
+constexpr std::size_t stringVarsBytes = 8192;
 constexpr std::size_t valueSize = 4;
 
 constexpr std::string_view moduleVersion = "1.0.1";
@@ -72,10 +72,10 @@ void MobiFlightModule::start() {
 
 void MobiFlightModule::createClient(std::string_view name) {
     clients.push_back({std::string(name), {}});
-    areas.create(areaName(name, commandSuffix), messageAreaSize);
-    areas.create(areaName(name, responseSuffix), messageAreaSize);
-    areas.create(areaName(name, lvarsSuffix), lvarsAreaSize);
-    areas.create(areaName(name, stringVarsSuffix), stringVarsAreaSize);
+    areas.create(areaName(name, commandSuffix), messageBytes);
+    areas.create(areaName(name, responseSuffix), messageBytes);
+    areas.create(areaName(name, lvarsSuffix), lvarsBytes);
+    areas.create(areaName(name, stringVarsSuffix), stringVarsBytes);
 }
 
 MobiFlightModule::Client* MobiFlightModule::clientOfCommandArea(std::string_view name) {

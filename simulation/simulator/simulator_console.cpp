@@ -12,7 +12,7 @@
 namespace {
 
 // Bytes above 127 are written as numbers, since they may not be UTF-8.
-std::string quoted(std::string_view text) {
+std::string textAsJson(std::string_view text) {
     std::string json = "\"";
     for (const char letter : text) {
         const auto byte = static_cast<unsigned char>(letter);
@@ -92,10 +92,10 @@ std::string recordAsJson(const SimulatorRecord& record, std::chrono::steady_cloc
     std::ostringstream json;
     json.imbue(std::locale::classic());
     const std::chrono::duration<double> seconds = record.time - start;
-    json << R"({"kind":)" << quoted(simulatorRecordKindName(record.kind)) << R"(,"time":)" << std::fixed
+    json << R"({"kind":)" << textAsJson(simulatorRecordKindName(record.kind)) << R"(,"time":)" << std::fixed
          << seconds.count() << R"(,"session":)" << record.session;
     if (hasText(record.kind)) {
-        json << R"(,"text":)" << quoted(record.text);
+        json << R"(,"text":)" << textAsJson(record.text);
     }
     if (hasValue(record.kind)) {
         json << R"(,"value":)" << record.value;
@@ -109,10 +109,11 @@ std::string recordAsJson(const SimulatorRecord& record, std::chrono::steady_cloc
 
 std::string listeningAsJson(const SimConnectEndpoint& endpoint) {
     std::string json = R"({"kind":"listening",)";
-    json += endpoint.pipe.empty() ? R"("port":)" + std::to_string(endpoint.port) : R"("pipe":)" + quoted(endpoint.pipe);
+    json +=
+        endpoint.pipe.empty() ? R"("port":)" + std::to_string(endpoint.port) : R"("pipe":)" + textAsJson(endpoint.pipe);
     return json + "}";
 }
 
 std::string noticeAsJson(std::string_view kind, std::string_view text) {
-    return R"({"kind":)" + quoted(kind) + R"(,"text":)" + quoted(text) + "}";
+    return R"({"kind":)" + textAsJson(kind) + R"(,"text":)" + textAsJson(text) + "}";
 }
