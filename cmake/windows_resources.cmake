@@ -7,6 +7,6 @@ function(add_windows_resources program description)
   configure_file(${sources}/program.manifest.in ${manifest} @ONLY)
   configure_file(${sources}/program.rc.in ${resources} @ONLY)
   target_sources(${program} PRIVATE ${resources})
-  # windres doesn't tell CMake what it reads.
+  # CMake doesn't know what windres reads.
   set_source_files_properties(${resources} PROPERTIES OBJECT_DEPENDS "${icon};${manifest}")
 endfunction()
