@@ -15,3 +15,8 @@ set(BUILD_GMOCK OFF CACHE INTERNAL "")
 set(gtest_disable_pthreads OFF CACHE INTERNAL "")
 add_subdirectory(${GOOGLETEST_SOURCE_DIR} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 set_target_properties(gtest gtest_main PROPERTIES COMPILE_WARNING_AS_ERROR OFF)
+# Others test the framework. Only its locks and threads have to be known to the thread sanitizer.
+target_compile_options(gtest PRIVATE -O0)
+if(BRIDGE_SANITIZE)
+  target_compile_options(gtest PRIVATE -fno-sanitize=fuzzer-no-link,address,undefined)
+endif()
