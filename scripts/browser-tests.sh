@@ -21,7 +21,7 @@ case "${1:-linux}" in
   *)
     at_most 1 "$@"
     preset=${1:-linux}
-    cmake --preset "$preset" && cmake --build --preset "$preset" --target vantrel VantrelBridgeHID
+    build_preset "$preset" vantrel VantrelBridgeHID
     program=$PWD/build/$preset/vantrel
     [ "$preset" != windows ] || program+=.exe
     ;;

@@ -73,9 +73,14 @@ start_wine() {
 
 end_wine() { wineserver -k; wineserver -w; }
 
-# Builds one of the programs in build/PRESET/tests/system with which the packages' tests plug in boards and read windows.
-# These tests run side by side.
-build_test_program() { # preset, target
-  [ -e "build/$1/build.ninja" ] || cmake --preset "$1" >/dev/null
-  flock "build/$1" cmake --build --preset "$1" --target "$2" >/dev/null
+# Builds into build/PRESET: all of it, or only some targets. Scripts run side by side, and two builds in one folder clash,
+# so one waits for the other.
+build_preset() { # preset, target...
+  local preset=$1
+  shift
+  mkdir -p build
+  (
+    flock 9
+    cmake --preset "$preset" >/dev/null && cmake --build --preset "$preset" "${@/#/--target=}"
+  ) 9>"build/$preset.lock"
 }

@@ -38,8 +38,7 @@ build() { # system, prefix
     preset=release-$1
     rm -rf "build/$preset"
   fi
-  cmake --preset "$preset" >/dev/null
-  cmake --build --preset "$preset" --target VantrelBridgeHID vantrel -- --quiet
+  build_preset "$preset" VantrelBridgeHID vantrel
   DESTDIR=$stages/$1 cmake --install "build/$preset" --prefix "$2" >/dev/null
 }
 

@@ -11,8 +11,7 @@ case "${1:-}" in
   --check) minimum=0.1 latency_options=(--check) ;;
   *) at_most 0 "$@" ;;
 esac
-cmake --preset linux >/dev/null
-cmake --build --preset linux --target micro-bench --target latency-bench --target pace-bench
+build_preset linux micro-bench latency-bench pace-bench
 bench=build/linux/tests/bench
 
 mkdir -p build/test-logs

@@ -47,12 +47,9 @@ case "${1:-}" in
   *) at_most 0 "$@" ;;
 esac
 
-[ -e "$build/build.ninja" ] || cmake --preset linux >/dev/null
-cmake --build --preset linux --target system-tests
+build_preset linux system-tests
 if [ "$runner" = run_on_wine ]; then
-  [ -e build/windows/build.ninja ] || cmake --preset windows >/dev/null
-  cmake --build --preset windows --target \
-    VantrelBridgeHID virtual-simulator simconnect-dll hid-watch vantrel
+  build_preset windows VantrelBridgeHID virtual-simulator simconnect-dll hid-watch vantrel
   scripts/vm/make-wine-prefix.sh "$prefix"
 fi
 

@@ -14,7 +14,7 @@ for file in "$package" "$archive"; do
   [ -e "$file" ] || die "no $file; scripts/package.sh makes it"
 done
 
-build_test_program linux plug-in-board
+build_preset linux plug-in-board
 
 # An older package, to be upgraded: with a file that the new one lacks.
 older=$(mktemp -d "$PWD/build/older.XXXXXX")

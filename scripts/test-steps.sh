@@ -2,11 +2,13 @@
 # The steps of test.sh, one function each, and what runs and counts them. Sourced, not run; `steps` and
 # `results` are test.sh's.
 
-all_steps=(style docs linux unit schemas scenarios asan tsan browser windows wine fuzz soak system system_wine packages bench)
-# Two lanes run side by side: one mostly compiles, the other mostly runs what the first has built and often only waits.
-# Both take about as long. The benchmarks measure, so they come last and have the machine to themselves.
+all_steps=(style docs linux unit schemas scenarios asan tsan looks browser_windows browser_asan browser_tsan windows wine fuzz
+  soak system system_wine packages bench)
+# Three lanes run side by side and take about as long: one compiles, two run what it has built, of which one mostly waits.
+# The benchmarks measure, so they come last and have the machine to themselves.
 build_lane=(quick linux windows asan tsan style fuzz)
-run_lane=(docs unit schemas scenarios soak system wine packages system_wine browser)
+run_lane=(system wine browser_windows packages system_wine)
+wait_lane=(docs unit schemas scenarios soak looks browser_asan browser_tsan)
 alone=(bench)
 
 # The longest first, so that none runs alone at the end.
@@ -24,10 +26,11 @@ is_in() { # word, list...
 # The steps of the build lane whose programs a step runs. It would build them itself, but two builds in one folder clash.
 needs() {
   case "$1" in
-    unit | schemas | scenarios | soak | system) echo linux ;;
-    wine) echo windows ;;
+    unit | schemas | scenarios | soak | system | looks) echo linux ;;
+    wine | browser_windows) echo windows ;;
+    browser_asan) echo asan ;;
+    browser_tsan) echo tsan ;;
     system_wine | packages) echo linux windows ;;
-    browser) echo linux asan tsan windows ;;
   esac
 }
 
@@ -50,6 +53,8 @@ run_lanes() {
   lanes+=("$!")
   run_lane "${run_lane[@]}" &
   lanes+=("$!")
+  run_lane "${wait_lane[@]}" &
+  lanes+=("$!")
   set +m
   # shellcheck disable=SC2064
   trap "kill -- ${lanes[*]/#/-} 2>/dev/null; exit 130" INT TERM HUP
@@ -69,7 +74,7 @@ run_step() {
   read -r step_passed step_failed < <(count_tests "$log")
   [ "$result" != ok ] || [ "$step_passed" -gt 0 ] || result="FAILED (nothing was tested)"
   [ "$result" = ok ] || [ "$step_failed" -gt 0 ] || step_failed=1
-  printf '%-12s %5d passed %3d failed %4d s  %s\n' "$step" "$step_passed" "$step_failed" $((SECONDS - begun)) "$result"
+  printf '%-16s %5d passed %3d failed %4d s  %s\n' "$step" "$step_passed" "$step_failed" $((SECONDS - begun)) "$result"
   [ "$result" = ok ] || show_failure "$log"
   echo "$step_passed $step_failed" >"$results/$step.result"
 }
@@ -88,12 +93,6 @@ count_tests() {
     /tests failed out of [0-9]+/ { passed += $NF - $4; failed += $4 }
     /^check: [0-9]+ passed, [0-9]+ failed$/ { passed += $2; failed += $4 }
     END { print passed + 0, failed + 0 }' "$1"
-}
-
-build_preset() { # preset, targets…
-  local preset=$1
-  shift
-  cmake --preset "$preset" && cmake --build --preset "$preset" "${@/#/--target=}"
 }
 
 test_units() { # preset, then environment settings
@@ -115,8 +114,7 @@ run_unit_programs() { # preset, then environment settings
 step_style() { scripts/check-style.sh; }
 
 step_linux() {
-  build_preset linux
-  cmake --build --preset linux --target system-tests
+  build_preset linux all system-tests plug-in-board
   test -x build/linux/VantrelBridgeHID
   echo "check: 1 passed, 0 failed"
 }
@@ -137,14 +135,14 @@ step_scenarios() {
   ctest --test-dir build/linux -R '^scenario-' -j6 --output-on-failure
 }
 
-step_browser() {
-  local option failures=0
-  # What the pages do needn't be shown by the optimised build once more.
-  for option in --looks asan tsan windows; do
-    scripts/browser-tests.sh "$option" || failures=$((failures + 1))
-  done
-  return "$((failures > 0))"
-}
+# What the pages do needn't be shown by the optimised build once more.
+step_looks() { scripts/browser-tests.sh --looks; }
+
+step_browser_windows() { scripts/browser-tests.sh windows; }
+
+step_browser_asan() { scripts/browser-tests.sh asan; }
+
+step_browser_tsan() { scripts/browser-tests.sh tsan; }
 
 step_asan() {
   build_preset asan vantrel VantrelBridgeHID fuzzers
@@ -162,8 +160,7 @@ step_tsan() {
 }
 
 step_windows() {
-  build_preset windows
-  cmake --build --preset windows --target hid-watch
+  build_preset windows all hid-watch window-texts
   scripts/check-windows-executable.sh
 }
 

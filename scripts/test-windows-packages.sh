@@ -29,7 +29,7 @@ trap '[ -z "$machine" ] || kill "$machine" 2>/dev/null; wineserver -k; wineserve
 
 # Only the test machine has a HID stack for boards.
 start_test_machine() {
-  build_test_program linux plug-in-board
+  build_preset linux plug-in-board
   scripts/vm/make-wine-prefix.sh build/wine-hid
   scripts/vm/run-in-vm.sh --time 1500 --memory 3072 --cpus 1 scripts/vm/test-windows-installation.sh "$PWD/build/wine-hid" "$setup" \
     >"$work/machine" 2>&1 &
@@ -253,7 +253,7 @@ test_machine_succeeds() {
 
 start_test_machine || die "the test machine can't be prepared"
 check "the manifests for winget and Scoop are right" tests/packages/check_manifests.py "$dist"
-build_test_program windows window-texts || die "the reader of the installer's pages can't be built"
+build_preset windows window-texts || die "the reader of the installer's pages can't be built"
 make_older_packages || die "the older packages can't be built"
 make_blocked_packages || die "the blocked packages can't be built"
 installs_and_removes de_DE.UTF-8 'Jürgen Weiß'
