@@ -18,6 +18,7 @@ FunctionEnd
 ; The bridge has no window that a message could close: its hidden one only hears of boards. Ending the process loses
 ; nothing, and the boards' lights go out.
 Function ${un}endProgram ; the program $0
+  ; A busy machine needs seconds to end a program.
   StrCpy $3 0
   ${Do}
     Call ${un}isInUse
@@ -33,7 +34,7 @@ save your changes first. The bridge starts again with the simulator." /SD IDOK I
     ${EndIf}
     IntOp $3 $3 + 1
     Sleep 100
-  ${LoopUntil} $3 = 100
+  ${LoopUntil} $3 = 300
   SetErrorLevel 2
   Abort "$INSTDIR\$0 is in use by another user or protected. Nothing was changed."
 FunctionEnd
