@@ -4,11 +4,10 @@
 
 all_steps=(style docs linux unit schemas scenarios asan tsan looks browser_windows browser_asan browser_tsan windows wine fuzz
   soak system system_wine packages bench)
-# Three lanes run side by side and take about as long: one compiles, two run what it has built, of which one mostly waits.
-# The benchmarks measure, so they come last and have the machine to themselves.
+# Two lanes run side by side: one mostly compiles, the other mostly runs what the first has built and often only waits. A
+# third would overload two cores. The benchmarks measure, so they come last and have the machine to themselves.
 build_lane=(quick linux windows asan tsan style fuzz)
-run_lane=(system wine browser_windows packages system_wine)
-wait_lane=(docs unit schemas scenarios soak looks browser_asan browser_tsan)
+run_lane=(docs unit schemas scenarios soak system looks wine browser_windows packages browser_asan system_wine browser_tsan)
 alone=(bench)
 
 # The longest first, so that none runs alone at the end.
@@ -52,8 +51,6 @@ run_lanes() {
   run_lane "${build_lane[@]}" &
   lanes+=("$!")
   run_lane "${run_lane[@]}" &
-  lanes+=("$!")
-  run_lane "${wait_lane[@]}" &
   lanes+=("$!")
   set +m
   # shellcheck disable=SC2064

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Sets up, builds and tests everything, and ends with a summary and 0 or 1.
-#   test.sh           all steps, three at a time: docs/testing.md says what each of them proves
+#   test.sh           all steps, two at a time: docs/testing.md says what each of them proves
 #   test.sh --quick   the native unit tests only, unoptimised
 #   test.sh --list    the steps' names
 #   test.sh STEP...   only these steps, after the set-up
