@@ -5,7 +5,7 @@ import {once} from 'node:events';
 import {chromium} from 'playwright-core';
 import {startVantrel} from './program.js';
 
-const chromiumPath = process.env.CHROMIUM ?? '/usr/bin/chromium';
+const chromiumPath = process.env.CHROMIUM ?? '/usr/bin/chromium-headless-shell';
 const addressPattern = /http:\/\/127\.0\.0\.1:(\d+)\/#([0-9A-F]{32})/;
 const sanitizerPattern = /(Address|Thread|Leak|UndefinedBehavior)Sanitizer|runtime error:/;
 /// Generous: under a sanitizer on a busy machine.
