@@ -69,9 +69,11 @@ public:
         server.set_tcp_nodelay(true);
         // A connection for each request: on loopback it costs nothing, and an idle one would delay the end.
         server.set_keep_alive_max_count(1);
-        // A connection without a request blocks a thread no longer than this, in seconds.
-        server.set_keep_alive_timeout(1);
-        server.set_read_timeout(1);
+        // A connection without a request delays the end by no more than this, in seconds. A browser on a busy machine
+        // needs more than one, and a page that lacks one of its files stays empty.
+        constexpr time_t patience = 5;
+        server.set_keep_alive_timeout(patience);
+        server.set_read_timeout(patience);
         const auto answer = [this](const httplib::Request& request, httplib::Response& response) {
             sendReply(this->handler(pageRequest(request)), response);
         };

@@ -161,6 +161,19 @@ test('every answer forbids framing, sniffing, caching and foreign sources', asyn
   }
 });
 
+test('a request that comes late is answered', async () => {
+  const late = connect(cockpit.port, '127.0.0.1');
+  await once(late, 'connect');
+  // A browser on a busy machine may take so long from its connection to its request.
+  await new Promise((resolve) => setTimeout(resolve, 1500));
+  late.write('GET / HTTP/1.1\r\n');
+  await new Promise((resolve) => setTimeout(resolve, 1500));
+  late.write(`Host: 127.0.0.1:${cockpit.port}\r\n\r\n`);
+  const [answer] = await once(late, 'data', {signal: AbortSignal.timeout(limit)});
+  assert.match(String(answer), /^HTTP\/1\.1 200 /);
+  late.destroy();
+});
+
 test('slow connections don’t keep others waiting', async () => {
   const slow = Array.from({length: 60}, () => connect(cockpit.port, '127.0.0.1'));
   await Promise.all(slow.map((socket) => once(socket, 'connect')));
