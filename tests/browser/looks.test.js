@@ -43,30 +43,36 @@ test('the switch outranks the system, and is remembered', async () => {
   });
 });
 
-for (const width of [360, 412, 600, 768, 1024, 1280, 1920]) {
-  test(`nothing stands out sideways at a width of ${width}`, async () => {
-    await withPage({viewport: {width, height: 800}}, async ({page}) => {
-      assert.ok(await page.evaluate(() => document.documentElement.scrollWidth) <= width);
-      const outside = await page.locator('.key, .knob, .station, .card').evaluateAll((targets, right) => targets
-        .filter((target) => target.getBoundingClientRect().right > right + 0.5 || target.getBoundingClientRect().left < -0.5)
-        .map((target) => target.dataset.control ?? target.className), width);
-      assert.deepEqual(outside, []);
-    });
+// A page that takes one width after the other.
+async function atWidths(widths, check) {
+  await withPage({}, async ({page}) => {
+    for (const width of widths) {
+      await page.setViewportSize({width, height: 800});
+      await check(page, width);
+    }
   });
 }
 
+test('nothing stands out sideways at any width', async () => {
+  await atWidths([360, 412, 600, 768, 1024, 1280, 1920], async (page, width) => {
+    assert.ok(await page.evaluate(() => document.documentElement.scrollWidth) <= width, `at ${width}`);
+    const outside = await page.locator('.key, .knob, .station, .card').evaluateAll((targets, right) => targets
+      .filter((target) => target.getBoundingClientRect().right > right + 0.5 || target.getBoundingClientRect().left < -0.5)
+      .map((target) => target.dataset.control ?? target.className), width);
+    assert.deepEqual(outside, [], `at ${width}`);
+  });
+});
+
 test('what a display shows fills it, whatever its shape', async () => {
-  for (const width of [360, 1024, 1920]) {
-    await withPage({viewport: {width, height: 800}}, async ({page}) => {
-      const gaps = await page.locator('.art svg').evaluateAll((pictures) => pictures.filter((picture) => {
-        const frame = picture.getBoundingClientRect();
-        const corners = [[frame.left, frame.top], [frame.right, frame.top], [frame.left, frame.bottom], [frame.right, frame.bottom]];
-        return !corners.every(([x, y]) => [...picture.querySelectorAll('rect[fill]')].some((shape) =>
-          shape.isPointInFill(new DOMPoint(x, y).matrixTransform(shape.getScreenCTM().inverse()))));
-      }).length);
-      assert.equal(gaps, 0, `at ${width}`);
-    });
-  }
+  await atWidths([360, 1024, 1920], async (page, width) => {
+    const gaps = await page.locator('.art svg').evaluateAll((pictures) => pictures.filter((picture) => {
+      const frame = picture.getBoundingClientRect();
+      const corners = [[frame.left, frame.top], [frame.right, frame.top], [frame.left, frame.bottom], [frame.right, frame.bottom]];
+      return !corners.every(([x, y]) => [...picture.querySelectorAll('rect[fill]')].some((shape) =>
+        shape.isPointInFill(new DOMPoint(x, y).matrixTransform(shape.getScreenCTM().inverse()))));
+    }).length);
+    assert.equal(gaps, 0, `at ${width}`);
+  });
 });
 
 // The contrast of a text's colour with the colour behind it, as the accessibility guidelines reckon it.
@@ -116,31 +122,27 @@ test('legends and counts stand out from what is behind them, lit or not', async 
 });
 
 test('a finger or an unsteady hand can hit each control', async () => {
-  for (const width of [360, 1280]) {
-    await withPage({viewport: {width, height: 800}}, async ({page}) => {
-      const small = await page.locator('.bezel .key, .bezel .knob, button:visible, summary').evaluateAll((targets) => targets
-        .filter((target) => Math.min(target.offsetWidth, target.offsetHeight) < 24).map((target) => target.outerHTML));
-      assert.deepEqual(small, []);
-      const rims = await page.locator('.rings').evaluateAll((rings) => rings.map((ring) =>
-        (ring.querySelector('[data-part="outer"]').offsetWidth - ring.querySelector('[data-part="inner"]').offsetWidth) / 2));
-      assert.ok(rims.length > 0 && Math.min(...rims) >= 24, `${rims}`);
-    });
-  }
+  await atWidths([360, 1280], async (page) => {
+    const small = await page.locator('.bezel .key, .bezel .knob, button:visible, summary').evaluateAll((targets) => targets
+      .filter((target) => Math.min(target.offsetWidth, target.offsetHeight) < 24).map((target) => target.outerHTML));
+    assert.deepEqual(small, []);
+    const rims = await page.locator('.rings').evaluateAll((rings) => rings.map((ring) =>
+      (ring.querySelector('[data-part="outer"]').offsetWidth - ring.querySelector('[data-part="inner"]').offsetWidth) / 2));
+    assert.ok(rims.length > 0 && Math.min(...rims) >= 24, `${rims}`);
+  });
 });
 
 test('no control covers another one', async () => {
-  for (const width of [360, 1280]) {
-    await withPage({viewport: {width, height: 800}}, async ({page}) => {
-      const covered = await page.locator('.bezel .key, .bezel .knob').evaluateAll((targets) => targets.filter((target) => {
-        target.scrollIntoView({block: 'center'});
-        const box = target.getBoundingClientRect();
-        // Rings lie on each other: an outer one is held at its rim.
-        const y = target.dataset.part === 'outer' ? box.top + 4 : box.top + box.height / 2;
-        return !target.contains(document.elementFromPoint(box.left + box.width / 2, y));
-      }).map((target) => target.dataset.control));
-      assert.deepEqual(covered, []);
-    });
-  }
+  await atWidths([360, 1280], async (page) => {
+    const covered = await page.locator('.bezel .key, .bezel .knob').evaluateAll((targets) => targets.filter((target) => {
+      target.scrollIntoView({block: 'center'});
+      const box = target.getBoundingClientRect();
+      // Rings lie on each other: an outer one is held at its rim.
+      const y = target.dataset.part === 'outer' ? box.top + 4 : box.top + box.height / 2;
+      return !target.contains(document.elementFromPoint(box.left + box.width / 2, y));
+    }).map((target) => target.dataset.control));
+    assert.deepEqual(covered, []);
+  });
 });
 
 test('a finger presses a button and turns a knob', async () => {
@@ -173,12 +175,16 @@ test('a swipe that begins on a key scrolls and presses nothing', async () => {
     const {x, y} = await key.boundingBox();
     const before = await phone.page.evaluate(() => scrollY);
     const send = (type, ...touchPoints) => touch.send('Input.dispatchTouchEvent', {type, touchPoints});
+    // On a busy machine the swipe would be slow enough for a press.
+    await phone.page.clock.install();
+    await phone.page.clock.pauseAt(Date.now() + 60000);
     await send('touchStart', {x: x + 5, y: y + 5});
     for (let step = 1; step <= 10; ++step) {
       await send('touchMove', {x: x + 5, y: y + 5 - 15 * step});
     }
     await send('touchEnd');
     await waitFor(() => phone.page.evaluate((from) => scrollY > from + 50, before), 'the scrolling');
+    await phone.page.clock.resume();
     // Were the swipe a press, it would have come before this one.
     await phone.control('PFD', 'SOFTKEY_10').tap();
     await phone.waitForLog(/action=BUTTON_PRESS role=PFD\(BUTTON\) controlId=\d+\(SOFTKEY_10\)/);

@@ -14,9 +14,13 @@ export class CockpitPage {
     opened.page.setDefaultTimeout(limit);
     opened.page.on('console', (message) => message.type() === 'error' && opened.errors.push(message.text()));
     opened.page.on('pageerror', (error) => opened.errors.push(String(error)));
-    await opened.page.goto(cockpit.address);
-    await opened.boards('PFD').waitFor();
-    await opened.sessionIs('session open');
+    try {
+      await opened.page.goto(cockpit.address);
+      await opened.boards('PFD').waitFor();
+      await opened.sessionIs('session open');
+    } catch (failure) {
+      throw new Error(`the page did not open: ${opened.errors.join('; ') || 'it reports no error'}`, {cause: failure});
+    }
     return opened;
   }
 
@@ -86,6 +90,8 @@ export class CockpitPage {
   glows(board, moments) {
     return this.boards(board).evaluate(async (root, count) => {
       const seen = [];
+      // A busy machine may not have drawn the latest light yet.
+      await new Promise(requestAnimationFrame);
       for (let i = 0; i < count; ++i) {
         await new Promise((resolve) => setTimeout(resolve, 30));
         seen.push(Number(root.style.getPropertyValue('--glow')));
