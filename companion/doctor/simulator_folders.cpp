@@ -43,7 +43,7 @@ std::optional<std::string> driveFolder(char letter, const std::string& folder) {
 
 /// The entry of a folder that has this name in some case.
 std::string entryInAnyCase(const std::string& folder, const std::string& name) {
-    const std::string asGiven = FileSystem::join(folder, name);
+    std::string asGiven = FileSystem::join(folder, name);
     if (FileSystem::existsOrFalse(asGiven)) {
         return asGiven;
     }

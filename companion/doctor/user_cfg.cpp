@@ -26,7 +26,7 @@ std::optional<std::string> packagesIn(std::string_view line) {
 std::optional<std::string> installedPackagesPath(std::string_view text) {
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
-        if (const auto packages = packagesIn(trimmed(text.substr(0, end)))) {
+        if (auto packages = packagesIn(trimmed(text.substr(0, end)))) {
             return packages;
         }
         text.remove_prefix(std::min(end + 1, text.size()));

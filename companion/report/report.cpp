@@ -17,7 +17,7 @@
 namespace {
 
 /// Of each file. The latest lines say most.
-constexpr std::size_t largestPart = 2 * 1024 * 1024;
+constexpr std::size_t largestPart = std::size_t{2} * 1024 * 1024;
 /// As many as the bridge keeps.
 constexpr int oldLogs = 5;
 
