@@ -140,7 +140,8 @@ std::string ChildProcess::errorOutput() {
 
 bool ChildProcess::waitForOutput(const std::function<bool(const std::string& output)>& condition) {
     std::unique_lock lock(mutex);
-    return grown.wait_for(lock, defaultLimit, [&] { return condition(outputText); });
+    grown.wait_for(lock, defaultLimit, [&] { return condition(outputText) || collected; });
+    return condition(outputText);
 }
 
 void ChildProcess::collect() {
@@ -158,7 +159,11 @@ void ChildProcess::collect() {
             waits[1].fd = -1;
         }
     }
-    collected = true;
+    {
+        const std::lock_guard lock(mutex);
+        collected = true;
+    }
+    grown.notify_all();
 }
 
 bool ChildProcess::collectFrom(int stream, std::string& target) {

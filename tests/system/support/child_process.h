@@ -48,7 +48,8 @@ public:
     std::string output();
     std::string errorOutput();
 
-    /// Waits until what it has written to its standard output satisfies `condition`; false after the limit.
+    /// Waits until what it has written to its standard output satisfies `condition`; false after the limit, or
+    /// when it writes no more.
     bool waitForOutput(const std::function<bool(const std::string& output)>& condition);
 
 private:

@@ -1,6 +1,7 @@
 #include "tests/system/support/simulator_process.h"
 
 #include "config/json.h"
+#include "tests/support/wait_until.h"
 #include "tests/system/support/bridge_process.h"
 #include "tests/system/support/tested_system.h"
 
@@ -47,6 +48,13 @@ SimulatorProcess::SimulatorProcess() {
 
 void SimulatorProcess::start() {
     commandsGiven = 0;
+    // On a busy machine, Wine frees the port of a killed program a while later.
+    if (!waitUntil([this] { return launch(); }, ChildProcess::defaultLimit)) {
+        throw std::runtime_error("the simulator doesn't listen: " + child->output() + child->errorOutput());
+    }
+}
+
+bool SimulatorProcess::launch() {
     const std::vector<std::string> arguments =
         TestedSystem::overPipe() ? std::vector<std::string>{"--pipe"}
                                  : std::vector<std::string>{"--port", std::to_string(listeningPort.value_or(0))};
@@ -55,11 +63,12 @@ void SimulatorProcess::start() {
     child->waitForOutput([](const std::string& output) { return countOf(output, "\n") > 0; });
     const std::vector<SimulatorLine> first = lines();
     if (first.empty() || first[0].kind != "listening") {
-        throw std::runtime_error("the simulator doesn't listen: " + child->output() + child->errorOutput());
+        return false;
     }
     if (!TestedSystem::overPipe()) {
         listeningPort = static_cast<std::uint16_t>(first[0].port);
     }
+    return true;
 }
 
 void SimulatorProcess::command(std::string_view line) {

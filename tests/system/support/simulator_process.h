@@ -47,4 +47,7 @@ private:
     /// Given to the present process.
     std::size_t commandsGiven = 0;
     std::unique_ptr<ChildProcess> child;
+
+    /// False when it ends without listening.
+    bool launch();
 };
