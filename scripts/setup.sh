@@ -11,9 +11,9 @@ set -euo pipefail
 build_packages=(cmake ninja-build g++ clang lld googletest libgtest-dev libbenchmark-dev nlohmann-json3-dev libcli11-dev
   libpugixml-dev libminizip-dev zlib1g-dev dpkg-dev)
 packaging_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev pandoc nsis osslsigncode zip xz-utils git python3 python3-yaml)
-test_packages=("${packaging_packages[@]}" clang-format clang-tidy man-db shellcheck libclang-rt-14-dev chromium-headless-shell wine wine64
-  qemu-system-x86 busybox-static cpio udev lintian unzip python3-jsonschema systemd zsh fish locales openssl
-  util-linux xvfb xdotool)
+test_packages=("${packaging_packages[@]}" clang-format clang-tidy man-db shellcheck libclang-rt-14-dev
+  chromium-headless-shell wine wine64 qemu-system-x86 busybox-static cpio udev lintian unzip python3-jsonschema systemd zsh
+  fish locales openssl util-linux xvfb xdotool)
 
 case "${1:-}" in
   --build) packages=("${build_packages[@]}") ;;
