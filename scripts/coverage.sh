@@ -9,20 +9,19 @@
 # here. Timing decides whether the tests reach some lines, so two runs may differ by a line or two.
 # Not part of test.sh or CI.
 set -euo pipefail
+. "$(dirname "$0")/lib.sh"
 
 json="" lines=""
 while [ $# -gt 0 ]; do
   case "$1" in
-    -h | --help) sed -n '2,/^set /{/^#/s/^# \{0,1\}//p}' "$0"; exit 0 ;;
     --lines) lines=yes; shift ;;
     --json)
-      [ $# -ge 2 ] || { echo "coverage.sh: --json needs a file" >&2; exit 2; }
-      json=$(realpath -m -- "$2"); shift 2 ;;
-    *) echo "coverage.sh: unknown option $1 (see --help)" >&2; exit 2 ;;
+      [ $# -ge 2 ] || usage_error "--json needs a file"
+      json=$(cd "$OLDPWD" && realpath -m -- "$2"); shift 2 ;;
+    *) at_most 0 "$@" ;;
   esac
 done
 
-cd "$(dirname "$0")/.."
 scripts/setup.sh --coverage
 
 build=build/coverage
@@ -38,8 +37,7 @@ cmake --build "$build" -j "$(nproc)" "${targets[@]}" | tail -n 1
 find "$build" -name '*.gcda' -delete
 ctest --test-dir "$build" -R '^unit-' --output-on-failure >"$build/tests.log" || {
   cat "$build/tests.log" >&2
-  echo "coverage.sh: the unit tests fail, so the figures would mislead" >&2
-  exit 1
+  die "the unit tests fail, so the figures would mislead"
 }
 
 # gcov leaves its files in its current folder while it works: keep that out of the sources.

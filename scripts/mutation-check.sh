@@ -28,7 +28,7 @@
 #   drop        a statement that is only a call or an assignment is dropped
 #   swap        two such statements in a row, at least one a call, change places
 # Comments, preprocessor lines and the text of strings and characters stay as they are. Left out: the folders named
-# windows and the branches under _WIN32, which don't run natively, and main.cpp, which no unit test links.
+# windows, which don't run natively, and main.cpp, which no unit test links.
 #
 # An ID is rule:file:mark. The mark is made from the rule and the text of the line (and of the line before a jump), not
 # from where it is. So the same seed chooses the same faults after code moved, and --only and --again find a fault that
@@ -39,8 +39,10 @@
 # Not part of test.sh or CI: a run takes about an hour. Run it before and after test code is cut, and compare the faults
 # caught in each folder. Not every survivor is a gap: some changed programs behave the same.
 set -euo pipefail
-
+. "$(dirname "$0")/lib.sh"
 case " $* " in
-  *" -h "* | *" --help "*) sed -n '2,/^set /{/^#/s/^# \{0,1\}//p}' "$0"; exit 0 ;;
+  *" -h "* | *" --help "*) show_help; exit 0 ;;
 esac
-exec nice python3 -B "$(dirname "$0")/mutation/main.py" "$@"
+main=$PWD/scripts/mutation/main.py
+cd "$OLDPWD"
+exec nice python3 -B "$main" "$@"

@@ -8,7 +8,13 @@
 # SIGN_TIMESTAMP_URL   RFC 3161 time stamp server; without it, the signature ends with the certificate
 # SOURCE_DATE_EPOCH    the signature's time if there is no server, so that the same build has the same bytes
 set -euo pipefail
-[ $# -eq 1 ] || { echo "usage: sign.sh FILE (see its first lines)" >&2; exit 2; }
+. "$(dirname "$0")/../../scripts/lib.sh"
+at_most 1 "$@"
+[ $# -eq 1 ] || usage_error "no file named"
+cd "$OLDPWD"
+
+[ -n "${SIGN_CERTIFICATE:-}" ] || usage_error "SIGN_CERTIFICATE names no certificate"
+[ -n "${SIGN_KEY:-}" ] || usage_error "SIGN_KEY names no key"
 
 options=(-certs "$SIGN_CERTIFICATE" -key "$SIGN_KEY" -h sha256 -n VantrelBridgeHID)
 [ -z "${SIGN_PKCS11_MODULE:-}" ] || options+=(-pkcs11module "$SIGN_PKCS11_MODULE")

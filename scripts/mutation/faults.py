@@ -70,12 +70,12 @@ class Fault:
 
 
 class Source:
-    """The text of a source and its tokens, without comments, directives and the code that only Windows compiles."""
+    """The text of a source and its tokens, without comments and directives."""
 
     def __init__(self, text):
         self.text = text
         self.lines = text.splitlines()
-        self.tokens = list(compiled_tokens(text))
+        self.tokens = list(tokens(text))
         self.text_lines = {token.line for token in self.tokens if token.kind == "text"}
 
     def spaced(self, token):
@@ -102,26 +102,12 @@ def depth_step(token):
     return (token.text in OPENING) - (token.text in CLOSING)
 
 
-def compiled_tokens(text):
-    branches = []  # who compiles the branch of each open #if
+def tokens(text):
     line, seen = 1, 0
     for match in TOKEN.finditer(text):
         line, seen = line + text.count("\n", seen, match.start()), match.start()
-        if match.lastgroup == "directive":
-            follow_directive(match[0].replace("#", " ").split(), branches)
-        elif match.lastgroup != "skip" and "windows" not in branches:
+        if match.lastgroup not in ("skip", "directive"):
             yield Token(match.lastgroup, match[0], match.start(), line)
-
-
-def follow_directive(words, branches):
-    other = {"windows": "elsewhere", "elsewhere": "windows", "everywhere": "everywhere"}
-    known = {("ifdef", "_WIN32"): "windows", ("ifndef", "_WIN32"): "elsewhere"}
-    if words[0].startswith("if"):
-        branches.append(known.get(tuple(words), "everywhere"))
-    elif words[0] in ("else", "elif") and branches:
-        branches[-1] = other[branches[-1]]
-    elif words[0] == "endif" and branches:
-        branches.pop()
 
 
 # The rules. Each yields the changes that it would make in a source.
