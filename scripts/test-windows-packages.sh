@@ -52,14 +52,6 @@ make_blocked_packages() {
   blocked=$work/blocked-dist/VantrelBridge-$version-setup.exe
 }
 
-# Making a prefix takes seconds, a copy of it a part of one. Wine takes over another code page when it starts.
-make_fresh_prefix() {
-  wineboot --init
-  wine winecfg -v win10
-  wineserver -k -w
-  mv "$WINEPREFIX" "$work/fresh"
-} >/dev/null 2>&1
-
 # A prefix of its own for a user of that name, with the code page of that locale.
 start_pc() { # locale, user name
   local user_folders='HKCU\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders'
@@ -68,7 +60,7 @@ start_pc() { # locale, user name
   wineserver -k 2>/dev/null
   export LC_ALL=$1
   rm -rf "$WINEPREFIX"
-  cp -a "$work/fresh" "$WINEPREFIX"
+  scripts/vm/make-wine-prefix.sh "$WINEPREFIX" || die "no Wine prefix can be made"
   wine reg add "$user_folders" /v 'Local AppData' /t REG_EXPAND_SZ /d "C:\\users\\$2\\AppData\\Local" /f
   wine reg add "$user_folders" /v 'AppData' /t REG_EXPAND_SZ /d "$roaming" /f
   wine reg add "$user_folders" /v 'Programs' /t REG_EXPAND_SZ /d "$roaming\\Microsoft\\Windows\\Start Menu\\Programs" /f
@@ -261,7 +253,6 @@ test_machine_succeeds() {
 start_test_machine || die "the test machine can't be prepared"
 check "the manifests for winget and Scoop are right" tests/packages/check_manifests.py "$dist"
 build_preset windows window-texts || die "the reader of the installer's pages can't be built"
-make_fresh_prefix || die "no Wine prefix can be made"
 make_older_packages || die "the older packages can't be built"
 make_blocked_packages || die "the blocked packages can't be built"
 installs_and_removes de_DE.UTF-8 'Jürgen Weiß'

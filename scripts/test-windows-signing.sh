@@ -45,8 +45,7 @@ build_signing_programs_only() { # output folder
 is_signed() { osslsigncode verify -CAfile "$work/certificate.pem" -TSA-CAfile "$work/certificate.pem" -in "$1"; }
 
 installs_uninstaller() {
-  wineboot --init
-  wine winecfg -v win10
+  scripts/vm/make-wine-prefix.sh "$WINEPREFIX"
   wine "$work/signed/${setup##*/}" /S /NOREGISTER '/D=C:\Bridge'
 }
 

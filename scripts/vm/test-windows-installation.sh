@@ -17,7 +17,6 @@ mkdir -p /run/udev
 /lib/systemd/systemd-udevd --daemon --resolve-names=never
 wineserver -p
 trap 'wineserver -k' EXIT
-wine winecfg -v win10
 build/linux/tests/system/plug-in-board 1234 abcd &
 board=$!
 
