@@ -4,10 +4,11 @@
 
 all_steps=(style docs linux unit schemas scenarios asan tsan looks browser_windows browser_asan browser_tsan windows wine fuzz
   soak system system_wine packages bench)
-# Two lanes run side by side: one mostly compiles, the other mostly runs what the first has built and often only waits. A
-# third would keep the two cores no busier. The benchmarks measure, so they come last and have the machine to themselves.
-build_lane=(quick linux windows asan tsan style fuzz)
-run_lane=(docs unit schemas scenarios soak system looks wine browser_windows packages browser_asan system_wine browser_tsan)
+# Two lanes run side by side and take about as long: one mostly compiles, the other mostly runs what the first has built and
+# often only waits. A third would keep the two cores no busier. The benchmarks measure, so they come last and have the
+# machine to themselves.
+build_lane=(quick linux windows asan tsan style fuzz browser_tsan)
+run_lane=(docs unit schemas scenarios soak system looks wine browser_windows packages browser_asan system_wine)
 alone=(bench)
 
 # The longest first, so that none runs alone at the end.
