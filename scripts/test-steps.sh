@@ -12,10 +12,10 @@ run_lane=(docs unit schemas scenarios soak system looks wine browser_windows pac
 alone=(bench)
 
 # The longest first, so that none runs alone at the end.
-unit_programs=(demo mapping registration app hid simulation wire platform logging config sim mobiflight companion page text)
+unit_programs=(companion demo wire registration mapping simulation app mobiflight hid platform logging sim config page text)
 
 # Those of folders without threads have nothing to race.
-threaded_programs=(demo mapping app hid simulation wire platform logging sim mobiflight companion page)
+threaded_programs=(companion demo wire mapping simulation app mobiflight hid platform logging sim page)
 
 is_in() { # word, list...
   local word=$1
