@@ -13,39 +13,26 @@
 
 namespace {
 
-constexpr std::size_t timeSize = 19;
 constexpr std::string_view runBegin = "Initializing application";
 /// More are not read; the latest say most.
 constexpr std::size_t mostTroubles = 5;
 
-/// "2026-01-31 12:00:00 [WARN] text".
-std::optional<LogEntry> logEntry(std::string_view line) {
-    constexpr std::string_view bracket = " [";
-    const std::size_t levelBegin = timeSize + bracket.size();
-    const std::size_t levelEnd = line.find("] ", std::min(levelBegin, line.size()));
-    if (levelEnd == std::string_view::npos || line.substr(timeSize, bracket.size()) != bracket) {
-        return std::nullopt;
-    }
-    return LogEntry{std::string(line.substr(0, timeSize)), std::string(line.substr(levelBegin, levelEnd - levelBegin)),
-                    std::string(trimmed(line.substr(levelEnd + 2)))};
-}
-
-bool isTrouble(const LogEntry& line) {
+bool isTrouble(const LogLine& line) {
     // The check of SimConnect.dll answers this one.
     return (line.level == "WARN" || line.level == "ERROR") &&
            line.message.find("; using the built-in SimConnect client") == std::string::npos;
 }
 
 /// A simulator that loads refuses sessions at first.
-bool isOverOnceConnected(const LogEntry& line) {
+bool isOverOnceConnected(const LogLine& line) {
     return line.message.starts_with("Waiting for SimConnect connection");
 }
 
 /// Adds a line as the latest of its message. "Failed to initialize: REASON" is left out behind its reason.
-void addTrouble(std::vector<LogEntry>& troubles, const LogEntry& line) {
-    std::erase_if(troubles, [&line](const LogEntry& earlier) { return earlier.message == line.message; });
+void addTrouble(std::vector<LogLine>& troubles, const LogLine& line) {
+    std::erase_if(troubles, [&line](const LogLine& earlier) { return earlier.message == line.message; });
     if (std::ranges::none_of(
-            troubles, [&line](const LogEntry& earlier) { return line.message.ends_with(": " + earlier.message); })) {
+            troubles, [&line](const LogLine& earlier) { return line.message.ends_with(": " + earlier.message); })) {
         troubles.push_back(line);
     }
 }
@@ -62,7 +49,7 @@ std::string remedyText(const MessageExplanation& explanation) {
     return std::string(trimmed(sentence(explanation.meaning) + ' ' + sentence(explanation.remedy)));
 }
 
-void judgeTrouble(const LogEntry& line, const std::string& path, CheckResults& results) {
+void judgeTrouble(const LogLine& line, const std::string& path, CheckResults& results) {
     const MessageExplanation explanation = MessageGuide::instance().explain(line.message);
     const bool isHarmless =
         !explanation.meaning.empty() && (explanation.remedy.empty() || explanation.remedy == "Nothing");
@@ -91,11 +78,12 @@ std::string logPath(const std::string& folder) {
     return FileSystem::join(folder, std::string(programName) + ".log");
 }
 
-std::vector<LogEntry> parseLog(std::string_view text) {
-    std::vector<LogEntry> lines;
+std::vector<LogLine> parseLog(std::string_view text) {
+    std::vector<LogLine> lines;
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
-        if (std::optional<LogEntry> line = logEntry(text.substr(0, end))) {
+        if (std::optional<LogLine> line = readLogLine(text.substr(0, end))) {
+            line->message = trimmed(line->message);
             lines.push_back(std::move(*line));
         }
         text.remove_prefix(std::min(end + 1, text.size()));
@@ -103,9 +91,9 @@ std::vector<LogEntry> parseLog(std::string_view text) {
     return lines;
 }
 
-std::vector<LogEntry> lastTroubles(const std::vector<LogEntry>& lines) {
-    std::vector<LogEntry> troubles;
-    for (const LogEntry& line : lines) {
+std::vector<LogLine> lastTroubles(const std::vector<LogLine>& lines) {
+    std::vector<LogLine> troubles;
+    for (const LogLine& line : lines) {
         if (line.message == runBegin) {
             troubles.clear();
         } else if (line.message == "SimConnect connected") {
@@ -125,7 +113,7 @@ LogFacts readLogFacts(const Host& host) {
     for (const std::string& folder : logFolders(host)) {
         std::string text;
         FileSystem::readFile(logPath(folder), text);
-        const std::vector<LogEntry> lines = parseLog(text);
+        const std::vector<LogLine> lines = parseLog(text);
         if (!lines.empty() && lines.back().time > latest) {
             latest = lines.back().time;
             facts = {logPath(folder), lastTroubles(lines)};
@@ -136,7 +124,7 @@ LogFacts readLogFacts(const Host& host) {
 
 void judgeLog(const LogFacts& facts, CheckResults& results) {
     const std::size_t before = results.size();
-    for (const LogEntry& line : facts.troubles) {
+    for (const LogLine& line : facts.troubles) {
         judgeTrouble(line, facts.path, results);
     }
     if (results.size() == before) {

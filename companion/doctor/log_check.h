@@ -2,25 +2,17 @@
 
 #include "companion/doctor/check_result.h"
 #include "companion/doctor/machine.h"
+#include "logging/log_line.h"
 
 #include <string>
 #include <string_view>
 #include <vector>
 
-/// A line of the bridge's log.
-struct LogEntry {
-    /// "2026-01-31 12:00:00".
-    std::string time;
-    /// "WARN".
-    std::string level;
-    std::string message;
-};
-
 /// The errors and warnings that the bridge logged in its last run, without those that later lines show to be over.
 struct LogFacts {
     /// The log with the latest line; empty when there is none.
     std::string path;
-    std::vector<LogEntry> troubles;
+    std::vector<LogLine> troubles;
 };
 
 /// The bridge's log files with the newest of each first: in the data folder, and with --console beside the bridge.
@@ -30,10 +22,10 @@ std::vector<std::string> logFolders(const Host& host);
 std::string logPath(const std::string& folder);
 
 /// Lines that aren't the log's own are left out.
-std::vector<LogEntry> parseLog(std::string_view text);
+std::vector<LogLine> parseLog(std::string_view text);
 
 /// As in LogFacts.
-std::vector<LogEntry> lastTroubles(const std::vector<LogEntry>& lines);
+std::vector<LogLine> lastTroubles(const std::vector<LogLine>& lines);
 
 LogFacts readLogFacts(const Host& host);
 

@@ -1,6 +1,7 @@
 #include "companion/recording/hid_log.h"
 
 #include "hid/hid_log_lines.h"
+#include "logging/log_line.h"
 #include "simulation/scenarios/scenario_line.h"
 
 #include <algorithm>
@@ -9,11 +10,6 @@
 #include <utility>
 
 namespace {
-
-/// What precedes a report in its line, after the time.
-constexpr std::string_view level = " [DEBUG] ";
-/// "2026-01-31 12:00:00".
-constexpr std::size_t stampSize = 19;
 
 using Seconds = std::chrono::sys_seconds;
 
@@ -52,17 +48,18 @@ std::optional<Seconds> parseStamp(std::string_view stamp) {
 
 TimedReport readReport(std::string_view text) {
     TimedReport read;
-    if (text.find(hidReportMark) != stampSize + level.size() || text.substr(stampSize, level.size()) != level) {
+    const std::optional<LogLine> line = readLogLine(text);
+    if (!line || line->level != "DEBUG" || !line->message.starts_with(hidReportMark)) {
         read.problem = "the line's beginning is missing";
         return read;
     }
-    const auto time = parseStamp(text.substr(0, stampSize));
+    const auto time = parseStamp(line->time);
     if (!time) {
         read.problem = "its time can't be read";
         return read;
     }
     read.time = *time;
-    read.report = readHidReportLine(text, read.problem).value_or(HidReportLine());
+    read.report = readHidReportLine(line->message, read.problem).value_or(HidReportLine());
     return read;
 }
 

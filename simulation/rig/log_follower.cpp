@@ -6,20 +6,6 @@
 #include <iterator>
 #include <utility>
 
-namespace {
-
-/// "2026-01-31 12:00:00 [LEVEL] message". A line of another form belongs to the message before it.
-LogLine parseLine(const std::string& line) {
-    const std::size_t open = line.find('[');
-    const std::size_t close = line.find("] ");
-    if (open == std::string::npos || close == std::string::npos || close < open) {
-        return {"INFO", line};
-    }
-    return {line.substr(open + 1, close - open - 1), line.substr(close + 2)};
-}
-
-} // namespace
-
 LogFollower::LogFollower(std::string path) : path(std::move(path)) {}
 
 std::vector<LogLine> LogFollower::newLines() {
@@ -41,7 +27,8 @@ std::vector<LogLine> LogFollower::newLines() {
     std::vector<LogLine> lines;
     std::size_t begin = 0;
     for (std::size_t end = unfinished.find('\n'); end != std::string::npos; end = unfinished.find('\n', begin)) {
-        lines.push_back(parseLine(unfinished.substr(begin, end - begin)));
+        const std::string line = unfinished.substr(begin, end - begin);
+        lines.push_back(readLogLine(line).value_or(LogLine{"", "INFO", line}));
         begin = end + 1;
     }
     unfinished.erase(0, begin);

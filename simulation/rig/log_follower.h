@@ -1,22 +1,18 @@
 #pragma once
 
+#include "logging/log_line.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
-
-/// One line of the bridge's log, without its time.
-struct LogLine {
-    /// "INFO", "WARN", "ERROR" or "DEBUG".
-    std::string level;
-    std::string message;
-};
 
 /// Reads a log file as it grows. The file needn't exist yet. Misses lines that a rotation removes before they are read.
 class LogFollower {
 public:
     explicit LogFollower(std::string path);
 
-    /// The lines that were completed since the last call.
+    /// The lines that were completed since the last call. One of another form, such as the second of a message, has the
+    /// level INFO and no time.
     std::vector<LogLine> newLines();
 
 private:

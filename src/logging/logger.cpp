@@ -1,5 +1,6 @@
 #include "logging/logger.h"
 
+#include "logging/log_line.h"
 #include "platform/file_system.h"
 
 #include <chrono>
@@ -120,12 +121,7 @@ void Logger::writeLine(Level level, const std::string& message) {
     // Before the line and by the size on disk: a line is never split, and a file may grow past the limit by one line.
     rotateIfNeeded();
 
-    std::string line = timeText();
-    line += " [";
-    line += levelWord(level);
-    line += "] ";
-    line += message;
-    line += '\n';
+    const std::string line = logLine({timeText(), levelWord(level), message}) + '\n';
     if (file.is_open()) {
         // A full disk leaves the stream failed; the next line tries again.
         file.clear();

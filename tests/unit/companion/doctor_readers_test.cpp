@@ -96,7 +96,7 @@ std::vector<std::string> troublesIn(const std::vector<std::string>& lines) {
         text += "2026-01-02 10:00:00 " + line + "\r\n";
     }
     std::vector<std::string> messages;
-    for (const LogEntry& line : lastTroubles(parseLog(text + "cut"))) {
+    for (const LogLine& line : lastTroubles(parseLog(text + "cut"))) {
         messages.push_back(line.message);
     }
     return messages;

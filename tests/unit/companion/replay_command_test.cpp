@@ -10,7 +10,7 @@
 namespace {
 
 /// "AP" is pressed.
-const std::string logLine =
+const std::string trace =
     "2026-01-31 12:00:00 [DEBUG] HID IN device=A bytes=32 data=0100010005000100" + std::string(48, '0') + '\n';
 const std::string apLine = "AP (5) press: sends (>K:AP_MASTER)\n";
 
@@ -49,14 +49,14 @@ private:
 } // namespace
 
 TEST_F(ReplayCommandTest, ShowsWhatTheConfigurationMakesOfTheRecordAndSendsNothing) {
-    EXPECT_EQ(replay(logLine), ExitCode::good);
+    EXPECT_EQ(replay(trace), ExitCode::good);
     EXPECT_TRUE(out.str().ends_with(apLine + "1 reports, of which 1 make the bridge send something\n")) << out.str();
     EXPECT_EQ(err.str(), "");
     EXPECT_EQ(simulator.sessionCount(), 0U);
 }
 
 TEST_F(ReplayCommandTest, PlaysTheRestOfALogWithALineThatCannotBeRead) {
-    EXPECT_EQ(replay(logLine + logLine.substr(0, 60)), ExitCode::findings);
+    EXPECT_EQ(replay(trace + trace.substr(0, 60)), ExitCode::findings);
     EXPECT_NE(out.str().find(apLine), std::string::npos);
     EXPECT_NE(err.str().find("trace.log:2: "), std::string::npos) << err.str();
 }
@@ -68,14 +68,14 @@ TEST_F(ReplayCommandTest, SaysThatThereIsNothingToPlay) {
 }
 
 TEST_F(ReplayCommandTest, SendsTheCommandsToTheSimulator) {
-    EXPECT_EQ(replay(logLine, {"--send"}), ExitCode::good) << err.str();
+    EXPECT_EQ(replay(trace, {"--send"}), ExitCode::good) << err.str();
     EXPECT_NE(out.str().find(apLine), std::string::npos);
     EXPECT_TRUE(simulator.waitForText(SimulatorRecordKind::Executed, "1 (>K:AP_MASTER)"));
 }
 
 TEST_F(ReplayCommandTest, FailsWithoutASimulatorToSendTo) {
     processRuns = false;
-    EXPECT_EQ(replay(logLine, {"--send"}), ExitCode::couldNotLook);
+    EXPECT_EQ(replay(trace, {"--send"}), ExitCode::couldNotLook);
     EXPECT_EQ(out.str(), "");
     EXPECT_NE(err.str().find("the simulator doesn't run"), std::string::npos) << err.str();
 }
