@@ -57,6 +57,15 @@ TEST(LogDirectory, IsTheExecutablesInConsoleModeAndWithoutPerMachineFolder) {
     EXPECT_EQ(logDirectory(true, "", ""), "");
 }
 
+TEST(CrashLine, IsInAFileBesideTheLog) {
+    FakeHost fake;
+    fake.executable = FileSystem::join("exe", "Program");
+    fake.dataFolder = "data";
+    EXPECT_EQ(crashLinePath(fake.record(), false, "Program"),
+              FileSystem::join(joined("data", "VantrelBridge", "logs"), "Program.crash.log"));
+    EXPECT_EQ(crashLinePath(fake.record(), true, "Program"), FileSystem::join("exe", "Program.crash.log"));
+}
+
 TEST(ExeDirectory, IsTheFolderOfTheExecutableOrEmpty) {
     FakeHost fake;
     EXPECT_EQ(exeDirectory(fake.record()), "");

@@ -65,6 +65,10 @@ TEST(HidLogLines, ReaderOfEventsRefusesOtherLines) {
                              "HID event from B index=0 type=1 value=1 speed=0 mode=0",
                              "HID event from B index=0 type=256 controlId=2 value=1 speed=0 mode=0",
                              "HID event from B index=0 type=1 controlId=2 value=1 speed=0",
+                             "HID event from B index=x type=1 controlId=2 value=1 speed=0 mode=0",
+                             "HID event from B index=0 type=1 controlId=2 value=1 mode=0",
+                             "HID event from B index=0 type=1 controlId=2 speed=0 mode=0",
+                             "HID event from B index=0 type=1 controlId=2(A value=1 speed=0 mode=0",
                              "HID event from B index=0 type=1 controlId=2x value=1 speed=0 mode=0",
                              "HID event from B index=0 type=1 controlId=2 value=1 speed=0 mode=0 mfAmount=x"}) {
         EXPECT_FALSE(readHidEventLine(line)) << line;
@@ -83,6 +87,7 @@ TEST(HidLogLines, ReaderGivesBackTheReportThatWasWritten) {
 }
 
 TEST(HidLogLines, ReaderOfReportsSaysWhatIsMissing) {
+    EXPECT_EQ(reportError("another line"), "the line's end is missing");
     for (const char* rest : {"", " bytes=32", " data=01"}) {
         EXPECT_EQ(reportError(std::string("HID IN device=BOARD") + rest), "the line's end is missing") << rest;
     }
