@@ -34,17 +34,19 @@ tidy_files() {
   [[ $1 != companion/* ]] || without+=,-performance-unnecessary-value-param
   local flags=(-std=c++20 -Isrc -Isrc/wire/linux -I. -isystem build/third-party '-DVANTREL_VERSION="0"'
     '-DBRIDGE_VERSION="0"' -DWRITES_CRASH_LINE=true)
-  local whole=build/tidy/${1//\//-}
+  local whole=build/tidy/${1//\//-} output status=0
   if [ $# -eq 1 ]; then
     clang-tidy --quiet "$1" -- "${flags[@]}"
     return
   fi
   printf '#include "%s"\n' "$@" >"$whole"
-  if clang++ "${flags[@]}" -fsyntax-only "$whole" 2>/dev/null; then
-    clang-tidy --quiet --checks="$without" "$whole" -- "${flags[@]}"
-  else
+  output=$(clang-tidy --quiet --checks="$without" "$whole" -- "${flags[@]}" 2>&1) || status=$?
+  if [[ $output == *'[clang-diagnostic-error]'* ]]; then
     tidy_files "${@:1:$# / 2}" && tidy_files "${@:$# / 2 + 1}"
+    return
   fi
+  printf '%s\n' "$output"
+  return "$status"
 }
 
 # The Windows sources are the cross compiler's alone.
