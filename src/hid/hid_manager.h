@@ -143,8 +143,9 @@ private:
     std::atomic<bool> running{false};
     std::thread scanThread;
 
-    // Held through every connection, disconnection and write. Guards the sessions, their LED caches and the last
-    // reports; only Logger's mutex is taken under it.
+    // Held through every connection, disconnection and write, with the joining of reader threads. Guards the sessions,
+    // their LED caches and the last reports. Only the transport's mutexes, one after the other, and Logger's are taken
+    // under it.
     std::mutex mutex;
     Sessions sessions;
     std::atomic<int> nextIndex{0};

@@ -39,7 +39,7 @@ private:
     const std::atomic<bool>& simConnected;
     Worker worker;
 
-    // Guards the two below. Only the clock is called under it.
+    // Guards `isRequested` and `lastRequest`. Only the clock is called under it.
     std::mutex mutex;
     std::condition_variable condition;
     bool isRequested = false;
