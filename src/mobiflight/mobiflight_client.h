@@ -117,13 +117,13 @@ private:
 
     // Start and messages (mobiflight_client.cpp).
     void configure(SimConnectClient* client, const MobiFlightConfig& config);
-    void onResponse(const std::string& text);
     void onLVars(const std::uint8_t* data, std::uint32_t size);
     /// Needs the queue mutex held.
     void forgetSession();
 
     // Attachment and registration (mobiflight_client_registration.cpp).
     void beginSession();
+    void onResponse(const std::string& text);
     void onConfirmation();
     /// `ownAttachment`: the attachment to the client's own channels; none with the shared ones.
     void becomeReady(std::optional<std::uint32_t> ownAttachment);
