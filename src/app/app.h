@@ -53,8 +53,8 @@ private:
     MappingEngine mapping;
     CdcDebugReader cdcReader;
     std::thread notifyThread;
-    // Guards setting `notifyActive`: the notification thread listens. The starter reads it and the thread clears it
-    // without the mutex: the handover at the start and the join at the end order these accesses.
+    // Guards the setting of `notifyActive`, which says that the notification thread listens. The starter reads it and
+    // the thread clears it without the mutex: the handover at the start and the join at the end order these accesses.
     std::mutex notifyMutex;
     bool notifyActive = false;
     bool hidTraceOverrideSet = false;

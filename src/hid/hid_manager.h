@@ -134,12 +134,15 @@ private:
     // Written by `start` before any thread of the manager runs.
     std::string vendorIdText;
     std::string productIdText;
+    /// A copy of the setting; no read waits for it.
     std::int32_t readIntervalMs = 2;
     std::int32_t scanIntervalMs = 1000;
     bool singlePendingRead = false;
     bool reopenStoppedReaders = false;
     HidEventCallback callback;
 
+    // Not a Worker: the caller's own pass comes after the flag and before the thread, and `start` lets the exception of
+    // a missing thread through.
     std::atomic<bool> running{false};
     std::thread scanThread;
 
@@ -150,9 +153,10 @@ private:
     Sessions sessions;
     std::atomic<int> nextIndex{0};
     HidProtocol::Report lastSimStatus{};
+    /// For a light that every new board gets, as it gets the status. There is none: each board has its own.
     HidProtocol::Report lastLedCtl{};
     bool simStatusValid = false;
-    /// Stays false: each board has its own light, so there is none to replay to every new board.
+    /// Stays false, with `lastLedCtl` empty.
     bool ledCtlValid = false;
 
     // Written before `start`, read by every thread.

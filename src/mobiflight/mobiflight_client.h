@@ -79,7 +79,7 @@ private:
     std::string responseChannel;
     std::string lvarsChannel;
     std::int32_t rpnRateLimitMs = 0;
-    /// A setting of the MobiFlight section that is not used here: the mapping engine repeats the holds.
+    /// A copy of the setting, which nothing here reads: the mapping engine repeats the holds.
     std::int32_t mapHoldRepeatMs = 0;
     ExtensionsConfig extensions;
 
