@@ -17,7 +17,7 @@
 #include <thread>
 
 /// Owns every long-lived subsystem and is the only place where they are wired. Driven by the main thread: construct,
-/// `init`, and if that returns true `run`; each once, there is no restart.
+/// `init`, and if that returns true, `run`; each of them once, since there is no restart.
 class App {
 public:
     explicit App(Platform platform = systemPlatform());

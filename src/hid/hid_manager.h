@@ -31,7 +31,7 @@ struct HidManagerSettings {
     bool reopenStoppedReaders = false;
 };
 
-/// Receives one decoded report, on the reader thread of its board, with no lock of the manager's held. The name is
+/// Receives one decoded report, on the reader thread of its board, with none of the manager's locks held. The name is
 /// valid during the call only. It must not call `HidManager::stop`.
 using HidEventCallback =
     std::function<void(const HidProtocol::HidEvent& event, const std::string& deviceName, int index)>;

@@ -129,7 +129,7 @@ private:
     void becomeReady(std::optional<std::uint32_t> ownAttachment);
     void renewRegistrationIfDue();
     void renewRegistration(std::uint32_t session);
-    // False with `error` set when a call of the simulator's fails.
+    // False with `error` set when a call to the simulator fails.
     bool attachToSharedChannels(std::uint32_t attachment, std::string& error);
     bool attachToOwnChannels(std::uint32_t attachment, std::string& error);
     // These need the queue mutex held.
