@@ -31,6 +31,7 @@ function(install_bridge)
     install(TARGETS vantrel RUNTIME DESTINATION ${programs})
   endif()
   install(DIRECTORY config schemas DESTINATION ${data} FILES_MATCHING PATTERN "*.json")
-  install(FILES README.md CHANGELOG.md SECURITY.md LICENSE.txt THIRD-PARTY-NOTICES.txt DESTINATION ${documents})
+  install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md LICENSE.txt THIRD-PARTY-NOTICES.txt
+          DESTINATION ${documents})
   install(DIRECTORY docs DESTINATION ${documents})
 endfunction()

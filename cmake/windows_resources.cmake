@@ -1,4 +1,4 @@
-# What an executable for Windows says about itself: icon, version, and how Windows shall run it.
+# What an executable for Windows says about itself: icon, version, and how Windows should run it.
 function(add_windows_resources program description)
   set(sources ${CMAKE_SOURCE_DIR}/packaging/windows)
   set(icon ${sources}/VantrelBridgeHID.ico)

@@ -23,12 +23,6 @@ parts=$dist/VantrelBridge-$version.spdx.json
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-check() { # what is true, then the command that says so
-  local what=$1
-  shift
-  count "$@" >"$work/output" 2>&1 || { echo "FAILED: $what"; head -n 40 "$work/output"; }
-}
-
 files_in() { # package
   case "$1" in
     *.deb) dpkg-deb --fsys-tarfile "$1" | tar -t | grep -v '/$' ;;

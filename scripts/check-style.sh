@@ -4,17 +4,11 @@ set -uo pipefail
 . "$(dirname "$0")/lib.sh"
 at_most 0 "$@"
 
-prints_nothing() { output=$("$@" 2>&1) && [ -z "$output" ]; }
-
-check() { # title, command that prints nothing and succeeds when all is well
-  local title=$1 output
-  shift
-  if count prints_nothing "$@"; then
-    echo "ok: $title"
-  else
-    echo "FAILED: $title"
-    printf '%s\n' "$output" | head -n 60
-  fi
+prints_nothing() { # command, which must succeed as well
+  local printed
+  printed=$("$@" 2>&1) && [ -z "$printed" ] && return
+  head -n 40 <<<"$printed"
+  return 1
 }
 
 sources() { git ls-files -co --exclude-standard -- "$@"; }
@@ -86,12 +80,12 @@ paths_go_through_file_system() {
 
 no_switched_off_tests() { sources 'tests/*.cpp' 'tests/*.h' | search 'DISABLED_|GTEST_SKIP'; }
 
-check "clang-format" formatting
-check "clang-tidy" tidy
-check "shellcheck" shell_scripts
-check "no system #ifdef" no_system_ifdefs
-check "each library links what it includes" scripts/check-layers.py
-check "virtual boards know only the report protocol" boards_know_only_reports
-check "only the file system's own files use std::filesystem" paths_go_through_file_system
-check "no test is switched off" no_switched_off_tests
+check "clang-format" prints_nothing formatting
+check "clang-tidy" prints_nothing tidy
+check "shellcheck" prints_nothing shell_scripts
+check "no system #ifdef" prints_nothing no_system_ifdefs
+check "each library links what it includes" prints_nothing scripts/check-layers.py
+check "virtual boards know only the report protocol" prints_nothing boards_know_only_reports
+check "only the file system's own files use std::filesystem" prints_nothing paths_go_through_file_system
+check "no test is switched off" prints_nothing no_switched_off_tests
 report_checks

@@ -13,12 +13,6 @@ executable=build/windows/VantrelBridgeHID.exe
 [ $# -eq 0 ] || executable=$(callers_path "$1")
 [ -s "$executable" ] || die "$executable: no such file"
 
-check() { # what is true, then the command that says so
-  local what=$1
-  shift
-  count "$@" >/dev/null || echo "FAILED: $what"
-}
-
 headers=$(x86_64-w64-mingw32-objdump -p "$executable")
 sections=$(x86_64-w64-mingw32-objdump -h "$executable")
 in_headers() { grep -qE "$1" <<<"$headers"; }

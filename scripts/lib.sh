@@ -50,6 +50,30 @@ count() { # command whose success counts as passed
   fi
 }
 
+check() { # what is true, then the command that says so; its output is only shown when it fails
+  local what=$1 output
+  shift
+  output=$(mktemp)
+  if count "$@" >"$output" 2>&1; then
+    echo "ok: $what"
+  else
+    echo "FAILED: $what"
+    tail -n 40 "$output"
+  fi
+  rm "$output"
+}
+
+not() { ! "$@"; }
+
+# Until the command succeeds, for two minutes at most: emulated machines are slow. `pause` is in seconds.
+eventually() {
+  local end=$((SECONDS + 120))
+  until "$@" >/dev/null 2>&1; do
+    [ "$SECONDS" -lt "$end" ] || { "$@"; return; }
+    sleep "${pause:-0.3}"
+  done
+}
+
 # The line that test.sh adds up. Fails unless something was checked and nothing failed.
 report_checks() {
   echo "check: $passed passed, $failed failed"

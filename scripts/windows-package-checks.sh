@@ -1,24 +1,6 @@
 # shellcheck shell=bash disable=SC2154
 # What test-windows-packages.sh looks at in an installation. Sourced, not run; the places are its variables.
 
-check() { # what is true, then the command that says so
-  local what=$1
-  shift
-  count "$@" >"$work/output" 2>&1 && return
-  echo "FAILED: $what"
-  tail -n 20 "$work/output"
-}
-
-not() { ! "$@"; }
-
-eventually() { # command that succeeds within two minutes
-  local end=$((SECONDS + 120))
-  until "$@"; do
-    [ "$SECONDS" -lt "$end" ] || return 1
-    sleep 0.2
-  done
-}
-
 exits_with() { # exit code, command...
   local expected=$1 code=0
   shift

@@ -41,7 +41,7 @@ App::App(Platform platform)
       simConnect(this->platform.simConnect, this->platform.host),
       mapping(this->platform.host) {}
 
-// A thread that is still running would go on in members that no longer exist. Ending the process is the lesser evil.
+// A thread that is still running would go on using members that no longer exist. Ending the process is the lesser evil.
 App::~App() {
     if (notifyThread.joinable()) {
         std::terminate();
@@ -96,7 +96,7 @@ bool App::loadConfiguration(const std::string& configPath, std::string& error) {
 // `error`. The reason for every other failure is in the line logged here, and the line that `main` adds gives none.
 // People and tools rely on exactly these lines.
 bool App::startSubsystems(std::string& error) {
-    // The mapping engine first, so that no event can find it not yet running.
+    // The mapping engine first, so that no event comes before it runs.
     std::string reason;
     if (!mapping.start(&config, &hid, &simConnect, &mobiflight, &buttons, &eventMap, &simState, reason)) {
         logError("Failed to start mapping engine: " + reason);

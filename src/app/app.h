@@ -17,7 +17,7 @@
 #include <thread>
 
 /// Owns every long-lived subsystem and is the only place where they are wired. Driven by the main thread: construct,
-/// `init`, and if that returns true `run`; each once, there is no restart.
+/// `init`, and if that returns true, `run`; each of them once, since there is no restart.
 class App {
 public:
     explicit App(Platform platform = systemPlatform());
@@ -53,8 +53,8 @@ private:
     MappingEngine mapping;
     CdcDebugReader cdcReader;
     std::thread notifyThread;
-    // Guards setting `notifyActive`: the notification thread listens. The starter reads it and the thread clears it
-    // without the mutex: the handover at the start and the join at the end order these accesses.
+    // Guards the setting of `notifyActive`, which says that the notification thread listens. The starter reads it and
+    // the thread clears it without the mutex: the handover at the start and the join at the end order these accesses.
     std::mutex notifyMutex;
     bool notifyActive = false;
     bool hidTraceOverrideSet = false;

@@ -18,7 +18,7 @@ std::string logDirectory(bool consoleMode, const std::string& commonAppData, con
 /// as FileSystem::exists does when the file system can't say.
 std::string defaultConfigPath(const Host& host);
 
-/// The places that the search looks at, in its order.
+/// The places where the search looks, in its order.
 std::vector<std::string> configCandidates(const Host& host);
 
 /// The file beside the log that gets a line about a crash of that program.

@@ -29,5 +29,6 @@ private:
     std::thread thread;
     /// None until it is opened.
     std::optional<SerialPort> port;
+    /// The system's name of the port, for a reader to set with `port`.
     std::string portName;
 };

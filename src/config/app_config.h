@@ -78,6 +78,8 @@ bool loadAppConfig(const std::string& path, AppConfig& config, std::string& erro
 /// The same from a text. `path` only gives the folder that relative paths start from.
 bool parseAppConfig(std::string_view text, const std::string& path, AppConfig& config, std::string& error);
 
+/// Checks the values by themselves and against each other, and reads no file. False with the first fault's message in
+/// `error`, which is unchanged otherwise. The loading functions have done this.
 bool validateAppConfig(const AppConfig& config, std::string& error);
 
 /// A path of the configuration file, relative ones taken from that file's folder.

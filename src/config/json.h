@@ -30,8 +30,8 @@ struct JsonParseResult {
     std::size_t errorOffset = 0;
 };
 
-/// Where a value is in the text, for programs that show it to the user. Offsets are in bytes; an end is behind the last
-/// byte.
+/// Where a value is in the text, for programs that show it to the user. Offsets are in bytes; an end is one past the
+/// last byte.
 struct JsonPlace {
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
 

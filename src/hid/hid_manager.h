@@ -31,7 +31,7 @@ struct HidManagerSettings {
     bool reopenStoppedReaders = false;
 };
 
-/// Receives one decoded report, on the reader thread of its board, with no lock of the manager's held. The name is
+/// Receives one decoded report, on the reader thread of its board, with none of the manager's locks held. The name is
 /// valid during the call only. It must not call `HidManager::stop`.
 using HidEventCallback =
     std::function<void(const HidProtocol::HidEvent& event, const std::string& deviceName, int index)>;
@@ -134,24 +134,29 @@ private:
     // Written by `start` before any thread of the manager runs.
     std::string vendorIdText;
     std::string productIdText;
+    /// A copy of the setting; no read waits for it.
     std::int32_t readIntervalMs = 2;
     std::int32_t scanIntervalMs = 1000;
     bool singlePendingRead = false;
     bool reopenStoppedReaders = false;
     HidEventCallback callback;
 
+    // Not a Worker: the caller's own pass comes after the flag and before the thread, and `start` lets the exception of
+    // a missing thread through.
     std::atomic<bool> running{false};
     std::thread scanThread;
 
-    // Held through every connection, disconnection and write. Guards the sessions, their LED caches and the last
-    // reports; only Logger's mutex is taken under it.
+    // Held through every connection, disconnection and write, with the joining of reader threads. Guards the sessions,
+    // their LED caches and the last reports. Only the transport's mutexes, one after the other, and Logger's are taken
+    // under it.
     std::mutex mutex;
     Sessions sessions;
     std::atomic<int> nextIndex{0};
     HidProtocol::Report lastSimStatus{};
+    /// For a light that every new board gets, as it gets the status. There is none: each board has its own.
     HidProtocol::Report lastLedCtl{};
     bool simStatusValid = false;
-    /// Stays false: each board has its own light, so there is none to replay to every new board.
+    /// Stays false, with `lastLedCtl` empty.
     bool ledCtlValid = false;
 
     // Written before `start`, read by every thread.

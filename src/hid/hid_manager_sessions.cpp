@@ -107,7 +107,7 @@ HidManager::Sessions::iterator HidManager::disconnectBoard(Sessions::iterator en
     session.running = false;
     transport.cancelReads(session.readHandle);
     session.readerThread.join();
-    // Closes the handles, now that no thread reads by them.
+    // Closes the handles, now that no thread reads from them.
     const auto next = sessions.erase(ended);
     logInfo("HID device disconnected: " + deviceName);
     return next;

@@ -8,7 +8,7 @@ namespace {
 
 constexpr char wrongReportId[] = "Unexpected report ID";
 
-/// A read that a transport has taken the report id from.
+/// A read from which a transport has removed the report id.
 constexpr std::size_t sizeWithoutReportId = HidProtocol::reportSize - 1;
 
 std::uint16_t readWord(const std::uint8_t* bytes) {

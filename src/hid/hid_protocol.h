@@ -14,9 +14,9 @@
 struct LedCommand {
     /// 0 none, 1 steady, 2 breathe, 3 flash.
     std::uint8_t effect = 0;
-    /// Of steady.
+    /// For steady.
     std::uint8_t brightness = 0;
-    // Of breathe and flash.
+    // For breathe and flash.
     std::uint8_t count = 0;
     std::uint16_t periodMs = 0;
     std::uint8_t level = 0;

@@ -7,7 +7,7 @@
 /// The message about settings whose ids can't be read.
 constexpr const char* invalidUsbIds = "Invalid VID/PID";
 
-/// A device's vendor and product, as its maker has numbered them.
+/// A device's vendor and product, by the numbers that its maker gave them.
 struct UsbIds {
     std::uint16_t vendorId = 0;
     std::uint16_t productId = 0;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::uint64_t rotationSizeBytes = 5242880;
 constexpr std::int32_t keptBackups = 5;
-/// How many numbers behind the kept backups are looked at when stale ones are deleted.
+/// How many numbers after those of the kept backups are looked at when stale ones are deleted.
 constexpr std::int32_t staleBackupWindow = 32;
 
 const char* levelWord(Level level) {

@@ -36,8 +36,8 @@ struct EventDecision {
     bool isMapButton = false;
     /// Commands to take out of MobiFlight's queue, in this order.
     std::vector<std::string> cancelled;
-    /// The RPN command; empty for none. Of a map button's press to be sent at once, of its hold to be repeated, of any
-    /// other event to be queued as `kind`, `amount` times.
+    /// The RPN command; empty for none. A map button's press sends it at once, and its hold repeats it; any other event
+    /// queues it as `kind`, `amount` times.
     std::string command;
     RpnKind kind = RpnKind::Normal;
     std::uint32_t amount = 1;

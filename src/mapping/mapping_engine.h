@@ -34,7 +34,7 @@ public:
     bool start(const AppConfig* config, HidManager* hid, SimConnectClient* simConnect, MobiFlightClient* mobiflight,
                const ButtonConfig* buttons, const HidEventMap* eventMap, SharedSimState* simState, std::string& error);
 
-    /// Idempotent. Queued events stay in the queue, and boards paused; holds are forgotten.
+    /// Idempotent. Queued events stay in the queue, and paused boards stay paused; holds are forgotten.
     void stop();
 
     /// Queues an event; a button's release first removes the queued hold repeats of its own button. Returns quickly: no

@@ -27,7 +27,7 @@ public:
     /// Requests a push. Any thread.
     void requestUpdate();
 
-    /// Reads the light's value from a text of the module's, stores it and requests a push. Any thread.
+    /// Reads the light's value from one of the module's texts, stores it and requests a push. Any thread.
     void onBacklightPayload(const std::string& text);
 
     /// Pauses a board's lights for a moment and writes them again afterwards. On the event worker.
@@ -39,7 +39,7 @@ private:
     const std::atomic<bool>& simConnected;
     Worker worker;
 
-    // Guards the two below. Only the clock is called under it.
+    // Guards `isRequested` and `lastRequest`. Only the clock is called under it.
     std::mutex mutex;
     std::condition_variable condition;
     bool isRequested = false;

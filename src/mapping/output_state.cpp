@@ -34,7 +34,7 @@ LedCommand pulsing(std::uint8_t effect, const LedEffect& ledEffect) {
     return command;
 }
 
-/// Halves away from zero; the low 32 bits of what fits 64. 0 for anything beyond, infinities and NaN among them.
+/// Rounds halves away from zero. The low 32 bits of what fits in 64; 0 for the rest, infinities and NaN too.
 std::int32_t roundToInt32(double value) {
     constexpr double limit = 0x1p63;
     // Not std::round: some runtimes add a half and round down, which carries the number just below one half up to 1.

@@ -27,9 +27,9 @@ std::optional<LedCommand> boardLedCommand(const AppConfig& config, const std::st
 LedCommand computeLedCommand(const OutputProfile& profile, bool simConnected, bool batteryKnown, bool batteryOn,
                              bool backlightKnown, double backlightValue);
 
-/// The command of one effect; effect 0 for "OFF" and for any text that is no effect's name. Pure.
+/// The command of one effect; effect 0 for "OFF" and for any text that isn't the name of an effect. Pure.
 LedCommand effectCommand(const LedEffect& ledEffect);
 
-/// Reads the cockpit light's value out of a text: a number alone, or behind the variable's name and "=". False, with
+/// Reads the cockpit light's value out of a text: a number alone, or after the variable's name and "=". False, with
 /// `value` unchanged, when there is none. Pure.
 bool parseBacklightPayload(const std::string& text, double& value);

@@ -79,7 +79,7 @@ private:
     std::string responseChannel;
     std::string lvarsChannel;
     std::int32_t rpnRateLimitMs = 0;
-    /// A setting of the MobiFlight section that is not used here: the mapping engine repeats the holds.
+    /// A copy of the setting, which nothing here reads: the mapping engine repeats the holds.
     std::int32_t mapHoldRepeatMs = 0;
     ExtensionsConfig extensions;
 
@@ -117,19 +117,19 @@ private:
 
     // Start and messages (mobiflight_client.cpp).
     void configure(SimConnectClient* client, const MobiFlightConfig& config);
-    void onResponse(const std::string& text);
     void onLVars(const std::uint8_t* data, std::uint32_t size);
     /// Needs the queue mutex held.
     void forgetSession();
 
     // Attachment and registration (mobiflight_client_registration.cpp).
     void beginSession();
+    void onResponse(const std::string& text);
     void onConfirmation();
     /// `ownAttachment`: the attachment to the client's own channels; none with the shared ones.
     void becomeReady(std::optional<std::uint32_t> ownAttachment);
     void renewRegistrationIfDue();
     void renewRegistration(std::uint32_t session);
-    // False with `error` set when a call of the simulator's fails.
+    // False with `error` set when a call to the simulator fails.
     bool attachToSharedChannels(std::uint32_t attachment, std::string& error);
     bool attachToOwnChannels(std::uint32_t attachment, std::string& error);
     // These need the queue mutex held.

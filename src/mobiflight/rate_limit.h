@@ -8,7 +8,7 @@
 /// caller of `sendRpnNow` don't wait for it, but what they send delays the next entry. Never reset, so it spans
 /// sessions. Has no clock: times are the monotonic clock's nanoseconds.
 ///
-/// Any thread may call it without a lock: a time that another thread is just replacing only changes one delay.
+/// Any thread may call it without a lock: reading a time while another thread replaces it only changes one delay.
 class RateLimit {
 public:
     /// A command other than the dummy was written at that time.

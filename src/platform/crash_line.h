@@ -14,9 +14,9 @@ struct CrashFacts {
     /// What `code` is: "signal" or "exception".
     std::string_view kind;
     std::uint64_t code = 0;
-    /// Of the instruction.
+    /// That of the instruction.
     std::uint64_t address = 0;
-    /// Where the system has put the program, in bytes.
+    // Where the system has loaded the program, in bytes.
     std::uint64_t programStart = 0;
     std::uint64_t programSize = 0;
 };

@@ -9,9 +9,14 @@
 #include <string>
 #include <utility>
 
+/// Opens the device at a path for the caller, who owns it. Null when that fails. Any thread may call.
 template <typename Device>
 using DeviceOpener = std::function<std::unique_ptr<Device>(const std::string& path, HidAccess access, HidMode mode)>;
 
+// The following set a transport's operations. Those share the table and look up the handle at each call, so any thread
+// may call them at any time. Without such an open device they fail, and cancelling does nothing.
+
+/// Sets what asks a device about itself.
 template <typename Device>
 void fillQueries(HidTransport& transport, const std::shared_ptr<HandleTable<Device>>& devices) {
     transport.attributes = [devices](HidHandle handle, HidAttributes& attributes) {
@@ -28,8 +33,8 @@ void fillQueries(HidTransport& transport, const std::shared_ptr<HandleTable<Devi
     };
 }
 
-/// A reader that reads by `readOnce(Device&, Read&, limit)`. It doesn't keep the device open: closing the handle closes
-/// it.
+/// A reader that calls `readOnce(Device&, Read&, limit)`. It owns its `Read` but doesn't keep the device open: once the
+/// handle is closed, or when `device` is null, every read fails.
 template <typename Read, typename Device, typename ReadOnce>
 HidReader makeDeviceReader(const std::shared_ptr<Device>& device, ReadOnce readOnce) {
     return
@@ -39,6 +44,7 @@ HidReader makeDeviceReader(const std::shared_ptr<Device>& device, ReadOnce readO
         };
 }
 
+/// Sets `makeReader` and `cancelReads`.
 template <typename Device, typename Read>
 void fillReads(HidTransport& transport, const std::shared_ptr<HandleTable<Device>>& devices) {
     transport.makeReader = [devices](HidHandle handle) {
@@ -53,6 +59,7 @@ void fillReads(HidTransport& transport, const std::shared_ptr<HandleTable<Device
     };
 }
 
+/// Sets what writes to a device. `noHandle` is the error of a write to a handle that isn't open.
 template <typename Device>
 void fillWrites(HidTransport& transport, const std::shared_ptr<HandleTable<Device>>& devices, std::uint32_t noHandle) {
     const HidWriteResult notOpen{.ok = false, .count = 0, .error = noHandle};
@@ -66,8 +73,8 @@ void fillWrites(HidTransport& transport, const std::shared_ptr<HandleTable<Devic
     };
 }
 
-/// A transport, but for `enumerate` and `makeSinglePendingReader`, on a system's own kind of device and of what its
-/// reads write to (`Read`). `noHandle` is the system's error code for writing to a handle that isn't open.
+/// A transport for a system's own kind of device and of what its reads write to (`Read`); the caller adds `enumerate`
+/// and `makeSinglePendingReader`. `noHandle` is the system's error code for writing to a handle that isn't open.
 template <typename Device, typename Read>
 HidTransport makeDeviceTransport(const std::shared_ptr<HandleTable<Device>>& devices, DeviceOpener<Device> openDevice,
                                  std::uint32_t noHandle) {

@@ -39,6 +39,7 @@ public:
     }
 
 private:
+    // Guards the members below. Nothing is called under it, not even a device's destructor.
     std::mutex mutex;
     HidHandle nextHandle = 1;
     std::map<HidHandle, std::shared_ptr<Device>> devices;

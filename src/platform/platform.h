@@ -122,8 +122,8 @@ struct Host {
     std::function<bool(const std::function<bool(std::string_view name)>& visit)> findProcess;
     /// The running executable's path; empty when the system doesn't give it or it has 260 bytes or more.
     std::function<std::string()> executablePath;
-    /// The folder of per-machine data, or where this process may not use that one, of the user's; empty when there is
-    /// none. Makes nothing.
+    /// The folder for per-machine data or, where this process may not use that, for the user's data; empty when there
+    /// is neither. Makes nothing.
     std::function<std::string()> commonDataFolder;
     std::function<std::optional<std::string>(const std::string& name)> environmentVariable;
     /// Takes the lock of that name for the rest of the process's life.
@@ -131,7 +131,7 @@ struct Host {
     /// Joins the console of the process that started this one, if there is one. From here on, writing to an output
     /// without a reader fails instead of ending the process.
     std::function<void()> attachConsole;
-    /// Calls `handler` on interrupt, break and close events, on a thread or in a signal frame of the system's.
+    /// Calls `handler` on interrupt, break and close events, on a thread of the system or in a signal frame.
     std::function<void(ControlHandler handler)> installControlHandler;
     /// A plain sleep of the calling thread. Zero or less returns at once.
     std::function<void(std::chrono::milliseconds duration)> sleepFor;

@@ -17,7 +17,7 @@
 /// flag of its own.
 class Worker {
 public:
-    /// Runs `body` on a thread of `host`'s; `running` is true before the body begins. False when the system gives no
+    /// Runs `body` on a thread from `host`; `running` is true before the body begins. False when the system gives no
     /// thread: `error` is then `failure` followed by the system's reason, and `running` is false again. Needs a worker
     /// that is not running.
     bool start(const Host& host, std::function<void()> body, const std::string& failure, std::string& error);

@@ -28,7 +28,7 @@ std::vector<std::string> discoverExeXmlPaths(const Host& host);
 std::string escapeXmlText(std::string_view text);
 
 /// Finds the first entry of that name, its whole first and last lines included: `start` is the index of its first byte,
-/// `end` the one behind its last. Tags and names match in any letter case. False, with both unchanged, when there is
+/// `end` is one past its last. Tags and names match in any letter case. False, with both unchanged, when there is
 /// none or an entry before it has no end.
 bool findAddonBlock(std::string_view text, std::string_view name, std::size_t& start, std::size_t& end);
 

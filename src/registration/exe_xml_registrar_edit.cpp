@@ -44,13 +44,13 @@ std::string_view nameOf(std::string_view block) {
     return trimmed(block.substr(begin, close - begin));
 }
 
-/// Behind the last line feed before `index`, which isn't one itself; 0 on the first line.
+/// The index after the last line feed before `index`, where there is none; 0 on the first line.
 std::size_t lineStart(std::string_view text, std::size_t index) {
     const std::size_t lineFeed = text.rfind('\n', index);
     return lineFeed == std::string_view::npos ? 0 : lineFeed + 1;
 }
 
-/// Behind the first line feed at or behind `index`; the text's length on the last line.
+/// The index after the first line feed at or after `index`; the text's length on the last line.
 std::size_t lineEnd(std::string_view text, std::size_t index) {
     const std::size_t lineFeed = text.find('\n', index);
     return lineFeed == std::string_view::npos ? text.size() : lineFeed + 1;

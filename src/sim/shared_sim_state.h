@@ -11,6 +11,7 @@ struct SharedSimState {
     bool batteryOn = false;
     bool backlightKnown = false;
     double backlightValue = 0.0;
+    // Complete the record. The lights follow `MappingEngine::simConnected`, which changes with these.
     bool connectedKnown = false;
     bool connected = false;
 };

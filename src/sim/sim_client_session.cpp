@@ -14,7 +14,7 @@ constexpr const char* batteryVariable = "ELECTRICAL MASTER BATTERY:";
 
 constexpr std::uint32_t dataHeaderSize = sizeof(SimConnectRecvData);
 
-/// The block behind a data message's header.
+/// The block after a data message's header.
 const std::uint8_t* dataBlock(const SimConnectRecv* message) {
     return reinterpret_cast<const std::uint8_t*>(message) + dataHeaderSize;
 }

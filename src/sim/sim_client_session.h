@@ -11,7 +11,7 @@
 
 using ConnectionCallback = std::function<void(bool connected)>;
 using BatteryCallback = std::function<void(bool on)>;
-/// `data` is the block behind the message's header, valid during the call; `size` is never 0.
+/// `data` is the block after the message's header, valid during the call; `size` is never 0.
 using ClientDataCallback = std::function<void(std::uint32_t requestId, const std::uint8_t* data, std::uint32_t size)>;
 using QuitCallback = std::function<void()>;
 
@@ -46,7 +46,7 @@ public:
     void requestShutdown();
 
     bool isConnected() const { return connected; }
-    /// A session has been open at some time.
+    /// A session has been open at some point.
     bool wasEverConnected() const { return everConnected; }
 
     /// The session's handle, or null. It may be closed by another thread at any moment; a call on it then fails.

@@ -52,7 +52,7 @@ struct SimConnectRecv {
     std::uint32_t dwID;
 };
 
-/// SIMCONNECT_RECV_SIMOBJECT_DATA and SIMCONNECT_RECV_CLIENT_DATA: ten 32-bit words, behind which the data begin.
+/// SIMCONNECT_RECV_SIMOBJECT_DATA and SIMCONNECT_RECV_CLIENT_DATA: ten 32-bit words, followed by the data.
 struct SimConnectRecvData {
     SimConnectRecv head;
     std::uint32_t dwRequestID;

@@ -12,9 +12,11 @@
 /// keeps the session that it found. Any thread may call any member.
 class SessionRegistry {
 public:
+    /// Returns the session's handle, which is never null.
     SimConnectHandle add(std::shared_ptr<WireSession> session);
     /// Null: no such handle.
     std::shared_ptr<WireSession> find(SimConnectHandle handle) const;
+    /// Forgets the handle and returns its session, which is the caller's to close. Null: no such handle.
     std::shared_ptr<WireSession> remove(SimConnectHandle handle);
 
 private:

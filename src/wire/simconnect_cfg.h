@@ -34,8 +34,8 @@ SimConnectEndpoints localSimConnectEndpoints();
 /// Reads the endpoints of a configuration index from the text of a SimConnect.cfg. It is an INI file whose section
 /// [SimConnect] is index 0 and [SimConnect.N] index N. Each of the keys may be missing: Protocol (Pipe, Ipv4, Ipv6,
 /// Auto), Address, and Port, which for a pipe is its name. Auto, the default, is the pipe if the address is this
-/// machine's, then IPv6, then IPv4; with a Port that is no number it is the pipe alone. Sections and keys match in any
-/// case; of duplicates, the first applies.
+/// machine's, then IPv6, then IPv4; with a Port that isn't a number, it is the pipe alone. Sections and keys match in
+/// any case; of duplicates, the first applies.
 ///
 /// simConnectInvalidArgument: there is no such section. simConnectFail: there is one, but it gives no endpoint, because
 /// of an unknown protocol or an invalid port or pipe host. Both leave `endpoints` unchanged.

@@ -94,7 +94,7 @@ SimConnectResult WireSession::stateResult() const {
     return simConnectRemoteDisconnect;
 }
 
-// A simulator may read its pipe message by message, and each send makes one message. So a pipe gets one request a send.
+// A simulator may read its pipe message by message, and each send makes one, so a pipe gets one request per send.
 std::span<const std::uint8_t> WireSession::nextPiece() const {
     const auto pending = outbound.pending();
     return stream.keepsSendsApart()

@@ -11,11 +11,11 @@
 
 namespace {
 
-constexpr const char* help = R"(soak: the bridge among faults
+constexpr const char* help = R"(soak: the bridge under faults
 
   --lives N      lives of the bridge, each ended by the simulator's crash (20)
-  --minutes N    goes on for so long instead
-  --seed N       the same faults again; otherwise others each time
+  --minutes N    play for this long instead
+  --seed N       the same faults again; otherwise different ones each time
   --help         this text
 )";
 

@@ -10,7 +10,7 @@ namespace {
 /// By the number of the event that each one means.
 constexpr std::array controlSignals{SIGINT, SIGTERM, SIGHUP};
 
-// A signal function gets no argument of its own.
+// A signal function gets no argument but the signal's number.
 std::atomic<ControlHandler> controlHandler{nullptr};
 static_assert(std::atomic<ControlHandler>::is_always_lock_free);
 

@@ -6,5 +6,5 @@
 /// file or a pipe stays as it is; the others lead to that console afterwards.
 void attachToParentConsole();
 
-/// Has `handler` called on a thread of the system's for each console event, with the system's own numbers.
+/// Has `handler` called on a thread of the system for each console event, with the system's own numbers.
 void installConsoleHandler(ControlHandler handler);

@@ -17,6 +17,7 @@ constexpr ULONG mostKeptReports = 512;
 /// decides: by the time that this many readers have come and gone, the system has let go.
 void retire(std::shared_ptr<HidReadMemory> memory) {
     constexpr std::size_t mostRetired = 64;
+    // Guards `retired`. Nothing is called under it.
     static std::mutex mutex;
     static std::deque<std::shared_ptr<HidReadMemory>> retired;
     const std::lock_guard lock(mutex);

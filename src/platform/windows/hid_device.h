@@ -65,7 +65,8 @@ public:
 private:
     const HANDLE handle;
 
-    // Held while a read is issued and while all are cancelled, so that no read starts after the cancelling.
+    // Guards `cancelled`. Held while a read is issued and while all are cancelled, so that no read starts after the
+    // cancelling.
     std::mutex issueMutex;
     bool cancelled = false;
 

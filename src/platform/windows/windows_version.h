@@ -13,5 +13,5 @@ struct WindowsVersion {
 /// The system's own, whatever a manifest says; none when it can't be had.
 std::optional<WindowsVersion> windowsVersion();
 
-/// That the bridge isn't made for so old a Windows, as a line for the log; empty when it is.
+/// A line for the log when the bridge isn't made for so old a Windows; empty when it is.
 std::string windowsVersionNotice(const WindowsVersion& version);

@@ -36,7 +36,7 @@ public:
     NativePipe(const NativePipe&) = delete;
     NativePipe& operator=(const NativePipe&) = delete;
 
-    /// Begins an operation that hasn't begun, by `call(handle, operation)`, which is one of the system's.
+    /// Begins an operation that hasn't begun, by `call(handle, operation)`, which is a function of the system.
     template <typename Call>
     void begin(PipeOperation& operation, const Call& call) {
         static_cast<OVERLAPPED&>(operation) = {};
