@@ -14,17 +14,16 @@ using namespace std::chrono_literals;
 constexpr std::chrono::milliseconds expectationLimit = 30000ms;
 /// How long a session with its handshake may take, after the bridge's own long waits.
 constexpr std::chrono::milliseconds connectLimit = 30000ms;
-/// After this time without anything new, a wrong result of the expected length is final.
-constexpr std::chrono::milliseconds wrongTime = 1000ms;
 /// How long it must be quiet before a block is complete.
 constexpr std::chrono::milliseconds quietTime = 80ms;
 /// The same where the scenario expects nothing.
 constexpr std::chrono::milliseconds nothingTime = 150ms;
 /// A stream that never becomes quiet is cut here.
 constexpr std::chrono::milliseconds quietLimit = 1500ms;
-/// How long the bridge may need for an event of a board. The player also waits this long for an event that the bridge
-/// drops on purpose.
-constexpr std::chrono::milliseconds eventLimit = 2000ms;
+/// How long the bridge may need for an event of a board that changes nothing.
+constexpr std::chrono::milliseconds eventLimit = 30000ms;
+/// The same where all that was expected has come. The bridge drops some events on purpose, so they are never handled.
+constexpr std::chrono::milliseconds droppedTime = 2000ms;
 
 constexpr const char* refusedLine = "WARN Waiting for SimConnect connection: ";
 
@@ -45,6 +44,18 @@ std::size_t leastCount(const std::vector<ScenarioExpectation>& expected) {
         count += one.least;
     }
     return count;
+}
+
+/// Whether the texts with some more behind them could match the expectations.
+bool couldMeet(std::vector<ScenarioExpectation> expected, const std::vector<std::string>& begun) {
+    while (!expected.empty()) {
+        expected.back().least = 0;
+        if (meets(expected, begun)) {
+            return true;
+        }
+        expected.pop_back();
+    }
+    return begun.empty();
 }
 
 /// Whether a stream's last expectation takes any number.
@@ -113,8 +124,8 @@ bool ScenarioPlayer::doInput(const ScenarioInput& input) {
 }
 
 bool ScenarioPlayer::meetBlock(const ScenarioBlock& block) {
-    waitForEvents();
     observer.pumpUntil([&] { return isMet(block) || isWrong(block); }, expectationLimit);
+    waitForEvents(block);
     if (hasOpenStream(block)) {
         // It need not become quiet.
         observer.pumpUntil([&] { return observer.quietFor(quietTime); }, quietTime);
@@ -134,12 +145,16 @@ bool ScenarioPlayer::isMet(const ScenarioBlock& block) {
     });
 }
 
-/// The expected number of events has come, but not the expected ones.
+/// The expected number of results has come, but nothing that follows could make them the expected ones.
 bool ScenarioPlayer::isWrong(const ScenarioBlock& block) {
     const auto enough = [&](const ScenarioExpectation& one) {
         return pending[one.stream].size() >= leastCount(ofStream(block, one.stream));
     };
-    return observer.quietFor(wrongTime) && std::all_of(block.expected.begin(), block.expected.end(), enough);
+    const auto mismatched = [&](const ScenarioExpectation& one) {
+        return !couldMeet(ofStream(block, one.stream), pending[one.stream]);
+    };
+    return std::all_of(block.expected.begin(), block.expected.end(), enough) &&
+           std::any_of(block.expected.begin(), block.expected.end(), mismatched);
 }
 
 /// Anything after the last expectation is unexpected too.
@@ -152,7 +167,7 @@ bool ScenarioPlayer::meetEnd() {
     if (last != nullptr) {
         end.line = std::get<ScenarioInput>(*last).line;
     }
-    waitForEvents();
+    waitForEvents(end);
     waitForQuiet(quietTime);
     return compare(end);
 }
@@ -234,10 +249,11 @@ bool ScenarioPlayer::watchesLogLine(const std::string& line) const {
     return true;
 }
 
-/// Waits until the bridge has handled what the boards sent, so that "nothing" isn't true too early. Gives up after a
-/// while, since the bridge drops some events on purpose.
-void ScenarioPlayer::waitForEvents() {
-    observer.pumpUntil([this] { return eventsHandled >= eventsSent || !bridgeRig.bridge().running(); }, eventLimit);
+/// Waits until the bridge has handled what the boards sent, so that "nothing" isn't true too early.
+void ScenarioPlayer::waitForEvents(const ScenarioBlock& block) {
+    const bool expectsNothing = block.expected.empty() && !scenario.unchecked;
+    observer.pumpUntil([this] { return eventsHandled >= eventsSent || !bridgeRig.bridge().running(); },
+                       expectsNothing ? eventLimit : droppedTime);
     eventsSent = eventsHandled;
 }
 

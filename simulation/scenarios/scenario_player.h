@@ -59,7 +59,7 @@ private:
     bool take(const Observation& item);
     bool takeLogLine(const Observation& item);
     bool watchesLogLine(const std::string& line) const;
-    void waitForEvents();
+    void waitForEvents(const ScenarioBlock& block);
     void waitForQuiet(std::chrono::milliseconds quiet);
     void takeAsRead();
     bool compare(const ScenarioBlock& block);

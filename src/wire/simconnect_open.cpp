@@ -11,10 +11,8 @@
 namespace {
 
 constexpr std::chrono::seconds connectLimit{5};
-// A simulator makes room for its next client at once; a pipe that stays taken for longer has all the clients it wants.
-constexpr std::chrono::seconds busyPipeLimit{1};
 
-ByteStream connectTo(const SimConnectEndpoint& endpoint) {
+ByteStream connectTo(const SimConnectEndpoint& endpoint, std::chrono::milliseconds busyPipeLimit) {
     if (!endpoint.pipe.empty()) {
         return connectPipe(endpoint.address, endpoint.pipe, busyPipeLimit);
     }
@@ -30,7 +28,7 @@ SimConnectResult simConnectOpenAt(SimConnectHandle* handle, const char* name, co
     }
     *handle = nullptr;
     for (const std::uint32_t protocol : SimConnectWire::protocolVersions) {
-        ByteStream stream = connectTo(endpoint);
+        ByteStream stream = connectTo(endpoint, limits.busyPipe);
         if (!stream.valid()) {
             break;
         }

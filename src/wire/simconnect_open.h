@@ -9,10 +9,13 @@ struct SimConnectOpenLimits {
     /// How long to wait for the first answer. A simulator that refuses a session does so at once, but one that is
     /// starting up may take 20 seconds to agree. So silence is a success, and a longer wait would gain nothing.
     std::chrono::milliseconds answer{250};
+    /// How long to wait for a pipe whose instances are all taken. A simulator makes room for its next client at once; a
+    /// pipe that stays taken for longer has all the clients it wants.
+    std::chrono::milliseconds busyPipe{1000};
 };
 
-/// SimConnect_Open at a given endpoint, ignoring SimConnect.cfg. Waits up to 5 seconds for a TCP connection, or 1
-/// second for a pipe that is busy, and then for the simulator's first answer: an exception or the connection's end
+/// SimConnect_Open at a given endpoint, ignoring SimConnect.cfg. Waits up to 5 seconds for a TCP connection, or up to
+/// its limit for a pipe that is busy, and then for the simulator's first answer: an exception or the connection's end
 /// within the limit is a failure, silence is not. The first dispatch delivers all that arrived meanwhile, the answer
 /// included. On VERSION_MISMATCH it connects again with the next protocol version.
 ///

@@ -1,5 +1,6 @@
 #include "tests/bench/latency_measure.h"
 
+#include "hid/hid_protocol.h"
 #include "tests/bench/latency_simulator.h"
 #include "tests/support/process_memory.h"
 
@@ -48,7 +49,7 @@ public:
     SubjectProcess& operator=(const SubjectProcess&) = delete;
 
     void press(std::uint32_t controlId) const {
-        const std::array<std::uint8_t, 32> report{
+        const HidProtocol::Report report{
             0x01, 0, 1, 0, static_cast<std::uint8_t>(controlId & 0xFFU), static_cast<std::uint8_t>(controlId >> 8U), 1};
         if (send(reports, report.data(), report.size(), MSG_NOSIGNAL) != static_cast<ssize_t>(report.size())) {
             throw std::runtime_error("the subject is gone");

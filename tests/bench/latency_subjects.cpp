@@ -1,6 +1,7 @@
 #include "tests/bench/latency_subjects.h"
 
 #include "app/app.h"
+#include "hid/hid_protocol.h"
 #include "tests/bench/socket_board.h"
 #include "wire/simconnect_open.h"
 
@@ -63,10 +64,10 @@ Platform subjectPlatform(int reportSocket, std::uint16_t port) {
 
 int runFloor(int reportSocket, std::uint16_t port) {
     const int link = connectTo(port);
-    std::array<std::uint8_t, 32> report{};
+    HidProtocol::Report report{};
     std::array<std::uint8_t, 2 * packetSize> packets{};
     fillSetClientData(packets.data() + packetSize, "MF.DummyCmd");
-    while (read(reportSocket, report.data(), report.size()) == 32) {
+    while (read(reportSocket, report.data(), report.size()) == static_cast<ssize_t>(report.size())) {
         std::array<char, 64> text{};
         std::snprintf(text.data(), text.size(), "MF.SimVars.Set.1 %u (>K:BENCH)", report[4] | report[5] << 8U);
         fillSetClientData(packets.data(), text.data());

@@ -49,7 +49,7 @@ public:
         const auto start = Clock::now();
         simulator.setBattery(on);
         std::unique_lock lock(mutex);
-        if (!sent.wait_for(lock, std::chrono::seconds(5), [&] { return reported; })) {
+        if (!sent.wait_for(lock, std::chrono::seconds(30), [&] { return reported; })) {
             throw std::runtime_error("no light report");
         }
         const auto end = Clock::now();

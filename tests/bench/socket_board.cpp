@@ -1,5 +1,7 @@
 #include "tests/bench/socket_board.h"
 
+#include "hid/hid_protocol.h"
+
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -11,7 +13,7 @@
 namespace {
 
 /// The wait and read of one report, as the hidraw transport does them.
-HidReadResult readReport(int reportSocket, int cancelEvent, std::array<std::uint8_t, 32>& buffer,
+HidReadResult readReport(int reportSocket, int cancelEvent, HidProtocol::Report& buffer,
                          std::chrono::milliseconds limit) {
     std::array<pollfd, 2> waits{{{reportSocket, POLLIN, 0}, {cancelEvent, POLLIN, 0}}};
     const int ready = poll(waits.data(), waits.size(), static_cast<int>(limit.count()));
@@ -47,8 +49,7 @@ HidTransport socketBoardTransport(int reportSocket) {
     };
     transport.getFeature = [](HidHandle, std::span<std::uint8_t>) { return false; };
     transport.makeReader = [reportSocket, cancelEvent](HidHandle) {
-        return [reportSocket, cancelEvent,
-                buffer = std::array<std::uint8_t, 32>{}](std::chrono::milliseconds limit) mutable {
+        return [reportSocket, cancelEvent, buffer = HidProtocol::Report{}](std::chrono::milliseconds limit) mutable {
             return readReport(reportSocket, cancelEvent, buffer, limit);
         };
     };

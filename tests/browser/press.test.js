@@ -44,14 +44,6 @@ test('a button that is held repeats its hold, and stops with the release', async
   assert.equal(await count(), after);
 });
 
-test('a short press holds nothing', async () => {
-  const {view} = shared;
-  await view.control('MFD', 'CLR').click();
-  await view.waitForLog(/action=BUTTON_PRESS role=MFD\(BUTTON\) controlId=45\(CLR\)/);
-  await view.waitForLog(/action=BUTTON_RELEASE role=MFD\(BUTTON\) controlId=45\(CLR\)/);
-  assert.doesNotMatch(await view.page.locator('#log').innerText(), /action=HOLD role=MFD\(BUTTON\) controlId=45/);
-});
-
 test('a pan button moves the map for as long as it is held', async () => {
   const {view} = shared;
   await view.control('MFD', 'MAP_LEFT').hover();

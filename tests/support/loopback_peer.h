@@ -19,8 +19,8 @@
 
 using PeerBytes = std::vector<std::uint8_t>;
 
-/// For peers that never answer an open.
-constexpr SimConnectOpenLimits noWait{std::chrono::milliseconds(0)};
+/// For peers that never answer an open. They take one connection at a time, and may be slow to make room for the next.
+constexpr SimConnectOpenLimits noWait{.answer = std::chrono::milliseconds(0), .busyPipe = std::chrono::seconds(30)};
 
 /// A listener on loopback or a pipe that knows no protocol: the test sends and reads every byte itself.
 class LoopbackPeer {

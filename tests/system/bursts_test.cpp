@@ -1,6 +1,7 @@
 // Reports that come faster than the bridge reads, as from a knob that is spun after a pause. Only Windows has a queue
 // of pending reads in the bridge and a small one of its own.
 
+#include "hid/hid_log_lines.h"
 #include "tests/system/support/bridge_test.h"
 
 #include <sstream>
@@ -38,13 +39,12 @@ protected:
 
     /// The controls of the board's events that the bridge has logged, in order.
     std::vector<int> controlsOf(const UhidBoard& board) const {
-        constexpr std::string_view key = " controlId=";
         std::vector<int> controls;
         std::istringstream log(bridge->log());
         for (std::string line; std::getline(log, line);) {
-            const std::size_t place = line.find(key);
-            if (line.find("HID event from " + nameOf(board) + " ") != std::string::npos && place != std::string::npos) {
-                controls.push_back(std::atoi(line.c_str() + place + key.size()));
+            const auto event = readHidEventLine(line);
+            if (event && event->device == nameOf(board)) {
+                controls.push_back(event->event.controlId);
             }
         }
         return controls;

@@ -82,8 +82,8 @@ TEST_F(VantrelLive, SendAndValueLeaveTheBridgesLightAlone) {
     extensions = R"("lvarNumbers": 1)";
     startSession();
     simulator->command("lvar FUEL 5.5");
-    EXPECT_EQ(run({"value", "(L:FUEL)"}), "5.5\n");
-    EXPECT_EQ(run({"send", "7 (>L:FUEL)"}), "Sent, and taken by the module: 7 (>L:FUEL)\n");
+    EXPECT_EQ(run({"value", "(L:FUEL)", "--timeout", "60"}), "5.5\n");
+    EXPECT_EQ(run({"send", "7 (>L:FUEL)", "--timeout", "60"}), "Sent, and taken by the module: 7 (>L:FUEL)\n");
     EXPECT_TRUE(simulator->waitFor(SimulatorRecordKind::Executed, "1 7 (>L:FUEL)"));
     // The shared variables are still the bridge's own.
     simulator->command("battery on");

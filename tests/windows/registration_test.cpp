@@ -60,7 +60,7 @@ TEST_F(Registration, ListGoesWhereOutputIsRedirectedToByteForByte) {
     EXPECT_EQ(console.screen(), "");
 }
 
-TEST_F(Registration, ListGoesToTheConsoleOtherwise) {
+TEST_F(Registration, ListGoesToTheConsoleWhereNothingIsRedirected) {
     EXPECT_EQ(bridge.start("--list-exe-xml", console.streams())->exitCode(), 0U);
     EXPECT_TRUE(console.shows("No MSFS installations detected.")) << console.screen();
 }

@@ -60,7 +60,7 @@ TEST(Anonymizer, DoesNotTakeTheHomeFolderForAFolderOfUsers) {
     EXPECT_EQ(Anonymizer({"/x/home", "", {}}).anonymized("/x/home/documents"), "<home>/documents");
 }
 
-TEST(PrivateNames, AreTheEnvironments) {
+TEST(PrivateNames, ComeFromTheEnvironment) {
     FakeHost host;
     host.variables = {{"HOME", "/home/anna"}, {"USER", "anna"}};
     EXPECT_EQ(privateNames(host.record()).homeFolder, "/home/anna");

@@ -235,7 +235,7 @@ TEST(PlantedMistakes, FilesThatAreNotThere) {
     expectFindings({{noButtons, {"error missing-file: " + place}}, {noMap, {"warning missing-file: " + place}}});
 }
 
-TEST(PlantedMistakes, NamesAndNumbersOfControls) {
+TEST(PlantedMistakes, ControlsThatLackANameANumberOrACommandAreNamed) {
     PlantedConfiguration swapped;
     swapped.map = R"({"event_types": {"BUTTON": 1}, "control_ids": @{"22": "AP"}})";
     const std::string addCommand = "Add it to the command file";
@@ -253,7 +253,7 @@ TEST(PlantedMistakes, NamesAndNumbersOfControls) {
     });
 }
 
-TEST(PlantedMistakes, TheCommandFilesForm) {
+TEST(PlantedMistakes, CommandFileOfAnotherFormIsRefusedAtThePlace) {
     const auto refused = [](const std::string& hint) { return std::vector<std::string>{"error refused: " + hint}; };
     const std::string controls = R"([{"name": "AP", "commands": {}}, {"name": "HDG", "commands": {}}])";
     expectFindings({
@@ -268,7 +268,7 @@ TEST(PlantedMistakes, TheCommandFilesForm) {
     });
 }
 
-TEST(PlantedMistakes, ActionsAndRoles) {
+TEST(PlantedMistakes, UnknownActionsAndRolesAreNamedWithTheKnownOnes) {
     const std::string actions = "Known here: PRESS, HOLD, RELEASE, CW, CCW, CW_FAST, CCW_FAST";
     expectFindings({
         {withCommands(R"({@"PUSH": {"DEFAULT": ""}})"), {"warning unknown-action: " + actions}},
@@ -281,7 +281,7 @@ TEST(PlantedMistakes, ActionsAndRoles) {
     });
 }
 
-TEST(PlantedMistakes, Commands) {
+TEST(PlantedMistakes, BadCommandsAreNamedWithTheirCorrection) {
     const auto row = [](const std::string& command, const std::string& finding) {
         return Planted{withCommand(command), {finding}};
     };

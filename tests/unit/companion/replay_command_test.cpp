@@ -68,7 +68,7 @@ TEST_F(ReplayCommandTest, SaysThatThereIsNothingToPlay) {
 }
 
 TEST_F(ReplayCommandTest, SendsTheCommandsToTheSimulator) {
-    EXPECT_EQ(replay(trace, {"--send"}), ExitCode::good) << err.str();
+    EXPECT_EQ(replay(trace, {"--send", "--timeout", "60"}), ExitCode::good) << err.str();
     EXPECT_NE(out.str().find(apLine), std::string::npos);
     EXPECT_TRUE(simulator.waitForText(SimulatorRecordKind::Executed, "1 (>K:AP_MASTER)"));
 }

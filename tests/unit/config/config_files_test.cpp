@@ -95,7 +95,7 @@ TEST_P(ConfigFiles, ReportAFolderInAFilesPlace) {
     EXPECT_EQ(errorOf(path), GetParam().openFailed + path);
 }
 
-TEST_P(ConfigFiles, LetTheFailureOfTheQuestionWhetherTheyExistPass) {
+TEST_P(ConfigFiles, ThrowWhereTheSystemCannotSayWhetherTheyExist) {
     const std::string path = folder.path(std::string(5000, 'x'));
     std::error_code failure;
     ASSERT_FALSE(std::filesystem::exists(FileSystem::fromBytes(path), failure));

@@ -215,7 +215,7 @@ TEST(JsonPlaces, AreThoseOfEveryValueInTheOrderOfTheText) {
                                                "=1 in 1", R"(="x" in 1)", R"("b"={} in 0)", R"("a"=null in 0)"}));
 }
 
-TEST(JsonPlaces, OfAnErrorIsWhereItWasNoticed) {
+TEST(JsonPlaces, ErrorIsPlacedWhereItWasNoticed) {
     std::vector<JsonPlace> places;
     EXPECT_EQ(JsonParser::parse(R"({"a": 1 "b": 2})", places).errorOffset, 8U);
     EXPECT_EQ(JsonParser::parse("", places).errorOffset, 0U);

@@ -17,7 +17,7 @@ TEST_F(HidManagerScan, DoesNothingBeforeStart) {
     EXPECT_EQ(devices(), Devices());
 }
 
-TEST_F(HidManagerScan, ConnectsWithTheseCallsInThisOrder) {
+TEST_F(HidManagerScan, OpensABoardAndAsksWhoItIsBeforeItReads) {
     startClean();
     plugNew(1);
     manager->scanDevices();

@@ -31,7 +31,7 @@ TEST_F(ExeXmlFile, ReadsAsEmptyWhenItIsAbsentOrAFolder) {
     }
 }
 
-TEST_F(ExeXmlFile, GetsTheFoldersThatLack) {
+TEST_F(ExeXmlFile, IsWrittenWithItsMissingFolders) {
     const std::string deep = FileSystem::toOwnSeparators(folder.path() + "\\a\\b b\\c\\EXE.xml");
     EXPECT_TRUE(ExeXmlRegistrar::writeExeXml(deep, "text", error));
     EXPECT_EQ(contentOf(deep), "text");

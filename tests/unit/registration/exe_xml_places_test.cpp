@@ -55,7 +55,7 @@ TEST_F(ExeXmlDiscovery, CountsAFileInTheFoldersPlaceAsThere) {
     EXPECT_EQ(discovered(), Paths{pathOf(Boxed)});
 }
 
-TEST_F(ExeXmlDiscovery, CountsAQuestionThatFailsAsAbsent) {
+TEST_F(ExeXmlDiscovery, CountsAFolderThatCannotBeLookedForAsAbsent) {
     install(Boxed);
     fake.variables["LOCALAPPDATA"] = std::string(100000, 'x');
     EXPECT_EQ(discovered(), Paths{pathOf(Boxed)});

@@ -54,7 +54,7 @@ TEST_F(OpenSession, WithoutAHandleDefinesNothingAndCanDoNothing) {
               (Lines{"[WARN] SimConnect data definitions failed: SimConnect handle unavailable", connectedLine}));
 }
 
-TEST_F(OpenSession, LostBeforeTheRequestIsNamedThere) {
+TEST_F(OpenSession, LostBeforeTheDataRequestIsAWarningOfThatRequest) {
     SimClientSession* opening = nullptr;
     SimConnectLibrary library = sim.library();
     library.addToDataDefinition = [&](auto...) {

@@ -32,6 +32,12 @@ protected:
         return texts;
     }
     Texts sent() { return copyOf(reports); }
+    /// Without the holds: on a busy machine any press may last long enough for one.
+    Texts sentBesideHolds() {
+        Texts texts = sent();
+        std::erase_if(texts, [](const std::string& text) { return text.starts_with('2'); });
+        return texts;
+    }
 
     bool press(const HeldButtons::Button& button, const std::string& holder) {
         std::string error;
@@ -60,8 +66,7 @@ TEST_F(HeldButtonsTest, SendPressAndReleaseOnce) {
     buttons->release({&first, 5, 1});
     buttons->release({&first, 5, 1});
     EXPECT_TRUE(buttons->heldOn(first).empty());
-    EXPECT_EQ(sent(), (Texts{"1 5 1", "0 5 1"}));
-    EXPECT_EQ(copyOf(callbacks), (Texts{"press 5", "release 5"}));
+    EXPECT_EQ(sentBesideHolds(), (Texts{"1 5 1", "0 5 1"}));
 }
 
 TEST_F(HeldButtonsTest, RepeatAHoldUntilTheRelease) {
@@ -74,7 +79,10 @@ TEST_F(HeldButtonsTest, RepeatAHoldUntilTheRelease) {
     const Texts all = sent();
     EXPECT_EQ(Texts(all.begin(), all.begin() + 4), (Texts{"1 7 0", "2 7 0", "2 7 0", "2 7 0"}));
     EXPECT_EQ(all.back(), "0 7 0");
-    EXPECT_EQ(copyOf(callbacks)[1], "hold 7");
+    const Texts called = copyOf(callbacks);
+    ASSERT_EQ(called.size(), all.size());
+    EXPECT_EQ(Texts(called.begin(), called.begin() + 2), (Texts{"press 7", "hold 7"}));
+    EXPECT_EQ(called.back(), "release 7");
 }
 
 TEST_F(HeldButtonsTest, HoldButtonsOfTwoBoardsSideBySide) {
@@ -90,7 +98,7 @@ TEST_F(HeldButtonsTest, ReleaseThoseOfOneHolder) {
     press({&first, 6, 0}, "right");
     press({&first, 5, 0}, "right");
     buttons->removeHolder("right");
-    EXPECT_EQ(sent(), (Texts{"1 5 0", "1 6 0", "0 6 0"}));
+    EXPECT_EQ(sentBesideHolds(), (Texts{"1 5 0", "1 6 0", "0 6 0"}));
 }
 
 TEST_F(HeldButtonsTest, ArePressedOnlyByThoseWhoAreThere) {
@@ -100,17 +108,17 @@ TEST_F(HeldButtonsTest, ArePressedOnlyByThoseWhoAreThere) {
     EXPECT_TRUE(press({&first, 5, 0}, "tab")) << "came twice";
     buttons->removeHolder("tab");
     EXPECT_FALSE(press({&first, 6, 0}, "tab"));
-    EXPECT_EQ(sent(), (Texts{"1 4 0", "1 5 0", "0 5 0"}));
+    EXPECT_EQ(sentBesideHolds(), (Texts{"1 4 0", "1 5 0", "0 5 0"}));
 }
 
 TEST_F(HeldButtonsTest, ReleaseThoseOfOneBoardOrAll) {
     press({&first, 5, 0}, "tab");
     press({&second, 6, 1}, "tab");
     buttons->releaseAllOn(first);
-    EXPECT_EQ(sent(), (Texts{"1 5 0", "1 6 1", "0 5 0"}));
+    EXPECT_EQ(sentBesideHolds(), (Texts{"1 5 0", "1 6 1", "0 5 0"}));
     press({&first, 7, 0}, "tab");
     buttons->releaseAll();
-    EXPECT_EQ(sent().size(), 6U);
+    EXPECT_EQ(sentBesideHolds().size(), 6U);
     EXPECT_TRUE(buttons->heldOn(first).empty());
     EXPECT_TRUE(buttons->heldOn(second).empty());
 }
@@ -118,5 +126,5 @@ TEST_F(HeldButtonsTest, ReleaseThoseOfOneBoardOrAll) {
 TEST_F(HeldButtonsTest, EndReleasesWhatIsStillDown) {
     press({&first, 5, 0}, "tab");
     buttons.reset();
-    EXPECT_EQ(sent(), (Texts{"1 5 0", "0 5 0"}));
+    EXPECT_EQ(sentBesideHolds(), (Texts{"1 5 0", "0 5 0"}));
 }

@@ -18,7 +18,7 @@
 /// A client of the virtual simulator, through the C interface, with the ids that the tests use.
 class SimulatorClient {
 public:
-    /// A busy machine mustn't make the simulator's answer come too late.
+    /// A busy machine mustn't make the simulator's answer, or room at its pipe, come too late.
     static constexpr std::chrono::seconds longWait{30};
     static constexpr std::uint32_t commandArea = 1;
     static constexpr std::uint32_t responseArea = 2;
@@ -29,7 +29,7 @@ public:
     static constexpr std::uint32_t lvarsRequest = 22;
 
     explicit SimulatorClient(const VirtualSimulator& simulator, const char* name = "client",
-                             SimConnectOpenLimits limits = {longWait})
+                             SimConnectOpenLimits limits = {.answer = longWait, .busyPipe = longWait})
         : result(simConnectOpenAt(&handle, name, simulator.endpoint(), limits)) {}
     ~SimulatorClient() { close(); }
     SimulatorClient(const SimulatorClient&) = delete;

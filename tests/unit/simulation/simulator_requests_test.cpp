@@ -133,7 +133,7 @@ TEST_F(SystemEvents, RequestsAreRefusedWithTheirArgument) {
     client.expectRefusalByName(mapClientEventToSimEventRequest, 1, "AP_MASTER", ExceptionCodes::eventIdDuplicate, 1);
 }
 
-TEST_F(SystemState, IsAnswered) {
+TEST_F(SystemState, OfAKnownNameIsAnsweredAndAnotherNameRefused) {
     client.requestByName(requestSystemStateRequest, 7, "Sim");
     PeerBytes body = wireWords({7, 1, 0});
     body.resize(12 + 260);

@@ -58,7 +58,7 @@ void expectAll(const std::vector<CfgCase>& cases) {
     }
 }
 
-TEST(SimConnectCfg, SectionOfAnIndex) {
+TEST(SimConnectCfg, IndexChoosesItsSection) {
     const std::string numbered = "[SimConnect]\nProtocol=Ipv4\nPort=1\n[SimConnect.1]\nProtocol=Ipv4\nPort=2\n"
                                  "[SimConnect.12]\nProtocol=Ipv4\nPort=3\n";
     expectAll({
@@ -77,7 +77,7 @@ TEST(SimConnectCfg, SectionOfAnIndex) {
     });
 }
 
-TEST(SimConnectCfg, Lines) {
+TEST(SimConnectCfg, BlanksCommentsAndOtherKeysMeanNothing) {
     expectAll({
         {"blanks, comments, line ends and the byte order mark are skipped",
          "\xEF\xBB\xBF  ; head\r\n\r\n  [ SimConnect ] \r\n ;Port=1\r\n\tAddress =  10.0.0.1 \r\nnonsense\r\n"
@@ -90,8 +90,7 @@ TEST(SimConnectCfg, Lines) {
     });
 }
 
-// What the keys of a section mean.
-TEST(SimConnectCfg, Keys) {
+TEST(SimConnectCfg, ProtocolAddressAndPortMakeTheEndpoints) {
     const std::string all = std::string(defaultPipe) + ", IPv6 ::1 501, IPv4 127.0.0.1 500";
     std::vector<CfgCase> cases{
         {"IPv4 with nothing else is the local simulator", "Protocol=Ipv4", "IPv4 127.0.0.1 500"},

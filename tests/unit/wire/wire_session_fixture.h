@@ -61,11 +61,8 @@ protected:
         ASSERT_TRUE(peer->accept());
     }
 
-    std::unique_ptr<LoopbackPeer> peer;
-
-private:
     // A pipe has no send buffer of its own: what was sent is in the peer's receive buffer.
-    ByteStream connectToPeer(int sendBuffer) const {
+    ByteStream connectToPeer(int sendBuffer = 0) const {
         const SimConnectEndpoint endpoint = peer->endpoint();
         constexpr std::chrono::seconds limit{30};
         if (GetParam() == Transport::Pipe) {
@@ -78,4 +75,6 @@ private:
         }
         return socket;
     }
+
+    std::unique_ptr<LoopbackPeer> peer;
 };

@@ -1,6 +1,8 @@
 #include "tests/unit/wire/wire_session_fixture.h"
 
 #include <algorithm>
+#include <array>
+#include <chrono>
 #include <stdexcept>
 #include <thread>
 
@@ -9,6 +11,22 @@ namespace {
 class WireSessionTest : public SessionTest {};
 
 INSTANTIATE_TEST_SUITE_P(Transports, WireSessionTest, testing::ValuesIn(transports()), transportName);
+
+class StreamTest : public SessionTest {};
+
+INSTANTIATE_TEST_SUITE_P(Transports, StreamTest, testing::ValuesIn(transports()), transportName);
+
+TEST_P(StreamTest, SleepsWhileNoDataCome) {
+    constexpr std::chrono::milliseconds limit{40};
+    peer = std::make_unique<LoopbackPeer>(GetParam());
+    ByteStream stream = connectToPeer();
+    std::array<std::uint8_t, 1> room{};
+    ASSERT_EQ(stream.receive(room).status, TransferStatus::WouldBlock);
+    const auto begin = std::chrono::steady_clock::now();
+    stream.awaitData(limit);
+    // It may return earlier, but not at once.
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, limit / 2);
+}
 
 TEST_P(WireSessionTest, CloseStillSendsTheLastRequestsOverUnreadMessagesAndMayBeRepeated) {
     connect();

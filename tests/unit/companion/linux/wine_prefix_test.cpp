@@ -17,7 +17,7 @@ TEST(WinePrefix, HoldsWhatWindowsPathsName) {
     EXPECT_EQ(ownPath(R"(C:\x)", SimulatorFolder{.name = "", .path = "/home/me"}), std::nullopt);
 }
 
-TEST(WinePrefix, IsExamined) {
+TEST(WinePrefix, MistakesOfItsSimulatorAreFound) {
     const TempFolder files;
     MadeUpMachine pc(Installation::Steam2020);
     const std::string roaming = "pfx/drive_c/users/steamuser/AppData/Roaming";

@@ -14,7 +14,7 @@ TEST(WindowsVersion, NoticeIsForAllBefore1809) {
     }
 }
 
-TEST(WindowsVersion, IsKnown) {
+TEST(WindowsVersion, IsThatOfARealSystem) {
     ASSERT_TRUE(windowsVersion().has_value());
     EXPECT_GE(windowsVersion()->major, 6U);
 }

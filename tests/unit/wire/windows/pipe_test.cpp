@@ -93,13 +93,11 @@ TEST(PipeOpen, FailsOnAPipeWhoseInstancesAreAllTaken) {
     ASSERT_TRUE(first.valid());
     EXPECT_FALSE(connectPipe(".", server.pipeName(), milliseconds(0)).valid());
     SimConnectHandle handle = nullptr;
-    EXPECT_EQ(simConnectOpenAt(&handle, "late", server.endpoint()), simConnectFail);
+    EXPECT_EQ(simConnectOpenAt(&handle, "late", server.endpoint(), {.busyPipe = milliseconds(0)}), simConnectFail);
 }
 
 TEST(PipeOpen, WaitsForAnInstanceThatIsMadeMeanwhile) {
     LoopbackPeer peer(Transport::Pipe);
-    // Nobody answers.
-    constexpr SimConnectOpenLimits noWait{milliseconds(0)};
     SimConnectHandle first = nullptr;
     SimConnectHandle second = nullptr;
     ASSERT_EQ(simConnectOpenAt(&first, "first", peer.endpoint(), noWait), simConnectOk);
