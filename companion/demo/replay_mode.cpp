@@ -8,6 +8,7 @@
 #include "platform/file_system.h"
 #include "simulation/rig/rig_observer.h"
 #include "simulation/scenarios/side_by_side.h"
+#include "text/wording.h"
 
 #include <algorithm>
 #include <chrono>
@@ -198,15 +199,15 @@ PlayOutcome runReplay(const ReplayOptions& options, std::ostream& screen, std::s
     const HidLog log = parseHidLog(text);
     printProblems(options.log, log, screen);
     if (log.reports.empty()) {
-        error = options.log + ": it has no report of a board; the log of a run with --hid-trace has some";
+        error = options.log + ": it contains no board reports; a log written with --hid-trace does";
         return PlayOutcome::NotPlayed;
     }
-    screen << options.log << ": " << log.reports.size() << " reports of " << log.devices.size()
-           << " boards, played with " << configuration.title << "\n\n";
+    screen << options.log << ": " << countText(log.reports.size(), "report") << " of "
+           << countText(log.devices.size(), "board") << ", played with " << configuration.title << "\n\n";
     Replay replay(configuration, log, options.fast, screen);
     const bool played = replay.play();
     screen << '\n'
-           << options.log << ": " << (played ? "played" : "FAILED") << ", " << log.problems.size()
-           << " lines skipped; the simulator received " << replay.commandCount() << " commands and events\n";
+           << options.log << ": " << (played ? "played" : "FAILED") << ", " << countText(log.problems.size(), "line")
+           << " skipped; the simulator received " << countText(replay.commandCount(), "command") << '\n';
     return played && log.problems.empty() ? PlayOutcome::AsExpected : PlayOutcome::Failed;
 }

@@ -2,6 +2,7 @@
 
 #include "hid/hex_text.h"
 #include "simulation/scenarios/nearest_word.h"
+#include "text/wording.h"
 
 #include <algorithm>
 #include <array>
@@ -12,10 +13,6 @@
 namespace {
 
 constexpr std::string_view blanks = " \t";
-
-std::string inQuotes(std::string_view text) {
-    return '"' + std::string(text) + '"';
-}
 
 std::optional<double> decimalNumber(const std::string& text) {
     char* end = nullptr;
