@@ -36,7 +36,7 @@ bool isTrouble(const LogEntry& line) {
            line.message.find("; using the built-in SimConnect client") == std::string::npos;
 }
 
-/// A simulator that loads refuses sessions at first.
+/// A simulator that is still loading refuses sessions.
 bool isOverOnceConnected(const LogEntry& line) {
     return line.message.starts_with("Waiting for SimConnect connection");
 }

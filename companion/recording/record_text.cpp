@@ -23,7 +23,7 @@ bool isBlankOrControl(char byte) {
     return byte == ' ' || byte == '\x7F' || (byte >= 0 && byte < ' ');
 }
 
-/// Whether a scenario's step can name a control so.
+/// Whether a scenario's step can call a control by this name.
 bool isWord(const std::string& name) {
     return !name.empty() && std::ranges::none_of(name, isBlankOrControl) && !wholeNumber(name, 0, highestControl);
 }

@@ -73,9 +73,9 @@ private:
     /// Of a bridge that somebody else has started.
     LogFollower bridgeLog;
     VirtualSimulator virtualSimulator;
-    /// To the simulator for trying commands.
+    /// Leads to the simulator that commands are tried with.
     std::unique_ptr<ModuleLink> link;
-    /// What the boards' events are decoded by.
+    /// Decides what the boards' events mean.
     std::shared_ptr<const BridgeConfiguration> followed;
 
     // Guards what follows. The boards' observers take it, so nothing slow happens under it, and no board is started or

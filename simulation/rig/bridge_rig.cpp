@@ -106,7 +106,7 @@ Host BridgeRig::host() const {
         return visit("explorer.exe") || (listed->load() && visit("FlightSimulator.exe"));
     };
     host.executablePath = [path = FileSystem::toBytes(folder / "VantrelBridgeHID")] { return path; };
-    // The machine's own is no part of a story.
+    // What this machine's own would say isn't part of a story.
     host.systemNotice = nullptr;
     host.commonDataFolder = [path = FileSystem::toBytes(folder)] { return path; };
     host.sleepFor = [pace = settings.pace, sleep = host.sleepFor](std::chrono::milliseconds wait) {

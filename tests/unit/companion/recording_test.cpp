@@ -147,7 +147,7 @@ TEST_F(RecordingTest, SaysWhatIsWrongWithARecord) {
         const char* error;
     };
     for (const auto& [record, expected] :
-         {Row{"", "r: it has no report of a board; a record has some, and the log of a run with --hid-trace"},
+         {Row{"", "r: it contains no board reports; a record does, and so does a log written with --hid-trace"},
           Row{"> P press 5\n", "r:1:3: unknown step \"P\""}}) {
         ReplayInput input;
         std::string error;
