@@ -124,7 +124,7 @@ private:
     // machine first. These need no mutex.
     bool operate(const JsonValue& json, const std::string& tab, std::string& error);
     bool repair(const JsonValue& json, std::string& error);
-    // The actions (setup_actions.cpp, setup_bridge_actions.cpp). These need `actionMutex` held.
+    // The actions (setup_controller_actions.cpp, setup_controller_bridge_actions.cpp). These need `actionMutex` held.
     using Action = bool (SetupController::*)(const JsonValue& json, std::string& error);
     static Action actionOf(const std::string& word);
     bool addBoard(const JsonValue& json, std::string& error);
