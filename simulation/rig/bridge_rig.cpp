@@ -1,9 +1,8 @@
 #include "simulation/rig/bridge_rig.h"
 
 #include "platform/file_system.h"
-#include "platform/network_simconnect.h"
 #include "simulation/rig/poll_until.h"
-#include "wire/simconnect_open.h"
+#include "simulation/rig/simulator_library.h"
 
 #include <fstream>
 #include <random>
@@ -87,7 +86,8 @@ void BridgeRig::makeBridgeRun() {
 }
 
 Platform BridgeRig::platform() const {
-    Platform records{hidBus.transport(), simConnectLibrary(), notifications->source(), host()};
+    Platform records{hidBus.transport(), simulatorLibrary(virtualSimulator, settings.pace.openLimits),
+                     notifications->source(), host()};
     const Platform system = systemPlatform();
     if (settings.sides.realBoards) {
         records.hid = system.hid;
@@ -113,15 +113,6 @@ Host BridgeRig::host() const {
         sleep(pace.apply(wait));
     };
     return host;
-}
-
-SimConnectLibrary BridgeRig::simConnectLibrary() const {
-    SimConnectLibrary library = networkSimConnectLibrary();
-    library.open = [endpoint = virtualSimulator.endpoint(), limits = settings.pace.openLimits](
-                       SimConnectHandle* handle, const char* name, void*, std::uint32_t, void*, std::uint32_t) {
-        return simConnectOpenAt(handle, name, endpoint, limits);
-    };
-    return library;
 }
 
 void BridgeRig::startBridge() {
