@@ -1,8 +1,8 @@
 #include "companion/demo/replay_mode.h"
 
 #include "companion/demo/cockpit_configuration.h"
-#include "companion/demo/report_text.h"
 #include "companion/recording/hid_log.h"
+#include "companion/recording/report_words.h"
 #include "hid/hid_log_lines.h"
 #include "hid/hid_protocol.h"
 #include "platform/file_system.h"
@@ -44,6 +44,11 @@ std::vector<RigBoard> loggedBoards(const CockpitConfiguration& configuration, co
         boards.push_back({device, configuredBoard(configuration, device)});
     }
     return boards;
+}
+
+std::string controlName(const HidEventMap& eventMap, std::uint16_t number) {
+    const auto found = eventMap.controlIds.find(number);
+    return found == eventMap.controlIds.end() ? std::to_string(number) : found->second;
 }
 
 /// Plays one log on a cockpit of its own.
@@ -116,7 +121,8 @@ private:
             screen << "line " << report.line << ": the bridge doesn't read the board " << report.device << '\n';
             return false;
         }
-        columns.left(Clock::now(), report.device + ' ' + inputReportText(report.bytes, configuration.eventMap));
+        const auto control = [this](std::uint16_t number) { return controlName(configuration.eventMap, number); };
+        columns.left(Clock::now(), report.device + ' ' + reportWords(report.bytes, control));
         const std::size_t handledBefore = handled;
         const std::size_t commandsBefore = commands;
         queued = false;
