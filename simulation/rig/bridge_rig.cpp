@@ -1,5 +1,7 @@
 #include "simulation/rig/bridge_rig.h"
 
+#include "app/app_paths.h"
+#include "app/program_names.h"
 #include "platform/file_system.h"
 #include "simulation/rig/poll_until.h"
 #include "simulation/rig/simulator_library.h"
@@ -42,8 +44,9 @@ bool BridgeRig::setUp(std::string& error) {
         return false;
     }
     writeFiles();
-    const std::filesystem::path logFolder = settings.consoleMode ? folder : folder / "VantrelBridge" / "logs";
-    log.emplace(FileSystem::toBytes(logFolder / "VantrelBridgeHID.log"));
+    // The folder is both the machine's data folder and the program's.
+    const std::string path = FileSystem::toBytes(folder);
+    log.emplace(FileSystem::join(logDirectory(settings.consoleMode, path, path), std::string(programName) + ".log"));
     makeBridgeRun();
     return true;
 }
@@ -105,7 +108,7 @@ Host BridgeRig::host() const {
     host.findProcess = [listed = processListed](const std::function<bool(std::string_view)>& visit) {
         return visit("explorer.exe") || (listed->load() && visit("FlightSimulator.exe"));
     };
-    host.executablePath = [path = FileSystem::toBytes(folder / "VantrelBridgeHID")] { return path; };
+    host.executablePath = [path = FileSystem::toBytes(folder / programName)] { return path; };
     // What this machine's own would say isn't part of a story.
     host.systemNotice = nullptr;
     host.commonDataFolder = [path = FileSystem::toBytes(folder)] { return path; };
