@@ -2,6 +2,7 @@
 
 #include "hid/hex_text.h"
 #include "simulation/scenarios/nearest_word.h"
+#include "text/ascii.h"
 #include "text/wording.h"
 
 #include <algorithm>
@@ -25,15 +26,13 @@ std::optional<double> decimalNumber(const std::string& text) {
 
 } // namespace
 
-ScenarioLine::ScenarioLine(std::string_view text, std::size_t lineNumber) : text(text), lineNumber(lineNumber) {
-    // npos + 1 is 0: a line of blanks alone is empty.
-    this->text.erase(text.find_last_not_of(" \t\r") + 1);
+ScenarioLine::ScenarioLine(std::string_view text, std::size_t lineNumber)
+    : text(rightTrimmed(text, " \t\r")), lineNumber(lineNumber) {
     skipBlanks();
 }
 
 std::string ScenarioLine::whole() const {
-    const std::size_t first = text.find_first_not_of(blanks);
-    return first == std::string::npos ? "" : text.substr(first);
+    return std::string(trimmed(text, blanks));
 }
 
 bool ScenarioLine::atEnd() const {
@@ -51,7 +50,7 @@ std::string_view ScenarioLine::lastWordOfAll() const {
 
 void ScenarioLine::dropLastWord() {
     text.resize(text.size() - lastWordOfAll().size());
-    text.erase(text.find_last_not_of(blanks) + 1);
+    text.resize(rightTrimmed(text, blanks).size());
     next = std::min(next, text.size());
 }
 
