@@ -58,6 +58,7 @@ public:
         return !line.empty();
     }
 
+    // Held while a line is made and printed: guards standard output.
 private:
     std::mutex mutex;
 };
