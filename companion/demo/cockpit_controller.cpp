@@ -19,7 +19,7 @@ constexpr std::chrono::milliseconds watchPeriod = 15ms;
 /// The record that refreshResponseArea leaves.
 constexpr std::string_view otherClientsPing = " MF.Ping";
 
-JsonValue timeNow() {
+JsonValue jsonTime() {
     return jsonNumber(static_cast<double>(pageTime()));
 }
 
@@ -109,7 +109,7 @@ void CockpitController::publishSent(const std::string& board, std::uint16_t cont
     sent.object["report"] = jsonString(std::string(report));
     sent.object["detents"] = jsonNumber(detents);
     sent.object["speed"] = jsonNumber(speed);
-    sent.object["at"] = timeNow();
+    sent.object["at"] = jsonTime();
     events.publish("sent", jsonText(sent));
 }
 
@@ -133,7 +133,7 @@ void CockpitController::notify() {
 
 void CockpitController::publishItem(const Observation& item) {
     JsonValue message = jsonObject();
-    message.object["at"] = timeNow();
+    message.object["at"] = jsonTime();
     message.object["text"] = jsonString(item.text);
     if (item.stream == "sim" && item.text.ends_with(otherClientsPing)) {
         return;
