@@ -109,7 +109,7 @@ Host BridgeRig::host() const {
         return visit("explorer.exe") || (listed->load() && visit("FlightSimulator.exe"));
     };
     host.executablePath = [path = FileSystem::toBytes(folder / programName)] { return path; };
-    // What this machine's own would say isn't part of a story.
+    // This machine's own notice isn't part of a story.
     host.systemNotice = nullptr;
     host.commonDataFolder = [path = FileSystem::toBytes(folder)] { return path; };
     host.sleepFor = [pace = settings.pace, sleep = host.sleepFor](std::chrono::milliseconds wait) {
