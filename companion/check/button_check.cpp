@@ -3,6 +3,7 @@
 #include "companion/check/known_keys.h"
 #include "companion/check/rpn_check.h"
 #include "config/names.h"
+#include "text/wording.h"
 
 #include <algorithm>
 #include <array>
@@ -126,7 +127,7 @@ private:
             if (!knownRoles.contains(role)) {
                 const std::vector<std::string_view> known(knownRoles.begin(), knownRoles.end());
                 addFinding(findings, document.atKey(*command, Severity::Warning, "unknown-role"),
-                           "no board has the role " + inQuotes(command->key) + " by this configuration",
+                           "no board has the role " + inQuotes(command->key) + " in this configuration",
                            suggestion(role, known));
             }
             checkKind(document, *command, ValueKind::Text, findings);
@@ -140,7 +141,7 @@ private:
     void checkFirst(const JsonNode& command, const std::string& name) {
         if (!commandNames.insert(name).second) {
             addFinding(findings, document.atKey(command, Severity::Warning, "same-name"),
-                       "case and spaces don't count, so this control has a command for this action and role already",
+                       "case and spaces don't count, so this control already has a command for this action and role",
                        "Remove one of the two");
         }
     }

@@ -14,5 +14,5 @@ struct CommandContext {
     std::set<std::string> roles;
 };
 
-/// Adds what the bridge accepts in `buttons.json` but ignores, or hardly does as meant. The root is an object.
+/// Adds what the bridge accepts in `buttons.json` but ignores, or hardly reads as it was meant. The root is an object.
 void checkButtons(const JsonDocument& document, const CommandContext& context, Findings& findings);

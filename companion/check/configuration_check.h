@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/// What the three files of a configuration are worth.
+/// What the check has found out about the three files of a configuration.
 struct ConfigurationVerdict {
     /// The files that were read, in the order in which the bridge reads them.
     std::vector<std::string> files;
@@ -21,7 +21,7 @@ struct ConfigurationVerdict {
 /// Gives the text of a file; none when it can't be read.
 using FileTextReader = std::function<std::optional<std::string>(const std::string& path)>;
 
-/// Judges the configuration whose `config.json` is at `path`. Only reads.
+/// Checks the configuration whose `config.json` is at `path`. Only reads.
 ConfigurationVerdict checkConfiguration(const std::string& path);
 
 /// The same with files that may be somewhere else than on disk, such as in an editor.

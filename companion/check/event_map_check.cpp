@@ -2,6 +2,7 @@
 
 #include "companion/check/known_keys.h"
 #include "config/names.h"
+#include "text/wording.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,7 @@
 #include "companion/check/finding_text.h"
 
 #include "companion/json/json_text.h"
+#include "text/wording.h"
 
 #include <algorithm>
 
@@ -63,10 +64,6 @@ std::string coloured(const std::string& text, Severity severity, bool colour) {
     return colour ? colourOf(severity) + text + "\033[0m" : text;
 }
 
-std::string counted(std::size_t count, const std::string& noun) {
-    return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
-}
-
 } // namespace
 
 std::string findingText(const Finding& finding, bool colour) {
@@ -87,8 +84,8 @@ std::string verdictText(const ConfigurationVerdict& verdict) {
         return static_cast<std::size_t>(std::ranges::count(verdict.findings, severity, &Finding::severity));
     };
     return (verdict.bridgeStarts ? "The bridge would start: " : "The bridge would not start: ") +
-           counted(count(Severity::Error), "error") + ", " + counted(count(Severity::Warning), "warning") + ", " +
-           counted(count(Severity::Hint), "hint") + '\n';
+           countText(count(Severity::Error), "error") + ", " + countText(count(Severity::Warning), "warning") + ", " +
+           countText(count(Severity::Hint), "hint") + '\n';
 }
 
 std::string findingsJson(const Findings& findings) {

@@ -1,6 +1,7 @@
 #include "companion/check/known_keys.h"
 
 #include "simulation/scenarios/nearest_word.h"
+#include "text/wording.h"
 
 #include <algorithm>
 #include <cmath>
@@ -65,10 +66,6 @@ void checkInteger(const JsonDocument& document, const JsonNode& value, Findings&
 }
 
 } // namespace
-
-std::string inQuotes(std::string_view text) {
-    return '"' + std::string(text) + '"';
-}
 
 std::string suggestion(std::string_view word, std::span<const std::string_view> known) {
     if (const std::optional<std::string_view> nearest = nearestWord(word, known)) {

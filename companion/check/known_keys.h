@@ -25,7 +25,5 @@ void checkRepeatedKeys(const JsonDocument& document, const JsonNode& object, Fin
 /// Adds a finding when the value isn't what the bridge reads.
 void checkKind(const JsonDocument& document, const JsonNode& value, ValueKind kind, Findings& findings);
 
-std::string inQuotes(std::string_view text);
-
 /// "Did you mean "x"?", or all known words when none is near.
 std::string suggestion(std::string_view word, std::span<const std::string_view> known);

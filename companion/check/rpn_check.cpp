@@ -3,6 +3,7 @@
 #include "companion/catalogue/event_catalogue.h"
 #include "simulation/scenarios/nearest_word.h"
 #include "text/ascii.h"
+#include "text/module_commands.h"
 
 #include <algorithm>
 #include <array>
@@ -11,8 +12,7 @@
 
 namespace {
 
-/// Longer commands don't reach the module whole.
-constexpr std::size_t longestCommand = 238;
+constexpr std::size_t longestCommand = ModuleCommands::longest - ModuleCommands::runCommand.size();
 
 bool isWordEnd(char byte) {
     return isSpace(byte) || byte == '(' || byte == ')' || byte == '{' || byte == '}' || byte == '\'';

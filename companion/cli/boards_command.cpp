@@ -22,7 +22,9 @@ bool hasUsbIds(const HidConfig& hid, std::string& error) {
 
 BoardsCommand::BoardsCommand(CLI::App& program, const Platform& platform)
     : platform(platform), command(program.add_subcommand("boards", "List the boards")) {
-    command->add_option("--config", configPath, "The config.json with the boards' ids (default: as the bridge)")
+    command
+        ->add_option("--config", configPath,
+                     "The config.json with the boards' ids (default: the one that the bridge finds)")
         ->type_name("PATH");
     command->add_flag("--all", all, "List every HID device, to find a board's vendor and product id");
     command->add_flag("--json", json, "Print the list as JSON");

@@ -12,12 +12,12 @@
 #include <ostream>
 
 CheckCommand::CheckCommand(CLI::App& program, const Host& host)
-    : host(host), command(program.add_subcommand("check", "Judge the configuration files")) {
-    command->add_option("--config", configPath, "The config.json to judge (default: the one that the bridge finds)")
+    : host(host), command(program.add_subcommand("check", "Check the configuration files")) {
+    command->add_option("--config", configPath, "The config.json to check (default: the one that the bridge finds)")
         ->type_name("PATH");
     command->add_flag("--json", json, "Print the findings as JSON");
-    command->footer("Judges config.json and the two files that it names, and changes nothing.\n"
-                    "Exit code: 0 nothing found, 1 errors or warnings, 2 wrong usage, 3 no file to judge.\n"
+    command->footer("Checks config.json and the two files that it names, and changes nothing.\n"
+                    "Exit code: 0 nothing found, 1 errors or warnings, 2 wrong usage, 3 no file to check.\n"
                     "Examples:\n"
                     "  vantrel check\n"
                     "  vantrel check --config panels/config.json --json");

@@ -41,7 +41,7 @@ void DemoCommand::addPlayedFiles() {
     CLI::Option* const script = command->add_option("--script", scripts, "Play scenarios instead of showing a page");
     script->type_name("FILE")->excludes("--config");
     CLI::Option* const log =
-        command->add_option("--replay", replay.log, "Send what the boards of a trace log (--hid-trace) sent again");
+        command->add_option("--replay", replay.log, "Send again what the boards of a trace log (--hid-trace) sent");
     log->type_name("LOG")->excludes(script);
     for (CLI::Option* const played : {script, log}) {
         played->excludes("--port", "--real-boards", "--real-simulator");

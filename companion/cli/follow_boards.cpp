@@ -34,7 +34,7 @@ int followBoards(const Platform& platform, const std::shared_ptr<const BridgeCon
         return ExitCode::couldNotLook;
     }
     onStarted();
-    err << "Ctrl+C ends.\n" << std::flush;
+    err << "Ctrl+C ends it.\n" << std::flush;
     bool hadBoards = true;
     while (!Interrupt::requested() && !failed) {
         const bool hasBoards = !live.boards().empty();

@@ -23,7 +23,7 @@ public:
     bool accepts(const std::string& rpn, std::ostream& err) const;
 
     /// Starts the link and waits until the module knows us. Says in `err` what it waits for, and what is wrong if it
-    /// ends in vain, by Ctrl+C too.
+    /// waits in vain or is ended by Ctrl+C.
     bool connect(ModuleLink& link, std::ostream& err) const;
 
     /// Reads a value, as `ModuleLink::read` does, but tries again within the limit. Ctrl+C ends it.

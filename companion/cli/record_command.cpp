@@ -6,6 +6,7 @@
 #include "companion/cli/record_file.h"
 #include "companion/recording/record_text.h"
 #include "platform/file_system.h"
+#include "text/wording.h"
 
 #include <CLI/CLI.hpp>
 
@@ -64,7 +65,7 @@ int RecordCommand::run(std::ostream& out, std::ostream& err) const {
     if (record.failed()) {
         err << "vantrel: " << record.problem() << '\n';
     } else if (code == ExitCode::good) {
-        out << file << ": " << reports << " reports\n";
+        out << file << ": " << countText(reports, "report") << '\n';
     }
     return code;
 }

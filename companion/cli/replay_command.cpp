@@ -6,6 +6,7 @@
 #include "companion/live/live_text.h"
 #include "companion/trial/replay_shortfall.h"
 #include "platform/file_system.h"
+#include "text/wording.h"
 
 #include <CLI/CLI.hpp>
 
@@ -19,8 +20,8 @@ constexpr std::chrono::milliseconds longestStep{50};
 std::string summary(const ReplayInput& input) {
     const auto sent = std::ranges::count_if(
         input.reports, [](const LiveReport& report) { return report.event && sendsAnything(report.event->answer); });
-    return std::to_string(input.reports.size()) + " reports, of which " + std::to_string(sent) +
-           " make the bridge send something\n";
+    return countText(input.reports.size(), "report") + "; the bridge sends something for " + std::to_string(sent) +
+           '\n';
 }
 
 } // namespace

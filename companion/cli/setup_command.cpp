@@ -9,9 +9,11 @@
 #include <ostream>
 
 SetupCommand::SetupCommand(CLI::App& program, const Platform& platform)
-    : platform(platform), command(program.add_subcommand("setup", "Set boards and commands up in the browser")) {
+    : platform(platform), command(program.add_subcommand("setup", "Set up boards and commands in the browser")) {
     constexpr int mostVirtualBoards = 8;
-    command->add_option("--config", page.setup.configPath, "The config.json to edit or make (default: as the bridge)")
+    command
+        ->add_option("--config", page.setup.configPath,
+                     "The config.json to edit or make (default: the one that the bridge finds)")
         ->type_name("PATH");
     command->add_option("--port", page.port, "The page's port (default: 8080 or the next free one)")
         ->type_name("N")

@@ -7,7 +7,7 @@
 
 #include <iosfwd>
 
-/// `vantrel setup`: sets boards and commands up on a page.
+/// `vantrel setup`: sets up boards and commands on a page.
 class SetupCommand {
 public:
     /// Adds the subcommand with its options to the program.

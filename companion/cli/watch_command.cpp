@@ -15,7 +15,7 @@ WatchCommand::WatchCommand(CLI::App& program, const Platform& platform)
     addConfigOption(*command, configPath);
     command->add_flag("--raw", raw, "Show each report's bytes too");
     command->footer("Only watches: sends nothing to the boards or to the simulator. The bridge may run meanwhile.\n"
-                    "Boards may come and go. Ctrl+C ends.\n"
+                    "Boards may come and go. Ctrl+C ends it.\n"
                     "Exit code: 0 ended by Ctrl+C, 2 wrong usage, 3 no usable configuration, or output that can't be\n"
                     "written.\n"
                     "Examples:\n"

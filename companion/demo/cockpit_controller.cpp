@@ -1,6 +1,7 @@
 #include "companion/demo/cockpit_controller.h"
 
 #include "companion/demo/panel_json.h"
+#include "companion/page/page_values.h"
 #include "simulation/rig/rig_controls.h"
 #include "simulation/scenarios/json_text.h"
 
@@ -18,10 +19,8 @@ constexpr std::chrono::milliseconds watchPeriod = 15ms;
 /// The record that refreshResponseArea leaves.
 constexpr std::string_view otherClientsPing = " MF.Ping";
 
-/// Milliseconds since 1970, as pages count time.
-JsonValue pageTime() {
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return jsonNumber(static_cast<double>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count()));
+JsonValue jsonTime() {
+    return jsonNumber(static_cast<double>(pageTime()));
 }
 
 JsonValue emptyJsonArray() {
@@ -110,7 +109,7 @@ void CockpitController::publishSent(const std::string& board, std::uint16_t cont
     sent.object["report"] = jsonString(std::string(report));
     sent.object["detents"] = jsonNumber(detents);
     sent.object["speed"] = jsonNumber(speed);
-    sent.object["at"] = pageTime();
+    sent.object["at"] = jsonTime();
     events.publish("sent", jsonText(sent));
 }
 
@@ -134,7 +133,7 @@ void CockpitController::notify() {
 
 void CockpitController::publishItem(const Observation& item) {
     JsonValue message = jsonObject();
-    message.object["at"] = pageTime();
+    message.object["at"] = jsonTime();
     message.object["text"] = jsonString(item.text);
     if (item.stream == "sim" && item.text.ends_with(otherClientsPing)) {
         return;

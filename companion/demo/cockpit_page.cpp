@@ -2,28 +2,17 @@
 
 #include "companion/demo/cockpit_configuration.h"
 #include "companion/demo/web_files.h"
+#include "companion/page/page_action.h"
 #include "companion/page/page_session.h"
-#include "config/json.h"
-
-namespace {
-
-PageReply carryOut(CockpitController& controller, const PageRequest& request) {
-    constexpr int badRequest = 400;
-    const JsonParseResult parsed = JsonParser::parse(request.body);
-    std::string error = parsed.error;
-    if (!parsed.ok || !controller.act(parsed.value, request.tab, error)) {
-        return refusal(badRequest, error);
-    }
-    return jsonReply("{}");
-}
-
-} // namespace
 
 Page cockpitPage(CockpitController& controller) {
     Page page{"The virtual cockpit", demoWebFiles(), controller.feed()};
+    const auto act = [&controller](const JsonValue& action, const std::string& tab, std::string& error) {
+        return controller.act(action, tab, error);
+    };
     page.routes = {
         {"GET /api/panel", [&controller](const PageRequest&) { return jsonReply(controller.panel()); }},
-        {"POST /api/action", [&controller](const PageRequest& request) { return carryOut(controller, request); }},
+        {"POST /api/action", actionHandler(act)},
     };
     page.onTabOpened = [&controller](const std::string& tab) { controller.openTab(tab); };
     page.onTabClosed = [&controller](const std::string& tab) { controller.closeTab(tab); };

@@ -1,5 +1,6 @@
 #include "companion/demo/panel_json.h"
 
+#include "companion/page/page_values.h"
 #include "config/names.h"
 #include "simulation/rig/stream_texts.h"
 #include "simulation/scenarios/json_text.h"
@@ -38,11 +39,9 @@ JsonValue commandsOf(const ButtonConfig& buttons, const std::string& name, const
 
 JsonValue lightRecord(const LedCommand& led) {
     JsonValue light = jsonObject();
-    light.object["effect"] = jsonNumber(led.effect);
-    light.object["brightness"] = jsonNumber(led.brightness);
-    light.object["count"] = jsonNumber(led.count);
-    light.object["periodMs"] = jsonNumber(led.periodMs);
-    light.object["level"] = jsonNumber(led.level);
+    for (const auto& [name, value] : lightMembers(led)) {
+        light.object[name] = jsonNumber(value);
+    }
     light.object["text"] = jsonString(ledText(led));
     return light;
 }

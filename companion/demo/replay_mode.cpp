@@ -1,13 +1,14 @@
 #include "companion/demo/replay_mode.h"
 
 #include "companion/demo/cockpit_configuration.h"
-#include "companion/demo/report_text.h"
 #include "companion/recording/hid_log.h"
+#include "companion/recording/report_words.h"
 #include "hid/hid_log_lines.h"
 #include "hid/hid_protocol.h"
 #include "platform/file_system.h"
 #include "simulation/rig/rig_observer.h"
 #include "simulation/scenarios/side_by_side.h"
+#include "text/wording.h"
 
 #include <algorithm>
 #include <chrono>
@@ -43,6 +44,11 @@ std::vector<RigBoard> loggedBoards(const CockpitConfiguration& configuration, co
         boards.push_back({device, configuredBoard(configuration, device)});
     }
     return boards;
+}
+
+std::string controlName(const HidEventMap& eventMap, std::uint16_t number) {
+    const auto found = eventMap.controlIds.find(number);
+    return found == eventMap.controlIds.end() ? std::to_string(number) : found->second;
 }
 
 /// Plays one log on a cockpit of its own.
@@ -115,7 +121,8 @@ private:
             screen << "line " << report.line << ": the bridge doesn't read the board " << report.device << '\n';
             return false;
         }
-        columns.left(Clock::now(), report.device + ' ' + inputReportText(report.bytes, configuration.eventMap));
+        const auto control = [this](std::uint16_t number) { return controlName(configuration.eventMap, number); };
+        columns.left(Clock::now(), report.device + ' ' + reportWords(report.bytes, control));
         const std::size_t handledBefore = handled;
         const std::size_t commandsBefore = commands;
         queued = false;
@@ -198,15 +205,15 @@ PlayOutcome runReplay(const ReplayOptions& options, std::ostream& screen, std::s
     const HidLog log = parseHidLog(text);
     printProblems(options.log, log, screen);
     if (log.reports.empty()) {
-        error = options.log + ": it has no report of a board; the log of a run with --hid-trace has some";
+        error = options.log + ": it contains no board reports; a log written with --hid-trace does";
         return PlayOutcome::NotPlayed;
     }
-    screen << options.log << ": " << log.reports.size() << " reports of " << log.devices.size()
-           << " boards, played with " << configuration.title << "\n\n";
+    screen << options.log << ": " << countText(log.reports.size(), "report") << " of "
+           << countText(log.devices.size(), "board") << ", played with " << configuration.title << "\n\n";
     Replay replay(configuration, log, options.fast, screen);
     const bool played = replay.play();
     screen << '\n'
-           << options.log << ": " << (played ? "played" : "FAILED") << ", " << log.problems.size()
-           << " lines skipped; the simulator received " << replay.commandCount() << " commands and events\n";
+           << options.log << ": " << (played ? "played" : "FAILED") << ", " << countText(log.problems.size(), "line")
+           << " skipped; the simulator received " << countText(replay.commandCount(), "command") << '\n';
     return played && log.problems.empty() ? PlayOutcome::AsExpected : PlayOutcome::Failed;
 }

@@ -13,6 +13,6 @@ struct ReplayOptions {
     bool fast = false;
 };
 
-/// Sends the reports of a trace log's boards again and prints the result. Failed if not every report was played;
+/// Sends the board reports of a trace log again and prints the result. Failed if not every report was played;
 /// NotPlayed, with the reason in `error`, if a file can't be used or the log has no report.
 PlayOutcome runReplay(const ReplayOptions& options, std::ostream& screen, std::string& error);

@@ -1,15 +1,10 @@
 #include "companion/devices/board_list.h"
 
+#include "hid/feature_reports.h"
 #include "hid/hid_handle_owner.h"
 #include "hid/usb_ids.h"
 
 namespace {
-
-bool readFeature(const HidTransport& transport, HidHandle handle, std::uint8_t reportId, HidProtocol::Report& report) {
-    report = {};
-    report[0] = reportId;
-    return transport.getFeature(handle, report);
-}
 
 bool hasConfiguredIds(const ListedBoard& board, const AppConfig* config) {
     return config != nullptr &&
@@ -17,16 +12,12 @@ bool hasConfiguredIds(const ListedBoard& board, const AppConfig* config) {
 }
 
 void readIdentity(const HidTransport& transport, HidHandle handle, ListedBoard& board) {
-    HidProtocol::Report report{};
     HidProtocol::DeviceInfo info;
     HidProtocol::ProtocolInfo protocol;
-    std::string ignored;
-    if (readFeature(transport, handle, HidProtocol::deviceInfoReportId, report) &&
-        HidProtocol::decodeDeviceInfo(report, info, ignored)) {
+    if (readDeviceInfo(transport, handle, info)) {
         board.boardId = HidProtocol::boardIdText(info);
     }
-    if (readFeature(transport, handle, HidProtocol::protocolInfoReportId, report) &&
-        HidProtocol::decodeProtocolInfo(report, protocol, ignored)) {
+    if (readProtocolInfo(transport, handle, protocol)) {
         board.protocol = protocol;
     }
 }

@@ -26,7 +26,7 @@ std::string boardsText(const std::vector<ListedBoard>& boards) {
     std::size_t matching = 0;
     for (const ListedBoard& board : boards) {
         if (!board.opens) {
-            text += "????:????  can't be opened: no permission, or another program has it for itself\n";
+            text += "????:????  can't be opened: no permission, or another program has it to itself\n";
         } else {
             text += usbIdsText({board.vendorId, board.productId}) + "  " +
                     (board.matches ? matchText(board, matching++) : "not of this configuration\n");

@@ -40,7 +40,7 @@ void judgeClosed(const BoardFacts& facts, CheckTopic& topic) {
         judgeClosedOnLinux(facts, topic);
     } else {
         topic.fault("board-closed", usbIdsText(*facts.ids) + " is plugged in, but can't be opened",
-                    "Close programs that may use it alone, such as its firmware tool.");
+                    "Close programs that may have it to themselves, such as its firmware tool.");
     }
 }
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-/// The boards of this machine, and what decides about the right to open them.
+/// The boards of this machine, and what decides whether they may be opened.
 struct BoardFacts {
     /// Those of the configuration; none if it doesn't say.
     std::optional<UsbIds> ids;
@@ -20,9 +20,9 @@ struct BoardFacts {
     std::vector<std::string> closedBoards;
     /// Devices of which not even the ids are known.
     std::size_t unknownDevices = 0;
-    /// The machine has such rules at all.
+    /// Whether the machine has udev rules at all.
     bool hasUdev = false;
-    /// Those for HID devices with the boards' vendor id.
+    /// The rules for HID devices with the boards' vendor id.
     std::vector<UdevRuleFile> rules;
 };
 

@@ -1,6 +1,7 @@
 #include "companion/doctor/check_result_text.h"
 
 #include "companion/json/json_text.h"
+#include "text/wording.h"
 
 #include <algorithm>
 
@@ -38,13 +39,15 @@ std::string withoutControls(std::string text) {
 }
 
 std::string summary(const CheckResults& results) {
-    const auto faults = std::ranges::count(results, Mark::Fault, &CheckResult::mark);
-    const auto warnings = std::ranges::count(results, Mark::Warning, &CheckResult::mark);
+    const auto count = [&](Mark mark) {
+        return static_cast<std::size_t>(std::ranges::count(results, mark, &CheckResult::mark));
+    };
+    const std::size_t faults = count(Mark::Fault);
+    const std::size_t warnings = count(Mark::Warning);
     if (faults + warnings == 0) {
         return "Everything looks good.\n";
     }
-    return std::to_string(faults) + (faults == 1 ? " fault, " : " faults, ") + std::to_string(warnings) +
-           (warnings == 1 ? " warning.\n" : " warnings.\n");
+    return countText(faults, "fault") + ", " + countText(warnings, "warning") + ".\n";
 }
 
 std::string inJson(const std::string& text) {

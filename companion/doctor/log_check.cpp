@@ -23,7 +23,7 @@ bool isTrouble(const LogLine& line) {
            line.message.find("; using the built-in SimConnect client") == std::string::npos;
 }
 
-/// A simulator that loads refuses sessions at first.
+/// A simulator that is still loading refuses sessions.
 bool isOverOnceConnected(const LogLine& line) {
     return line.message.starts_with("Waiting for SimConnect connection");
 }

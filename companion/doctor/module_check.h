@@ -13,7 +13,7 @@ struct ModuleFacts {
     std::string userCfgPath;
     bool hasUserCfg = false;
     bool isUserCfgUtf16 = false;
-    /// The folder that UserCfg.opt names, as it is there.
+    /// The folder that UserCfg.opt names, as it is written there.
     std::string namedPackages;
     std::string community;
     /// The folder that should have it.

@@ -5,6 +5,7 @@
 #include "companion/doctor/bridge_program.h"
 #include "platform/file_system.h"
 #include "text/ascii.h"
+#include "text/wording.h"
 
 #include <algorithm>
 #include <array>
@@ -33,14 +34,14 @@ void judgeMissingConfiguration(const Machine& machine, const std::string& path, 
         "Run \"vantrel setup\", which makes one, or copy the sample set's folder \"config\" beside the bridge.");
 }
 
-std::string countText(const Findings& findings, Severity severity) {
+std::string findingCount(const Findings& findings, Severity severity) {
     const auto count = std::ranges::count(findings, severity, &Finding::severity);
-    return std::to_string(count) + ' ' + severityName(severity) + (count == 1 ? "" : "s");
+    return countText(static_cast<std::size_t>(count), severityName(severity));
 }
 
 void judgeConfiguration(const ConfigurationVerdict& verdict, const std::string& path, CheckTopic& topic) {
     const std::string counts =
-        countText(verdict.findings, Severity::Error) + " and " + countText(verdict.findings, Severity::Warning);
+        findingCount(verdict.findings, Severity::Error) + " and " + findingCount(verdict.findings, Severity::Warning);
     const std::string remedy = "\"vantrel check\" shows each with its line.";
     if (!verdict.bridgeStarts) {
         topic.fault("config-refused", path + ": the bridge doesn't start with it: " + verdict.refusal, remedy);

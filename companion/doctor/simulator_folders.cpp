@@ -41,7 +41,7 @@ std::optional<std::string> driveFolder(char letter, const std::string& folder) {
     return toLower(letter) == 'c' ? prefix + "/drive_c" : prefix + "/dosdevices/" + toLower(letter) + ":";
 }
 
-/// The entry of a folder that has this name in some case.
+/// The entry of a folder that has this name in whatever letter case.
 std::string entryInAnyCase(const std::string& folder, const std::string& name) {
     std::string asGiven = FileSystem::join(folder, name);
     if (FileSystem::existsOrFalse(asGiven)) {

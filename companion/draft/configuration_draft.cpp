@@ -101,7 +101,7 @@ bool ConfigurationDraft::isNameFree(std::int32_t number, std::string_view name, 
     }
     for (const auto& [other, otherName] : controlNames(now[ConfigurationPart::EventMap])) {
         if (other != number && normalizeName(otherName) == wanted) {
-            error = "Control " + std::to_string(other) + " has this name already";
+            error = "Control " + std::to_string(other) + " already has this name";
             return false;
         }
     }

@@ -9,7 +9,7 @@ namespace {
 
 /// How soon a board that comes or goes is noticed, besides the pause between scans.
 constexpr std::chrono::milliseconds lookPause{200};
-/// A person waits for the board that he plugs in. A bridge may be set to scan less often.
+/// Somebody is waiting for a board just plugged in, even if the bridge is set to scan less often.
 constexpr std::int32_t longestScanPauseMs = 1000;
 
 template <typename Boards>

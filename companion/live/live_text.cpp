@@ -2,6 +2,7 @@
 
 #include "hid/hex_text.h"
 #include "mapping/event_decision.h"
+#include "text/wording.h"
 
 #include <array>
 #include <cstdio>
@@ -10,10 +11,6 @@
 using HidProtocol::HidEventAction;
 
 namespace {
-
-std::string quoted(const std::string& text) {
-    return '"' + text + '"';
-}
 
 /// "PFD, MFD and COPILOT".
 std::string listText(const std::vector<std::string>& words) {
@@ -36,7 +33,7 @@ std::string commandText(const DecodedEvent& decoded) {
 }
 
 std::string roleReason(const DecodedEvent& decoded) {
-    return quoted(decoded.controlName) + " has a " + std::string(actionKey(decoded.action)) + " command for " +
+    return inQuotes(decoded.controlName) + " has a " + std::string(actionKey(decoded.action)) + " command for " +
            listText(decoded.otherRoles) +
            (decoded.role.empty() ? ", but the board has no role" : ", but not for " + decoded.role);
 }
@@ -57,13 +54,13 @@ std::string reasonText(const DecodedEvent& decoded) {
     case BridgeAnswer::NumberWithoutName:
         return "the event map has no name for control " + std::to_string(decoded.event.controlId);
     case BridgeAnswer::NotListed:
-        return "the command file doesn't list " + quoted(decoded.controlName);
+        return "the command file doesn't list " + inQuotes(decoded.controlName);
     case BridgeAnswer::MobiFlightDisabled:
         return "\"mobiflight.enabled\" is 0 in config.json";
     case BridgeAnswer::RoleWithoutCommand:
         return roleReason(decoded);
     default:
-        return quoted(decoded.controlName) + " has no " + std::string(actionKey(decoded.action)) + " command";
+        return inQuotes(decoded.controlName) + " has no " + std::string(actionKey(decoded.action)) + " command";
     }
 }
 

@@ -90,7 +90,7 @@ PageReply PageRequestHandler::route(const PageRequest& request) const {
         return nothingHere();
     }
     if (request.method == "POST" && !saysJson(request.contentType)) {
-        return refusal(unsupportedType, "an action is application/json");
+        return refusal(unsupportedType, "an action must be application/json");
     }
     return found->second(request);
 }

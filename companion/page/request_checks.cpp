@@ -41,7 +41,7 @@ std::string_view refusalOf(const RequestMarks& marks, std::uint16_t port) {
         return "this page answers at 127.0.0.1 and localhost only";
     }
     if (!marks.origin.empty() && !isOurOrigin(marks.origin, port)) {
-        return "a page of another origin can't do this";
+        return "a page from another origin can't do this";
     }
     return "";
 }

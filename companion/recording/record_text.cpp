@@ -1,13 +1,12 @@
 #include "companion/recording/record_text.h"
 
+#include "companion/recording/report_words.h"
 #include "hid/hex_text.h"
 #include "hid/usb_ids.h"
 #include "simulation/scenarios/scenario_line.h"
 #include "text/ascii.h"
 
 #include <algorithm>
-
-using HidProtocol::HidEvent;
 
 namespace {
 
@@ -23,7 +22,7 @@ bool isBlankOrControl(char byte) {
     return byte == ' ' || byte == '\x7F' || (byte >= 0 && byte < ' ');
 }
 
-/// Whether a scenario's step can name a control so.
+/// Whether a scenario's step can call a control by this name.
 bool isWord(const std::string& name) {
     return !name.empty() && std::ranges::none_of(name, isBlankOrControl) && !wholeNumber(name, 0, highestControl);
 }
@@ -51,14 +50,6 @@ std::string identityText(const std::string& name) {
         return " id=" + name;
     }
     return std::ranges::any_of(name, isBlankOrControl) ? " id=none" : " id=none serial=" + name;
-}
-
-std::string option(const char* name, int value, int usual = 0) {
-    return value == usual ? "" : std::string(" ") + name + '=' + std::to_string(value);
-}
-
-std::string options(const HidEvent& event) {
-    return option("speed", event.speed) + option("mode", event.mode);
 }
 
 } // namespace
@@ -110,11 +101,8 @@ std::string RecordText::left(const LiveBoard& board, std::int64_t now) {
 
 std::string RecordText::reported(const LiveReport& report) {
     const std::string wait = waitUntil(report.time);
-    HidEvent event;
-    std::string ignored;
-    const bool isEvent = HidProtocol::decodeInputReport(report.bytes.data(), report.bytes.size(), event, ignored);
-    return wait + "> " + words[report.board] + ' ' + (isEvent ? eventText(event) : "raw " + hexText(report.bytes)) +
-           '\n';
+    const auto control = [this](std::uint16_t number) { return controlWord(number); };
+    return wait + "> " + words[report.board] + ' ' + reportWords(report.bytes, control) + '\n';
 }
 
 std::string RecordText::controlWord(std::uint16_t number) const {
@@ -123,20 +111,4 @@ std::string RecordText::controlWord(std::uint16_t number) const {
     const bool isUsable =
         found != controls.end() && isWord(found->second) && std::ranges::count_if(controls, sameName) == 1;
     return isUsable ? found->second : std::to_string(number);
-}
-
-// The header byte and the trailer are left out: the bridge doesn't read them.
-std::string RecordText::eventText(const HidEvent& event) const {
-    const std::string control = ' ' + controlWord(event.controlId);
-    if (event.type == HidProtocol::eventTypeEncoder) {
-        return "turn" + control + (event.value > 0 ? " +" : " ") + std::to_string(event.value) + options(event);
-    }
-    if (event.type == HidProtocol::eventTypeButton && (event.value == 0 || event.value == 1)) {
-        return (event.value == 1 ? "press" : "release") + control + options(event);
-    }
-    if (event.type == HidProtocol::eventTypeButton && HidProtocol::isHoldValue(event.value)) {
-        constexpr int usualHold = 2;
-        return "hold" + control + option("value", event.value, usualHold) + options(event);
-    }
-    return "event " + std::to_string(event.type) + control + option("value", event.value) + options(event);
 }

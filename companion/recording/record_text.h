@@ -36,5 +36,4 @@ private:
     std::string waitUntil(std::int64_t time);
     std::string declare(const std::string& name);
     std::string controlWord(std::uint16_t number) const;
-    std::string eventText(const HidProtocol::HidEvent& event) const;
 };

@@ -13,7 +13,7 @@ namespace {
 
 /// A pause that is longer comes from a log of several days, or from a typing mistake.
 constexpr std::chrono::milliseconds longestPause = std::chrono::hours(24);
-/// So far times are counted, which is decades.
+/// Times are counted up to here, which is decades.
 constexpr std::int64_t latestTime = 1'000'000'000'000'000'000;
 
 void addPause(std::int64_t& time, std::chrono::milliseconds pause) {
@@ -83,7 +83,7 @@ bool readReplay(const std::string& path, std::string_view text, ReplayInput& inp
         return false;
     }
     if (input.reports.empty()) {
-        error = path + ": it has no report of a board; a record has some, and the log of a run with --hid-trace";
+        error = path + ": it contains no board reports; a record does, and so does a log written with --hid-trace";
     }
     return !input.reports.empty();
 }

@@ -78,7 +78,7 @@ std::optional<std::size_t> behindAny(std::string_view text, std::size_t at, cons
     return std::nullopt;
 }
 
-/// Where a folder's name that begins at `at` ends. Too much is rather taken than too little: blanks belong to it unless
+/// Where a folder's name that begins at `at` ends. Better too much than too little: blanks belong to it unless
 /// a mark behind them ends the path, and quotes and commas if the path may go on behind them.
 std::size_t folderNameEnd(std::string_view text, std::size_t at) {
     const std::string_view line = text.substr(0, text.find_first_of("\r\n", at));
@@ -91,7 +91,7 @@ std::size_t folderNameEnd(std::string_view text, std::size_t at) {
     return mayHaveBlanks ? hardEnd : std::min(line.find_first_of(" \t)", at), hardEnd);
 }
 
-/// Where the name of a user's folder ends that begins at `at`, behind "Users" or "/home". None if it doesn't, or if
+/// Where the name of a user's folder ends if one begins at `at`, behind "Users" or "/home". None if it doesn't, or if
 /// these begin before `from`.
 std::optional<std::size_t> behindUserFolder(std::string_view text, std::size_t from, std::size_t at) {
     for (const std::string_view parent : {"/users/", "/home/"}) {

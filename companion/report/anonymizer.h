@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-/// What a report doesn't say of its user. Empty members are unknown.
+/// What a report must not reveal of its user. Empty members are unknown.
 struct PrivateNames {
     std::string homeFolder;
     std::string userName;

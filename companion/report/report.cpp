@@ -52,7 +52,7 @@ private:
 
     /// Without the brackets of the replacements, which no file's name may have on Windows.
     std::string entryName(const std::string& path) const {
-        // As a path's part, which a user's name is only there.
+        // With a slash in front: only as a part of a path is a user's name replaced.
         std::string name = anonymizer.anonymized('/' + FileSystem::fileName(path)).substr(1);
         std::erase_if(name, [](char byte) { return byte == '<' || byte == '>'; });
         return name;

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/// What a report holds, for a fault to be found without asking its user.
+/// What a report holds, so that a fault can be found without asking the user.
 struct Report {
     std::vector<ZipEntry> files;
     /// The identities and serial numbers of boards, which are kept: faults often depend on the board.

@@ -33,7 +33,7 @@ void BridgeControl::end() {
 bool BridgeControl::endOther(std::int64_t process, std::string& error) {
     // Its number may be another process's by now.
     const std::optional<RunningBridge> bridge = running();
-    error = bridge && bridge->process == process ? processes.end(process) : "this bridge has ended already";
+    error = bridge && bridge->process == process ? processes.end(process) : "this bridge has already ended";
     error = error.empty() ? "" : "The bridge wasn't ended: " + error;
     return error.empty();
 }

@@ -40,11 +40,11 @@ bool CheckUp::repair(const std::string& code, const std::string& title, const Re
         return result.code == code && result.title == title && !result.repair.path.empty();
     });
     if (offer == results.end()) {
-        error = "There is no such fault any more. Look again";
+        error = "This fault is no longer there. Look again";
         return false;
     }
     if (repairInJson(offer->repair) != agreed) {
-        error = "The repair is a different one by now. Look again";
+        error = "The repair is a different one now. Look again";
         return false;
     }
     return carryOutRepair(offer->repair, error);

@@ -5,6 +5,7 @@
 #include "companion/devices/board_list.h"
 #include "companion/json/json_text.h"
 #include "companion/live/live_text.h"
+#include "companion/page/page_values.h"
 #include "mapping/event_decision.h"
 #include "platform/file_system.h"
 
@@ -22,11 +23,6 @@ constexpr std::int32_t virtualScanMs = 100;
 /// Lines of an earlier run that are still shown.
 constexpr std::size_t oldLines = 50;
 
-std::int64_t millisecondsNow() {
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
-}
-
 std::string serviceLogPath(const Host& host) {
     const std::string folder = logDirectory(false, commonAppDataDirectory(host), exeDirectory(host));
     return FileSystem::join(folder, std::string(programName) + ".log");
@@ -37,7 +33,7 @@ bool isTurn(HidProtocol::HidEventAction action) {
 }
 
 EventJson eventOf(const LiveReport& report, const DecodedEvent& decoded) {
-    return {{"at", millisecondsNow()},
+    return {{"at", pageTime()},
             {"board", report.board},
             {"control", decoded.event.controlId},
             {"name", decoded.controlName},
@@ -188,7 +184,7 @@ void SetupController::onReport(const LiveReport& report, bool isVirtual) {
 
 void SetupController::onReceived(const SimulatorRecord& record) {
     if (record.kind == SimulatorRecordKind::Executed) {
-        events.publish("received", jsonLine({{"at", millisecondsNow()}, {"text", record.text}}));
+        events.publish("received", jsonLine({{"at", pageTime()}, {"text", record.text}}));
     }
 }
 
@@ -233,7 +229,7 @@ void SetupController::followLog() {
 }
 
 void SetupController::publishLine(const std::string& level, const std::string& text) {
-    events.publish("log", jsonLine({{"at", millisecondsNow()}, {"level", level}, {"text", text}}));
+    events.publish("log", jsonLine({{"at", pageTime()}, {"level", level}, {"text", text}}));
 }
 
 void SetupController::publishState() {

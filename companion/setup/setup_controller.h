@@ -73,9 +73,9 @@ private:
     /// Of a bridge that somebody else has started.
     LogFollower bridgeLog;
     VirtualSimulator virtualSimulator;
-    /// To the simulator for trying commands.
+    /// Leads to the simulator that commands are tried with.
     std::unique_ptr<ModuleLink> link;
-    /// What the boards' events are decoded by.
+    /// Decides what the boards' events mean.
     std::shared_ptr<const BridgeConfiguration> followed;
 
     // Guards what follows. The boards' observers take it, so nothing slow happens under it, and no board is started or
@@ -124,7 +124,7 @@ private:
     // machine first. These need no mutex.
     bool operate(const JsonValue& json, const std::string& tab, std::string& error);
     bool repair(const JsonValue& json, std::string& error);
-    // The actions (setup_actions.cpp, setup_bridge_actions.cpp). These need `actionMutex` held.
+    // The actions (setup_controller_actions.cpp, setup_controller_bridge_actions.cpp). These need `actionMutex` held.
     using Action = bool (SetupController::*)(const JsonValue& json, std::string& error);
     static Action actionOf(const std::string& word);
     bool addBoard(const JsonValue& json, std::string& error);

@@ -1,27 +1,16 @@
 #include "companion/setup/setup_page.h"
 
+#include "companion/page/page_action.h"
 #include "companion/page/page_session.h"
 #include "companion/setup/web_files.h"
-#include "config/json.h"
 
 namespace {
-
-constexpr int badSetupRequest = 400;
-
-PageReply carryOutSetup(SetupController& controller, const PageRequest& request) {
-    const JsonParseResult parsed = JsonParser::parse(request.body);
-    std::string error = parsed.error;
-    if (!parsed.ok || !controller.act(parsed.value, request.tab, error)) {
-        return refusal(badSetupRequest, error);
-    }
-    return jsonReply("{}");
-}
 
 PageReply judgeCommand(const PageRequest& request) {
     const JsonParseResult parsed = JsonParser::parse(request.body);
     std::string command;
     if (!parsed.ok || !getString(parsed.value, "command", command)) {
-        return refusal(badSetupRequest, "the command is missing");
+        return refusal(badRequest, "the command is missing");
     }
     return jsonReply(remarksJson(command));
 }
@@ -30,13 +19,16 @@ PageReply judgeCommand(const PageRequest& request) {
 
 Page setupPage(SetupController& controller) {
     Page page{"The setup page", setupWebFiles(), controller.feed()};
+    const auto act = [&controller](const JsonValue& action, const std::string& tab, std::string& error) {
+        return controller.act(action, tab, error);
+    };
     page.routes = {
         {"GET /api/catalogue", [](const PageRequest&) { return jsonReply(catalogueJson()); }},
         {"GET /api/difference", [&controller](const PageRequest&) { return jsonReply(controller.difference()); }},
         {"GET /api/devices", [&controller](const PageRequest&) { return jsonReply(controller.devices()); }},
         {"GET /api/check-up", [&controller](const PageRequest&) { return jsonReply(controller.checkUp()); }},
         {"POST /api/remarks", judgeCommand},
-        {"POST /api/action", [&controller](const PageRequest& request) { return carryOutSetup(controller, request); }},
+        {"POST /api/action", actionHandler(act)},
     };
     page.onTabOpened = [&controller](const std::string& tab) { controller.openTab(tab); };
     page.onTabClosed = [&controller](const std::string& tab) { controller.closeTab(tab); };

@@ -4,6 +4,7 @@
 #include "companion/check/rpn_check.h"
 #include "companion/draft/line_diff.h"
 #include "companion/json/json_text.h"
+#include "companion/page/page_values.h"
 #include "config/names.h"
 #include "platform/file_system.h"
 
@@ -15,13 +16,12 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// As light.js takes it.
 Json lightOf(const LedCommand& light) {
-    return {{"effect", light.effect},
-            {"brightness", light.brightness},
-            {"count", light.count},
-            {"periodMs", light.periodMs},
-            {"level", light.level}};
+    Json json;
+    for (const auto& [name, value] : lightMembers(light)) {
+        json[name] = value;
+    }
+    return json;
 }
 
 Json effectOf(const LedEffect& effect) {

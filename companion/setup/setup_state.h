@@ -47,7 +47,7 @@ struct SetupSurroundings {
     std::optional<RunningBridge> bridge;
     /// This program has started it.
     bool bridgeIsOurs = false;
-    /// The simulator for trying commands.
+    /// The simulator that commands are tried with.
     LinkState simulator = LinkState::Starting;
     /// Why the files can't be saved any more; empty if they can.
     std::string changedOnDisk;
@@ -67,7 +67,7 @@ struct SetupState {
     std::string bridgeProgram;
     /// One that another program has started.
     std::string howBridgeEnds;
-    /// For trying commands.
+    /// The one that commands are tried with.
     bool simulatorIsVirtual = true;
 
     bool operator==(const SetupState&) const = default;

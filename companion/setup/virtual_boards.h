@@ -31,7 +31,7 @@ public:
     /// What a board's light shows; none for a board that has received nothing, or that isn't there.
     std::optional<LedCommand> lightOf(const std::string& name) const;
 
-    // Who may press controls. One who goes lets go of them.
+    // Who may press controls. Removing a holder releases what it holds down.
     void addHolder(const std::string& holder) { held.addHolder(holder); }
     void removeHolder(const std::string& holder) { held.removeHolder(holder); }
 

@@ -53,7 +53,7 @@ std::optional<LedEffect> effectNamed(std::string_view name, std::optional<std::i
 bool showLight(const HidTransport& transport, const ListedBoard& board, const LedCommand& command, std::string& error) {
     const HidHandleOwner handle(transport, transport.open(board.path, HidAccess::ReadWrite, HidMode::Synchronous));
     if (!handle.isOpen()) {
-        error = "the board can't be opened for writing: no permission, or another program has it for itself";
+        error = "the board can't be opened for writing: no permission, or another program has it to itself";
         return false;
     }
     const HidWriteResult result = transport.write(handle, HidProtocol::encodeLedCtl(command));

@@ -2,6 +2,7 @@
 
 #include "mobiflight/channels.h"
 #include "sim/hresult_text.h"
+#include "text/module_commands.h"
 
 #include <algorithm>
 #include <cstring>
@@ -13,10 +14,9 @@ constexpr const char* toolName = "VantrelTool";
 
 /// A person waits, so no pause of the clients may last longer.
 constexpr std::chrono::milliseconds longestSleep{1000};
-constexpr const char* clearVariables = "MF.SimVars.Clear";
 
 std::string addText(const std::string& expression) {
-    return "MF.SimVars.Add." + expression;
+    return std::string(ModuleCommands::addVariable) + expression;
 }
 
 /// Differs from one read to the next, also over several runs, and is exact as a 4-byte number.
@@ -156,7 +156,7 @@ std::optional<float> ModuleLink::read(const std::string& expression, std::chrono
     const std::optional<float> value = waitForValue(marker, limit);
     std::string ignored;
     // The module would go on evaluating it in each frame.
-    sendText(clearVariables, ignored);
+    sendText(std::string(ModuleCommands::clearVariables), ignored);
     if (!value) {
         error = "the module hasn't delivered the value";
     }
@@ -166,8 +166,9 @@ std::optional<float> ModuleLink::read(const std::string& expression, std::chrono
 // The simulator delivers only what changes, so a value that equals what the area holds would never come. The second
 // marker always changes, and comes when the value is there.
 bool ModuleLink::request(const std::string& expression, std::uint32_t marker, std::string& error) {
-    return sendText(clearVariables, error) && sendText(addText(std::to_string(marker)), error) &&
-           sendText(addText(expression), error) && sendText(addText(std::to_string(marker + 1)), error);
+    return sendText(std::string(ModuleCommands::clearVariables), error) &&
+           sendText(addText(std::to_string(marker)), error) && sendText(addText(expression), error) &&
+           sendText(addText(std::to_string(marker + 1)), error);
 }
 
 std::optional<float> ModuleLink::waitForValue(std::uint32_t marker, std::chrono::milliseconds limit) {

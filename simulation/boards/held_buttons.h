@@ -44,12 +44,12 @@ public:
     HeldButtons(const HeldButtons&) = delete;
     HeldButtons& operator=(const HeldButtons&) = delete;
 
-    /// Who may press buttons, by name. One who comes twice has to go twice.
+    /// Who may press buttons, by name. One who was added twice has to be removed twice.
     void addHolder(const std::string& holder);
     /// Releases what the holder has pressed.
     void removeHolder(const std::string& holder);
     /// Does nothing for a button that is already down. False with the reason in `error` if the holder isn't there:
-    /// nobody would release the button. One without a name always is, and sees to the release.
+    /// nobody would release the button. A holder without a name always is, and sees to the release itself.
     bool press(const Button& button, const std::string& holder, std::string& error);
     /// Does nothing for a button that isn't down.
     void release(const Button& button);

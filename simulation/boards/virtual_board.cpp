@@ -49,6 +49,10 @@ HidProtocol::HidEvent inputEvent(std::uint8_t type, std::uint16_t controlId, std
 
 } // namespace
 
+LedCommand ledCommandOf(std::span<const std::uint8_t> report) {
+    return {report[1], report[2], report[3], wordAt(report, 4), report[6]};
+}
+
 HidProtocol::Report inputReport(const HidProtocol::HidEvent& event) {
     HidProtocol::Report report{};
     report[0] = HidProtocol::inputEventReportId;
@@ -180,7 +184,7 @@ void VirtualBoard::applyOutput(std::span<const std::uint8_t> bytes) {
     }
     switch (bytes[0]) {
     case HidProtocol::ledCtlReportId:
-        ledState = LedCommand{bytes[1], bytes[2], bytes[3], wordAt(bytes, 4), bytes[6]};
+        ledState = ledCommandOf(bytes);
         break;
     case HidProtocol::simStatusReportId:
         simState = bytes[1] != 0;

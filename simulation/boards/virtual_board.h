@@ -39,6 +39,9 @@ struct VirtualBoardModel {
     bool operator==(const VirtualBoardModel&) const = default;
 };
 
+/// What a whole LED control report says.
+LedCommand ledCommandOf(std::span<const std::uint8_t> report);
+
 /// The report of an event, as a board sends it.
 HidProtocol::Report inputReport(const HidProtocol::HidEvent& event);
 

@@ -1,6 +1,6 @@
 #include "simulation/boards/virtual_hid_bus.h"
 
-#include "simulation/boards/virtual_hid_state.h"
+#include "simulation/boards/virtual_hid_bus_state.h"
 
 #include <algorithm>
 #include <utility>

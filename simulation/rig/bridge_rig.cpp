@@ -1,9 +1,10 @@
 #include "simulation/rig/bridge_rig.h"
 
+#include "app/app_paths.h"
+#include "app/program_names.h"
 #include "platform/file_system.h"
-#include "platform/network_simconnect.h"
 #include "simulation/rig/poll_until.h"
-#include "wire/simconnect_open.h"
+#include "simulation/rig/simulator_library.h"
 
 #include <fstream>
 #include <random>
@@ -43,8 +44,9 @@ bool BridgeRig::setUp(std::string& error) {
         return false;
     }
     writeFiles();
-    const std::filesystem::path logFolder = settings.consoleMode ? folder : folder / "VantrelBridge" / "logs";
-    log.emplace(FileSystem::toBytes(logFolder / "VantrelBridgeHID.log"));
+    // The folder is both the machine's data folder and the program's.
+    const std::string path = FileSystem::toBytes(folder);
+    log.emplace(FileSystem::join(logDirectory(settings.consoleMode, path, path), std::string(programName) + ".log"));
     makeBridgeRun();
     return true;
 }
@@ -87,7 +89,8 @@ void BridgeRig::makeBridgeRun() {
 }
 
 Platform BridgeRig::platform() const {
-    Platform records{hidBus.transport(), simConnectLibrary(), notifications->source(), host()};
+    Platform records{hidBus.transport(), simulatorLibrary(virtualSimulator, settings.pace.openLimits),
+                     notifications->source(), host()};
     const Platform system = systemPlatform();
     if (settings.sides.realBoards) {
         records.hid = system.hid;
@@ -105,23 +108,14 @@ Host BridgeRig::host() const {
     host.findProcess = [listed = processListed](const std::function<bool(std::string_view)>& visit) {
         return visit("explorer.exe") || (listed->load() && visit("FlightSimulator.exe"));
     };
-    host.executablePath = [path = FileSystem::toBytes(folder / "VantrelBridgeHID")] { return path; };
-    // The machine's own is no part of a story.
+    host.executablePath = [path = FileSystem::toBytes(folder / programName)] { return path; };
+    // This machine's own notice isn't part of a story.
     host.systemNotice = nullptr;
     host.commonDataFolder = [path = FileSystem::toBytes(folder)] { return path; };
     host.sleepFor = [pace = settings.pace, sleep = host.sleepFor](std::chrono::milliseconds wait) {
         sleep(pace.apply(wait));
     };
     return host;
-}
-
-SimConnectLibrary BridgeRig::simConnectLibrary() const {
-    SimConnectLibrary library = networkSimConnectLibrary();
-    library.open = [endpoint = virtualSimulator.endpoint(), limits = settings.pace.openLimits](
-                       SimConnectHandle* handle, const char* name, void*, std::uint32_t, void*, std::uint32_t) {
-        return simConnectOpenAt(handle, name, endpoint, limits);
-    };
-    return library;
 }
 
 void BridgeRig::startBridge() {

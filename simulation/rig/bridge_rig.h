@@ -99,7 +99,6 @@ private:
     void makeBridgeRun();
     Platform platform() const;
     Host host() const;
-    SimConnectLibrary simConnectLibrary() const;
     void notify();
     void waitUntilRead(const Slot& slot) const;
     void updateListening();

@@ -2,6 +2,7 @@
 
 #include "simulation/rig/poll_until.h"
 #include "simulation/rig/stream_texts.h"
+#include "text/ascii.h"
 
 #include <mutex>
 #include <optional>
@@ -45,9 +46,8 @@ RigObserver::RigObserver(BridgeRig& rig, Sink sink, bool dummiesToo)
 std::vector<Observation> RigObserver::take() {
     std::vector<Observation> observations = inbox->empty();
     for (const LogLine& line : rig.newLogLines()) {
-        std::string text = line.level + ' ' + line.message;
         // A scenario's line can't end with blanks.
-        text.erase(text.find_last_not_of(' ') + 1);
+        std::string text(rightTrimmed(line.level + ' ' + line.message, " "));
         observations.push_back({std::chrono::steady_clock::now(), "log", std::move(text)});
     }
     return observations;

@@ -12,16 +12,6 @@ std::string patternText(const char* name, const LedCommand& command) {
            " level=" + std::to_string(command.level);
 }
 
-LedCommand ledCommand(const std::vector<std::uint8_t>& bytes) {
-    LedCommand command;
-    command.effect = bytes[1];
-    command.brightness = bytes[2];
-    command.count = bytes[3];
-    command.periodMs = static_cast<std::uint16_t>(bytes[4] | bytes[5] << 8);
-    command.level = bytes[6];
-    return command;
-}
-
 std::string executedText(const std::string& code) {
     return code.starts_with(commandPrefix) ? "rpn " + code.substr(commandPrefix.size()) : "code " + code;
 }
@@ -50,7 +40,7 @@ std::string outputText(const BoardOutput& output) {
     }
     switch (bytes[0]) {
     case HidProtocol::ledCtlReportId:
-        return "led " + ledText(ledCommand(bytes));
+        return "led " + ledText(ledCommandOf(bytes));
     case HidProtocol::simStatusReportId:
         return bytes[1] == 0 ? "status disconnected" : "status connected";
     case HidProtocol::deviceCtlReportId:

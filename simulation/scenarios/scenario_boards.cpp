@@ -13,7 +13,7 @@ constexpr std::string_view streamNames[] = {"sim", "log", "exit", "module"};
 std::uint16_t usbId(ScenarioLine& line, const std::string& name, const std::string& digits) {
     const auto bytes = bytesFromHex(digits);
     if (!bytes || bytes->size() != 2) {
-        line.fail('"' + digits + "\" is no " + name + ": four hexadecimal digits were meant to stand here");
+        line.fail('"' + digits + "\" isn't a " + name + ": expected four hexadecimal digits");
     }
     return static_cast<std::uint16_t>((*bytes)[0] << 8 | (*bytes)[1]);
 }
@@ -22,7 +22,7 @@ HidProtocol::BoardId boardId(ScenarioLine& line, const std::string& digits) {
     const auto bytes = bytesFromHex(digits);
     HidProtocol::BoardId id{};
     if (!bytes || bytes->size() != id.size()) {
-        line.fail('"' + digits + "\" is no id: sixteen hexadecimal digits, or none, were meant to stand here");
+        line.fail('"' + digits + "\" isn't an id: expected sixteen hexadecimal digits, or the word none");
     }
     std::copy(bytes->begin(), bytes->end(), id.begin());
     return id;
@@ -34,7 +34,7 @@ HidProtocol::ProtocolInfo protocolInfo(ScenarioLine& line, const std::string& ve
     const auto major = wholeNumber(std::string_view(version).substr(0, dot), 0, 255);
     const auto minor = wholeNumber(std::string_view(version).substr(std::min(dot + 1, version.size())), 0, 255);
     if (!major || !minor) {
-        line.fail('"' + version + "\" is no protocol version: write it as 1.2");
+        line.fail('"' + version + "\" isn't a protocol version: write it as 1.2");
     }
     return {static_cast<std::uint8_t>(*major), static_cast<std::uint8_t>(*minor), 0};
 }
@@ -64,7 +64,7 @@ RigBoard parseBoard(ScenarioLine& line, std::size_t position) {
     RigBoard board;
     board.name = line.word("the board's name");
     if (std::find(std::begin(streamNames), std::end(streamNames), board.name) != std::end(streamNames)) {
-        line.fail('"' + board.name + "\" has a meaning of its own in a scenario: name the board otherwise");
+        line.fail('"' + board.name + "\" has a meaning of its own in a scenario: give the board another name");
     }
     // Each board has its own identity, also without one in the scenario.
     board.model.boardId->back() = static_cast<std::uint8_t>(position);

@@ -99,7 +99,7 @@ private:
         const std::size_t chosen = line.choice("declaration", words);
         // A board may come later: a record is written while it is seen.
         if (!scenario.steps.empty() && words.at(chosen) != "board") {
-            line.fail("declarations stand before the first step; a step begins with > or <");
+            line.fail("declarations come before the first step; a step begins with > or <");
         }
         (this->*readers[chosen])(line);
     }
@@ -108,7 +108,7 @@ private:
         RigBoard board = parseBoard(line, scenario.boards.size() + 1);
         const auto same = [&board](const RigBoard& other) { return other.name == board.name; };
         if (std::any_of(scenario.boards.begin(), scenario.boards.end(), same)) {
-            line.fail("a board of the name \"" + board.name + "\" stands above");
+            line.fail("there is already a board \"" + board.name + '"');
         }
         scenario.boards.push_back(std::move(board));
     }
@@ -118,7 +118,7 @@ private:
         control.id = static_cast<std::uint16_t>(line.number("control number", 0, highestControlId));
         const auto same = [&control](const ScenarioControl& other) { return other.id == control.id; };
         if (std::any_of(scenario.controls.begin(), scenario.controls.end(), same)) {
-            line.fail("control " + std::to_string(control.id) + " has a name above");
+            line.fail("control " + std::to_string(control.id) + " already has a name");
         }
         needEquals(line);
         control.name = line.rest("the control's name");
@@ -234,7 +234,7 @@ private:
 
     static void needEquals(ScenarioLine& line) {
         if (const std::string mark = line.word("\"=\""); mark != "=") {
-            line.fail("expected \"=\" with blanks around it, and not \"" + mark + '"');
+            line.fail("expected \"=\" with blanks around it, not \"" + mark + '"');
         }
     }
 
@@ -259,7 +259,7 @@ private:
     static JsonValue parseJson(const ScenarioLine& line, const std::string& json) {
         JsonParseResult result = JsonParser::parse(json);
         if (!result.ok) {
-            line.fail("this is no JSON value (" + result.error + "): text stands in double quotes");
+            line.fail("this isn't a JSON value (" + result.error + "): put text in double quotes");
         }
         return std::move(result.value);
     }

@@ -47,7 +47,7 @@ struct ScenarioReports {
     /// Empty: the step isn't about that.
     std::string board;
     std::vector<std::uint8_t> bytes;
-    /// The same report so often, with these pauses between.
+    /// How often the report is sent, and the pause after each time but the last.
     long times = 1;
     std::chrono::milliseconds pause{0};
 };

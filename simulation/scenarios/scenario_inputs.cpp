@@ -14,7 +14,7 @@
 
 namespace {
 
-/// What a step does, and what of it others than the player can use.
+/// What a step does, and what of it can be used without the player.
 struct Action {
     std::function<void(ScenarioPlayer&)> apply;
     ScenarioReports reports{};

@@ -2,6 +2,8 @@
 
 #include "hid/hex_text.h"
 #include "simulation/scenarios/nearest_word.h"
+#include "text/ascii.h"
+#include "text/wording.h"
 
 #include <algorithm>
 #include <array>
@@ -12,10 +14,6 @@
 namespace {
 
 constexpr std::string_view blanks = " \t";
-
-std::string inQuotes(std::string_view text) {
-    return '"' + std::string(text) + '"';
-}
 
 std::optional<double> decimalNumber(const std::string& text) {
     char* end = nullptr;
@@ -28,15 +26,13 @@ std::optional<double> decimalNumber(const std::string& text) {
 
 } // namespace
 
-ScenarioLine::ScenarioLine(std::string_view text, std::size_t lineNumber) : text(text), lineNumber(lineNumber) {
-    // npos + 1 is 0: a line of blanks alone is empty.
-    this->text.erase(text.find_last_not_of(" \t\r") + 1);
+ScenarioLine::ScenarioLine(std::string_view text, std::size_t lineNumber)
+    : text(rightTrimmed(text, " \t\r")), lineNumber(lineNumber) {
     skipBlanks();
 }
 
 std::string ScenarioLine::whole() const {
-    const std::size_t first = text.find_first_not_of(blanks);
-    return first == std::string::npos ? "" : text.substr(first);
+    return std::string(trimmed(text, blanks));
 }
 
 bool ScenarioLine::atEnd() const {
@@ -54,7 +50,7 @@ std::string_view ScenarioLine::lastWordOfAll() const {
 
 void ScenarioLine::dropLastWord() {
     text.resize(text.size() - lastWordOfAll().size());
-    text.erase(text.find_last_not_of(blanks) + 1);
+    text.resize(rightTrimmed(text, blanks).size());
     next = std::min(next, text.size());
 }
 
@@ -103,8 +99,8 @@ long ScenarioLine::number(std::string_view what, long least, long most) {
     const std::string found = word(what);
     const std::optional<long> value = wholeNumber(found, least, most);
     if (!value) {
-        fail(inQuotes(found) + " is no " + std::string(what) + ": a whole number from " + std::to_string(least) +
-             " to " + std::to_string(most) + " was meant to stand here");
+        fail(inQuotes(found) + " isn't a valid " + std::string(what) + ": expected a whole number from " +
+             std::to_string(least) + " to " + std::to_string(most));
     }
     return *value;
 }
@@ -115,7 +111,7 @@ std::chrono::milliseconds ScenarioLine::duration() {
     const std::optional<double> value = decimalNumber(found.substr(0, unit));
     const std::string_view unitText = unit == std::string::npos ? "" : std::string_view(found).substr(unit);
     if (!value || (unitText != "ms" && unitText != "s")) {
-        fail(inQuotes(found) + " is no time: write it as 60ms, 2s or 1.5s");
+        fail(inQuotes(found) + " isn't a time: write it as 60ms, 2s or 1.5s");
     }
     return std::chrono::milliseconds(std::llround(unitText == "s" ? *value * 1000 : *value));
 }
@@ -126,7 +122,7 @@ std::vector<std::uint8_t> ScenarioLine::hexBytes() {
         const std::string digits = word("bytes as pairs of hexadecimal digits");
         const auto group = bytesFromHex(digits);
         if (!group) {
-            fail(inQuotes(digits) + " is no row of bytes: pairs of hexadecimal digits were meant to stand here");
+            fail(inQuotes(digits) + " isn't a sequence of bytes: expected pairs of hexadecimal digits");
         }
         bytes.insert(bytes.end(), group->begin(), group->end());
     } while (!atEnd());
@@ -137,7 +133,7 @@ std::pair<std::string, std::string> ScenarioLine::option(std::string_view what) 
     const std::string found = word(what);
     const std::size_t equals = found.find('=');
     if (equals == std::string::npos || equals == 0) {
-        fail("expected " + std::string(what) + ", written as name=value, and not " + inQuotes(found));
+        fail("expected " + std::string(what) + ", written as name=value, not " + inQuotes(found));
     }
     return {found.substr(0, equals), found.substr(equals + 1)};
 }
@@ -154,8 +150,8 @@ void ScenarioLine::numberOptions(std::span<NumberOption> options) {
         }
         const std::optional<long> number = wholeNumber(value, rule->least, rule->most);
         if (!number) {
-            fail(inQuotes(value) + " is no value for " + name + ": a whole number from " + std::to_string(rule->least) +
-                 " to " + std::to_string(rule->most) + " was meant to stand here");
+            fail(inQuotes(value) + " isn't a valid value for " + name + ": expected a whole number from " +
+                 std::to_string(rule->least) + " to " + std::to_string(rule->most));
         }
         rule->value = *number;
     }

@@ -1,5 +1,7 @@
 #include "simulation/scenarios/side_by_side.h"
 
+#include "text/ascii.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -45,9 +47,7 @@ std::string padded(std::string text, std::size_t width) {
 }
 
 std::string row(const std::string& left, char mark, const std::string& right, std::size_t width) {
-    std::string text = padded(left, width) + ' ' + mark + ' ' + right;
-    text.erase(text.find_last_not_of(' ') + 1);
-    return text;
+    return std::string(rightTrimmed(padded(left, width) + ' ' + mark + ' ' + right, " "));
 }
 
 /// The longest run of agreements in order; `[i][j]` is its length from expectation i and run j on.

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// Blanks part words; a reference in round brackets is one word with its blanks.
+/// Blanks separate words; a reference in round brackets is one word, blanks included.
 std::vector<std::string> commandWords(std::string_view command) {
     std::vector<std::string> words;
     std::size_t begin = 0;

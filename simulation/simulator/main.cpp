@@ -32,8 +32,7 @@ constexpr std::string_view usage = "Usage: virtual-simulator [--port N | --pipe 
                                    "                  own (Windows only)\n"
                                    "  --module-missing\n"
                                    "                  run without the module until 'module start'\n"
-                                   "  --answers KIND  as 'module answers KIND' below: equal (the default),\n"
-                                   "                  different or measured\n"
+                                   "  --answers KIND  as 'module answers KIND' below (default equal)\n"
                                    "  --keep          run on when standard input ends\n"
                                    "  --help          show this text\n"
                                    "\n"
@@ -59,6 +58,7 @@ public:
     }
 
 private:
+    // Held while a line is made and printed: guards standard output.
     std::mutex mutex;
 };
 

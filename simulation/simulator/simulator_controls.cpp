@@ -2,6 +2,7 @@
 
 #include "hid/hex_text.h"
 #include "text/ascii.h"
+#include "text/backlight_variable.h"
 
 #include <algorithm>
 #include <array>
@@ -13,9 +14,6 @@
 #include <vector>
 
 namespace {
-
-/// The variable whose value dims the boards' lights by default.
-constexpr std::string_view lightVariable = "LIGHTING_POTENTIOMETER_5";
 
 std::vector<std::string> wordsOf(std::string_view text) {
     std::istringstream stream{std::string(text)};
@@ -63,7 +61,7 @@ SimulatorAction light(std::string_view argument) {
     if (!value) {
         return nullptr;
     }
-    return [level = *value](VirtualSimulator& simulator) { simulator.setLVar(lightVariable, level); };
+    return [level = *value](VirtualSimulator& simulator) { simulator.setLVar(backlightVariable, level); };
 }
 
 SimulatorAction localVariable(std::string_view argument) {
@@ -156,7 +154,7 @@ constexpr std::array controls{
     SimulatorControl{"battery", "on|off", "switches both of the aircraft's batteries", "Aircraft’s battery",
                      onOff<&Simulator::setBattery>},
     SimulatorControl{"lvar", "NAME VALUE", "sets a local variable", "", localVariable},
-    SimulatorControl{"light", "VALUE", "sets the cockpit light, the local variable LIGHTING_POTENTIOMETER_5",
+    SimulatorControl{"light", "VALUE", "sets the cockpit light, the local variable that the boards' lights follow",
                      "Cockpit light", light},
     SimulatorControl{"avar", "NAME VALUE", "sets an aircraft variable, such as LIGHT POTENTIOMETER:3", "",
                      aircraftVariable},

@@ -34,11 +34,11 @@ public:
     void read();
     MessageReader& reader() { return inbound; }
 
-    /// Ends the connection in order, after sending what waits.
+    /// Ends the connection properly, after sending what waits.
     void finish();
     /// Closes it with a reset.
     void reset();
-    /// Continues an end in order. Only while neither live nor over.
+    /// Continues a proper end. Only while neither live nor over.
     void continueFinish(Clock::time_point now);
 
     /// The last read got something, so more may be there.

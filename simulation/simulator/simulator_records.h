@@ -27,6 +27,7 @@ public:
     bool waitForSessionCount(std::size_t count, std::chrono::milliseconds timeout) const;
 
 private:
+    // Guards everything below.
     mutable std::mutex mutex;
     mutable std::condition_variable changed;
     std::vector<SimulatorRecord> records;

@@ -19,7 +19,7 @@ constexpr std::uint32_t onlyEntry = 1;
 constexpr std::string_view simulatorName = "KittyHawk";
 constexpr std::array<std::uint32_t, 10> simulatorVersions{11, 0, 282174, 999, 11, 0, 62651, 3, 0, 0};
 
-// A name in its field, as the begin of a message's body.
+// A name in a field of its own, which begins a message's body.
 SimConnectWire::Bytes nameField(std::string_view name) {
     SimConnectWire::Bytes field(SimConnectWire::nameFieldSize);
     std::copy(name.begin(), name.end(), field.begin());

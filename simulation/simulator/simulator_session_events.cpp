@@ -70,10 +70,6 @@ constexpr std::array<SystemState, 5> systemStates{{
     {"Sim", 1, ""},
 }};
 
-bool sameName(std::string_view one, std::string_view other) {
-    return lowerCased(one) == lowerCased(other);
-}
-
 // With a dot, a name is a client's own and any will do; with a number sign it is an event's number; without anything it
 // is private to the client.
 bool isEventName(std::string_view name) {
@@ -125,7 +121,7 @@ void SimulatorSession::fireEvent(const Request& request, std::uint32_t messageId
 void SimulatorSession::eventFired(const FiredEvent& event) {
     for (const auto& [groupId, group] : groups) {
         for (const std::uint32_t id : group.events) {
-            if (group.hasPriority && !event.name.empty() && sameName(events[id], event.name)) {
+            if (group.hasPriority && !event.name.empty() && equalsIgnoringCase(events[id], event.name)) {
                 sendEvent(event.messageId, groupId, id, event.data);
             }
         }
@@ -191,7 +187,7 @@ void SimulatorSession::requestGroup(const Request& request) {
 void SimulatorSession::subscribeToSystemEvent(const Request& request) {
     const std::uint32_t event = request.number(16);
     const std::string name = request.name(20);
-    const auto matches = [&](std::string_view known) { return sameName(known, name); };
+    const auto matches = [&](std::string_view known) { return equalsIgnoringCase(known, name); };
     const auto* const found = std::ranges::find_if(knownSystemEvents, matches, &SystemEvent::name);
     if (events.contains(event) || systemEvents.contains(event)) {
         refuse(request, SimulatorExceptions::eventIdDuplicate, 1);
@@ -226,7 +222,7 @@ void SimulatorSession::setSystemEventState(const Request& request) {
 void SimulatorSession::requestSystemState(const Request& request) {
     const std::string name = request.name(20);
     const auto* const state = std::ranges::find_if(
-        systemStates, [&](std::string_view known) { return sameName(known, name); }, &SystemState::name);
+        systemStates, [&](std::string_view known) { return equalsIgnoringCase(known, name); }, &SystemState::name);
     if (state == systemStates.end()) {
         refuse(request, SimulatorExceptions::nameUnrecognized, 2);
         return;

@@ -130,7 +130,7 @@ public:
 
     // Faults of real simulators.
 
-    /// The simulator ends in order: QUIT to all clients, then close. Connections fail until refuseOpens(false), which
+    /// The simulator ends properly: QUIT to all clients, then close. Connections fail until refuseOpens(false), which
     /// starts the simulator again, with empty areas and a module without clients.
     void quit();
     /// The simulator crashes: connections are reset without QUIT; otherwise as `quit`.
@@ -166,7 +166,7 @@ public:
 
     /// Sends bytes to every session, after what is already queued.
     void sendRaw(std::span<const std::uint8_t> bytes);
-    /// Sends the first half of a message to every session, then closes in order.
+    /// Sends the first half of a message to every session, then closes properly.
     void cutMessage();
     /// From now on, sends each byte separately.
     void sendByteByByte(bool on);

@@ -2,14 +2,16 @@
 
 #include "config/config_file.h"
 #include "platform/file_system.h"
+#include "text/module_commands.h"
 
 namespace {
 
 constexpr std::int32_t firstBattery = 1;
 constexpr std::int32_t lastBattery = 16;
 
-/// A command has at most 255 characters, and "MF.SimVars.Add." takes 15 of them.
-constexpr std::size_t longestLightVariable = 240;
+/// With what goes before it in the command that adds it. The message below says the number.
+constexpr std::size_t longestLightVariable = ModuleCommands::longest - ModuleCommands::addVariable.size();
+static_assert(longestLightVariable == 240);
 
 constexpr ConfigFileMessages messages{
     "Config file not found: ", "Failed to open config file: ", "Config parse error: ", "Config root must be an object"};

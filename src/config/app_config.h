@@ -1,7 +1,7 @@
 #pragma once
 
-#include "config/names.h"
 #include "config/output_profiles.h"
+#include "text/backlight_variable.h"
 
 #include <cstdint>
 #include <string>

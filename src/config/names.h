@@ -3,9 +3,6 @@
 #include <string>
 #include <string_view>
 
-/// The simulator's local variable that the boards' lights follow.
-constexpr std::string_view backlightVariable = "LIGHTING_POTENTIOMETER_5";
-
 /// Removes all white space and upper-cases ASCII letters. Every name is normalised where it is read and where it is
 /// looked up, so files may write names in any case and spacing.
 std::string normalizeName(std::string_view text);

@@ -1,5 +1,6 @@
 // The life of one board's session: connection, its reader thread, disconnection.
 
+#include "hid/feature_reports.h"
 #include "hid/hex_text.h"
 #include "hid/hid_log_lines.h"
 #include "hid/hid_manager.h"
@@ -16,12 +17,6 @@ constexpr std::chrono::milliseconds readLimit{1000};
 std::string protocolText(const HidProtocol::ProtocolInfo& info) {
     return " proto=" + std::to_string(info.protocolMajor) + "." + std::to_string(info.protocolMinor) + " flags=0x" +
            hexText({&info.protocolFlags, 1});
-}
-
-bool readFeature(const HidTransport& transport, HidHandle handle, std::uint8_t reportId, HidProtocol::Report& report) {
-    report = {};
-    report[0] = reportId;
-    return transport.getFeature(handle, report);
 }
 
 } // namespace
@@ -65,17 +60,13 @@ void HidManager::identify(HidDeviceSession& session) {
     if (!transport.serialNumber(session.readHandle, session.serial)) {
         session.serial.clear();
     }
-    HidProtocol::Report report{};
-    std::string ignoredError;
-    if (readFeature(transport, session.readHandle, HidProtocol::deviceInfoReportId, report) &&
-        HidProtocol::decodeDeviceInfo(report, session.deviceInfo, ignoredError)) {
+    if (readDeviceInfo(transport, session.readHandle, session.deviceInfo)) {
         session.deviceName = HidProtocol::boardIdText(session.deviceInfo);
     } else {
         // Without a message: a board whose firmware doesn't answer works too, only under a less readable name.
         session.deviceName = session.serial.empty() ? session.path : session.serial;
     }
-    session.protocolInfoValid = readFeature(transport, session.readHandle, HidProtocol::protocolInfoReportId, report) &&
-                                HidProtocol::decodeProtocolInfo(report, session.protocolInfo, ignoredError);
+    session.protocolInfoValid = readProtocolInfo(transport, session.readHandle, session.protocolInfo);
 }
 
 void HidManager::announce(const HidDeviceSession& session) {

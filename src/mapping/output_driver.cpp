@@ -1,9 +1,9 @@
 #include "mapping/output_driver.h"
 
-#include "config/names.h"
 #include "logging/logger.h"
 #include "mapping/output_state.h"
 #include "mapping/timed_wait.h"
+#include "text/backlight_variable.h"
 
 #include <optional>
 

@@ -1,6 +1,8 @@
 #include "mapping/output_state.h"
 
+#include "config/names.h"
 #include "text/ascii.h"
+#include "text/backlight_variable.h"
 
 #include <algorithm>
 #include <cerrno>

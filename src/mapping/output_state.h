@@ -1,7 +1,6 @@
 #pragma once
 
 #include "config/app_config.h"
-#include "config/names.h"
 #include "config/output_profiles.h"
 #include "hid/hid_protocol.h"
 

@@ -4,6 +4,7 @@
 // numbers that the bridge chooses for itself, and the calls that attach to the areas and write commands.
 
 #include "sim/simconnect_client.h"
+#include "text/module_commands.h"
 
 #include <cstdint>
 #include <optional>
@@ -43,7 +44,7 @@ constexpr std::uint32_t lvarsRequestId = 0x1201;
 
 // Bytes of each area that the bridge defines. The module's command and response areas have 1024 bytes, but no text that
 // the bridge exchanges with it needs more than these.
-constexpr std::uint32_t commandAreaSize = 256;
+constexpr std::uint32_t commandAreaSize = ModuleCommands::longest + 1;
 constexpr std::uint32_t responseAreaSize = 256;
 constexpr std::uint32_t lvarsAreaSize = 4096;
 

@@ -2,6 +2,7 @@
 
 #include "logging/logger.h"
 #include "mobiflight/mobiflight_client.h"
+#include "text/module_commands.h"
 
 #include <algorithm>
 #include <chrono>
@@ -11,7 +12,6 @@
 
 namespace {
 
-constexpr std::string_view rpnPrefix = "MF.SimVars.Set.1 ";
 constexpr const char* emptyRpn = "Empty RPN command";
 
 /// Follows every RPN command, so that the area's content changes even when a command comes twice in a row: the module
@@ -24,8 +24,8 @@ constexpr std::chrono::milliseconds readyRetry{50};
 
 std::string commandText(const std::string& rpn) {
     std::string text;
-    text.reserve(rpnPrefix.size() + rpn.size());
-    return text.append(rpnPrefix).append(rpn);
+    text.reserve(ModuleCommands::runCommand.size() + rpn.size());
+    return text.append(ModuleCommands::runCommand).append(rpn);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "logging/logger.h"
 #include "mobiflight/mobiflight_client.h"
+#include "text/module_commands.h"
 
 #include <algorithm>
 #include <optional>
@@ -10,8 +11,6 @@
 namespace {
 
 constexpr const char* ping = "MF.Ping";
-constexpr const char* clearVariables = "MF.SimVars.Clear";
-constexpr std::string_view addVariable = "MF.SimVars.Add.";
 
 std::string registrationText(const std::string& clientName) {
     return "MF.Clients.Add." + clientName;
@@ -118,8 +117,8 @@ void MobiFlightClient::becomeReady(std::optional<std::uint32_t> ownAttachment) {
         return;
     }
     const std::lock_guard lock(queueMutex);
-    queueHandshake(clearVariables);
-    queueHandshake(std::string(addVariable) + extensions.lightVariable);
+    queueHandshake(std::string(ModuleCommands::clearVariables));
+    queueHandshake(std::string(ModuleCommands::addVariable) + extensions.lightVariable);
 }
 
 void MobiFlightClient::renewRegistrationIfDue() {

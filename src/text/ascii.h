@@ -32,9 +32,14 @@ constexpr bool equalsIgnoringCase(std::string_view left, std::string_view right)
 std::string lowerCased(std::string_view text);
 std::string upperCased(std::string_view text);
 
+/// The text without the blanks at its end.
+constexpr std::string_view rightTrimmed(std::string_view text, std::string_view blanks = asciiSpace) {
+    // npos + 1 is 0: nothing is left of a text of blanks alone.
+    return text.substr(0, text.find_last_not_of(blanks) + 1);
+}
+
 /// The text without the blanks at its ends.
 constexpr std::string_view trimmed(std::string_view text, std::string_view blanks = asciiSpace) {
     text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
-    // npos + 1 is 0: a text of blanks alone is empty by now.
-    return text.substr(0, text.find_last_not_of(blanks) + 1);
+    return rightTrimmed(text, blanks);
 }

@@ -16,7 +16,7 @@ test('a refused change says why', async () => {
   await view.key('virtual-1', 22).click();
   await view.row(22).locator('input').fill('left');
   await view.row(22).getByRole('button', {name: 'Name it'}).click();
-  await view.waitForText('trouble', /Control 21 has this name already/);
+  await view.waitForText('trouble', /Control 21 already has this name/);
   view.errors.length = 0;
 });
 

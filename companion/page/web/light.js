@@ -29,7 +29,7 @@ function pulse({count, periodMs}, elapsedMs, shape) {
   return count !== 0 && time >= group ? 0 : shape((time % periodMs) / periodMs);
 }
 
-// The same light for who wants less motion: never more than three flashes a second.
+// The same light for those who want less motion: never more than three flashes a second.
 export function calmed(light) {
   return light.periodMs === 0 ? light : {...light, periodMs: Math.max(light.periodMs, calmPeriodMs)};
 }

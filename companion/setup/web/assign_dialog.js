@@ -112,7 +112,7 @@ export class AssignDialog {
   }
 
   #result(event) {
-    const values = event.values.length > 0 ? ` Takes before it: ${event.values.join('; ')}.` : '';
+    const values = event.values.length > 0 ? ` Values before it: ${event.values.join('; ')}.` : '';
     const button = element('button', {type: 'button', 'data-event': event.name}, element('strong', {}, event.title),
       element('span', {'class': 'mono'}, event.name), element('span', {'class': 'note'}, `${event.group}.${values}`));
     button.addEventListener('click', () => {

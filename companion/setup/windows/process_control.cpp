@@ -21,8 +21,8 @@ std::optional<std::uint64_t> startOf(std::int64_t id) {
     return isKnown ? std::optional((std::uint64_t{start.dwHighDateTime} << 32U) | start.dwLowDateTime) : std::nullopt;
 }
 
-/// The system gives a process's number to another one once it has ended, so a parent that is younger is none. Only the
-/// bridge's is asked for, since this opens both processes.
+/// The system gives a process's number to another one once it has ended, so a parent that is younger isn't one. Only
+/// the bridge's is asked for, since this opens both processes.
 void dropFalseParent(ProcessFacts& process) {
     const std::optional<std::uint64_t> start = startOf(process.id);
     const std::optional<std::uint64_t> parentStart = startOf(process.parent);

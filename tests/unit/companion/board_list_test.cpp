@@ -89,7 +89,7 @@ TEST_F(BoardList, SaysWhatCannotBeDone) {
     bus.setFaults(board, {.refusedOpens = noOpening});
     EXPECT_FALSE(only().opens);
     EXPECT_EQ(boardsText({only()}),
-              "????:????  can't be opened: no permission, or another program has it for itself\n  " + path + "\n\n");
+              "????:????  can't be opened: no permission, or another program has it to itself\n  " + path + "\n\n");
 }
 
 TEST_F(BoardList, IsJsonWithTheMembersThatAreKnown) {

@@ -77,7 +77,7 @@ TEST(CheckUp, RepairsNothingElseThanWhatItHasShown) {
     pc.putSimConnectXml("<Protocol>IPv4</Protocol><Port>5002</Port>");
     std::string error;
     EXPECT_FALSE(checkUp.repair("simconnect-port-differs", "MSFS 2020 (Steam), SimConnect.xml", agreed, error));
-    EXPECT_EQ(error, "The repair is a different one by now. Look again");
+    EXPECT_EQ(error, "The repair is a different one now. Look again");
     EXPECT_EQ(pc.complaints(), std::vector<std::string>{"simconnect-port-differs"});
 }
 

@@ -61,7 +61,7 @@ TEST_F(RecordingTest, EachEventIsAStepOfAScenario) {
           Row{button(22, 4), "hold 22 value=4"}, Row{button(23, 9), "event 1 23 value=9"},
           Row{button(24, 1), "press 24"}, Row{encoder(26, 3), "turn 26 +3"},
           Row{encoder(20, -2, 4), "turn AP -2 speed=4"}, Row{encoder(99, 0), "turn 99 0"},
-          Row{notice(255), "event 4 0 mode=255"}}) {
+          Row{notice(255), "notice mode=255"}}) {
         EXPECT_EQ(step(event), std::string("> board1 ") + expected + '\n');
     }
 }
@@ -147,7 +147,7 @@ TEST_F(RecordingTest, SaysWhatIsWrongWithARecord) {
         const char* error;
     };
     for (const auto& [record, expected] :
-         {Row{"", "r: it has no report of a board; a record has some, and the log of a run with --hid-trace"},
+         {Row{"", "r: it contains no board reports; a record does, and so does a log written with --hid-trace"},
           Row{"> P press 5\n", "r:1:3: unknown step \"P\""}}) {
         ReplayInput input;
         std::string error;

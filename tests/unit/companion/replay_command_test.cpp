@@ -50,7 +50,7 @@ private:
 
 TEST_F(ReplayCommandTest, ShowsWhatTheConfigurationMakesOfTheRecordAndSendsNothing) {
     EXPECT_EQ(replay(trace), ExitCode::good);
-    EXPECT_TRUE(out.str().ends_with(apLine + "1 reports, of which 1 make the bridge send something\n")) << out.str();
+    EXPECT_TRUE(out.str().ends_with(apLine + "1 report; the bridge sends something for 1\n")) << out.str();
     EXPECT_EQ(err.str(), "");
     EXPECT_EQ(simulator.sessionCount(), 0U);
 }

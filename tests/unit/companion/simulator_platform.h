@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/network_simconnect.h"
 #include "platform/platform.h"
+#include "simulation/rig/simulator_library.h"
 #include "simulation/simulator/virtual_simulator.h"
 #include "tests/unit/simulation/simulator_client.h"
 
@@ -11,11 +11,7 @@
 /// the users of the record.
 inline Platform simulatorPlatform(const VirtualSimulator& simulator, const std::atomic<bool>& processRuns) {
     Platform platform = systemPlatform();
-    platform.simConnect = networkSimConnectLibrary();
-    platform.simConnect.open = [&simulator](SimConnectHandle* handle, const char* name, void*, std::uint32_t, void*,
-                                            std::uint32_t) {
-        return simConnectOpenAt(handle, name, simulator.endpoint(), {SimulatorClient::longWait});
-    };
+    platform.simConnect = simulatorLibrary(simulator, {SimulatorClient::longWait});
     platform.host.findProcess = [&processRuns](const auto& visit) {
         return processRuns && visit("FlightSimulator.exe");
     };

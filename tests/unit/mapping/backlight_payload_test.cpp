@@ -1,4 +1,5 @@
 #include "mapping/output_state.h"
+#include "text/backlight_variable.h"
 
 #include <gtest/gtest.h>
 

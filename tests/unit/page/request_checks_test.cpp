@@ -10,7 +10,7 @@ constexpr std::uint16_t pagePort = 8080;
 const std::string pageToken = "0123456789ABCDEF0123456789ABCDEF";
 
 constexpr const char* otherHost = "this page answers at 127.0.0.1 and localhost only";
-constexpr const char* otherOrigin = "a page of another origin can't do this";
+constexpr const char* otherOrigin = "a page from another origin can't do this";
 constexpr const char* noToken = "the token of this session is missing or wrong";
 
 /// A request of the cockpit's own page, but for one member.

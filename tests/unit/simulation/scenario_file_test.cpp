@@ -172,23 +172,22 @@ TEST(ScenarioFile, ErrorsGiveThePlaceAndWhatWasExpected) {
         {"<\n", "1:2: expected what comes: sim, log, exit, nothing or a board"},
         {"< sim rpn\n", "1:10: expected its text"},
         {"control 21\n", "1:11: expected \"=\""},
-        {"control 21=HDG\n",
-         "1:9: \"21=HDG\" is no control number: a whole number from 0 to 65535 was meant to stand here"},
-        {"control 21 HDG\n", "1:12: expected \"=\" with blanks around it, and not \"HDG\""},
+        {"control 21=HDG\n", "1:9: \"21=HDG\" isn't a valid control number: expected a whole number from 0 to 65535"},
+        {"control 21 HDG\n", "1:12: expected \"=\" with blanks around it, not \"HDG\""},
         {"> start now\n", "1:9: didn't expect \"now\" here: the line is complete before it"},
         {"< nothing else\n", "1:11: didn't expect \"else\" here: the line is complete before it"},
         // Numbers, times and bytes.
-        {"control 65536 = X\n",
-         "1:9: \"65536\" is no control number: a whole number from 0 to 65535 was meant to stand here"},
-        {"board P\n> P turn 5 +128\n", "2:12: \"+128\" is no count of detents, such as +1 or -3: a whole number from "
-                                       "-128 to 127 was meant to stand here"},
+        {"control 65536 = X\n", "1:9: \"65536\" isn't a valid control number: expected a whole number from 0 to 65535"},
+        {"board P\n> P turn 5 +128\n",
+         "2:12: \"+128\" isn't a valid count of detents, such as +1 or -3: expected a whole number from "
+         "-128 to 127"},
         {"board P\n> P press 5 mode=256\n",
-         "2:13: \"256\" is no value for mode: a whole number from 0 to 255 was meant to stand here"},
+         "2:13: \"256\" isn't a valid value for mode: expected a whole number from 0 to 255"},
         {"board P\n> P press 5 node=1\n", "2:13: unknown option \"node\"; did you mean \"mode\"?"},
-        {"board P\n> P press 5 fast\n", "2:13: expected an option, written as name=value, and not \"fast\""},
-        {"> wait 60\n", "1:8: \"60\" is no time: write it as 60ms, 2s or 1.5s"},
-        {"> wait soon\n", "1:8: \"soon\" is no time: write it as 60ms, 2s or 1.5s"},
-        {"board P\n> P raw 0\n", "2:9: \"0\" is no row of bytes: pairs of hexadecimal digits were meant to stand here"},
+        {"board P\n> P press 5 fast\n", "2:13: expected an option, written as name=value, not \"fast\""},
+        {"> wait 60\n", "1:8: \"60\" isn't a time: write it as 60ms, 2s or 1.5s"},
+        {"> wait soon\n", "1:8: \"soon\" isn't a time: write it as 60ms, 2s or 1.5s"},
+        {"board P\n> P raw 0\n", "2:9: \"0\" isn't a sequence of bytes: expected pairs of hexadecimal digits"},
         // The simulator's controls. Their arguments are tested with the controls.
         {"> sim\n", "1:6: expected a control of the simulator"},
         {"> sim batery on\n", "1:7: unknown control of the simulator \"batery\"; did you mean \"battery\"?"},
@@ -197,15 +196,15 @@ TEST(ScenarioFile, ErrorsGiveThePlaceAndWhatWasExpected) {
         {"> sim quit now\n", "1:12: expected \"sim quit\""},
         {"> battery off\n", "1:3: \"battery\" is a control of the simulator: write \"sim battery\""},
         // Boards' options.
-        {"board P id=12\n", "1:9: \"12\" is no id: sixteen hexadecimal digits, or none, were meant to stand here"},
-        {"board P vid=12345\n", "1:9: \"12345\" is no vid: four hexadecimal digits were meant to stand here"},
-        {"board P protocol=1\n", "1:9: \"1\" is no protocol version: write it as 1.2"},
+        {"board P id=12\n", "1:9: \"12\" isn't an id: expected sixteen hexadecimal digits, or the word none"},
+        {"board P vid=12345\n", "1:9: \"12345\" isn't a vid: expected four hexadecimal digits"},
+        {"board P protocol=1\n", "1:9: \"1\" isn't a protocol version: write it as 1.2"},
         {"board P seral=1\n", "1:9: unknown option of a board \"seral\"; did you mean \"serial\"?"},
-        {"board sim\n", "1:7: \"sim\" has a meaning of its own in a scenario: name the board otherwise"},
+        {"board sim\n", "1:7: \"sim\" has a meaning of its own in a scenario: give the board another name"},
         // Duplicates, order and what isn't watched.
-        {"board P\nboard P\n", "2:7: a board of the name \"P\" stands above"},
-        {"control 5 = A\ncontrol 5 = B\n", "2:9: control 5 has a name above"},
-        {"> start\nconsole\n", "2:1: declarations stand before the first step; a step begins with > or <"},
+        {"board P\nboard P\n", "2:7: there is already a board \"P\""},
+        {"control 5 = A\ncontrol 5 = B\n", "2:9: control 5 already has a name"},
+        {"> start\nconsole\n", "2:1: declarations come before the first step; a step begins with > or <"},
         {"< sim dummy\n", "1:7: dummies aren't shown here: write \"watch dummies\" above the first step"},
         {"< log INFO x\n", "1:7: INFO lines aren't shown here: write \"watch log info\" above the first step"},
         {"> console quit\n", "1:11: the bridge has no console here: write \"console\" above the first step"},
@@ -216,7 +215,7 @@ TEST(ScenarioFile, ErrorsGiveThePlaceAndWhatWasExpected) {
     for (const Case& one : cases) {
         EXPECT_EQ(errorOf(one.text), std::string("a.scenario:").append(one.error));
     }
-    EXPECT_TRUE(errorOf("config a = yes\n").starts_with("a.scenario:1:12: this is no JSON value ("));
+    EXPECT_TRUE(errorOf("config a = yes\n").starts_with("a.scenario:1:12: this isn't a JSON value ("));
 }
 
 TEST(ScenarioConfiguration, SettingsOverrideTheDefaultsAndEachOther) {

@@ -26,7 +26,7 @@ TEST(SimulatorOptions, RefusalNamesTheWrongOne) {
              Case{{"--port"}, "--port needs a number from 0 to 65535"},
              Case{{"--port", "65536"}, "--port needs a number from 0 to 65535"},
              Case{{"--port", "--keep"}, "--port needs a number from 0 to 65535"},
-             Case{{"--answers", "wrong"}, "--answers needs equal, different or measured"},
+             Case{{"--answers", "wrong"}, "--answers needs one of equal, different, measured"},
              Case{{"--port", "1", "--pipe"}, "--port and --pipe don't go together"},
          }) {
         std::string error;

@@ -3,8 +3,7 @@
 #include "companion/setup/action_members.h"
 #include "companion/setup/setup_controller.h"
 #include "platform/file_system.h"
-#include "platform/network_simconnect.h"
-#include "wire/simconnect_open.h"
+#include "simulation/rig/simulator_library.h"
 
 bool SetupController::chooseSimulator(const JsonValue& json, std::string& error) {
     {
@@ -19,11 +18,7 @@ bool SetupController::chooseSimulator(const JsonValue& json, std::string& error)
 Platform SetupController::linkPlatform() const {
     Platform chosen = platform;
     if (state.simulatorIsVirtual) {
-        chosen.simConnect = networkSimConnectLibrary();
-        chosen.simConnect.open = [endpoint = virtualSimulator.endpoint()](SimConnectHandle* handle, const char* name,
-                                                                          void*, std::uint32_t, void*, std::uint32_t) {
-            return simConnectOpenAt(handle, name, endpoint, {});
-        };
+        chosen.simConnect = simulatorLibrary(virtualSimulator);
         chosen.host.findProcess = [](const auto& visit) { return visit("FlightSimulator.exe"); };
     }
     return chosen;

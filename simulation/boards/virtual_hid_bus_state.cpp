@@ -1,4 +1,4 @@
-#include "simulation/boards/virtual_hid_state.h"
+#include "simulation/boards/virtual_hid_bus_state.h"
 
 #include "hid/hex_text.h"
 

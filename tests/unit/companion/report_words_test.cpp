@@ -1,10 +1,18 @@
-#include "companion/demo/report_text.h"
+#include "companion/recording/report_words.h"
 
 #include "hid/hid_protocol.h"
 
 #include <gtest/gtest.h>
 
-TEST(InputReportText, DescribesEachReport) {
+namespace {
+
+std::string wordsOf(std::span<const std::uint8_t> report) {
+    return reportWords(report, [](std::uint16_t number) { return number == 21 ? "HDG" : std::to_string(number); });
+}
+
+} // namespace
+
+TEST(ReportWords, DescribesEachReport) {
     struct Case {
         std::vector<std::uint8_t> fields;
         const char* text;
@@ -13,25 +21,24 @@ TEST(InputReportText, DescribesEachReport) {
     const Case cases[] = {
         {{1, 0, 21, 0, 1, 0, 0}, "press HDG"},
         {{1, 0, 21, 0, 0, 0, 0}, "release HDG"},
-        {{1, 0, 21, 0, 3, 0, 0}, "hold HDG"},
+        {{1, 0, 21, 0, 3, 0, 0}, "hold HDG value=3"},
         {{2, 0, 21, 0, 2, 0, 0}, "turn HDG +2"},
         {{2, 0, 21, 0, 0x80, 4, 1}, "turn HDG -128 speed=4 mode=1"},
-        // A control without a name.
+        // Any other number.
         {{1, 0, 44, 1, 1, 0, 0}, "press 300"},
         {{4, 0, 0, 0, 0, 0, 0}, "notice"},
+        {{4, 0, 21, 0, 0, 0, 0}, "event 4 HDG"},
         {{1, 0, 21, 0, 5, 0, 0}, "event 1 HDG value=5"},
         {{9, 0, 21, 0, 1, 0, 7}, "event 9 HDG value=1 mode=7"},
     };
-    HidEventMap map;
-    map.controlIds[21] = "HDG";
     for (const Case& one : cases) {
         HidProtocol::Report report{HidProtocol::inputEventReportId};
         std::ranges::copy(one.fields, report.begin() + 2);
-        EXPECT_EQ(inputReportText(report, map), one.text);
+        EXPECT_EQ(wordsOf(report), one.text);
     }
 }
 
-TEST(InputReportText, ShowsTheBytesOfAReportThatIsDropped) {
-    EXPECT_EQ(inputReportText(std::vector<std::uint8_t>{0x01, 0xAB}, {}), "raw 01AB");
-    EXPECT_EQ(inputReportText({}, {}), "raw ");
+TEST(ReportWords, ShowsTheBytesOfAReportThatIsDropped) {
+    EXPECT_EQ(wordsOf(std::vector<std::uint8_t>{0x01, 0xAB}), "raw 01AB");
+    EXPECT_EQ(wordsOf({}), "raw ");
 }

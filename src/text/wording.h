@@ -1,0 +1,16 @@
+#pragma once
+
+// How messages word what they are about.
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+inline std::string inQuotes(std::string_view text) {
+    return '"' + std::string(text) + '"';
+}
+
+/// "1 report", "2 reports".
+inline std::string countText(std::size_t count, std::string_view noun) {
+    return std::to_string(count) + ' ' + std::string(noun) + (count == 1 ? "" : "s");
+}
