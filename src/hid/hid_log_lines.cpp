@@ -151,7 +151,8 @@ std::string hidReportLine(std::string_view device, std::span<const std::uint8_t>
     std::string text(hidReportMark);
     text += device;
     addNumber(text, bytesMark, bytes.size());
-    return text.append(dataMark).append(hexText(bytes));
+    text.append(dataMark).append(hexText(bytes));
+    return text;
 }
 
 std::optional<HidReportLine> readHidReportLine(std::string_view line, std::string& error) {

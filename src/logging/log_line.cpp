@@ -8,12 +8,11 @@ constexpr std::string_view afterLevel = "] ";
 
 } // namespace
 
-std::string logLine(const LogLine& line) {
-    std::string text = line.time;
-    text += beforeLevel;
-    text += line.level;
-    text += afterLevel;
-    text += line.message;
+std::string logLine(std::string_view time, std::string_view level, std::string_view message) {
+    std::string text;
+    // With room for the line feed that the log adds.
+    text.reserve(time.size() + beforeLevel.size() + level.size() + afterLevel.size() + message.size() + 1);
+    text.append(time).append(beforeLevel).append(level).append(afterLevel).append(message);
     return text;
 }
 

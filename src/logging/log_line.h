@@ -17,7 +17,7 @@ struct LogLine {
     bool operator==(const LogLine&) const = default;
 };
 
-std::string logLine(const LogLine& line);
+std::string logLine(std::string_view time, std::string_view level, std::string_view message);
 
 /// None for a line of another form, such as the second one of a message with two.
 std::optional<LogLine> readLogLine(std::string_view text);

@@ -121,7 +121,8 @@ void Logger::writeLine(Level level, const std::string& message) {
     // Before the line and by the size on disk: a line is never split, and a file may grow past the limit by one line.
     rotateIfNeeded();
 
-    const std::string line = logLine({timeText(), levelWord(level), message}) + '\n';
+    std::string line = logLine(timeText(), levelWord(level), message);
+    line += '\n';
     if (file.is_open()) {
         // A full disk leaves the stream failed; the next line tries again.
         file.clear();

@@ -25,7 +25,8 @@ constexpr std::chrono::milliseconds readyRetry{50};
 std::string commandText(const std::string& rpn) {
     std::string text;
     text.reserve(ModuleCommands::runCommand.size() + rpn.size());
-    return text.append(ModuleCommands::runCommand).append(rpn);
+    text.append(ModuleCommands::runCommand).append(rpn);
+    return text;
 }
 
 } // namespace

@@ -8,9 +8,9 @@ TEST(LogLine, IsReadAsItWasWritten) {
     for (const LogLine& line : {LogLine{"2026-01-31 12:00:00", "WARN", "a message"},
                                 LogLine{"2026-01-31 12:00:00", "DEBUG", " [brackets] and blanks "},
                                 LogLine{"2026-01-31 12:00:00", "INFO", ""}}) {
-        EXPECT_EQ(readLogLine(logLine(line)), line);
+        EXPECT_EQ(readLogLine(logLine(line.time, line.level, line.message)), line);
     }
-    EXPECT_EQ(logLine({"2026-01-31 12:00:00", "WARN", "a message"}), "2026-01-31 12:00:00 [WARN] a message");
+    EXPECT_EQ(logLine("2026-01-31 12:00:00", "WARN", "a message"), "2026-01-31 12:00:00 [WARN] a message");
 }
 
 TEST(LogLine, IsNotReadFromAnotherForm) {
