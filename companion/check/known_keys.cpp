@@ -71,11 +71,7 @@ std::string suggestion(std::string_view word, std::span<const std::string_view> 
     if (const std::optional<std::string_view> nearest = nearestWord(word, known)) {
         return "Did you mean " + inQuotes(*nearest) + "?";
     }
-    std::string list;
-    for (const std::string_view one : known) {
-        list += (list.empty() ? "" : ", ") + std::string(one);
-    }
-    return "Known here: " + list;
+    return "Known here: " + listText(known);
 }
 
 void checkRepeatedKeys(const JsonDocument& document, const JsonNode& object, Findings& findings) {

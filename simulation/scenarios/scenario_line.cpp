@@ -174,11 +174,7 @@ std::string unknownWord(std::string_view what, std::string_view word, std::span<
     if (const std::optional<std::string_view> nearest = nearestWord(word, known)) {
         return message + "; did you mean " + inQuotes(*nearest) + '?';
     }
-    std::string list;
-    for (const std::string_view one : known) {
-        list += (list.empty() ? "" : ", ") + std::string(one);
-    }
-    return message + "; known: " + list;
+    return message + "; known: " + listText(known);
 }
 
 std::optional<long> wholeNumber(std::string_view text, long least, long most) {

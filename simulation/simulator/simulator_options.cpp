@@ -1,6 +1,7 @@
 #include "simulation/simulator/simulator_options.h"
 
 #include "simulation/simulator/simulator_controls.h"
+#include "text/wording.h"
 #include "wire/simconnect_cfg.h"
 
 #include <charconv>
@@ -21,14 +22,6 @@ bool readSwitch(std::string_view name, SimulatorOptions& options) {
     return name == "--help" || name == "--keep" || name == "--module-missing";
 }
 
-std::string knownAnswers() {
-    std::string list;
-    for (const std::string_view word : moduleAnswersWords) {
-        list += (list.empty() ? "" : ", ") + std::string(word);
-    }
-    return list;
-}
-
 // An option with its value, which is empty when there is none. Returns the reason for a refusal, else an empty text.
 std::string readValue(std::string_view name, std::string_view value, SimulatorOptions& options) {
     if (name == "--port") {
@@ -38,7 +31,7 @@ std::string readValue(std::string_view name, std::string_view value, SimulatorOp
     if (name == "--answers") {
         const std::optional<ModuleAnswers> answers = moduleAnswersOf(value);
         options.answers = answers.value_or(options.answers);
-        return answers ? "" : "--answers needs one of " + knownAnswers();
+        return answers ? "" : "--answers needs one of " + listText(moduleAnswersWords);
     }
     return "unknown option " + std::string(name);
 }

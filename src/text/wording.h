@@ -3,11 +3,21 @@
 // How messages word what they are about.
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 
 inline std::string inQuotes(std::string_view text) {
     return '"' + std::string(text) + '"';
+}
+
+/// "equal, different, measured".
+inline std::string listText(std::span<const std::string_view> words) {
+    std::string list;
+    for (const std::string_view word : words) {
+        list.append(list.empty() ? "" : ", ").append(word);
+    }
+    return list;
 }
 
 /// "1 report", "2 reports".
