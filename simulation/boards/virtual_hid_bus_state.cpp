@@ -28,6 +28,11 @@ std::string outcomeText(const HidWriteResult& result) {
     return result.ok ? ": " + std::to_string(result.count) : ": error " + std::to_string(result.error);
 }
 
+/// For the record of a call; empty for a handle that isn't open.
+std::string recordedPath(const std::shared_ptr<VirtualHidOpenHandle>& handle) {
+    return handle ? handle->connection->path : std::string();
+}
+
 } // namespace
 
 std::shared_ptr<VirtualHidConnection>
@@ -122,7 +127,7 @@ HidHandle VirtualHidBus::State::open(const std::string& path, HidOpenKind kind) 
 void VirtualHidBus::State::close(HidHandle handle) {
     const std::lock_guard lock(mutex);
     const auto found = find(handle);
-    const auto path = found ? found->connection->path : std::string();
+    const auto path = recordedPath(found);
     record(HidCall::Close, path, "close " + path);
     if (found) {
         found->closed = true;
@@ -134,7 +139,7 @@ void VirtualHidBus::State::close(HidHandle handle) {
 bool VirtualHidBus::State::attributes(HidHandle handle, HidAttributes& result) {
     const std::lock_guard lock(mutex);
     const auto found = find(handle);
-    const auto path = found ? found->connection->path : std::string();
+    const auto path = recordedPath(found);
     const bool ok = found && found->connection->present && !faultsOf(*found->connection).attributesFail;
     if (ok) {
         const auto& model = found->connection->board->model();
@@ -147,7 +152,7 @@ bool VirtualHidBus::State::attributes(HidHandle handle, HidAttributes& result) {
 bool VirtualHidBus::State::serialNumber(HidHandle handle, std::string& serial) {
     const std::lock_guard lock(mutex);
     const auto found = find(handle);
-    const auto path = found ? found->connection->path : std::string();
+    const auto path = recordedPath(found);
     const bool ok = found && found->connection->present && found->connection->board->model().serial &&
                     !faultsOf(*found->connection).serialFails;
     if (ok) {
@@ -160,7 +165,7 @@ bool VirtualHidBus::State::serialNumber(HidHandle handle, std::string& serial) {
 bool VirtualHidBus::State::getFeature(HidHandle handle, std::span<std::uint8_t> report) {
     const std::lock_guard lock(mutex);
     const auto found = find(handle);
-    const auto path = found ? found->connection->path : std::string();
+    const auto path = recordedPath(found);
     const auto asked = hexText(report.first(1));
     std::optional<HidProtocol::Report> reply;
     if (found && found->connection->present) {
@@ -186,7 +191,7 @@ std::shared_ptr<VirtualHidOpenHandle> VirtualHidBus::State::readerHandle(HidHand
         ++misuses;
         found = nullptr;
     }
-    const auto path = found ? found->connection->path : std::string();
+    const auto path = recordedPath(found);
     record(HidCall::MakeReader, path, "reader " + path + outcomeText(found != nullptr));
     return found;
 }
@@ -194,7 +199,7 @@ std::shared_ptr<VirtualHidOpenHandle> VirtualHidBus::State::readerHandle(HidHand
 void VirtualHidBus::State::cancelReads(HidHandle handle) {
     const std::lock_guard lock(mutex);
     const auto found = find(handle);
-    const auto path = found ? found->connection->path : std::string();
+    const auto path = recordedPath(found);
     record(HidCall::CancelReads, path, "cancel " + path);
     if (found) {
         found->cancelled = true;
