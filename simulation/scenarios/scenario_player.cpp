@@ -46,7 +46,7 @@ std::size_t leastCount(const std::vector<ScenarioExpectation>& expected) {
     return count;
 }
 
-/// Whether the texts with some more behind them could match the expectations.
+/// Whether further texts after these could make them match the expectations.
 bool couldMeet(std::vector<ScenarioExpectation> expected, const std::vector<std::string>& begun) {
     while (!expected.empty()) {
         expected.back().least = 0;
@@ -191,7 +191,7 @@ void ScenarioPlayer::connect(bool withModule) {
         bridgeRig.startSimulator();
     }
     if (!observer.pumpUntil([&] { return sessionStart.isComplete(withModule); }, connectLimit)) {
-        fail("no session came about");
+        fail("no session was opened");
         return;
     }
     waitForQuiet(quietTime + debounceOf(scenario));
@@ -252,6 +252,7 @@ bool ScenarioPlayer::watchesLogLine(const std::string& line) const {
 /// Waits until the bridge has handled what the boards sent, so that "nothing" isn't true too early.
 void ScenarioPlayer::waitForEvents(const ScenarioBlock& block) {
     const bool expectsNothing = block.expected.empty() && !scenario.unchecked;
+    // The log's debug lines show which events are handled.
     const bool eventsLogged = scenarioSetting(scenario, "logging", "debug", 0) != 0;
     observer.pumpUntil([this] { return eventsHandled >= eventsSent || !bridgeRig.bridge().running(); },
                        expectsNothing && eventsLogged ? eventLimit : droppedTime);
