@@ -78,7 +78,8 @@ TEST_F(RecordingTest, IsReadBackAsItWasSent) {
         for (std::uint8_t type = 1; type <= 4; ++type) {
             const auto byte = static_cast<std::uint8_t>(value);
             sent.push_back(report(ms, {.type = type,
-                                       .controlId = static_cast<std::uint16_t>(20 + byte % 8),
+                                       // A notice usually has no control.
+                                       .controlId = static_cast<std::uint16_t>(byte % 8 == 0 ? 0 : 20 + byte % 8),
                                        .value = static_cast<std::int8_t>(value),
                                        .speed = byte,
                                        .mode = byte}));
