@@ -6,7 +6,8 @@
 #
 # Installs gcovr if it is missing, builds the tests with gcov's counters in build/coverage, without optimisation, and
 # runs them. Branches that only an exception takes don't count, nor do comparisons that the compiler writes, nor the
-# folders named windows, which aren't compiled here. Timing decides whether the tests reach some lines, so two runs may differ by a line or two.
+# folders named windows, which aren't compiled here. Timing decides whether the tests reach some lines, so two runs may
+# differ by a line or two.
 # Not part of test.sh or CI.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"

@@ -39,7 +39,7 @@ private:
     // Innermost lock of the process: nothing that logs is called under it. Guards everything below.
     std::mutex mutex;
     std::ofstream file;
-    // As `configure` got them, to be seen in a debugger; `filePath` is made of them once.
+    // What `configure` was given, kept for debugging; `filePath` is made from it once.
     std::string directory;
     std::string baseName;
     std::string filePath;

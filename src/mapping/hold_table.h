@@ -7,7 +7,7 @@
 
 /// A map button that is held down. Times are the monotonic clock's nanoseconds.
 struct ManagedMapHold {
-    // As the event gave them, to be seen in a debugger; nothing reads them back.
+    // As the event named them, kept for debugging; nothing reads them back.
     std::string controlName;
     std::string role;
     /// The RPN text to send each period.

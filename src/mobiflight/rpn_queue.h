@@ -25,7 +25,7 @@ struct MobiFlightCommand {
     /// Followed by "MF.DummyCmd".
     bool sendDummy = false;
     RpnKind kind = RpnKind::Normal;
-    /// When the command, or the first of its detents, was queued. To be seen in a debugger; no decision reads it.
+    /// When the command, or the first of its detents, was queued. Kept for debugging; no decision reads it.
     std::int64_t queuedAt = 0;
 };
 

@@ -73,8 +73,8 @@ void fillWrites(HidTransport& transport, const std::shared_ptr<HandleTable<Devic
     };
 }
 
-/// A transport for a system's own kind of device and of what its reads write to (`Read`); the caller adds `enumerate`
-/// and `makeSinglePendingReader`. `noHandle` is the system's error code for writing to a handle that isn't open.
+/// A transport for a system's own kind of device; `Read` is what its reads write to. The caller adds `enumerate` and
+/// `makeSinglePendingReader`. `noHandle` is the system's error code for writing to a handle that isn't open.
 template <typename Device, typename Read>
 HidTransport makeDeviceTransport(const std::shared_ptr<HandleTable<Device>>& devices, DeviceOpener<Device> openDevice,
                                  std::uint32_t noHandle) {

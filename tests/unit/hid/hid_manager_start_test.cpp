@@ -21,7 +21,7 @@ HidManagerSettings withIds(const std::string& vendor, const std::string& product
 
 } // namespace
 
-TEST_F(HidManagerStart, TakesIdsInHexadecimalWithTextBehindThem) {
+TEST_F(HidManagerStart, TakesIdsInHexadecimalWithTextAfterThem) {
     for (const auto& [vendor, product] :
          {Ids{"FFFF", "0xffff"}, Ids{"1234", "abcd"}, Ids{"0x1234", "0XABCD"}, Ids{" 1234 usb", "ABCDxyz"}}) {
         EXPECT_EQ(begin(withIds(vendor, product)), "started") << vendor << " " << product;
@@ -29,7 +29,7 @@ TEST_F(HidManagerStart, TakesIdsInHexadecimalWithTextBehindThem) {
     }
 }
 
-TEST_F(HidManagerStart, RefusesIdsThatAreNoNumberOrTooLargeAndStaysStopped) {
+TEST_F(HidManagerStart, RefusesIdsThatAreNotNumbersOrTooLargeAndStaysStopped) {
     plugNew(1);
     for (const auto& [vendor, product] :
          {Ids{"", "ABCD"}, Ids{"1234", ""}, Ids{"xyz", "ABCD"}, Ids{"1234", "xyz"}, Ids{" ", "ABCD"},

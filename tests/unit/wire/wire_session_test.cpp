@@ -16,7 +16,7 @@ class StreamTest : public SessionTest {};
 
 INSTANTIATE_TEST_SUITE_P(Transports, StreamTest, testing::ValuesIn(transports()), transportName);
 
-TEST_P(StreamTest, SleepsWhileNoDataCome) {
+TEST_P(StreamTest, SleepsWhileNoDataComes) {
     constexpr std::chrono::milliseconds limit{40};
     peer = std::make_unique<LoopbackPeer>(GetParam());
     ByteStream stream = connectToPeer();
