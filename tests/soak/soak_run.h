@@ -37,6 +37,10 @@ public:
 
 private:
     void waitUntilReady();
+    /// Waits until nothing is queued between the witness and its reader.
+    void waitForReader();
+    /// Presses once more, and waits until this command has come, and with it each press before it.
+    void waitForMarker();
     void playFaults();
     void loseSession(std::size_t count);
     void replugOne();
