@@ -169,7 +169,7 @@ TEST_F(HidManagerScan, IndexesFollowEnumerationAndTheListFollowsPaths) {
     EXPECT_EQ(devices(), (Devices{{secondName, 1}, {firstName, 0}}));
 }
 
-TEST_F(HidManagerScan, ReplugGivesTheNextIndexWhetherOrNotAPassMissesTheBoard) {
+TEST_F(HidManagerScan, NewPathGivesTheNextIndexWhetherOrNotAPassSeesTheBoardGone) {
     bus.plug(board);
     plugNew(2);
     startClean();
