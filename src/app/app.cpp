@@ -104,23 +104,7 @@ bool App::startSubsystems(std::string& error) {
     }
 
     mobiflight.setLVarHandler([this](const std::string& text) { mapping.onBacklightPayload(text); });
-    const HidManagerSettings settings{config.hid.vid,
-                                      config.hid.pid,
-                                      config.hid.readIntervalMs,
-                                      config.hid.scanIntervalMs,
-                                      config.extensions.singlePendingRead,
-                                      config.extensions.reopenStoppedReaders};
-    hid.setTraceEnabled(config.hid.trace);
-    const auto onHidEvent = [this](const HidProtocol::HidEvent& event, const std::string& deviceName, int index) {
-        mapping.submitEvent(event, deviceName, index);
-    };
-    if (!hid.start(settings, onHidEvent, error)) {
-        logError("Failed to start HID manager: " + error);
-        stopSubsystems();
-        return false;
-    }
-
-    if (!startSimulatorClients()) {
+    if (!startBoards(error) || !startSimulatorClients()) {
         stopSubsystems();
         return false;
     }
@@ -135,6 +119,24 @@ bool App::startSubsystems(std::string& error) {
     }
     // Comes last, when everything is up and not only the boards: people and tools wait for this line.
     logInfo("HID manager started");
+    return true;
+}
+
+bool App::startBoards(std::string& error) {
+    const HidManagerSettings settings{config.hid.vid,
+                                      config.hid.pid,
+                                      config.hid.readIntervalMs,
+                                      config.hid.scanIntervalMs,
+                                      config.extensions.singlePendingRead,
+                                      config.extensions.reopenStoppedReaders};
+    hid.setTraceEnabled(config.hid.trace);
+    const auto onHidEvent = [this](const HidProtocol::HidEvent& event, const std::string& deviceName, int index) {
+        mapping.submitEvent(event, deviceName, index);
+    };
+    if (!hid.start(settings, onHidEvent, error)) {
+        logError("Failed to start HID manager: " + error);
+        return false;
+    }
     return true;
 }
 

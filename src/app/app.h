@@ -62,6 +62,7 @@ private:
 
     bool loadConfiguration(const std::string& configPath, std::string& error);
     bool startSubsystems(std::string& error);
+    bool startBoards(std::string& error);
     bool startSimulatorClients();
     void stopSubsystems();
     void onConnectionChange(bool connected);
