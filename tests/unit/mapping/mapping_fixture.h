@@ -66,6 +66,13 @@ protected:
         ASSERT_TRUE(startEngine());
     }
 
+    /// Waits until the log has the lines of the set-up's commands, each of which comes after its command is written,
+    /// and forgets them. Needs a log of debug lines.
+    void clearLogOfSetUp() {
+        EXPECT_TRUE(waitUntil([this] { return log.linesWith("MobiFlight command: ").size() == baseline; }));
+        log.clear();
+    }
+
     /// Has the client take the event's command and sleep for the rate limit with it, so that what is queued behind it
     /// stays queued until its host's sleeps pass. The limit is set before the module is connected.
     void limitRate() {
