@@ -101,6 +101,7 @@ SoakRun::SoakRun(std::uint32_t seed)
     : rig(soakRig()), simulator(rig.simulator()), witness(rig.board(witnessName)), random(seed) {
     std::string error;
     require(rig.setUp(error), error);
+    threadsBetweenLives = currentResources().threads;
 }
 
 void SoakRun::liveOnce() {
@@ -275,14 +276,14 @@ void SoakRun::crashAndEnd() {
 void SoakRun::checkResources() {
     require(rig.bus().openHandleCount() == 0, "a board's handle is left open");
     require(rig.bus().misuseCount() == 0, "a handle was used against its contract");
-    if (sum.lives <= warmUpLives) {
-        settled = currentResources();
-        return;
-    }
     // A joined thread is counted until the kernel has taken it off its list.
-    require(waitUntil([this] { return currentResources().threads <= settled.threads; }, patience),
+    require(waitUntil([this] { return currentResources().threads == threadsBetweenLives; }, patience),
             "a thread is left over");
     const Resources now = currentResources();
+    if (sum.lives <= warmUpLives) {
+        settled = now;
+        return;
+    }
     require(now.fileDescriptors == settled.fileDescriptors, "a file descriptor is left open");
     require(now.residentMiB <= settled.residentMiB + memoryMarginMiB,
             "memory has grown to " + std::to_string(now.residentMiB) + " MiB");

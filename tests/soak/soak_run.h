@@ -61,6 +61,7 @@ private:
     VirtualBoard& witness;
     std::mt19937 random;
     SoakTotals sum;
+    std::size_t threadsBetweenLives = 0;
     /// Taken after the first lives, when every pool and buffer has its size.
     Resources settled;
 };
