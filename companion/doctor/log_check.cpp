@@ -28,7 +28,7 @@ bool isOverOnceConnected(const LogLine& line) {
     return line.message.starts_with("Waiting for SimConnect connection");
 }
 
-/// Adds a line as the latest of its message. "Failed to initialize: REASON" is left out behind its reason.
+/// Adds a line as the latest of its message. "Failed to initialize: REASON" is left out after its reason.
 void addTrouble(std::vector<LogLine>& troubles, const LogLine& line) {
     std::erase_if(troubles, [&line](const LogLine& earlier) { return earlier.message == line.message; });
     if (std::ranges::none_of(
