@@ -30,7 +30,7 @@ public:
         threads.clear();
     }
 
-    /// Waits until a whole pass of the scan thread has come after this call, behind one that may be under way.
+    /// Waits until a pass that the scan thread began after this call has ended.
     bool waitForWholePass() {
         const auto passes = host.sleeps().size();
         return waitUntil([&] { return host.sleeps().size() >= passes + 2; });
